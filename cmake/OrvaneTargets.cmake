@@ -1,0 +1,48 @@
+# What every target of ours has in common.
+
+add_library(orvane_options INTERFACE)
+target_compile_features(orvane_options INTERFACE cxx_std_20)
+
+add_library(orvane_warnings INTERFACE)
+target_compile_options(orvane_warnings INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wold-style-cast -Wcast-align
+  -Woverloaded-virtual -Wconversion -Wno-sign-conversion -Wno-implicit-int-float-conversion)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  target_compile_options(orvane_warnings INTERFACE -Wno-float-conversion)
+endif()
+if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+  target_compile_options(orvane_warnings INTERFACE -Wthread-safety)
+endif()
+if(ORVANE_WERROR)
+  target_compile_options(orvane_warnings INTERFACE -Werror)
+endif()
+
+if(ORVANE_SANITIZE)
+  target_compile_options(orvane_options INTERFACE
+    -fsanitize=${ORVANE_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  target_link_options(orvane_options INTERFACE -fsanitize=${ORVANE_SANITIZE})
+endif()
+
+# In the tree, users' includes (<orvane/sdk/Strategy.h>) resolve through this link, so that the
+# examples read as they do against an installed package.
+file(MAKE_DIRECTORY "${PROJECT_BINARY_DIR}/include")
+file(CREATE_LINK "${PROJECT_SOURCE_DIR}" "${PROJECT_BINARY_DIR}/include/orvane" SYMBOLIC)
+
+# Gives a target the common options and the include folders: the tree's root while building, and
+# the installed ones for users.
+function(orvane_setup target)
+  get_target_property(type ${target} TYPE)
+  if(type STREQUAL "INTERFACE_LIBRARY")
+    set(scope INTERFACE)
+  else()
+    set(scope PUBLIC)
+    target_link_libraries(${target} PRIVATE
+      $<BUILD_INTERFACE:orvane_options> $<BUILD_INTERFACE:orvane_warnings>)
+  endif()
+  target_compile_features(${target} ${scope} cxx_std_20)
+  target_include_directories(${target} ${scope}
+    $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
+    $<BUILD_INTERFACE:${PROJECT_BINARY_DIR}/include>
+    $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>
+    $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/orvane>)
+endfunction()
