@@ -1,0 +1,115 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "platform/market/Series.h"
+#include "platform/reference/Instrument.h"
+#include "services/IPlatform.h"
+#include "shared/Export.h"
+
+namespace orvane {
+
+/// How an embedded platform runs. Set before it is made.
+struct PlatformOptions {
+  enum class Mode {
+    Playback,  ///< A simulated clock that the driver moves, in lockstep with the runners.
+    Live,      ///< The system's clock; the feed is paced in real time.
+  };
+  Mode mode = Mode::Playback;
+  int poolThreads = 0;           ///< 0: as many as the library asks for.
+  std::string timeZone = "UTC";  ///< IANA name of the zone that time zone 0 of `Timestamp` means.
+  bool timeInLog = true;         ///< Whether log lines begin with the platform's time.
+  /// Playback: simulated time per real time; 0 means as fast as it can. Live: how fast the feed's
+  /// own time runs; 0 counts as 1.
+  double speed = 0;
+  int64 from = kUnsetTime;  ///< Playback starts here; what lies before is history. UTC ms.
+  int64 to = kUnsetTime;    ///< Market data at or after this instant is not played. UTC ms.
+};
+
+/// How far a run has come; handed to the host's progress call-back.
+struct PlaybackProgress {
+  int64 now = 0;              ///< Simulated time, UTC milliseconds.
+  int64 begin = 0, end = 0;   ///< First and last instant of the data to be played.
+  std::size_t delivered = 0;  ///< Market records played so far.
+  std::size_t total = 0;      ///< Market records to be played.
+};
+
+/// The platform that comes with the library: market data playback and live pacing in the host's
+/// own process. Install it with `installPlatform` before the first runner is made; it must outlive
+/// every runner and every task.
+///
+/// Order of use: make it, add instruments and series, install it, create and start runners, call
+/// `run`, stop the runners, call `drain`, take it away.
+class ORVANE_API EmbeddedPlatform final : public IPlatform {
+ public:
+  explicit EmbeddedPlatform(PlatformOptions options = {});
+  ~EmbeddedPlatform() override;
+
+  /// Adds an instrument and returns its code. An instrument of the same code and market is
+  /// replaced and keeps its id. Throws `std::invalid_argument` with a UTF-8 text that names the
+  /// field and the value if one is wrong.
+  ICodeID addInstrument(const Instrument& instrument);
+
+  /// The code of a text such as "IF2101.CFFEX" (GBK); false if there is none.
+  bool findCode(const std::string& text, ICodeID& code) const;
+
+  /// Adds market data; only before `run`. One bar series for each code and period, and one tick
+  /// series for each code: a second one throws `std::invalid_argument`.
+  void addBars(BarSeries series);
+  void addTicks(TickSeries series);
+
+  /// Is asked for each symbol that a module loader found; what it returns is handed out in its
+  /// place. Lets a host stand between the runner and a strategy.
+  using SymbolHook = std::function<void*(const std::string& symbol, void* address)>;
+  void setSymbolHook(SymbolHook hook);
+
+  /// Plays all market data. Waits first until every runner is quiet and its requests are served,
+  /// blocks until the data's end or `cancel`, and returns once every runner has digested it.
+  /// `progress` is called on the calling thread, some ten times a second.
+  void run(const std::function<void(const PlaybackProgress&)>& progress = {});
+
+  /// Ends `run` before the next instant. Any thread may call it, also a strategy's.
+  void cancel();
+
+  /// Blocks until every runner is quiet: nothing pending, nothing running.
+  void drain();
+
+  // IPlatform.
+  IServiceRouter* router() override;
+  int64 nowUtcMs() override;
+  int64 sysNowUtcMs() override;
+  int64 zoneOffsetMs(OVTimeZone zone, int64 utcMs) override;
+  bool isTimeEnabled() override;
+  ThreadPoolBase* createThreadPool() override;
+  std::unique_ptr<ITimerEngine> createTimer(int id) override;
+  int nextTimerId() override;
+  void notifyRefAcquired() override;
+  void notifyRefReleased() override;
+  std::unique_ptr<IModuleLoader> createModuleLoader() override;
+  ResultStatus freqToTerm(const std::string& frequency, int64& term, bool& extraFlag) override;
+  IMDQuery dataRangeToQuery(const OVDataRange& range) override;
+  ITimeType timeTypeOf(int64 term) override;
+  EventSourceId eventSourceOf(const SourceId& source) override;
+  ICondService* conditionService() override;
+  IPublisher* createPublisher(RunnerModeFlag mode) override;
+  std::shared_ptr<IGeneralEventManager> generalEventManager() override;
+  IIndexTrade* indexTrade() override;
+  ISystemEvent* systemEvent() override;
+  std::list<std::string> targetsOfName(const std::string& name) override;
+  ResultStatus readRecords(const std::string& target, const std::string& name, int64 begin,
+                           int64 end, std::list<Record>& records,
+                           const std::function<bool()>& cancelled, int64 waitMs,
+                           int flags) override;
+  ResultStatus readTargets(const std::list<std::string>& targets, const std::string& name,
+                           int64 time, std::list<TargetRecord>& records,
+                           const std::function<bool()>& cancelled, int64 waitMs,
+                           int flags) override;
+
+ private:
+  class Impl;
+  std::unique_ptr<Impl> impl_;
+};
+
+}  // namespace orvane

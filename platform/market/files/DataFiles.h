@@ -1,0 +1,57 @@
+#pragma once
+
+#include <QJsonObject>
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "platform/market/Series.h"
+#include "shared/Export.h"
+
+namespace orvane {
+
+/// Bad input: `what()` is a UTF-8 text that names file, line, field and value, as far as they are
+/// known, such as "ticks.csv:17: column \"price\": \"abc\" is not a number".
+class ORVANE_API DataFileError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+/// One series to read: which files make it, and how they are to be read.
+struct DataFileRequest {
+  enum class Kind { Bars, Ticks };
+  Kind kind = Kind::Bars;
+  std::vector<std::string> paths;  ///< UTF-8. Several files make one series, in time order.
+  /// The code's text (UTF-8), such as "IF2101.CFFEX". Empty: from a column of the file, else from
+  /// the file's name.
+  std::string code;
+  /// How the files are to be read: the keys of docs/formats.md. Empty: what is common is
+  /// recognised.
+  QJsonObject description;
+  /// Price tick as decimal text, for cleaning prices of binary noise; empty: not known. The key
+  /// "priceTick" of the description comes first.
+  std::string priceTick;
+};
+
+/// A series without a code id: the caller finds or adds the instrument and sets `series.code`.
+struct LoadedBars {
+  std::string code;         ///< "CODE.MARKET" or "CODE", UTF-8.
+  BarSeries series;
+  std::vector<std::string> notes;  ///< What was assumed, UTF-8, for the user to see.
+};
+struct LoadedTicks {
+  std::string code;
+  TickSeries series;
+  std::vector<std::string> notes;
+};
+
+/// Reads a series from its files. Throws `DataFileError`; nothing is returned half-read. A file
+/// that holds several codes gives one series for each, in the order of their first rows.
+/// `progress`, if set, is given the share of bytes read, 0 to 1.
+ORVANE_API std::vector<LoadedBars> loadBars(const DataFileRequest& request,
+                                            const std::function<void(double)>& progress = {});
+ORVANE_API std::vector<LoadedTicks> loadTicks(const DataFileRequest& request,
+                                              const std::function<void(double)>& progress = {});
+
+}  // namespace orvane
