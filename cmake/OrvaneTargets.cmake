@@ -23,6 +23,14 @@ if(ORVANE_SANITIZE)
   target_link_options(orvane_options INTERFACE -fsanitize=${ORVANE_SANITIZE})
 endif()
 
+# The digest of the rules stands in the command line, so that new rules check every source anew.
+if(ORVANE_TIDY)
+  find_program(ORVANE_CLANG_TIDY clang-tidy REQUIRED)
+  file(SHA256 "${PROJECT_SOURCE_DIR}/.clang-tidy" rules)
+  set(ORVANE_TIDY_COMMAND "${ORVANE_CLANG_TIDY}" --quiet "--extra-arg=-DORVANE_TIDY_RULES=${rules}")
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/.clang-tidy")
+endif()
+
 # In the tree, users' includes (<orvane/sdk/Strategy.h>) resolve through this link, so that the
 # examples read as they do against an installed package.
 file(MAKE_DIRECTORY "${PROJECT_BINARY_DIR}/include")
@@ -38,6 +46,10 @@ function(orvane_setup target)
     set(scope PUBLIC)
     target_link_libraries(${target} PRIVATE
       $<BUILD_INTERFACE:orvane_options> $<BUILD_INTERFACE:orvane_warnings>)
+  endif()
+  if(ORVANE_TIDY AND NOT scope STREQUAL "INTERFACE"
+     AND NOT CMAKE_CURRENT_SOURCE_DIR MATCHES "^${PROJECT_SOURCE_DIR}/(tests|bench)")
+    set_target_properties(${target} PROPERTIES CXX_CLANG_TIDY "${ORVANE_TIDY_COMMAND}")
   endif()
   target_compile_features(${target} ${scope} cxx_std_20)
   target_include_directories(${target} ${scope}
