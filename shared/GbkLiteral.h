@@ -21,13 +21,15 @@ inline constexpr GbkPair kGbkPairs[] = {
 template <std::size_t N>
 struct Utf8Literal {
   char bytes[N]{};
-  consteval Utf8Literal(const char (&text)[N]) { std::copy_n(text, N, bytes); }
+  constexpr Utf8Literal(const char (&text)[N]) { std::copy_n(text, N, bytes); }
 };
 
-/// Converts one literal while compiling. A character that the table lacks stops the build.
+/// Converts one literal while compiling: `value` is a constant, so a character that the table
+/// lacks stops the build. (Its operations are constexpr and no more, since Clang 14 refuses one
+/// immediate operation inside another's body.)
 template <Utf8Literal L>
 struct GbkHolder {
-  static consteval auto convert() {
+  static constexpr auto convert() {
     std::array<char, sizeof(L.bytes)> out{};
     std::size_t at = 0;
     for (std::size_t i = 0; i + 1 < sizeof(L.bytes);) {
@@ -48,7 +50,7 @@ struct GbkHolder {
     return out;
   }
 
-  static consteval std::uint16_t find(char32_t unicode) {
+  static constexpr std::uint16_t find(char32_t unicode) {
     for (const GbkPair& pair : kGbkPairs)
       if (pair.unicode == unicode) return pair.gbk;
     throw "character missing from GbkTable.inc: run scripts/make-gbk-table";
@@ -62,7 +64,7 @@ struct GbkHolder {
 /// A literal in the GBK code page, whatever execution character set the compiler has: all text
 /// inside the library is GBK, and the source files are UTF-8. The result lives for ever.
 template <detail::Utf8Literal L>
-consteval const char* operator""_gbk() {
+constexpr const char* operator""_gbk() {
   return detail::GbkHolder<L>::value.data();
 }
 
