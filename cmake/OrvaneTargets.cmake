@@ -26,9 +26,10 @@ endif()
 # The digest of the rules stands in the command line, so that new rules check every source anew.
 if(ORVANE_TIDY)
   find_program(ORVANE_CLANG_TIDY clang-tidy REQUIRED)
-  file(SHA256 "${PROJECT_SOURCE_DIR}/.clang-tidy" rules)
+  set(rules_file "${PROJECT_SOURCE_DIR}/.clang-tidy")
+  file(SHA256 "${rules_file}" rules)
   set(ORVANE_TIDY_COMMAND "${ORVANE_CLANG_TIDY}" --quiet "--extra-arg=-DORVANE_TIDY_RULES=${rules}")
-  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/.clang-tidy")
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${rules_file}")
 endif()
 
 # In the tree, users' includes (<orvane/sdk/Strategy.h>) resolve through this link, so that the
