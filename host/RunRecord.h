@@ -1,0 +1,81 @@
+#pragma once
+
+#include <array>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "host/CallEncoder.h"
+#include "host/CallKind.h"
+#include "host/Digest.h"
+#include "shared/MarketRecords.h"
+
+namespace orvane {
+
+/// One tick, as far as a report shows it.
+struct TickGlance {
+  int64 time = 0;
+  double last = 0, volume = 0, bid = 0, bidSize = 0, ask = 0, askSize = 0;
+  int flags = 0;
+};
+
+/// What a run received of one series.
+struct SeriesRecord {
+  ICodeID code;
+  std::string frequency;  ///< Empty for quotes.
+  bool isTicks = false;
+  std::uint64_t records = 0;
+  IKLine firstBar, lastBar;
+  TickGlance firstTick, lastTick;
+};
+
+/// What one run of one strategy received. Written by the strategy's tap, call by call; read by the
+/// host once its runner is quiet.
+struct RunRecord {
+  std::array<std::uint64_t, kCallKinds> calls{};
+  std::uint64_t bars = 0, ticks = 0;
+  int64 firstTime = kUnsetTime, lastTime = kUnsetTime;  ///< Of the market data, UTC milliseconds.
+  /// By code id and frequency; of quotes under the frequency "".
+  std::map<std::pair<int64, std::string>, SeriesRecord> series;
+  std::uint64_t exceptions = 0;
+  std::string firstException;      ///< "onQuote: what it said", UTF-8.
+  std::unique_ptr<Digest> digest;  ///< Null where it is switched off.
+
+  std::uint64_t events() const {
+    std::uint64_t sum = 0;
+    for (const std::uint64_t count : calls) sum += count;
+    return sum;
+  }
+};
+
+/// The records of all runs, by the runner's name. Any thread may call it.
+class RunRecords {
+ public:
+  explicit RunRecords(bool withDigest) : withDigest_(withDigest) {}
+
+  bool withDigest() const { return withDigest_; }
+
+  /// Makes `record` the one of this runner (GBK name). A runner that begins anew replaces its
+  /// record, so a reset counts and hashes like a fresh process.
+  void set(const std::string& runner, std::shared_ptr<RunRecord> record) {
+    const std::lock_guard lock(mutex_);
+    records_[runner] = std::move(record);
+  }
+
+  /// The record of a runner; null if it never started.
+  std::shared_ptr<RunRecord> find(const std::string& runner) const {
+    const std::lock_guard lock(mutex_);
+    const auto at = records_.find(runner);
+    return at == records_.end() ? nullptr : at->second;
+  }
+
+ private:
+  const bool withDigest_;
+  mutable std::mutex mutex_;
+  std::map<std::string, std::shared_ptr<RunRecord>> records_;
+};
+
+}  // namespace orvane
