@@ -87,9 +87,9 @@ endfunction()
 
 if(ORVANE_EXAMPLES)
   orvane_collect_modules("${PROJECT_SOURCE_DIR}/examples" modules)
-  # A module finds the libraries two folders up, wherever the whole was installed.
+  # They say themselves where they go. A module finds the libraries two folders up, wherever the
+  # whole was installed.
   set_target_properties(${modules} PROPERTIES INSTALL_RPATH "$ORIGIN/../..")
-  install(TARGETS ${modules} LIBRARY DESTINATION "${ORVANE_STRATEGY_DIR}")
 endif()
 
 configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/EventStrategyConfig.cmake.in"
