@@ -1,105 +1,75 @@
 #include "platform/market/Series.h"
 
-#include <algorithm>
-
 namespace orvane {
 namespace {
 
-/// Where a column that is no ladder column stands in `block1`.
-quote::Block1 positionOf(TickColumn column) {
-  switch (column) {
-    case TickColumn::LastPrice:
-      return quote::LastPrice;
-    case TickColumn::Open:
-      return quote::Open;
-    case TickColumn::High:
-      return quote::High;
-    case TickColumn::Low:
-      return quote::Low;
-    case TickColumn::PreClose:
-      return quote::PreClose;
-    case TickColumn::PreSettle:
-      return quote::PreSettle;
-    case TickColumn::Settle:
-      return quote::Settle;
-    case TickColumn::UpperLimit:
-      return quote::UpperLimit;
-    case TickColumn::LowerLimit:
-      return quote::LowerLimit;
-    case TickColumn::TotalVolume:
-      return quote::TotalVolume;
-    case TickColumn::Volume:
-      return quote::Volume;
-    case TickColumn::TotalTurnover:
-      return quote::TotalTurnover;
-    case TickColumn::Turnover:
-      return quote::Turnover;
-    default:
-      return quote::OpenInterest;
-  }
+constexpr quote::Block1 kPositions[] = {
+    quote::LastPrice,  quote::Open,        quote::High,   quote::Low,
+    quote::PreClose,   quote::PreSettle,   quote::Settle, quote::UpperLimit,
+    quote::LowerLimit, quote::TotalVolume, quote::Volume, quote::TotalTurnover,
+    quote::Turnover,   quote::OpenInterest};
+
+void clearCarried(IDepthMarketData& record) {
+  record.block1.fill(0);
+  record.block2.fill(0);
+  record.block3.fill(0);
+  record.block3[7] = std::bit_cast<Word>(1.0);
+  record.levels.fill(DepthLevel{});
+  if (!record.extras.empty()) record.extras.clear();
 }
 
-/// One side of the ladder while a row is read.
-struct Side {
-  std::array<double, 10> prices{};
-  std::array<double, 10> sizes{};
-
-  int levels() const {
-    return static_cast<int>(
-        std::count_if(prices.begin(), prices.end(), [](double p) { return p != 0; }));
-  }
-};
+/// How many levels a side has: up to the last one with a price.
+template <typename Price>
+int levelsOf(Price price) {
+  for (int level = 10; level > 0; --level)
+    if (price(level - 1) != 0) return level;
+  return 0;
+}
 
 }  // namespace
 
-void TickSeries::fill(std::size_t row, IDepthMarketData& quote) const {
-  quote.code = code;
-  quote.block1.fill(0);
-  quote.block2.fill(0);
-  quote.block3 = IDepthMarketData{}.block3;
-  quote.levels.fill({});
-  quote.extras.clear();
-
-  QuoteWriter writer(quote);
+void TickSeries::fill(std::size_t row, IDepthMarketData& record) const {
+  clearCarried(record);
+  // The texts of a code are only copied when the record was another code's.
+  if (record.code.id != code.id || record.code.code != code.code) record.code = code;
+  QuoteWriter writer(record);
   writer.setTime(times[row]);
-  Side bid;
-  Side ask;
+  writer.set(quote::TradingDay, tradingDays[row]);
   const double* cell = cells.data() + row * columns.size();
-  int flags = 0;
-  for (const TickColumnId& id : columns) {
-    const double value = *cell++;
+  bool traded = false;
+  for (std::size_t i = 0; i < columns.size(); ++i) {
+    const TickColumnId id = columns[i];
+    const double value = cell[i];
+    DepthLevel& level = record.levels[id.level];
     switch (id.column) {
       case TickColumn::BidPrice:
-        bid.prices[id.level] = value;
+        level.value1 = std::bit_cast<Word>(value);
         break;
       case TickColumn::BidSize:
-        bid.sizes[id.level] = value;
+        level.value3 = value;
         break;
       case TickColumn::AskPrice:
-        ask.prices[id.level] = value;
+        level.value2 = std::bit_cast<Word>(value);
         break;
       case TickColumn::AskSize:
-        ask.sizes[id.level] = value;
+        (id.level < 7 ? record.block3[id.level] : record.block1[quote::AskSize8 + id.level - 7]) =
+            std::bit_cast<Word>(value);
         break;
       case TickColumn::LastPrice:
-        if (value != 0) flags |= quote::kHasTrade;
+        traded = value != 0;
         [[fallthrough]];
       default:
-        writer.set(positionOf(id.column), value);
+        writer.set(kPositions[static_cast<std::size_t>(id.column)], value);
     }
   }
-  for (std::size_t level = 0; level < 10; ++level) {
-    if (bid.prices[level] != 0) writer.setBid(level, bid.prices[level], bid.sizes[level]);
-    if (ask.prices[level] != 0) writer.setAsk(level, ask.prices[level], ask.sizes[level]);
-  }
-  const int bidLevels = bid.levels();
-  const int askLevels = ask.levels();
-  if (bidLevels > 0) flags |= quote::kHasBid;
-  if (askLevels > 0) flags |= quote::kHasAsk;
-  writer.set(quote::TradingDay, tradingDays[row]);
-  writer.set(quote::BidLevels, bidLevels);
-  writer.set(quote::AskLevels, askLevels);
-  writer.set(quote::Flags, flags);
+  const QuoteView view(record);
+  const int bids = levelsOf([&](int at) { return view.bidPrice(static_cast<std::size_t>(at)); });
+  const int asks = levelsOf([&](int at) { return view.askPrice(static_cast<std::size_t>(at)); });
+  writer.set(quote::BidLevels, bids);
+  writer.set(quote::AskLevels, asks);
+  writer.set(quote::Flags, (traded ? quote::kHasTrade : 0) |
+                               (view.bidPrice() != 0 ? quote::kHasBid : 0) |
+                               (view.askPrice() != 0 ? quote::kHasAsk : 0));
 }
 
 }  // namespace orvane
