@@ -93,8 +93,7 @@ IPublisher* IPublisher::create(RunnerModeFlag mode) {
 ResultStatus BarDataReadSyncWrapper::getRecords(const std::string& target, const std::string& name,
                                                 int64 begin, int64 end, std::list<Record>& records,
                                                 const Cancel& cancelled, int64 wait, int flags) {
-  return installedPlatform().readRecords(target, name, begin, end, records, cancelled, wait,
-                                         flags);
+  return installedPlatform().readRecords(target, name, begin, end, records, cancelled, wait, flags);
 }
 
 ResultStatus BarDataReadSyncWrapper::getRecord(const std::string& target, const std::string& name,

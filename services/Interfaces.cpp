@@ -1,4 +1,5 @@
-// One home for the virtual tables of the service interfaces, and the empty bodies of the call-backs.
+// One home for the virtual tables of the service interfaces, and the empty bodies of the
+// call-backs.
 
 #include "services/Common/CmnFactory.h"
 #include "services/Common/DllLoader.h"

@@ -26,16 +26,16 @@ struct AccountID {
 struct TradingAccountID {
   std::int32_t accountKey = std::numeric_limits<std::int32_t>::max();
   std::int32_t second = std::numeric_limits<std::int32_t>::max();  ///< Carried.
-  std::int32_t counterType = -1;                                   ///< A code of `CounterTypeCodes`.
-  std::int32_t fourth = 0;                                         ///< Carried.
-  std::string text1;           ///< First text of the account's text form.
-  std::string text2;           ///< Carried.
-  std::string account;         ///< The account text.
-  std::int32_t currency = 11;  ///< Index of `currencyNames`; 11 is not known.
-  std::int32_t infoKey = 0;    ///< Key of the first name table of `gBaseInformationMap`.
-  std::int32_t hedgeFlag = 0;  ///< Index of `hedgeFlagNames`.
-  std::int32_t eighth = 0;     ///< Carried.
-  std::string text4;           ///< Carried.
+  std::int32_t counterType = -1;  ///< A code of `CounterTypeCodes`.
+  std::int32_t fourth = 0;        ///< Carried.
+  std::string text1;              ///< First text of the account's text form.
+  std::string text2;              ///< Carried.
+  std::string account;            ///< The account text.
+  std::int32_t currency = 11;     ///< Index of `currencyNames`; 11 is not known.
+  std::int32_t infoKey = 0;       ///< Key of the first name table of `gBaseInformationMap`.
+  std::int32_t hedgeFlag = 0;     ///< Index of `hedgeFlagNames`.
+  std::int32_t eighth = 0;        ///< Carried.
+  std::string text4;              ///< Carried.
 
   friend bool operator==(const TradingAccountID& a, const TradingAccountID& b) {
     return a.accountKey == b.accountKey;

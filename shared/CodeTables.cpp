@@ -136,8 +136,8 @@ const std::map<std::string, int> CounterTypeCodes = {
 };
 // clang-format on
 
-const std::array<const char*, 15> currencyNames = {"CNY", "USD", "HKD", "GBP",  "JPY",
-                                                   "CAD", "AUD", "EUR", "CHF",  "KRW",
+const std::array<const char*, 15> currencyNames = {"CNY", "USD",         "HKD",  "GBP", "JPY",
+                                                   "CAD", "AUD",         "EUR",  "CHF", "KRW",
                                                    "MYR", "unknowmoney", "CUSD", "SGD", ""};
 
 namespace {

@@ -31,8 +31,8 @@ struct Order {
   std::string text3, text4;
   std::string orderRef;
   double value1 = 0;
-  std::array<Word, 11> values{};          ///< The first is the update time.
-  std::array<std::int32_t, 11> ints{};    ///< The sixth is the status; 3, 5, 6 and 7 are final.
+  std::array<Word, 11> values{};        ///< The first is the update time.
+  std::array<std::int32_t, 11> ints{};  ///< The sixth is the status; 3, 5, 6 and 7 are final.
   std::string text5, text6;
   Word value2 = 0, value3 = 0;
   Word value4 = 0;

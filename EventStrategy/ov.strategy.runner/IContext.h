@@ -97,8 +97,7 @@ class ORVANE_API IContext {
   virtual void subscribeTrade(const TradingAccountID& account, const ICodeID& code) = 0;
   virtual ResultStatus subscribeDic(const std::string& name, const std::string& key,
                                     int64 beginTime, int64 endTime, int flags) = 0;
-  virtual void subscribeDicSnapshot(const std::string& name, const std::string& key,
-                                    int flags) = 0;
+  virtual void subscribeDicSnapshot(const std::string& name, const std::string& key, int flags) = 0;
   /// A timer that first fires at `beginTime` (UTC milliseconds; one in the past keeps its phase)
   /// and every `interval` milliseconds from then on, `triggerCount` times. Returns its id.
   virtual int createTimer(int64 interval, int64 beginTime, int triggerCount) = 0;

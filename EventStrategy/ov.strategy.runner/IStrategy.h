@@ -52,8 +52,8 @@ class ORVANE_API IStrategy {
 
   /// The same for a subscription that is known by code and frequency.
   virtual void onTickSeries(IContext* context, const ICodeID& code,
-                            const std::vector<IDepthMarketData>& ticks,
-                            const ResultStatus& status, int batchFlag) = 0;
+                            const std::vector<IDepthMarketData>& ticks, const ResultStatus& status,
+                            int batchFlag) = 0;
   virtual void onBarSeries(IContext* context, const ICodeID& code, const std::string& frequency,
                            const std::vector<IKLine>& bars, const ResultStatus& status,
                            int batchFlag) = 0;

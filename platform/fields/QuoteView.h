@@ -12,22 +12,22 @@ namespace quote {
 
 /// Positions in `block1`.
 enum Block1 : std::size_t {
-  Time = 0,           ///< Integer: UTC milliseconds.
-  LastPrice = 1,      ///< Double, as are all that follow.
-  Open = 2,           ///< Of the day so far.
-  High = 3,           ///< Of the day so far.
-  Low = 4,            ///< Of the day so far.
+  Time = 0,       ///< Integer: UTC milliseconds.
+  LastPrice = 1,  ///< Double, as are all that follow.
+  Open = 2,       ///< Of the day so far.
+  High = 3,       ///< Of the day so far.
+  Low = 4,        ///< Of the day so far.
   PreClose = 5,
   PreSettle = 6,
-  Settle = 7,         ///< 0 until it is published.
+  Settle = 7,  ///< 0 until it is published.
   UpperLimit = 8,
   LowerLimit = 9,
-  TotalVolume = 10,   ///< Of the day so far.
-  Volume = 11,        ///< Since the previous tick, or of this trade.
+  TotalVolume = 10,  ///< Of the day so far.
+  Volume = 11,       ///< Since the previous tick, or of this trade.
   TotalTurnover = 12,
   Turnover = 13,
   OpenInterest = 14,
-  AskSize8 = 15,      ///< Ask sizes of levels 8 to 10; those of 1 to 7 stand in `block3`.
+  AskSize8 = 15,  ///< Ask sizes of levels 8 to 10; those of 1 to 7 stand in `block3`.
 };
 
 /// Positions in `block2`.

@@ -24,10 +24,24 @@ struct BarSeries {
 
 /// What a column of a `TickSeries` holds.
 enum class TickColumn : std::uint8_t {
-  LastPrice, Open, High, Low, PreClose, PreSettle, Settle, UpperLimit, LowerLimit, TotalVolume,
-  Volume, TotalTurnover, Turnover, OpenInterest,
+  LastPrice,
+  Open,
+  High,
+  Low,
+  PreClose,
+  PreSettle,
+  Settle,
+  UpperLimit,
+  LowerLimit,
+  TotalVolume,
+  Volume,
+  TotalTurnover,
+  Turnover,
+  OpenInterest,
   BidPrice,  ///< Level `TickColumnId::level`; so are the three below.
-  BidSize, AskPrice, AskSize,
+  BidSize,
+  AskPrice,
+  AskSize,
 };
 
 struct TickColumnId {

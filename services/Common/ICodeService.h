@@ -42,8 +42,7 @@ class ORVANE_API ICodeService {
   /// The properties that held at `time` (UTC milliseconds).
   virtual ResultStatus codePropertyAt(int64 codeId, ICodeProperty& property, int64 time) = 0;
   /// The properties of all codes of a market at `time`.
-  virtual ResultStatus codeQueryF(int market, std::list<ICodeProperty>& properties,
-                                  int64 time) = 0;
+  virtual ResultStatus codeQueryF(int market, std::list<ICodeProperty>& properties, int64 time) = 0;
 
   /// The dominant contract behind a continuous code; a plain contract resolves to itself.
   virtual ResultStatus resolveDominant(const ICodeID& code, ICodeID& resolved) = 0;
@@ -64,8 +63,7 @@ class ORVANE_API ICodeService {
   // What stands behind the static operations of `CodePropertyUtils`.
   virtual bool getCategoryID(const std::string& text, ICategoryID& category) = 0;
   virtual ResultStatus historyCodeProperties(const ICodeID& code,
-                                             std::vector<ITimeCodeProp>& properties,
-                                             int flags) = 0;
+                                             std::vector<ITimeCodeProp>& properties, int flags) = 0;
   virtual ResultStatus correctUserProp(ICodeProperty& property) = 0;
 };
 

@@ -87,11 +87,10 @@ class ORVANE_API ITradeService {
   // Queries.
   virtual ResultStatus getPosition(const TradingAccountID& account, const ICodeID& code,
                                    Position& position) = 0;
-  virtual ResultStatus getPositions(const TradingAccountID& account,
-                                    std::list<Position>& positions, int mask) = 0;
-  virtual ResultStatus getSourcePosition(const TradingAccountID& account,
-                                         const std::string& source, const ICodeID& code,
-                                         SourcePosition& position) = 0;
+  virtual ResultStatus getPositions(const TradingAccountID& account, std::list<Position>& positions,
+                                    int mask) = 0;
+  virtual ResultStatus getSourcePosition(const TradingAccountID& account, const std::string& source,
+                                         const ICodeID& code, SourcePosition& position) = 0;
   virtual ResultStatus getSourcePositions(const TradingAccountID& account,
                                           std::list<SourcePosition>& positions) = 0;
   virtual ResultStatus getCapital(const TradingAccountID& account, TradingAccount& capital) = 0;
@@ -115,8 +114,7 @@ class ORVANE_API ITradeService {
                                       std::list<OrderFill>& fills) = 0;
   virtual int tradingAccountCount() = 0;
   virtual std::vector<TradingAccountID> tradingAccounts() = 0;
-  virtual std::list<AccountLinks> accountRecords(const std::string& account,
-                                                 int counterType) = 0;
+  virtual std::list<AccountLinks> accountRecords(const std::string& account, int counterType) = 0;
 
   // Subscriptions.
   virtual void subscribeStatus(const std::shared_ptr<TradeEventSpi>& spi,
@@ -128,8 +126,7 @@ class ORVANE_API ITradeService {
                                           const TradingAccountID& account) = 0;
   virtual void subscribeOrderBySourceName(const std::shared_ptr<TradeEventSpi>& spi,
                                           const std::string& source,
-                                          const TradingAccountID& account,
-                                          const ICodeID& code) = 0;
+                                          const TradingAccountID& account, const ICodeID& code) = 0;
   virtual void subscribeOrderByEventSourceId(const std::shared_ptr<TradeEventSpi>& spi,
                                              EventSourceId source,
                                              const TradingAccountID& account) = 0;
@@ -137,8 +134,7 @@ class ORVANE_API ITradeService {
                                          const std::string& source,
                                          const TradingAccountID& account) = 0;
   virtual void subscribeFillBySourceName(const std::shared_ptr<TradeEventSpi>& spi,
-                                         const std::string& source,
-                                         const TradingAccountID& account,
+                                         const std::string& source, const TradingAccountID& account,
                                          const ICodeID& code) = 0;
   virtual void subscribeFillByEventSourceId(const std::shared_ptr<TradeEventSpi>& spi,
                                             EventSourceId source,

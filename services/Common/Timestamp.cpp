@@ -61,10 +61,10 @@ int Timestamp::date() const {
 
 int Timestamp::time() const {
   const auto time = timeOf(localTime(utcMs_, zone_));
-  return static_cast<int>(((time.hours().count() * 100 + time.minutes().count()) * 100 +
-                           time.seconds().count()) *
-                              1000 +
-                          time.subseconds().count());
+  return static_cast<int>(
+      ((time.hours().count() * 100 + time.minutes().count()) * 100 + time.seconds().count()) *
+          1000 +
+      time.subseconds().count());
 }
 
 bool isTimeEnabled() { return installedPlatform().isTimeEnabled(); }

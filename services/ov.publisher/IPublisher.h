@@ -12,8 +12,8 @@ namespace orvane {
 
 /// The arguments of the first twelve operations: four texts and two ints around a count.
 /// They are passed through; their meaning is the publisher's.
-#define ORVANE_PUBLISHER_OP_ARGS                                                         \
-  const std::string &text1, const std::string &text2, int64 value1, int64 value2,        \
+#define ORVANE_PUBLISHER_OP_ARGS                                                  \
+  const std::string &text1, const std::string &text2, int64 value1, int64 value2, \
       const std::string &text3, std::int32_t count, int flags
 
 /// Publishes market and dictionary data. Made by `create` and owned by the caller; any thread may
