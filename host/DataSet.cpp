@@ -1,0 +1,112 @@
+#include "host/DataSet.h"
+
+#include <fmt/core.h>
+
+#include <algorithm>
+#include <iterator>
+#include <set>
+
+#include "host/InputError.h"
+#include "host/InstrumentInputs.h"
+#include "host/SeriesMerge.h"
+#include "platform/fields/KLineView.h"
+#include "shared/TextCodec.h"
+
+namespace orvane {
+namespace {
+
+/// The price tick of the instrument that a code text names, if the plan has it.
+std::string priceTickOf(const RunPlan& plan, const std::string& code) {
+  for (const InstrumentInput& input : plan.instruments)
+    if (instrumentText(input.instrument) == code || gbkToUtf8(input.instrument.code) == code)
+      return input.instrument.priceTick;
+  return {};
+}
+
+/// The requests of one input: one for all its files if their code is given, else one for each, so
+/// that each file tells its own.
+std::vector<DataFileRequest> requestsOf(const RunPlan& plan, const DataInput& input) {
+  std::vector<DataFileRequest> result;
+  DataFileRequest request;
+  request.kind = input.kind;
+  request.code = input.code;
+  request.description = input.description;
+  request.priceTick = priceTickOf(plan, input.code);
+  if (!input.code.empty()) {
+    request.paths = input.paths;
+    return {request};
+  }
+  for (const std::string& path : input.paths) {
+    request.paths = {path};
+    result.push_back(request);
+  }
+  return result;
+}
+
+}  // namespace
+
+DataSet loadDataSet(const RunPlan& plan,
+                    const std::function<void(const std::string&, double)>& progress) {
+  DataSet result;
+  for (const DataInput& input : plan.data) {
+    for (const DataFileRequest& request : requestsOf(plan, input)) {
+      const std::string& shown = request.paths.front();
+      const auto onShare = [&](double share) {
+        if (progress) progress(shown, share);
+      };
+      if (request.kind == DataFileRequest::Kind::Bars)
+        std::ranges::move(loadBars(request, onShare), std::back_inserter(result.bars));
+      else
+        std::ranges::move(loadTicks(request, onShare), std::back_inserter(result.ticks));
+    }
+  }
+  result.bars = mergeBars(std::move(result.bars));
+  result.ticks = mergeTicks(std::move(result.ticks));
+  if (result.bars.empty() && result.ticks.empty())
+    throw InputError("there is no market data: the files hold no rows");
+  return result;
+}
+
+std::vector<SeriesSummary> DataSet::summaries() const {
+  std::vector<SeriesSummary> result;
+  for (const LoadedBars& loaded : bars) {
+    const auto& all = loaded.series.bars;
+    result.push_back({loaded.code, false, loaded.series.periodMs,
+                      frequencyText(loaded.series.periodMs), all.size(),
+                      KLineView(all.front()).beginTime(), KLineView(all.back()).endTime(),
+                      loaded.series.timeZone, loaded.series.origin, loaded.notes});
+  }
+  for (const LoadedTicks& loaded : ticks)
+    result.push_back({loaded.code,
+                      true,
+                      0,
+                      {},
+                      loaded.series.rows(),
+                      loaded.series.times.front(),
+                      loaded.series.times.back(),
+                      loaded.series.timeZone,
+                      loaded.series.origin,
+                      loaded.notes});
+  return result;
+}
+
+std::string DataSet::timeZone() const {
+  std::set<std::string> zones;
+  for (const LoadedBars& loaded : bars) zones.insert(loaded.series.timeZone);
+  for (const LoadedTicks& loaded : ticks) zones.insert(loaded.series.timeZone);
+  const bool isOne = zones.size() == 1 && !zones.begin()->empty();
+  return isOne ? *zones.begin() : "UTC";
+}
+
+std::string frequencyText(int64 periodMs) {
+  struct Unit {
+    int64 ms;
+    const char* name;
+  };
+  constexpr Unit kUnits[] = {{86'400'000, "d"}, {3'600'000, "h"}, {60'000, "m"}, {1'000, "s"}};
+  for (const Unit& unit : kUnits)
+    if (periodMs % unit.ms == 0) return fmt::format("{}{}", periodMs / unit.ms, unit.name);
+  return fmt::format("{}ms", periodMs);
+}
+
+}  // namespace orvane

@@ -1,0 +1,152 @@
+#include "host/JsonInput.h"
+
+#include <fmt/core.h>
+
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+
+#include "host/InputError.h"
+
+namespace orvane {
+
+QByteArray readWholeFile(const std::string& path) {
+  QFile file(QString::fromStdString(path));
+  if (QFileInfo(file).isDir()) throw InputError(fmt::format("{}: is a folder, not a file", path));
+  if (!file.open(QIODevice::ReadOnly))
+    throw InputError(fmt::format("{}: cannot be read: {}", path, file.errorString().toStdString()));
+  return file.readAll();
+}
+
+QJsonValue parseJson(const QByteArray& given, const std::string& origin) {
+  QByteArray text = given;
+  if (text.startsWith("\xEF\xBB\xBF")) text.remove(0, 3);
+  QJsonParseError error;
+  const QJsonDocument document = QJsonDocument::fromJson(text, &error);
+  if (error.error != QJsonParseError::NoError) {
+    const QByteArray before = text.left(error.offset);
+    const auto line = before.count('\n') + 1;
+    const auto column = error.offset - before.lastIndexOf('\n');
+    throw InputError(fmt::format("{}:{}:{}: bad JSON: {}", origin, line, column,
+                                 error.errorString().toStdString()));
+  }
+  if (document.isArray()) return document.array();
+  return document.object();
+}
+
+QJsonValue readJsonFile(const std::string& path) { return parseJson(readWholeFile(path), path); }
+
+QJsonObject jsonObjectArgument(const std::string& argument, const std::string& option) {
+  const auto first = argument.find_first_not_of(" \t\r\n");
+  const bool isInline = first != std::string::npos && argument[first] == '{';
+  const QJsonValue value =
+      isInline ? parseJson(QByteArray::fromStdString(argument), option) : readJsonFile(argument);
+  if (!value.isObject())
+    throw InputError(fmt::format("{}: must hold a JSON object, not {}",
+                                 isInline ? option : argument, jsonText(value)));
+  return value.toObject();
+}
+
+std::string jsonText(const QJsonValue& value) {
+  const QByteArray text = QJsonDocument(QJsonArray{value}).toJson(QJsonDocument::Compact);
+  std::string inner = text.mid(1, text.size() - 2).toStdString();
+  constexpr std::size_t kLongest = 60;
+  if (inner.size() > kLongest) {
+    std::size_t end = kLongest;
+    while (end > 0 && (static_cast<unsigned char>(inner[end]) & 0xC0) == 0x80) --end;
+    inner = inner.substr(0, end) + "...";
+  }
+  return inner;
+}
+
+JsonReader::JsonReader(const QJsonValue& value, std::string place) : place_(std::move(place)) {
+  if (!value.isObject())
+    throw InputError(fmt::format("{}: must be a JSON object, not {}", place_, jsonText(value)));
+  object_ = value.toObject();
+}
+
+std::string JsonReader::place(const char* key) const {
+  const bool isInside = place_.find(": ") != std::string::npos;
+  return place_ + (isInside ? "." : ": ") + key;
+}
+
+void JsonReader::refuse(const char* key, const std::string& what) const {
+  throw InputError(
+      fmt::format("{}: {}, not {}", place(key), what, jsonText(object_.value(QLatin1String(key)))));
+}
+
+QJsonValue JsonReader::value(const char* key) {
+  asked_.push_back(QString::fromUtf8(key));
+  return object_.value(QLatin1String(key));
+}
+
+std::string JsonReader::text(const char* key, const std::string& defaultValue) {
+  const QJsonValue found = value(key);
+  if (found.isUndefined()) return defaultValue;
+  if (!found.isString()) refuse(key, "must be a text");
+  return found.toString().toStdString();
+}
+
+std::string JsonReader::requiredText(const char* key) {
+  if (!has(key)) throw InputError(fmt::format("{}: is missing", place(key)));
+  const std::string found = text(key);
+  if (found.empty()) refuse(key, "must not be empty");
+  return found;
+}
+
+bool JsonReader::flag(const char* key, bool defaultValue) {
+  const QJsonValue found = value(key);
+  if (found.isUndefined()) return defaultValue;
+  if (!found.isBool()) refuse(key, "must be true or false");
+  return found.toBool();
+}
+
+int JsonReader::integer(const char* key, int defaultValue, int lowest, int highest) {
+  const QJsonValue found = value(key);
+  if (found.isUndefined()) return defaultValue;
+  const double number = found.toDouble(std::nan(""));
+  if (!(number >= lowest && number <= highest) || number != std::floor(number))
+    refuse(key, fmt::format("must be a whole number from {} to {}", lowest, highest));
+  return static_cast<int>(number);
+}
+
+std::string JsonReader::decimal(const char* key) {
+  const QJsonValue found = value(key);
+  if (found.isUndefined()) return {};
+  if (found.isString()) return found.toString().toStdString();
+  if (!found.isDouble()) refuse(key, "must be a number");
+  char text[400];
+  const auto end =
+      std::to_chars(text, text + sizeof(text), found.toDouble(), std::chars_format::fixed).ptr;
+  return std::string(text, end);
+}
+
+std::vector<std::string> JsonReader::texts(const char* key) {
+  const QJsonValue found = value(key);
+  if (found.isUndefined()) return {};
+  if (found.isString()) return {found.toString().toStdString()};
+  if (!found.isArray()) refuse(key, "must be a text or an array of texts");
+  std::vector<std::string> result;
+  const QJsonArray array = found.toArray();
+  for (const auto& element : array) {
+    if (!element.isString()) refuse(key, "must be a text or an array of texts");
+    result.push_back(element.toString().toStdString());
+  }
+  return result;
+}
+
+void JsonReader::close() const {
+  for (auto it = object_.begin(); it != object_.end(); ++it) {
+    if (std::find(asked_.begin(), asked_.end(), it.key()) != asked_.end()) continue;
+    std::string known;
+    for (const QString& key : asked_) known += (known.empty() ? "" : ", ") + key.toStdString();
+    throw InputError(fmt::format("{}: unknown key; the keys here are {}",
+                                 place(it.key().toStdString().c_str()), known));
+  }
+}
+
+}  // namespace orvane

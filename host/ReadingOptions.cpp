@@ -1,0 +1,74 @@
+#include "host/ReadingOptions.h"
+
+#include <fmt/core.h>
+
+#include <QJsonArray>
+#include <QJsonDocument>
+
+#include "host/InputError.h"
+#include "host/JsonInput.h"
+#include "host/TimeArgument.h"
+
+namespace orvane {
+
+void ReadingOptions::addTo(CLI::App& command) {
+  const std::string group = "How to read the files (what is common is recognised)";
+  const auto add = [&](const char* name, auto& value, const char* help) {
+    return command.add_option(name, value, help)->group(group);
+  };
+  add("--format", format_, "Description of the files: FILE.json or {...}; see docs/formats.md")
+      ->type_name("JSON");
+  add("--columns", columns_, "Names of the columns in order, separated by commas")
+      ->type_name("LIST");
+  add("--delimiter", delimiter_, "What separates the fields")->type_name("CHAR");
+  add("--timezone", timeZone_, "Zone of the times in the files, such as Asia/Shanghai")
+      ->type_name("ZONE");
+  add("--stamp", stamp_, "Whether a bar's time is its start or its end")
+      ->check(CLI::IsMember({"start", "end"}));
+  add("--period", period_, "Period of the bars, such as 1m, 5m, 1d")->type_name("PERIOD");
+  add("--date", date_, "Date of files whose times count from midnight")->type_name("DATE");
+  add("--price-scale", priceScale_, "What prices are to be divided by, such as 10000")
+      ->type_name("NUMBER");
+  add("--price-tick", priceTick_, "Smallest price step, to clean binary noise, such as 0.2")
+      ->type_name("NUMBER");
+  add("--side", side_, "What a trade-less bar file holds")->type_name("SIDE");
+  add("--set", sets_, "Any other key of a description, as KEY=VALUE; may be repeated")
+      ->type_name("KEY=VALUE");
+}
+
+QJsonObject ReadingOptions::description() const {
+  QJsonObject result;
+  if (!format_.empty()) result = jsonObjectArgument(format_, "--format");
+  const auto put = [&](const char* key, const std::string& value) {
+    if (!value.empty()) result[QLatin1String(key)] = QString::fromStdString(value);
+  };
+  if (!columns_.empty()) {
+    QJsonArray names;
+    const QStringList parts = QString::fromStdString(columns_).split(',');
+    for (const QString& part : parts) names.append(part.trimmed());
+    result["columns"] = names;
+  }
+  if (!timeZone_.empty()) checkTimeZone(timeZone_, "--timezone");
+  put("delimiter", delimiter_);
+  put("timeZone", timeZone_);
+  put("stamp", stamp_);
+  put("period", period_);
+  put("date", date_);
+  put("priceScale", priceScale_);
+  put("priceTick", priceTick_);
+  put("side", side_);
+  for (const std::string& set : sets_) {
+    const auto equals = set.find('=');
+    if (equals == std::string::npos || equals == 0)
+      throw InputError(fmt::format("--set: \"{}\" is not KEY=VALUE", set));
+    const QByteArray text = QByteArray::fromStdString(set.substr(equals + 1));
+    // A value that is JSON is taken as such, anything else as a text.
+    const QJsonDocument json = QJsonDocument::fromJson("[" + text + "]");
+    const bool isJson = json.isArray() && json.array().size() == 1;
+    result[QString::fromStdString(set.substr(0, equals))] =
+        isJson ? json.array().at(0) : QJsonValue(QString::fromUtf8(text));
+  }
+  return result;
+}
+
+}  // namespace orvane

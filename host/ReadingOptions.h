@@ -1,0 +1,30 @@
+#pragma once
+
+#include <CLI/App.hpp>
+#include <QJsonObject>
+#include <string>
+#include <vector>
+
+namespace orvane {
+
+/// The options of the command line that say how data files are to be read: they make a description
+/// as docs/formats.md has it. What is common needs none.
+class ReadingOptions {
+ public:
+  /// Adds the options to a command, under a heading of their own.
+  void addTo(CLI::App& command);
+
+  /// The description that they make. Throws `InputError`.
+  QJsonObject description() const;
+
+  /// The zone given with --timezone; empty if none was.
+  const std::string& timeZone() const { return timeZone_; }
+
+ private:
+  std::string format_;
+  std::string columns_, delimiter_, timeZone_, stamp_, period_, date_, priceScale_, priceTick_,
+      side_;
+  std::vector<std::string> sets_;
+};
+
+}  // namespace orvane

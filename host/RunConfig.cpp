@@ -1,0 +1,156 @@
+#include "host/RunConfig.h"
+
+#include <fmt/core.h>
+
+#include <QJsonArray>
+#include <charconv>
+#include <cmath>
+#include <filesystem>
+#include <set>
+
+#include "host/InputError.h"
+#include "host/InstrumentInputs.h"
+#include "host/JsonInput.h"
+#include "host/ModuleFinder.h"
+#include "host/TimeArgument.h"
+
+namespace orvane {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// A name in the configuration, relative to the folder that the configuration stands in.
+std::string besides(const std::string& configPath, const std::string& name) {
+  if (fs::path(name).is_absolute()) return name;
+  return (fs::path(configPath).parent_path() / name).string();
+}
+
+/// An object, or the name of a file that holds one.
+QJsonObject objectOrFile(JsonReader& reader, const char* key, const std::string& configPath) {
+  const QJsonValue found = reader.value(key);
+  if (found.isUndefined()) return {};
+  if (found.isObject()) return found.toObject();
+  if (!found.isString()) reader.refuse(key, "must be an object or the name of a JSON file");
+  const std::string path = besides(configPath, found.toString().toStdString());
+  const QJsonValue value = readJsonFile(path);
+  if (!value.isObject())
+    throw InputError(fmt::format("{}: must hold a JSON object, not {}", path, jsonText(value)));
+  return value.toObject();
+}
+
+RunnerPlan readRunner(const QJsonValue& json, const std::string& place,
+                      const std::string& configPath) {
+  JsonReader reader(json, place);
+  RunnerPlan result;
+  result.strategy = reader.requiredText("strategy");
+  result.name = reader.text("name");
+  result.orderSource = reader.text("orderSource");
+  result.params = objectOrFile(reader, "params", configPath);
+  reader.close();
+  const bool isPath = result.strategy.find('/') != std::string::npos;
+  const std::string beside = besides(configPath, result.strategy);
+  std::error_code error;
+  if (isPath || fs::is_regular_file(beside, error)) result.modulePath = beside;
+  return result;
+}
+
+void readData(JsonReader& reader, const char* key, DataFileRequest::Kind kind,
+              const std::string& configPath, RunPlan& plan) {
+  const QJsonValue found = reader.value(key);
+  if (found.isUndefined()) return;
+  const QJsonArray list = found.isArray() ? found.toArray() : QJsonArray{found};
+  for (qsizetype i = 0; i < list.size(); ++i) {
+    const std::string place = fmt::format("{}[{}]", reader.place(key), i);
+    DataInput input;
+    input.kind = kind;
+    if (list[i].isString()) {
+      input.paths = {besides(configPath, list[i].toString().toStdString())};
+    } else {
+      JsonReader entry(list[i], place);
+      for (const std::string& name : entry.texts("files"))
+        input.paths.push_back(besides(configPath, name));
+      for (const std::string& name : entry.texts("file"))
+        input.paths.push_back(besides(configPath, name));
+      input.code = entry.text("code");
+      input.description = objectOrFile(entry, "format", configPath);
+      entry.close();
+      if (input.paths.empty())
+        throw InputError(fmt::format("{}: names no file: give \"file\" or \"files\"", place));
+    }
+    plan.data.push_back(std::move(input));
+  }
+}
+
+void readInstruments(JsonReader& reader, const std::string& configPath, RunPlan& plan) {
+  const QJsonValue found = reader.value("instruments");
+  if (found.isUndefined()) return;
+  std::vector<InstrumentInput> list;
+  if (found.isString()) {
+    const std::string path = besides(configPath, found.toString().toStdString());
+    list = parseInstruments(readJsonFile(path), path);
+    plan.instrumentsAreComplete = true;
+  } else {
+    list = parseInstruments(found, reader.place("instruments"));
+  }
+  plan.instruments.insert(plan.instruments.end(), list.begin(), list.end());
+}
+
+}  // namespace
+
+double parseSpeed(const std::string& text, const std::string& option) {
+  std::string number = text;
+  if (number.ends_with('x') || number.ends_with('X')) number.pop_back();
+  double result = 0;
+  const char* end = number.data() + number.size();
+  const auto parsed = std::from_chars(number.data(), end, result);
+  if (parsed.ec != std::errc() || parsed.ptr != end || !(result > 0) || !std::isfinite(result))
+    throw InputError(
+        fmt::format("{}: \"{}\" is not a speed; write it like 10x, above 0", option, text));
+  return result;
+}
+
+void readRunConfig(const std::string& path, RunPlan& plan) {
+  JsonReader reader(readJsonFile(path), path);
+  const QJsonValue runners = reader.value("runners");
+  if (runners.isUndefined())
+    throw InputError(fmt::format("{}: is missing", reader.place("runners")));
+  if (!runners.isArray() || runners.toArray().isEmpty())
+    reader.refuse("runners", "must be an array of at least one runner");
+  const QJsonArray list = runners.toArray();
+  for (qsizetype i = 0; i < list.size(); ++i)
+    plan.runners.push_back(readRunner(list[i], fmt::format("{}: runners[{}]", path, i), path));
+
+  readData(reader, "bars", DataFileRequest::Kind::Bars, path, plan);
+  readData(reader, "ticks", DataFileRequest::Kind::Ticks, path, plan);
+  readInstruments(reader, path, plan);
+  plan.timeZone = reader.text("timeZone");
+  if (!plan.timeZone.empty()) checkTimeZone(plan.timeZone, reader.place("timeZone"));
+  plan.from = reader.text("from");
+  plan.to = reader.text("to");
+  plan.threads = reader.integer("threads", 0, 0, 1024);
+  plan.isLive = reader.flag("live", false);
+  plan.withDigest = reader.flag("digest", true);
+  if (reader.has("speed")) plan.speed = parseSpeed(reader.decimal("speed"), reader.place("speed"));
+  const std::string report = reader.text("report");
+  if (!report.empty()) plan.reportFolder = besides(path, report);
+  reader.close();
+}
+
+void completeRunners(RunPlan& plan, const std::string& place) {
+  std::set<std::string> names;
+  for (std::size_t i = 0; i < plan.runners.size(); ++i) {
+    RunnerPlan& runner = plan.runners[i];
+    const bool isAlone = plan.runners.size() == 1;
+    const std::string here = isAlone ? place : fmt::format("{}: runners[{}]", place, i);
+    const std::string given = runner.modulePath.empty() ? runner.strategy : runner.modulePath;
+    runner.modulePath = findStrategyModule(given, here);
+    checkStrategyModule(runner.modulePath, here);
+    if (runner.name.empty()) runner.name = fs::path(runner.modulePath).stem().string();
+    if (!names.insert(runner.name).second)
+      throw InputError(
+          fmt::format("{}.name: two runners are named \"{}\"; give each a \"name\" of its own",
+                      here, runner.name));
+  }
+}
+
+}  // namespace orvane

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <QJsonObject>
+#include <string>
+#include <vector>
+
+#include "platform/market/files/DataFiles.h"
+#include "platform/reference/Instrument.h"
+
+namespace orvane {
+
+/// One runner of a run. Texts are UTF-8.
+struct RunnerPlan {
+  std::string name;
+  std::string strategy;    ///< As the user wrote it.
+  std::string modulePath;  ///< The file that it was found at.
+  std::string orderSource;
+  QJsonObject params;
+};
+
+/// Files of one kind that are read in one way.
+struct DataInput {
+  DataFileRequest::Kind kind = DataFileRequest::Kind::Bars;
+  std::string code;                ///< UTF-8; empty where the file tells it.
+  std::vector<std::string> paths;  ///< UTF-8. With a code, they make one series.
+  QJsonObject description;
+};
+
+/// An instrument with the place that named it, for messages.
+struct InstrumentInput {
+  Instrument instrument;
+  std::string origin;  ///< Such as "instruments.json: [2]" or "--instrument", UTF-8.
+};
+
+/// Everything that a run is made of, as command line and configuration give it.
+struct RunPlan {
+  std::vector<RunnerPlan> runners;
+  std::vector<DataInput> data;
+  std::vector<InstrumentInput> instruments;
+  /// Whether an instruments file was given: it is then the full list, and data of another code is
+  /// an error.
+  bool instrumentsAreComplete = false;
+  std::string timeZone;  ///< IANA name; empty: that of the data.
+  std::string from, to;  ///< As the user wrote them; empty: not given.
+  double speed = 0;      ///< 0: as fast as it can.
+  bool isLive = false;
+  int threads = 0;  ///< 0: as many as the library asks for.
+  std::string reportFolder;
+  bool withDigest = true;
+};
+
+}  // namespace orvane
