@@ -36,7 +36,7 @@ struct DataFileRequest {
 
 /// A series without a code id: the caller finds or adds the instrument and sets `series.code`.
 struct LoadedBars {
-  std::string code;         ///< "CODE.MARKET" or "CODE", UTF-8.
+  std::string code;  ///< "CODE.MARKET" or "CODE", UTF-8.
   BarSeries series;
   std::vector<std::string> notes;  ///< What was assumed, UTF-8, for the user to see.
 };
@@ -53,5 +53,11 @@ ORVANE_API std::vector<LoadedBars> loadBars(const DataFileRequest& request,
                                             const std::function<void(double)>& progress = {});
 ORVANE_API std::vector<LoadedTicks> loadTicks(const DataFileRequest& request,
                                               const std::function<void(double)>& progress = {});
+
+/// The code that a file's name gives (UTF-8), for files that name none inside: the name without
+/// its ending, up to the first date of 8 digits, period such as "1min" or "day", or word such as
+/// "trade" or "quote", without years at its end, in capitals. "spy_20131007_1min_trade.csv" gives
+/// "SPY". Never empty.
+ORVANE_API std::string codeFromFileName(const std::string& path);
 
 }  // namespace orvane

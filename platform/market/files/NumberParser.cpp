@@ -1,0 +1,169 @@
+#include "platform/market/files/NumberParser.h"
+
+#include <charconv>
+#include <cmath>
+#include <cstdlib>
+
+namespace orvane::detail {
+namespace {
+
+constexpr double kPowersOfTen[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                   1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
+                                   1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+constexpr std::uint64_t kExactLimit = std::uint64_t{1} << 53;
+
+/// A decimal text taken apart.
+struct Parts {
+  bool negative = false;
+  std::uint64_t mantissa = 0;
+  int digits = 0;    ///< Significant digits, from the first that is not 0.
+  int exponent = 0;  ///< Of ten, for the mantissa's last digit.
+  bool fits = true;  ///< The mantissa holds all digits.
+};
+
+bool takeApart(std::string_view text, Parts& parts) {
+  const char* at = text.data();
+  const char* const end = at + text.size();
+  if (at != end && (*at == '-' || *at == '+')) parts.negative = *at++ == '-';
+  bool any = false;
+  bool point = false;
+  for (; at != end; ++at) {
+    const unsigned digit = static_cast<unsigned char>(*at) - unsigned{'0'};
+    if (digit > 9) {
+      if (*at != '.' || point) break;
+      point = true;
+      continue;
+    }
+    any = true;
+    if (digit != 0 || parts.digits > 0) ++parts.digits;
+    if (parts.digits <= 19)
+      parts.mantissa = parts.mantissa * 10 + digit;
+    else
+      parts.fits = false;
+    if (point) --parts.exponent;
+  }
+  if (!any) return false;
+  if (at == end) return true;
+  if (*at != 'e' && *at != 'E') return false;
+  if (++at != end && *at == '+') ++at;
+  int exponent = 0;
+  const auto result = std::from_chars(at, end, exponent);
+  if (result.ec != std::errc() || result.ptr != end || std::abs(exponent) > 400) return false;
+  parts.exponent += exponent;
+  return true;
+}
+
+/// The double nearest to `mantissa * 10^exponent`, if one operation on exact numbers gives it.
+bool exactly(std::uint64_t mantissa, int exponent, double& out) {
+  if (mantissa > kExactLimit || exponent < -22 || exponent > 22) return false;
+  const double whole = static_cast<double>(mantissa);
+  out = exponent < 0 ? whole / kPowersOfTen[-exponent] : whole * kPowersOfTen[exponent];
+  return true;
+}
+
+bool byText(std::string_view text, int shift, double& out) {
+  if (!text.empty() && text.front() == '+') text.remove_prefix(1);
+  if (shift == 0) {
+    const auto whole = std::from_chars(text.data(), text.data() + text.size(), out);
+    if (whole.ec == std::errc()) return std::isfinite(out);
+  }
+  const std::size_t mark = text.find_first_of("eE");
+  std::string shifted(text.substr(0, mark));
+  int exponent = 0;
+  if (mark != text.npos) {
+    std::string_view tail = text.substr(mark + 1);
+    if (!tail.empty() && tail.front() == '+') tail.remove_prefix(1);
+    std::from_chars(tail.data(), tail.data() + tail.size(), exponent);
+  }
+  shifted += 'e' + std::to_string(exponent + shift);
+  const char* end = shifted.data() + shifted.size();
+  const auto result = std::from_chars(shifted.data(), end, out);
+  if (result.ec == std::errc::result_out_of_range && std::abs(out) < 1) return true;
+  return result.ec == std::errc() && result.ptr == end && std::isfinite(out);
+}
+
+/// Removes what binary arithmetic left behind the last true digit: a text of 16 digits or more
+/// that lies next to a much shorter decimal is that decimal.
+double withoutNoise(double value) {
+  char buffer[64];
+  for (const int precision : {12, 13, 14}) {
+    const auto made = std::to_chars(buffer, buffer + sizeof(buffer), value,
+                                    std::chars_format::scientific, precision - 1);
+    double shorter = 0;
+    std::from_chars(buffer, made.ptr, shorter);
+    if (std::abs(shorter - value) <= 1e-14 * std::abs(value)) return shorter;
+  }
+  return value;
+}
+
+}  // namespace
+
+bool parseStep(std::string_view text, DecimalStep& out) {
+  Parts parts;
+  if (!takeApart(text, parts) || parts.negative || parts.mantissa == 0 || !parts.fits) return false;
+  while (parts.mantissa % 10 == 0) {
+    parts.mantissa /= 10;
+    ++parts.exponent;
+  }
+  for (; parts.exponent > 0; --parts.exponent) {
+    if (parts.mantissa > 1'000'000'000'000U) return false;
+    parts.mantissa *= 10;
+  }
+  if (parts.mantissa > 1'000'000'000'000'000U || parts.exponent < -15) return false;
+  out.mantissa = static_cast<std::int64_t>(parts.mantissa);
+  out.decimals = -parts.exponent;
+  return true;
+}
+
+bool NumberParser::parse(std::string_view text, double& out) const {
+  if (format_.decimalPoint == '.' && format_.thousands == 0) return parsePlain(text, out);
+  char buffer[128];
+  std::size_t size = 0;
+  if (text.size() > sizeof(buffer)) return false;
+  for (const char c : text) {
+    if (c == format_.thousands && c != 0) continue;
+    if (c == '.' && format_.decimalPoint != '.') return false;
+    buffer[size++] = c == format_.decimalPoint ? '.' : c;
+  }
+  return parsePlain({buffer, size}, out);
+}
+
+bool NumberParser::parsePlain(std::string_view text, double& out) const {
+  Parts parts;
+  if (text.size() > 400 || !takeApart(text, parts)) return false;
+  if (parts.fits && exactly(parts.mantissa, parts.exponent + shift_, out)) {
+    if (parts.negative) out = -out;
+  } else if (!byText(text, shift_, out)) {
+    return false;
+  }
+  out = cleaned(out, parts.digits);
+  return true;
+}
+
+double NumberParser::cleaned(double value, int digits) const {
+  if (value == 0) return 0;  // Also without the sign that "-0" has.
+  if (step_.mantissa != 0) {
+    const double step = static_cast<double>(step_.mantissa) / kPowersOfTen[step_.decimals];
+    const double count = std::round(value / step);
+    if (std::abs(count) * static_cast<double>(step_.mantissa) < 9e15) {
+      // Whole numbers below 2^53, so this is the double nearest to the decimal.
+      const double exact =
+          count * static_cast<double>(step_.mantissa) / kPowersOfTen[step_.decimals];
+      if (std::abs(exact - value) <= step * 1e-6) return exact;
+    }
+  }
+  return digits > 15 ? withoutNoise(value) : value;
+}
+
+bool isNumber(std::string_view text) {
+  double value = 0;
+  return NumberParser().parse(text, value);
+}
+
+std::string decimalText(double value) {
+  char buffer[64];
+  const auto made = std::to_chars(buffer, buffer + sizeof(buffer), value);
+  return {buffer, made.ptr};
+}
+
+}  // namespace orvane::detail

@@ -1,0 +1,90 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/market/files/Description.h"
+#include "platform/market/files/ZoneClock.h"
+
+namespace orvane::detail {
+
+/// Some rows of a file, its first and its last ones, for finding out how it is written.
+using SampleRows = std::vector<std::vector<std::string>>;
+
+/// The columns that make a row's time; -1: there is none.
+struct TimeColumns {
+  int moment = -1;  ///< Date and time in one, or the only one there is.
+  int date = -1;
+  int time = -1;
+  int millis = -1;
+  int tradingDay = -1;
+  bool momentIsTimeOfDay = false;  ///< The header calls `moment` a time of day.
+};
+
+/// The time of one row.
+struct RowTime {
+  std::int64_t utcMs = 0;
+  std::int64_t localDay = 0;   ///< Only if `dateOnly`.
+  bool dateOnly = false;       ///< A date without a time of day.
+  bool fromEpoch = false;      ///< Counted from 1970, so it knows no zone.
+  std::int32_t tradingDay = 0;  ///< YYYYMMDD from a column of its own, else 0.
+};
+
+/// Reads the time of each row of one file, whatever columns and forms it is spread over. Not
+/// thread-safe.
+class TimeParser {
+ public:
+  /// Finds the forms out from `samples`. Throws `DataFileError` if no date can be had or if the
+  /// order of day and month is open. `names` are those of the columns, for messages.
+  TimeParser(const std::string& file, TimeColumns columns, const Description& description,
+             std::optional<std::int64_t> fileDay, const SampleRows& samples,
+             const std::vector<std::string>& names, std::vector<std::string>& notes);
+
+  /// False if the row's time cannot be read; `errorColumn` and `errorText` then tell why. Of a
+  /// local time that occurs twice the one not before `notBefore` is taken.
+  bool parse(const std::vector<std::string_view>& fields, std::int64_t notBefore, RowTime& out);
+
+  int errorColumn() const { return errorColumn_; }
+  const char* errorText() const { return errorText_; }
+
+  ZoneClock& zone() { return zone_; }
+
+ private:
+  struct Cached {
+    std::string prefix;
+    std::int64_t day = 0;
+    bool hasDate = false;
+  };
+
+  TimeFormat formatOf(int column, bool timeOfDay, const SampleRows& samples) const;
+  void findOrder(int column, const SampleRows& samples, const std::vector<std::string>& names,
+                 std::vector<std::string>& notes);
+  void settleColumns(const SampleRows& samples);
+  bool fail(int column, const char* text);
+  bool parseText(int column, std::string_view text, Cached& cache, MomentText& out);
+  bool parseDigits(int column, TimeFormat format, std::string_view text, MomentText& out,
+                   bool& epoch);
+  bool parseColumn(int column, TimeFormat format, std::string_view text, Cached& cache,
+                   MomentText& out, bool& epoch);
+  bool addMillis(const std::vector<std::string_view>& fields, std::int64_t& ms);
+
+  std::string file_;
+  TimeColumns columns_;
+  ZoneClock zone_;
+  DateOrder order_;
+  std::optional<std::int64_t> day_;  ///< For rows without a date.
+  TimeFormat wanted_;
+  TimeFormat momentFormat_ = TimeFormat::Text;
+  TimeFormat timeFormat_ = TimeFormat::Text;
+  TimeFormat dateFormat_ = TimeFormat::Text;
+  Cached momentCache_;
+  Cached dateCache_;
+  Cached timeCache_;
+  Cached tradingDayCache_;
+  int errorColumn_ = -1;
+  const char* errorText_ = "";
+};
+
+}  // namespace orvane::detail
