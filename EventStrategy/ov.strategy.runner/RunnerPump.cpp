@@ -1,0 +1,95 @@
+// The serial pump: one list of events, one pool task at a time that drains it.
+
+#include "EventStrategy/Log.h"
+#include "EventStrategy/ov.strategy.runner/RunnerContext.h"
+#include "EventStrategy/ov.strategy.runner/RunnerThreadPool.h"
+#include "EventStrategy/ov.strategy.runner/UserContext.h"
+#include "services/Common/ThreadPoolBase.h"
+
+namespace orvane {
+
+void RunnerContext::pushEvent(IEvent* event) {
+  std::unique_ptr<IEvent> owned(event);
+  const std::lock_guard lock(mutex_);
+  events_.push_back(std::move(owned));
+  if (!notifyRefCounter_) notifyRefCounter_ = std::make_unique<NotifyRefCounter>();
+  schedulePoolTask();
+}
+
+void RunnerContext::discardPending() {
+  events_.clear();
+  notifyRefCounter_.reset();
+}
+
+void RunnerContext::schedulePoolTask() {
+  if (running_ || events_.empty()) return;
+  running_ = true;
+  // Weak: a queued task does not keep a runner alive that its host has let go of.
+  std::weak_ptr<RunnerContext> weak = shared_from_this();
+  runnerThreadPool()->addTask([weak = std::move(weak)] {
+    if (const std::shared_ptr<RunnerContext> self = weak.lock()) self->doPoolTask();
+  });
+}
+
+void RunnerContext::doPoolTask() {
+  std::list<std::unique_ptr<IEvent>> batch;
+  std::unique_ptr<NotifyRefCounter> counter;
+  {
+    const std::lock_guard lock(mutex_);
+    batch.swap(events_);
+    counter = std::move(notifyRefCounter_);
+  }
+  for (std::unique_ptr<IEvent>& event : batch) {
+    try {
+      deliver(*event);
+    } catch (const std::exception& error) {
+      ORVANE_LOG(runner, Error,
+                 shared_->name << ",do pool task error,exception,msg=" << error.what());
+    } catch (...) {
+      ORVANE_LOG(runner, Error, shared_->name << ",do pool task error,system exception");
+    }
+    event.reset();
+  }
+  counter.reset();
+  const std::lock_guard lock(mutex_);
+  running_ = false;
+  schedulePoolTask();
+}
+
+void RunnerContext::deliver(IEvent& event) {
+  if (event.type != 0) {
+    if (wantsData()) dispatchEvent(event);
+    return;
+  }
+  auto* control = dynamic_cast<IRunnerEvent*>(&event);
+  if (control == nullptr) return;
+  const bool needsRun = control->runnerKind == RunnerEventKind::Update ||
+                        control->runnerKind == RunnerEventKind::Reset4PlayBack;
+  if (!needsRun || wantsData()) dispatchRunnerEvent(*control);
+}
+
+void RunnerContext::dispatchRunnerEvent(IRunnerEvent& event) {
+  switch (event.runnerKind) {
+    case RunnerEventKind::Start:
+      doEventStart(static_cast<RunnerStartEvent&>(event));
+      break;
+    case RunnerEventKind::Stop:
+      doEventStop();
+      break;
+    case RunnerEventKind::Error:
+      doEventError(static_cast<RunnerErrorEvent&>(event));
+      break;
+    case RunnerEventKind::Finish:
+      doEventFinish();
+      break;
+    case RunnerEventKind::Update:
+      for (const auto& strategy : strategies_)
+        strategy->onUpdate(context_.get(), static_cast<RunnerUpdateEvent&>(event).params);
+      break;
+    case RunnerEventKind::Reset4PlayBack:
+      doEventReset4PlayBack(static_cast<RunnerReset4PlayBackEvent&>(event));
+      break;
+  }
+}
+
+}  // namespace orvane
