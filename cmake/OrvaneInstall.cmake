@@ -1,6 +1,6 @@
-# What is installed: the libraries, the `orvane` program, the example modules, the public headers in
-# the tree's own folders below include/orvane, and the package files for
-# find_package(EventStrategy CONFIG).
+# What is installed: the libraries, the public headers in the tree's own folders below
+# include/orvane, and the package files for find_package(EventStrategy CONFIG). The command and the
+# example modules say themselves where they go.
 include(CMakePackageConfigHelpers)
 
 option(ORVANE_INSTALL "Make the install rules" ${PROJECT_IS_TOP_LEVEL})
@@ -8,7 +8,7 @@ if(NOT ORVANE_INSTALL)
   return()
 endif()
 
-foreach(target orvane_common EventStrategy orvane_platform orvane_sdk orvane)
+foreach(target orvane_common EventStrategy orvane_platform orvane_sdk)
   if(NOT TARGET ${target})
     message(STATUS "No install rules: there is no target ${target}")
     return()
@@ -62,10 +62,7 @@ orvane_public_headers(orvane_platform
 
 install(TARGETS orvane_common EventStrategy orvane_platform orvane_sdk EXPORT EventStrategyTargets
   LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
-  RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}"
   FILE_SET HEADERS DESTINATION "${ORVANE_HEADER_DIR}")
-install(TARGETS orvane EXPORT EventStrategyTargets
-  RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 
 # Every module that examples/ makes.
 function(orvane_collect_modules folder result)
@@ -87,8 +84,7 @@ endfunction()
 
 if(ORVANE_EXAMPLES)
   orvane_collect_modules("${PROJECT_SOURCE_DIR}/examples" modules)
-  # They say themselves where they go. A module finds the libraries two folders up, wherever the
-  # whole was installed.
+  # A module finds the libraries two folders up, wherever the whole was installed.
   set_target_properties(${modules} PROPERTIES INSTALL_RPATH "$ORIGIN/../..")
 endif()
 
