@@ -1,0 +1,140 @@
+#include "host/GenerateCommand.h"
+
+#include <fmt/core.h>
+
+#include <QDir>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QSaveFile>
+#include <memory>
+
+#include "host/InputError.h"
+#include "host/TimeArgument.h"
+
+namespace orvane {
+namespace {
+
+constexpr char kTimeZone[] = "Asia/Shanghai";
+constexpr char kSessions[] = "09:30-11:30,13:00-15:00";
+
+/// A file that appears whole or not at all.
+class OutputFile {
+ public:
+  OutputFile(const std::string& folder, const std::string& name)
+      : path_(folder + "/" + name), file_(QString::fromStdString(path_)) {
+    if (!file_.open(QIODevice::WriteOnly)) fail();
+  }
+
+  void write(std::string_view text) {
+    if (file_.write(text.data(), static_cast<qint64>(text.size())) !=
+        static_cast<qint64>(text.size()))
+      fail();
+  }
+
+  void commit() {
+    if (!file_.commit()) fail();
+  }
+
+ private:
+  [[noreturn]] void fail() const {
+    throw InputError(
+        fmt::format("{}: cannot be written: {}", path_, file_.errorString().toStdString()));
+  }
+
+  const std::string path_;
+  QSaveFile file_;
+};
+
+void writeJson(const std::string& folder, const std::string& name, const QJsonDocument& json) {
+  OutputFile file(folder, name);
+  file.write(json.toJson(QJsonDocument::Indented).toStdString());
+  file.commit();
+}
+
+QString qt(const std::string& text) { return QString::fromStdString(text); }
+
+std::string tickFile(const SyntheticInstrument& its) { return its.codeText() + "_ticks.csv"; }
+std::string barFile(const SyntheticInstrument& its) { return its.codeText() + "_1min.csv"; }
+
+}  // namespace
+
+GenerateCommand::GenerateCommand(CLI::App& parent) {
+  command_ = parent.add_subcommand("generate", "Make a synthetic session of market data");
+  command_->footer(
+      "Writes, for each instrument, ten-level ticks and 1-minute bars as CSV, and "
+      "instruments.json,\n"
+      "format.json (how the files are to be read) and run.json (a run of sma_cross over it all).\n"
+      "The same seed gives the same bytes.\n"
+      "\n"
+      "Example: orvane generate --out session && orvane run session/run.json");
+  command_->add_option("-o,--out", folder_, "Folder to write into; made if need be")
+      ->required()
+      ->type_name("DIR");
+  command_->add_option("--seed", options_.seed, "Seed of the random numbers")
+      ->capture_default_str();
+  command_->add_option("--instruments", options_.instruments, "How many instruments")
+      ->check(CLI::Range(1, 99))
+      ->capture_default_str();
+  command_->add_option("--days", options_.days, "How many trading days")
+      ->check(CLI::Range(1, 1000))
+      ->capture_default_str();
+  command_->add_option("--minutes", options_.minutes, "Minutes of each day's session")
+      ->check(CLI::Range(1, 240))
+      ->capture_default_str();
+  command_->add_option("--date", date_, "First day (default: 2026-01-05)")->type_name("DATE");
+}
+
+void GenerateCommand::writeInstrument(SessionGenerator& generator) const {
+  OutputFile ticks(folder_, tickFile(generator.instrument()));
+  OutputFile bars(folder_, barFile(generator.instrument()));
+  ticks.write(SessionGenerator::tickHeader());
+  bars.write(SessionGenerator::barHeader());
+  generator.generate([&](std::string_view row) { ticks.write(row); },
+                     [&](std::string_view row) { bars.write(row); });
+  ticks.commit();
+  bars.commit();
+}
+
+int GenerateCommand::execute() {
+  if (!date_.empty()) {
+    const std::chrono::milliseconds ms{parseTimeArgument(date_, "UTC", "--date")};
+    options_.firstDay =
+        std::chrono::floor<std::chrono::days>(std::chrono::sys_time<std::chrono::milliseconds>(ms));
+  }
+  if (!QDir().mkpath(qt(folder_)))
+    throw InputError(fmt::format("--out: the folder \"{}\" cannot be made", folder_));
+
+  QJsonArray instruments, bars, ticks;
+  for (int index = 0; index < options_.instruments; ++index) {
+    SessionGenerator generator(options_, index);
+    const SyntheticInstrument& its = generator.instrument();
+    instruments.append(QJsonObject{{"code", qt(its.code)},
+                                   {"market", qt(its.market)},
+                                   {"timeZone", kTimeZone},
+                                   {"sessions", kSessions},
+                                   {"currency", "CNY"},
+                                   {"priceTick", qt(its.priceText(1))},
+                                   {"lotSize", QString::number(its.lotSize)},
+                                   {"multiplier", QString::number(its.multiplier)}});
+    for (const auto& [list, file] : {std::pair{&bars, barFile(its)}, {&ticks, tickFile(its)}})
+      list->append(
+          QJsonObject{{"code", qt(its.codeText())}, {"file", qt(file)}, {"format", "format.json"}});
+    writeInstrument(generator);
+    fmt::print("{}: {} and {}\n", its.codeText(), barFile(its), tickFile(its));
+  }
+  writeJson(folder_, "instruments.json", QJsonDocument(QJsonObject{{"instruments", instruments}}));
+  writeJson(folder_, "format.json",
+            QJsonDocument(QJsonObject{{"timeZone", kTimeZone}, {"stamp", "end"}}));
+  const QJsonObject runner{{"strategy", "sma_cross"},
+                           {"params", QJsonObject{{"fast", 5}, {"slow", 20}, {"volume", 1}}}};
+  writeJson(folder_, "run.json",
+            QJsonDocument(QJsonObject{{"runners", QJsonArray{runner}},
+                                      {"instruments", "instruments.json"},
+                                      {"bars", bars},
+                                      {"ticks", ticks}}));
+  fmt::print("run it: orvane run {}/run.json\n", folder_);
+  return kExitSuccess;
+}
+
+}  // namespace orvane

@@ -1,0 +1,123 @@
+#include "host/InspectCommand.h"
+
+#include <fmt/core.h>
+
+#include <optional>
+
+#include "host/DataSet.h"
+#include "host/InputError.h"
+#include "host/TimeArgument.h"
+#include "platform/fields/KLineView.h"
+#include "platform/fields/QuoteView.h"
+#include "platform/market/files/DataFiles.h"
+
+namespace orvane {
+namespace {
+
+std::string barText(const IKLine& bar) {
+  const KLineView view(bar);
+  std::string text =
+      fmt::format("{} .. {}  open {} high {} low {} close {}", isoTime(view.beginTime()),
+                  isoTime(view.endTime()), view.open(), view.high(), view.low(), view.close());
+  if (view.isQuoteBar())
+    return text + fmt::format(" bid size {} ask close {} ask size {}", view.bidSize(),
+                              view.askClose(), view.askSize());
+  return text + fmt::format(" volume {} turnover {} open interest {}", view.volume(),
+                            view.turnover(), view.openInterest());
+}
+
+std::string tickText(const TickSeries& series, std::size_t row) {
+  IDepthMarketData quote;
+  series.fill(row, quote);
+  const QuoteView view(quote);
+  std::string text = isoTime(view.time());
+  if (view.hasTrade()) text += fmt::format("  last {} volume {}", view.lastPrice(), view.volume());
+  if (view.hasBid()) text += fmt::format("  bid {} x {}", view.bidPrice(), view.bidSize());
+  if (view.hasAsk()) text += fmt::format("  ask {} x {}", view.askPrice(), view.askSize());
+  return text;
+}
+
+const char* columnName(TickColumn column) {
+  constexpr const char* kNames[] = {
+      "last price", "open",          "high",      "low",          "pre-close", "pre-settle",
+      "settle",     "upper",         "lower",     "total volume", "volume",    "total turnover",
+      "turnover",   "open interest", "bid price", "bid size",     "ask price", "ask size"};
+  return kNames[static_cast<std::size_t>(column)];
+}
+
+void print(const LoadedBars& loaded) {
+  const BarSeries& series = loaded.series;
+  fmt::print("{}\n  bars of {}, period {}, zone {}, {} rows\n", series.origin, loaded.code,
+             frequencyText(series.periodMs), series.timeZone, series.bars.size());
+  if (!series.bars.empty())
+    fmt::print("  first  {}\n  last   {}\n", barText(series.bars.front()),
+               barText(series.bars.back()));
+  for (const std::string& note : loaded.notes) fmt::print("  note   {}\n", note);
+}
+
+void print(const LoadedTicks& loaded) {
+  const TickSeries& series = loaded.series;
+  int depth = 0;
+  std::string columns;
+  for (const TickColumnId& column : series.columns) {
+    const bool isLadder = column.column >= TickColumn::BidPrice;
+    if (isLadder) depth = std::max(depth, column.level + 1);
+    if (!isLadder || column.level == 0)
+      columns += (columns.empty() ? "" : ", ") + std::string(columnName(column.column));
+  }
+  fmt::print("{}\n  ticks of {}, zone {}, {} rows, depth {}\n  holds  {}\n", series.origin,
+             loaded.code, series.timeZone, series.rows(), depth, columns);
+  if (series.rows() != 0)
+    fmt::print("  first  {}\n  last   {}\n", tickText(series, 0),
+               tickText(series, series.rows() - 1));
+  for (const std::string& note : loaded.notes) fmt::print("  note   {}\n", note);
+}
+
+/// Reads a file as one kind and shows it; answers the error if it is not of that kind.
+template <typename Load>
+std::optional<std::string> tryShow(const Load& load, const DataFileRequest& request) {
+  try {
+    for (const auto& loaded : load(request)) print(loaded);
+    return std::nullopt;
+  } catch (const DataFileError& error) {
+    return error.what();
+  }
+}
+
+}  // namespace
+
+InspectCommand::InspectCommand(CLI::App& parent) {
+  command_ = parent.add_subcommand("inspect", "Show how data files are read");
+  command_->footer(
+      "Reads each file as \"orvane run\" would, as bars or else as ticks, and shows what was\n"
+      "recognised and assumed. If it is wrong, say how the file is to be read, and use the same\n"
+      "options with \"orvane run\".");
+  command_->add_option("files", files_, "Data files")->required()->type_name("FILE ...");
+  auto* bars = command_->add_flag("--bars", onlyBars_, "They are bars");
+  command_->add_flag("--ticks", onlyTicks_, "They are ticks")->excludes(bars);
+  reading_.addTo(*command_);
+}
+
+int InspectCommand::execute() {
+  DataFileRequest request;
+  request.description = reading_.description();
+  for (const std::string& file : files_) {
+    request.paths = {file};
+    std::optional<std::string> barError, tickError;
+    if (!onlyTicks_) {
+      request.kind = DataFileRequest::Kind::Bars;
+      barError = tryShow([](const DataFileRequest& its) { return loadBars(its); }, request);
+      if (!barError) continue;
+      if (onlyBars_) throw InputError(*barError);
+    }
+    request.kind = DataFileRequest::Kind::Ticks;
+    tickError = tryShow([](const DataFileRequest& its) { return loadTicks(its); }, request);
+    if (!tickError) continue;
+    if (onlyTicks_ || *tickError == *barError) throw InputError(*tickError);
+    throw InputError(fmt::format("neither bars nor ticks\n  as bars:  {}\n  as ticks: {}",
+                                 *barError, *tickError));
+  }
+  return kExitSuccess;
+}
+
+}  // namespace orvane

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <mutex>
+#include <thread>
+
+namespace orvane {
+
+/// Turns SIGINT and SIGTERM into a call on a thread of its own while it lives. The second signal
+/// ends the process at once, with the exit code of an interruption.
+///
+/// Make it before any other thread: it blocks the signals in the thread that makes it, which
+/// threads made later inherit.
+class InterruptWatcher {
+ public:
+  InterruptWatcher();
+  ~InterruptWatcher();
+  InterruptWatcher(const InterruptWatcher&) = delete;
+  InterruptWatcher& operator=(const InterruptWatcher&) = delete;
+
+  bool isInterrupted() const { return isInterrupted_; }
+
+  /// What to do on the first signal; empty for nothing. Once this returns, the former one is not
+  /// running any more. Is called at once if the signal has come already.
+  void setHandler(std::function<void()> handler);
+
+ private:
+  void watch();
+
+  std::atomic<bool> isInterrupted_{false};
+  std::mutex mutex_;
+  std::function<void()> handler_;
+  int signalFd_ = -1;
+  int wakeFd_ = -1;
+  std::thread thread_;
+};
+
+}  // namespace orvane

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+
+namespace orvane {
+
+/// Where log lines go and which.
+struct LogOptions {
+  std::string file;                    ///< Empty: the standard error.
+  std::string level = "warn";          ///< Of the system's own lines.
+  std::string strategyLevel = "info";  ///< Of the lines that strategies write.
+};
+
+/// Configures the loggers of the process. Lines are UTF-8, whatever the locale. Throws
+/// `InputError` if the file cannot be written.
+void setUpLog(const LogOptions& options);
+
+}  // namespace orvane

@@ -1,0 +1,232 @@
+#include "host/Report.h"
+
+#include <fmt/core.h>
+#include <unistd.h>
+
+#include <QDir>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QSaveFile>
+#include <filesystem>
+#include <stdexcept>
+
+#include "host/InputError.h"
+#include "host/TimeArgument.h"
+#include "host/Version.h"
+#include "platform/fields/KLineView.h"
+#include "platform/fields/QuoteView.h"
+#include "shared/TextCodec.h"
+#include "shared/TextForms.h"
+
+namespace orvane {
+namespace {
+
+constexpr int kReportFormat = 1;
+
+QString qt(const std::string& text) { return QString::fromStdString(text); }
+qint64 count(std::uint64_t value) { return static_cast<qint64>(value); }
+
+QJsonValue timeOrNull(int64 utcMs) {
+  return utcMs == kUnsetTime ? QJsonValue() : QJsonValue(qt(isoTime(utcMs)));
+}
+
+QJsonArray texts(const std::vector<std::string>& list) {
+  QJsonArray result;
+  for (const std::string& text : list) result.append(qt(text));
+  return result;
+}
+
+QJsonObject barObject(const IKLine& bar) {
+  const KLineView view(bar);
+  QJsonObject result{{"begin", timeOrNull(view.beginTime())},
+                     {"end", timeOrNull(view.endTime())},
+                     {"open", view.open()},
+                     {"high", view.high()},
+                     {"low", view.low()},
+                     {"close", view.close()}};
+  if (view.isQuoteBar()) {
+    result["bidSize"] = view.bidSize();
+    result["askClose"] = view.askClose();
+    result["askSize"] = view.askSize();
+  } else {
+    result["volume"] = view.volume();
+    result["turnover"] = view.turnover();
+    result["openInterest"] = view.openInterest();
+  }
+  return result;
+}
+
+QJsonObject tickObject(const TickGlance& tick) {
+  QJsonObject result{{"time", timeOrNull(tick.time)}};
+  if ((tick.flags & quote::kHasTrade) != 0) {
+    result["last"] = tick.last;
+    result["volume"] = tick.volume;
+  }
+  if ((tick.flags & quote::kHasBid) != 0) {
+    result["bid"] = tick.bid;
+    result["bidSize"] = tick.bidSize;
+  }
+  if ((tick.flags & quote::kHasAsk) != 0) {
+    result["ask"] = tick.ask;
+    result["askSize"] = tick.askSize;
+  }
+  return result;
+}
+
+QJsonObject seriesObject(const SeriesRecord& series) {
+  QJsonObject result{{"code", qt(reportedCode(series.code))},
+                     {"kind", series.isTicks ? "ticks" : "bars"},
+                     {"records", count(series.records)}};
+  if (!series.frequency.empty()) result["frequency"] = qt(gbkToUtf8(series.frequency));
+  result["first"] = series.isTicks ? tickObject(series.firstTick) : barObject(series.firstBar);
+  result["last"] = series.isTicks ? tickObject(series.lastTick) : barObject(series.lastBar);
+  return result;
+}
+
+QJsonObject runnerObject(const RunnerOutcome& runner) {
+  QJsonObject envs;
+  for (const auto& [key, value] : runner.state.envs) envs[qt(key)] = qt(value);
+  QJsonObject result{{"name", qt(runner.plan.name)},
+                     {"strategy", qt(runner.plan.strategy)},
+                     {"params", runner.plan.params},
+                     {"status", runnerStatusName(runner.state.status)},
+                     {"message", qt(runner.state.message)},
+                     {"digest", runner.digest.empty() ? QJsonValue() : qt(runner.digest)},
+                     {"env", envs},
+                     {"notifications", count(runner.state.notifications)}};
+  const RunRecord empty;
+  const RunRecord& record = runner.record ? *runner.record : empty;
+  QJsonObject events;
+  for (std::size_t i = 0; i < kCallKinds; ++i)
+    if (record.calls[i] != 0) events[kCallNames[i]] = count(record.calls[i]);
+  QJsonArray series;
+  for (const auto& [key, one] : record.series) series.append(seriesObject(one));
+  result["events"] = events;
+  result["eventCount"] = count(record.events());
+  result["bars"] = count(record.bars);
+  result["ticks"] = count(record.ticks);
+  result["series"] = series;
+  result["span"] =
+      QJsonObject{{"begin", timeOrNull(record.firstTime)}, {"end", timeOrNull(record.lastTime)}};
+  result["exceptions"] =
+      QJsonObject{{"count", count(record.exceptions)}, {"first", qt(record.firstException)}};
+  return result;
+}
+
+QJsonObject dataObject(const SeriesSummary& series) {
+  QJsonObject result{{"code", qt(series.code)},
+                     {"kind", series.isTicks ? "ticks" : "bars"},
+                     {"records", count(series.records)},
+                     {"begin", timeOrNull(series.firstTime)},
+                     {"end", timeOrNull(series.lastTime)},
+                     {"timeZone", qt(series.timeZone)},
+                     {"files", qt(series.origin)},
+                     {"notes", texts(series.notes)}};
+  if (!series.isTicks) {
+    result["frequency"] = qt(series.frequency);
+    result["periodMs"] = static_cast<qint64>(series.periodMs);
+  }
+  return result;
+}
+
+double perSecond(std::uint64_t number, double seconds) {
+  return seconds > 0 ? static_cast<double>(number) / seconds : 0;
+}
+
+std::string runnerText(const RunnerOutcome& runner) {
+  std::string text = fmt::format("\nrunner {} ({}): {}\n", runner.plan.name, runner.plan.strategy,
+                                 runnerStatusName(runner.state.status));
+  if (!runner.state.message.empty()) text += fmt::format("  message    {}\n", runner.state.message);
+  if (!runner.record) return text;
+  const RunRecord& record = *runner.record;
+  for (std::size_t i = 0; i < kCallKinds; ++i)
+    if (record.calls[i] != 0)
+      text += fmt::format("  {:<18} {:>12}\n", kCallNames[i], record.calls[i]);
+  for (const auto& [key, series] : record.series)
+    text += fmt::format("  received           {:>12} {} of {}\n", series.records,
+                        series.isTicks ? "ticks" : "bars " + gbkToUtf8(series.frequency),
+                        reportedCode(series.code));
+  if (record.firstTime != kUnsetTime)
+    text += fmt::format("  simulated span     {} .. {}\n", isoTime(record.firstTime),
+                        isoTime(record.lastTime));
+  if (record.exceptions != 0)
+    text += fmt::format("  exceptions         {:>12}, the first in {}\n", record.exceptions,
+                        record.firstException);
+  for (const auto& [key, value] : runner.state.envs)
+    text += fmt::format("  {:<18} {:>12}\n", key, value);
+  if (!runner.digest.empty()) text += fmt::format("  digest             {}\n", runner.digest);
+  return text;
+}
+
+}  // namespace
+
+std::string reportedCode(const ICodeID& code) {
+  std::string text = gbkToUtf8(codeText(code));
+  if (text.ends_with('.')) text.pop_back();
+  return text;
+}
+
+QJsonObject makeReport(const RunOutcome& outcome) {
+  QJsonArray data, runners;
+  for (const SeriesSummary& series : outcome.data) data.append(dataObject(series));
+  for (const RunnerOutcome& runner : outcome.runners) runners.append(runnerObject(runner));
+  const double elapsed = outcome.elapsedSeconds;
+  return {{"format", kReportFormat},
+          {"version", kVersion},
+          {"mode", outcome.isLive ? "live" : "playback"},
+          {"outcome", outcome.isInterrupted     ? "interrupted"
+                      : outcome.exitCode() == 0 ? "completed"
+                                                : "failed"},
+          {"from", timeOrNull(outcome.from)},
+          {"to", timeOrNull(outcome.to)},
+          {"timeZone", qt(outcome.timeZone)},
+          {"data", data},
+          {"runners", runners},
+          {"timing", QJsonObject{{"loadSeconds", outcome.loadSeconds},
+                                 {"elapsedSeconds", elapsed},
+                                 {"eventsPerSecond", perSecond(outcome.events(), elapsed)},
+                                 {"recordsPerSecond", perSecond(outcome.records(), elapsed)},
+                                 {"threads", outcome.threads},
+                                 {"speed", outcome.speed}}}};
+}
+
+void checkReportFolder(const std::string& folder) {
+  namespace fs = std::filesystem;
+  std::error_code error;
+  fs::path there = fs::absolute(folder, error).lexically_normal();
+  if (fs::exists(there, error) && !fs::is_directory(there, error))
+    throw InputError(fmt::format("--report: \"{}\" is not a folder", folder));
+  while (!fs::exists(there, error) && there.has_relative_path()) there = there.parent_path();
+  if (!fs::is_directory(there, error) || access(there.c_str(), W_OK) != 0)
+    throw InputError(fmt::format("--report: the folder \"{}\" cannot be written", folder));
+}
+
+void writeReport(const std::string& folder, const QJsonObject& report) {
+  if (!QDir().mkpath(qt(folder)))
+    throw std::runtime_error(fmt::format("{}: the folder cannot be made", folder));
+  // A file that appears whole: readers and interrupted runs never see half of one.
+  QSaveFile file(qt(folder) + "/report.json");
+  const QByteArray text = QJsonDocument(report).toJson(QJsonDocument::Indented);
+  if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size() || !file.commit())
+    throw std::runtime_error(fmt::format("{}/report.json: cannot be written: {}", folder,
+                                         file.errorString().toStdString()));
+}
+
+std::string summaryText(const RunOutcome& outcome) {
+  std::string text;
+  for (const SeriesSummary& series : outcome.data)
+    text += fmt::format("data {} {}: {} records, {} .. {}, {}\n", series.code,
+                        series.isTicks ? "ticks" : "bars " + series.frequency, series.records,
+                        isoTime(series.firstTime), isoTime(series.lastTime), series.timeZone);
+  for (const RunnerOutcome& runner : outcome.runners) text += runnerText(runner);
+  text += fmt::format("\n{}: {} events in {:.3f} s, {:.0f} events/s, {:.0f} records/s\n",
+                      outcome.isInterrupted ? "interrupted"
+                      : outcome.isLive      ? "live run"
+                                            : "playback",
+                      outcome.events(), outcome.elapsedSeconds,
+                      perSecond(outcome.events(), outcome.elapsedSeconds),
+                      perSecond(outcome.records(), outcome.elapsedSeconds));
+  return text;
+}
+
+}  // namespace orvane

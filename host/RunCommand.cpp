@@ -1,0 +1,212 @@
+#include "host/RunCommand.h"
+
+#include <fmt/core.h>
+
+#include <chrono>
+#include <filesystem>
+
+#include "host/DataSet.h"
+#include "host/InputError.h"
+#include "host/InstrumentInputs.h"
+#include "host/InterruptWatcher.h"
+#include "host/JsonInput.h"
+#include "host/ProgressLine.h"
+#include "host/Report.h"
+#include "host/RunConfig.h"
+#include "host/RunSession.h"
+
+namespace orvane {
+namespace {
+
+constexpr char kExamples[] =
+    "Examples:\n"
+    "  orvane run --strategy sma_cross --params '{\"fast\":5,\"slow\":20}' --bars IF=if_1min.csv\n"
+    "  orvane run --strategy ./my.so --ticks IF2101.CFFEX=day1.csv.gz IF2101.CFFEX=day2.csv.gz\n"
+    "  orvane run --strategy print_events --bars spy.csv --price-scale 10000 --from 2013-10-08\n"
+    "  orvane run several.json --report out\n"
+    "\n"
+    "Exit codes: 0 every run ended as Stopped or Finished; 1 a run ended as an error;\n"
+    "2 the input was wrong and nothing ran; 130 interrupted.";
+
+/// Splits "CODE=FILE"; a name that has "=" in it and is a file stays whole.
+std::pair<std::string, std::string> splitCode(const std::string& argument) {
+  const auto equals = argument.find('=');
+  const bool hasCode = equals != std::string::npos && equals != 0 && argument.find('/') > equals &&
+                       !std::filesystem::exists(argument);
+  if (!hasCode) return {{}, argument};
+  return {argument.substr(0, equals), argument.substr(equals + 1)};
+}
+
+}  // namespace
+
+RunCommand::RunCommand(CLI::App& parent) {
+  command_ = parent.add_subcommand("run", "Play market data through strategies");
+  command_->footer(kExamples);
+  command_
+      ->add_option("config", config_,
+                   "Configuration of a run, for several runners at once; see docs/host.md")
+      ->type_name("CONFIG.json");
+
+  const std::string what = "What to run";
+  command_
+      ->add_option("-s,--strategy", strategy_,
+                   "Strategy module: a file, or a bare name such as sma_cross")
+      ->type_name("MODULE")
+      ->group(what);
+  command_->add_option("-p,--params", params_, "Parameters of the strategy: {...} or a file")
+      ->type_name("JSON")
+      ->group(what);
+  command_->add_option("--name", name_, "Name of the runner (default: the module's)")->group(what);
+  command_->add_option("--order-source", orderSource_, "Create source of its orders")->group(what);
+
+  const std::string data = "Market data";
+  command_->add_option("-b,--bars", bars_, "Bar files; those of one code make one series")
+      ->type_name("[CODE=]FILE ...")
+      ->group(data);
+  command_->add_option("-t,--ticks", ticks_, "Tick files; those of one code make one series")
+      ->type_name("[CODE=]FILE ...")
+      ->group(data);
+  command_
+      ->add_option("-i,--instrument", instruments_,
+                   "Instrument as CODE[.MARKET],priceTick=0.2,..., or instruments.json")
+      ->type_name("INSTRUMENT ...")
+      ->group(data);
+  reading_.addTo(*command_);
+
+  const std::string how = "How to play";
+  command_->add_option("--from", from_, "Begin here; what lies before is history")
+      ->type_name("TIME")
+      ->group(how);
+  command_->add_option("--to", to_, "End before this time")->type_name("TIME")->group(how);
+  command_->add_option("--speed", speed_, "Pace, such as 10x (default: as fast as it can)")
+      ->type_name("N[x]")
+      ->group(how);
+  command_->add_flag("--live", isLive_, "Live mode: the system's clock, the feed in real time")
+      ->group(how);
+  command_
+      ->add_option("--threads", threads_, "Threads that run strategies (default: by the machine)")
+      ->check(CLI::Range(1, 1024))
+      ->group(how);
+
+  const std::string out = "What comes out";
+  command_->add_option("-r,--report", report_, "Folder to write report.json into")
+      ->type_name("DIR")
+      ->group(out);
+  command_->add_flag("--no-digest", noDigest_, "Do not hash the call-backs")->group(out);
+  command_->add_flag("-q,--quiet", isQuiet_, "No summary")->group(out);
+  command_->add_option("--log", log_.file, "Write log lines to a file and not to standard error")
+      ->type_name("FILE")
+      ->group(out);
+  const CLI::IsMember levels({"trace", "debug", "info", "warn", "error", "off"});
+  command_->add_option("--log-level", log_.level, "Level of the system's lines (default: warn)")
+      ->check(levels)
+      ->group(out);
+  command_
+      ->add_option("--strategy-log-level", log_.strategyLevel,
+                   "Level of the strategies' lines (default: info)")
+      ->check(levels)
+      ->group(out);
+}
+
+void RunCommand::addData(RunPlan& plan, const std::vector<std::string>& files,
+                         DataFileRequest::Kind kind) const {
+  const QJsonObject description = reading_.description();
+  // One instrument and nothing said about codes: the files are of it.
+  const bool isOnlyOne = plan.instruments.size() == 1 && !plan.instrumentsAreComplete;
+  for (const std::string& argument : files) {
+    const auto [code, path] = splitCode(argument);
+    if (path.empty())
+      throw InputError(fmt::format("{}: \"{}\" names no file",
+                                   kind == DataFileRequest::Kind::Bars ? "--bars" : "--ticks",
+                                   argument));
+    DataInput input;
+    input.kind = kind;
+    input.code = !code.empty() ? code
+                 : isOnlyOne   ? instrumentText(plan.instruments.front().instrument)
+                               : std::string();
+    input.description = description;
+    DataInput* same = nullptr;
+    for (DataInput& other : plan.data)
+      if (other.kind == kind && other.code == input.code) same = &other;
+    if (same == nullptr) same = &plan.data.emplace_back(std::move(input));
+    same->paths.push_back(path);
+  }
+}
+
+RunPlan RunCommand::makePlan() const {
+  RunPlan plan;
+  if (!config_.empty()) {
+    for (const auto& [given, option] : {std::pair{!strategy_.empty(), "--strategy"},
+                                        {!params_.empty(), "--params"},
+                                        {!name_.empty(), "--name"},
+                                        {!bars_.empty(), "--bars"},
+                                        {!ticks_.empty(), "--ticks"},
+                                        {!instruments_.empty(), "--instrument"},
+                                        {!orderSource_.empty(), "--order-source"}})
+      if (given)
+        throw InputError(fmt::format(
+            "{} cannot be given together with a configuration; put it into {}", option, config_));
+    readRunConfig(config_, plan);
+  } else {
+    if (strategy_.empty())
+      throw InputError("what to run? Give --strategy MODULE, or a CONFIG.json (see run --help)");
+    RunnerPlan runner;
+    runner.strategy = strategy_;
+    runner.name = name_;
+    runner.orderSource = orderSource_;
+    if (!params_.empty()) runner.params = jsonObjectArgument(params_, "--params");
+    plan.runners.push_back(std::move(runner));
+    for (const std::string& given : instruments_) {
+      if (given.ends_with(".json")) {
+        const auto list = parseInstruments(readJsonFile(given), given);
+        plan.instruments.insert(plan.instruments.end(), list.begin(), list.end());
+        plan.instrumentsAreComplete = true;
+      } else {
+        plan.instruments.push_back(parseInstrument(given, "--instrument"));
+      }
+    }
+    addData(plan, bars_, DataFileRequest::Kind::Bars);
+    addData(plan, ticks_, DataFileRequest::Kind::Ticks);
+  }
+  addOptions(plan);
+  if (plan.data.empty())
+    throw InputError("there is no market data: give --bars FILE or --ticks FILE");
+  completeRunners(plan, config_.empty() ? "--strategy" : config_);
+  return plan;
+}
+
+void RunCommand::addOptions(RunPlan& plan) const {
+  if (!reading_.timeZone().empty()) plan.timeZone = reading_.timeZone();
+  if (!from_.empty()) plan.from = from_;
+  if (!to_.empty()) plan.to = to_;
+  if (!speed_.empty()) plan.speed = parseSpeed(speed_, "--speed");
+  if (isLive_) plan.isLive = true;
+  if (threads_ > 0) plan.threads = threads_;
+  if (!report_.empty()) plan.reportFolder = report_;
+  if (noDigest_) plan.withDigest = false;
+}
+
+int RunCommand::execute() {
+  const RunPlan plan = makePlan();
+  ProgressLine progress;
+  const auto began = std::chrono::steady_clock::now();
+  DataSet data = loadDataSet(
+      plan, [&](const std::string& path, double share) { progress.showReading(path, share); });
+  const double loadSeconds =
+      std::chrono::duration<double>(std::chrono::steady_clock::now() - began).count();
+  progress.clear();
+  setUpLog(log_);
+  if (!plan.reportFolder.empty()) checkReportFolder(plan.reportFolder);
+
+  InterruptWatcher interrupts;
+  RunOutcome outcome = runSession(plan, std::move(data), interrupts, progress);
+  outcome.loadSeconds = loadSeconds;
+  for (const RunnerOutcome& runner : outcome.runners)
+    if (runner.state.status == RunnerError)
+      fmt::print(stderr, "orvane: {}: {}\n", runner.plan.name, runner.state.message);
+  if (!isQuiet_) fmt::print("{}", summaryText(outcome));
+  if (!plan.reportFolder.empty()) writeReport(plan.reportFolder, makeReport(outcome));
+  return outcome.exitCode();
+}
+
+}  // namespace orvane

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <CLI/App.hpp>
+#include <string>
+#include <vector>
+
+#include "host/LogSetup.h"
+#include "host/ReadingOptions.h"
+#include "host/RunPlan.h"
+
+namespace orvane {
+
+/// `orvane run`: plays market data through strategies.
+class RunCommand {
+ public:
+  explicit RunCommand(CLI::App& parent);
+
+  bool isChosen() const { return command_->parsed(); }
+
+  /// Carries it out; answers an `ExitCode`. Throws `InputError` or `DataFileError` for bad input.
+  int execute();
+
+ private:
+  RunPlan makePlan() const;
+  void addOptions(RunPlan& plan) const;
+  void addData(RunPlan& plan, const std::vector<std::string>& files,
+               DataFileRequest::Kind kind) const;
+
+  CLI::App* command_;
+  std::string config_, strategy_, params_, name_, orderSource_;
+  std::vector<std::string> bars_, ticks_, instruments_;
+  ReadingOptions reading_;
+  std::string from_, to_, speed_, report_;
+  bool isLive_ = false, noDigest_ = false, isQuiet_ = false;
+  int threads_ = -1;
+  LogOptions log_;
+};
+
+}  // namespace orvane

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/DataSet.h"
+#include "host/InterruptWatcher.h"
+#include "host/ProgressLine.h"
+#include "host/RunPlan.h"
+#include "host/RunRecord.h"
+#include "host/RunnerWatch.h"
+
+namespace orvane {
+
+/// What became of one runner.
+struct RunnerOutcome {
+  RunnerPlan plan;
+  RunnerWatch::State state;
+  std::shared_ptr<const RunRecord> record;  ///< Null if its strategy was never made.
+  std::string digest;                       ///< Empty where there is none.
+};
+
+/// What became of a run.
+struct RunOutcome {
+  bool isLive = false;
+  bool isInterrupted = false;
+  int64 from = kUnsetTime, to = kUnsetTime;  ///< UTC ms.
+  std::string timeZone;
+  std::vector<SeriesSummary> data;
+  std::vector<RunnerOutcome> runners;
+  // What differs from one run to the next.
+  double loadSeconds = 0;
+  double elapsedSeconds = 0;
+  int threads = 0;
+  double speed = 0;
+
+  std::uint64_t events() const;
+  std::uint64_t records() const;
+  /// An `ExitCode`.
+  int exitCode() const;
+};
+
+/// Carries out a plan whose data is loaded: makes the platform, starts every runner, plays the
+/// data and stops the runners. Throws `InputError` if an instrument, a time or a code is wrong;
+/// nothing has run then. One at a time in a process.
+RunOutcome runSession(const RunPlan& plan, DataSet data, InterruptWatcher& interrupts,
+                      ProgressLine& progress);
+
+}  // namespace orvane
