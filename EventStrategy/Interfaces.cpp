@@ -6,10 +6,6 @@
 #include "EventStrategy/IIndexSrc.h"
 #include "EventStrategy/IQuoteSrc.h"
 #include "EventStrategy/ITradeSrc.h"
-#include "EventStrategy/ov.strategy.runner/IContext.h"
-#include "EventStrategy/ov.strategy.runner/IRunnerFactory.h"
-#include "EventStrategy/ov.strategy.runner/IRunnerSpi.h"
-#include "EventStrategy/ov.strategy.runner/IStrategy.h"
 
 namespace orvane {
 
@@ -25,15 +21,5 @@ IGeneralEventSrc::IGeneralEventSrc() = default;
 IGeneralEventSrc::~IGeneralEventSrc() = default;
 IIndexSrc::IIndexSrc() = default;
 IIndexSrc::~IIndexSrc() = default;
-IStrategy::IStrategy() = default;
-IStrategy::~IStrategy() = default;
-IContext::IContext() = default;
-IContext::~IContext() = default;
-IRunnerSpi::IRunnerSpi() = default;
-IRunnerSpi::~IRunnerSpi() = default;
-IRunnerFactory::IRunnerFactory() = default;
-IRunnerFactory::IRunnerFactory(const IRunnerFactory&) = default;
-IRunnerFactory& IRunnerFactory::operator=(const IRunnerFactory&) = default;
-IRunnerFactory::~IRunnerFactory() = default;
 
 }  // namespace orvane
