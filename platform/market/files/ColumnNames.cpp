@@ -90,14 +90,18 @@ constexpr Aliases kAliases[] = {
     {Role::Market,
      "exchange market exch exchangeid exchid marketcode exchcode venue mic exchangecode "
      "市场 市场代码 交易所 交易所代码"},
-    {Role::Open, "open o openprice openpx priceopen pxopen opn opening openingprice openp firstprice "
-                 "first 开盘 开盘价 今开盘 今开 开"},
-    {Role::High, "high h highprice highpx pricehigh pxhigh highest highestprice max maxprice highp "
-                 "dayhigh 最高 最高价 高"},
-    {Role::Low, "low l lowprice lowpx pricelow pxlow lowest lowestprice min minprice lowp daylow "
-                "最低 最低价 低"},
-    {Role::Close, "close c closeprice closepx priceclose pxclose cls closing closingprice closep "
-                  "closelast 收盘 收盘价 今收盘 收"},
+    {Role::Open,
+     "open o openprice openpx priceopen pxopen opn opening openingprice openp firstprice "
+     "first 开盘 开盘价 今开盘 今开 开"},
+    {Role::High,
+     "high h highprice highpx pricehigh pxhigh highest highestprice max maxprice highp "
+     "dayhigh 最高 最高价 高"},
+    {Role::Low,
+     "low l lowprice lowpx pricelow pxlow lowest lowestprice min minprice lowp daylow "
+     "最低 最低价 低"},
+    {Role::Close,
+     "close c closeprice closepx priceclose pxclose cls closing closingprice closep "
+     "closelast 收盘 收盘价 今收盘 收"},
     {Role::LastPrice,
      "lastprice last price px lastpx pricelast pxlast tradeprice tradepx matchprice dealprice "
      "current currentprice lp lasttradeprice lasttradedprice ltp p trade 最新价 最新 成交价 现价 "
@@ -108,7 +112,8 @@ constexpr Aliases kAliases[] = {
      "volumetraded totaltradedqty basevolume volumebase volumeshares voltraded barvolume volumn "
      "成交量 现量 现手 成交数量 手数 量 交易量 单笔成交量"},
     {Role::TotalVolume,
-     "totalvolume totalvol cumvolume cumvol cumulativevolume accvolume accvol accumvolume dayvolume "
+     "totalvolume totalvol cumvolume cumvol cumulativevolume accvolume accvol accumvolume "
+     "dayvolume "
      "totalqty totalvolumetrade totaltradevolume volumetotal sumvolume tvolume tvol 总成交量 "
      "累计成交量 总量 总手 数量"},
     {Role::Turnover,
@@ -122,17 +127,22 @@ constexpr Aliases kAliases[] = {
     {Role::OpenInterest,
      "openinterest openint oi opi interest position hold openinterests closeoi posi "
      "openinterestlots 持仓量 持仓 未平仓量 空盘量"},
-    {Role::PreClose, "preclose precloseprice preclosepx prevclose previousclose yclose lastclose "
-                     "yesterdayclose prevclosepx prevcloseprice 昨收 昨收盘 昨收价 昨收盘价 前收盘 "
-                     "前收盘价 前收"},
-    {Role::PreSettle, "presettle presettleprice presettlement presettlementprice prevsettle "
-                      "prevsettlement prevsettlementprice 昨结 昨结算 昨结算价 上次结算价 前结算 前结算价"},
-    {Role::Settle, "settle settleprice settlement settlementprice 结算 结算价 今结算 今结算价 "
-                   "本次结算价"},
-    {Role::UpperLimit, "upperlimit upperlimitprice limitup limitupprice uplimit highlimit "
-                       "highlimited upperlimited uplimitprice 涨停 涨停价 涨停板价"},
-    {Role::LowerLimit, "lowerlimit lowerlimitprice limitdown limitdownprice downlimit lowlimit "
-                       "lowlimited lowerlimited downlimitprice 跌停 跌停价 跌停板价"},
+    {Role::PreClose,
+     "preclose precloseprice preclosepx prevclose previousclose yclose lastclose "
+     "yesterdayclose prevclosepx prevcloseprice 昨收 昨收盘 昨收价 昨收盘价 前收盘 "
+     "前收盘价 前收"},
+    {Role::PreSettle,
+     "presettle presettleprice presettlement presettlementprice prevsettle "
+     "prevsettlement prevsettlementprice 昨结 昨结算 昨结算价 上次结算价 前结算 前结算价"},
+    {Role::Settle,
+     "settle settleprice settlement settlementprice 结算 结算价 今结算 今结算价 "
+     "本次结算价"},
+    {Role::UpperLimit,
+     "upperlimit upperlimitprice limitup limitupprice uplimit highlimit "
+     "highlimited upperlimited uplimitprice 涨停 涨停价 涨停板价"},
+    {Role::LowerLimit,
+     "lowerlimit lowerlimitprice limitdown limitdownprice downlimit lowlimit "
+     "lowlimited lowerlimited downlimitprice 跌停 跌停价 跌停板价"},
     {Role::BidOpen, "bidopen openbid bido obid"},
     {Role::BidHigh, "bidhigh highbid bidh hbid"},
     {Role::BidLow, "bidlow lowbid bidl lbid"},
@@ -203,7 +213,8 @@ int takeLevel(std::string_view& text) {
   const std::size_t digits = std::min(text.find_first_not_of("0123456789"), text.size());
   if (digits == 0) return -1;
   int level = 0;
-  for (const char c : text.substr(0, std::min<std::size_t>(digits, 4))) level = level * 10 + (c - '0');
+  for (const char c : text.substr(0, std::min<std::size_t>(digits, 4)))
+    level = level * 10 + (c - '0');
   text.remove_prefix(digits);
   return digits > 2 || level > 10 ? -2 : level;
 }
@@ -242,7 +253,8 @@ std::optional<NamedRole> ladderRole(std::string_view plain) {
   if (takeAny(rest, {"best"})) cell = Cell::None;
   if (takeAny(rest, {"bids", "bid", "buy", "申买", "委买", "买入", "买"})) {
     bid = true;
-  } else if (takeAny(rest, {"asks", "ask", "sell", "offers", "offer", "申卖", "委卖", "卖出", "卖"})) {
+  } else if (takeAny(rest,
+                     {"asks", "ask", "sell", "offers", "offer", "申卖", "委卖", "卖出", "卖"})) {
     bid = false;
   } else if (takeAny(rest, {"b"})) {
     shortName = true;
@@ -262,8 +274,8 @@ std::optional<NamedRole> ladderRole(std::string_view plain) {
   if (shortName && plain.size() == 2 && cell == Cell::None && level == -1) return std::nullopt;
   if (plain == "as") return std::nullopt;
   const bool price = cell != Cell::Size;
-  const Role role = bid ? (price ? Role::BidPrice : Role::BidSize)
-                        : (price ? Role::AskPrice : Role::AskSize);
+  const Role role =
+      bid ? (price ? Role::BidPrice : Role::BidSize) : (price ? Role::AskPrice : Role::AskSize);
   return NamedRole{role, std::max(level, 0), level >= 0};
 }
 

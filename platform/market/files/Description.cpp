@@ -19,7 +19,8 @@ std::string shown(const QJsonValue& value) {
   return text.substr(1, text.size() - 2);
 }
 
-[[noreturn]] void refuse(const std::string& key, const QJsonValue& value, const std::string& wanted) {
+[[noreturn]] void refuse(const std::string& key, const QJsonValue& value,
+                         const std::string& wanted) {
   throw DataFileError("description: \"" + key + "\": " + shown(value) + " is not " + wanted);
 }
 
@@ -66,8 +67,9 @@ int shiftOf(const std::string& key, const QJsonValue& value) {
 NamedRole roleNamed(const std::string& name) {
   const auto role = roleOfOurName(name);
   if (role) return *role;
-  throw DataFileError("description: \"columns\": \"" + name + "\" is no column name; did you mean \"" +
-                      nearestName(name, ourNames()) + "\"? \"-\" passes over a column");
+  throw DataFileError("description: \"columns\": \"" + name +
+                      "\" is no column name; did you mean \"" + nearestName(name, ourNames()) +
+                      "\"? \"-\" passes over a column");
 }
 
 void readColumns(Description& out, const QJsonValue& value) {
@@ -99,12 +101,12 @@ void readPeriod(Description& out, const QJsonValue& value) {
   const double ms = value.toDouble();
   if (value.isDouble() && ms >= 1 && ms <= static_cast<double>(kWeekMs) && ms == std::floor(ms))
     out.periodMs = static_cast<std::int64_t>(ms);
-  if (out.periodMs == 0) refuse("period", value, "a period such as \"5min\", \"30s\", \"1h\", \"day\" or \"week\"");
+  if (out.periodMs == 0)
+    refuse("period", value, "a period such as \"5min\", \"30s\", \"1h\", \"day\" or \"week\"");
 }
 
 void readDate(Description& out, const QJsonValue& value) {
-  const std::string text =
-      value.isDouble() ? decimalText(value.toDouble()) : textOf("date", value);
+  const std::string text = value.isDouble() ? decimalText(value.toDouble()) : textOf("date", value);
   std::int64_t day = 0;
   if (parseDate(text, DateOrder::Unknown, day) != DateResult::Good)
     refuse("date", value, "a date such as \"2021-01-04\"");
@@ -114,7 +116,8 @@ void readDate(Description& out, const QJsonValue& value) {
 void readPriceTick(Description& out, const QJsonValue& value) {
   const std::string text =
       value.isDouble() ? decimalText(value.toDouble()) : textOf("priceTick", value);
-  if (!parseStep(text, out.priceTick)) refuse("priceTick", value, "a decimal above 0 such as \"0.2\"");
+  if (!parseStep(text, out.priceTick))
+    refuse("priceTick", value, "a decimal above 0 such as \"0.2\"");
 }
 
 void readTimeZone(Description& out, const QJsonValue& value) {
@@ -129,25 +132,30 @@ const std::map<std::string, Reader>& readers() {
   using D = Description;
   using V = QJsonValue;
   static const std::map<std::string, Reader> table = {
-      {"kind", [](D& d, const V& v) {
+      {"kind",
+       [](D& d, const V& v) {
          d.kind = choiceOf<const char*>("kind", v, {{"bars", "bars"}, {"ticks", "ticks"}});
        }},
       {"columns", readColumns},
       {"header", [](D& d, const V& v) { d.header = boolOf("header", v); }},
       {"delimiter", [](D& d, const V& v) { d.delimiter = characterOf("delimiter", v); }},
-      {"skipLines", [](D& d, const V& v) {
+      {"skipLines",
+       [](D& d, const V& v) {
          const double count = v.toDouble(-1);
          if (!(count >= 0 && count <= 100000)) refuse("skipLines", v, "a number of lines");
          d.skipLines = static_cast<int>(count);
        }},
-      {"encoding", [](D& d, const V& v) {
+      {"encoding",
+       [](D& d, const V& v) {
          d.encoding = choiceOf<const char*>(
              "encoding", v, {{"utf-8", "utf-8"}, {"gbk", "gbk"}, {"utf-16", "utf-16"}});
        }},
-      {"decimalPoint", [](D& d, const V& v) { d.numbers.decimalPoint = characterOf("decimalPoint", v); }},
+      {"decimalPoint",
+       [](D& d, const V& v) { d.numbers.decimalPoint = characterOf("decimalPoint", v); }},
       {"thousands", [](D& d, const V& v) { d.numbers.thousands = characterOf("thousands", v); }},
       {"timeZone", readTimeZone},
-      {"timeFormat", [](D& d, const V& v) {
+      {"timeFormat",
+       [](D& d, const V& v) {
          d.timeFormat = choiceOf<TimeFormat>("timeFormat", v,
                                              {{"text", TimeFormat::Text},
                                               {"epochS", TimeFormat::EpochSeconds},
@@ -160,13 +168,16 @@ const std::map<std::string, Reader>& readers() {
                                               {"HHMMSS", TimeFormat::HourMinuteSecond},
                                               {"HHMMSSmmm", TimeFormat::HourMinuteSecondMillis}});
        }},
-      {"dateOrder", [](D& d, const V& v) {
-         d.dateOrder = choiceOf<DateOrder>(
-             "dateOrder", v,
-             {{"YMD", DateOrder::Unknown}, {"DMY", DateOrder::DayFirst}, {"MDY", DateOrder::MonthFirst}});
+      {"dateOrder",
+       [](D& d, const V& v) {
+         d.dateOrder = choiceOf<DateOrder>("dateOrder", v,
+                                           {{"YMD", DateOrder::Unknown},
+                                            {"DMY", DateOrder::DayFirst},
+                                            {"MDY", DateOrder::MonthFirst}});
        }},
       {"date", readDate},
-      {"stamp", [](D& d, const V& v) {
+      {"stamp",
+       [](D& d, const V& v) {
          d.stampIsEnd = choiceOf<bool>("stamp", v, {{"start", false}, {"end", true}});
        }},
       {"period", readPeriod},
@@ -174,13 +185,16 @@ const std::map<std::string, Reader>& readers() {
       {"volumeScale", [](D& d, const V& v) { d.volumeShift = shiftOf("volumeScale", v); }},
       {"turnoverScale", [](D& d, const V& v) { d.turnoverShift = shiftOf("turnoverScale", v); }},
       {"priceTick", readPriceTick},
-      {"side", [](D& d, const V& v) {
+      {"side",
+       [](D& d, const V& v) {
          d.side = choiceOf<QuoteSide>(
-             "side", v, {{"bid", QuoteSide::Bid}, {"ask", QuoteSide::Ask}, {"mid", QuoteSide::Mid}});
+             "side", v,
+             {{"bid", QuoteSide::Bid}, {"ask", QuoteSide::Ask}, {"mid", QuoteSide::Mid}});
        }},
       {"code", [](D& d, const V& v) { d.code = textOf("code", v); }},
       {"market", [](D& d, const V& v) { d.market = textOf("market", v); }},
-      {"order", [](D& d, const V& v) {
+      {"order",
+       [](D& d, const V& v) {
          d.order = choiceOf<RowOrder>("order", v,
                                       {{"ascending", RowOrder::Ascending},
                                        {"descending", RowOrder::Descending},
@@ -193,15 +207,37 @@ const std::map<std::string, Reader>& readers() {
 }
 
 std::int64_t unitMs(std::string_view unit) {
-  static constexpr std::pair<std::string_view, std::int64_t> kUnits[] = {
-      {"ms", 1},          {"s", 1000},        {"sec", 1000},       {"secs", 1000},
-      {"second", 1000},   {"seconds", 1000},  {"m", 60'000},       {"t", 60'000},
-      {"min", 60'000},    {"mins", 60'000},   {"minute", 60'000},  {"minutes", 60'000},
-      {"h", 3'600'000},   {"hr", 3'600'000},  {"hour", 3'600'000}, {"hours", 3'600'000},
-      {"hourly", 3'600'000}, {"d", kDayMs},   {"day", kDayMs},     {"days", kDayMs},
-      {"daily", kDayMs},  {"w", kWeekMs},     {"wk", kWeekMs},     {"week", kWeekMs},
-      {"weeks", kWeekMs}, {"weekly", kWeekMs}, {"分钟", 60'000},   {"日线", kDayMs},
-      {"周线", kWeekMs},  {"秒", 1000},       {"小时", 3'600'000}};
+  static constexpr std::pair<std::string_view, std::int64_t> kUnits[] = {{"ms", 1},
+                                                                         {"s", 1000},
+                                                                         {"sec", 1000},
+                                                                         {"secs", 1000},
+                                                                         {"second", 1000},
+                                                                         {"seconds", 1000},
+                                                                         {"m", 60'000},
+                                                                         {"t", 60'000},
+                                                                         {"min", 60'000},
+                                                                         {"mins", 60'000},
+                                                                         {"minute", 60'000},
+                                                                         {"minutes", 60'000},
+                                                                         {"h", 3'600'000},
+                                                                         {"hr", 3'600'000},
+                                                                         {"hour", 3'600'000},
+                                                                         {"hours", 3'600'000},
+                                                                         {"hourly", 3'600'000},
+                                                                         {"d", kDayMs},
+                                                                         {"day", kDayMs},
+                                                                         {"days", kDayMs},
+                                                                         {"daily", kDayMs},
+                                                                         {"w", kWeekMs},
+                                                                         {"wk", kWeekMs},
+                                                                         {"week", kWeekMs},
+                                                                         {"weeks", kWeekMs},
+                                                                         {"weekly", kWeekMs},
+                                                                         {"分钟", 60'000},
+                                                                         {"日线", kDayMs},
+                                                                         {"周线", kWeekMs},
+                                                                         {"秒", 1000},
+                                                                         {"小时", 3'600'000}};
   for (const auto& [name, ms] : kUnits)
     if (name == unit) return ms;
   return 0;

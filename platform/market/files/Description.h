@@ -16,7 +16,7 @@ namespace orvane::detail {
 /// How the digits of a time column are to be read; `Auto` finds out.
 enum class TimeFormat : std::uint8_t {
   Auto,
-  Text,         ///< A time with colons, a date with marks, ISO 8601, 8, 12, 14 or 17 digits.
+  Text,  ///< A time with colons, a date with marks, ISO 8601, 8, 12, 14 or 17 digits.
   EpochSeconds,
   EpochMillis,
   EpochMicros,

@@ -25,7 +25,7 @@ std::string_view lastPart(std::string_view path) {
 }
 
 std::string_view stemOf(std::string_view name) {
-  static constexpr std::string_view kEndings[] = {".gz", ".csv", ".txt", ".tsv",
+  static constexpr std::string_view kEndings[] = {".gz",  ".csv", ".txt", ".tsv",
                                                   ".dat", ".log", ".prn"};
   for (bool again = true; again;) {
     again = false;
@@ -61,10 +61,10 @@ std::optional<std::int64_t> dayIn(std::string_view word) {
 }
 
 bool isKindWord(const std::string& word) {
-  static constexpr std::string_view kWords[] = {"tick",  "ticks",  "trade",   "trades",  "quote",
-                                                "quotes", "bar",   "bars",    "kline",   "klines",
-                                                "candle", "candles", "ohlc",  "ohlcv",   "bidask",
-                                                "bbo",   "depth",  "aggtrades", "bookticker"};
+  static constexpr std::string_view kWords[] = {
+      "tick",   "ticks", "trade",  "trades",    "quote",     "quotes", "bar",
+      "bars",   "kline", "klines", "candle",    "candles",   "ohlc",   "ohlcv",
+      "bidask", "bbo",   "depth",  "aggtrades", "bookticker"};
   return std::find(std::begin(kWords), std::end(kWords), word) != std::end(kWords);
 }
 
@@ -162,8 +162,6 @@ FileNameFacts factsOfFileName(const std::string& path) {
 
 namespace orvane {
 
-std::string codeFromFileName(const std::string& path) {
-  return detail::factsOfFileName(path).code;
-}
+std::string codeFromFileName(const std::string& path) { return detail::factsOfFileName(path).code; }
 
 }  // namespace orvane

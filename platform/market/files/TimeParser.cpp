@@ -75,10 +75,17 @@ bool epochMs(TimeFormat format, const Counter& value, std::int64_t& ms) {
       if (value.whole > 10'000'000'000) return false;
       ms = value.whole * 1000 + value.nanos / 1'000'000;
       break;
-    case TimeFormat::EpochMillis: ms = value.whole; break;
-    case TimeFormat::EpochMicros: ms = value.whole / 1000; break;
-    case TimeFormat::EpochNanos: ms = value.whole / 1'000'000; break;
-    default: return false;
+    case TimeFormat::EpochMillis:
+      ms = value.whole;
+      break;
+    case TimeFormat::EpochMicros:
+      ms = value.whole / 1000;
+      break;
+    case TimeFormat::EpochNanos:
+      ms = value.whole / 1'000'000;
+      break;
+    default:
+      return false;
   }
   return ms >= 315'532'800'000 && ms <= 4'102'444'800'000;
 }
@@ -103,10 +110,9 @@ bool isTextMoment(std::string_view text) {
 
 }  // namespace
 
-TimeParser::TimeParser(const std::string& file, TimeColumns columns,
-                       const Description& description, std::optional<std::int64_t> fileDay,
-                       const SampleRows& samples, const std::vector<std::string>& names,
-                       std::vector<std::string>& notes)
+TimeParser::TimeParser(const std::string& file, TimeColumns columns, const Description& description,
+                       std::optional<std::int64_t> fileDay, const SampleRows& samples,
+                       const std::vector<std::string>& names, std::vector<std::string>& notes)
     : file_(file),
       columns_(columns),
       zone_(description.timeZone.empty() ? "UTC" : description.timeZone),
@@ -128,8 +134,7 @@ TimeParser::TimeParser(const std::string& file, TimeColumns columns,
                         "\" is a time of day, and nothing tells the date: give \"date\" in the "
                         "description, or put YYYYMMDD into the file's name");
   if (!description.date)
-    notes.push_back(file_ + ": the date is that of the file's name, " +
-                    std::to_string(numberOfDay(*day_)));
+    notes.push_back("rows have a time of day only; the date is the one in the file's name");
 }
 
 /// Where two columns are named but one of them holds all, that one is taken.
@@ -150,7 +155,8 @@ void TimeParser::settleColumns(const SampleRows& samples) {
   };
   bool hasTime = false;
   if (columns_.moment >= 0) {
-    momentFormat_ = formatOf(columns_.moment, columns_.momentIsTimeOfDay || columns_.date >= 0, samples);
+    momentFormat_ =
+        formatOf(columns_.moment, columns_.momentIsTimeOfDay || columns_.date >= 0, samples);
     if (columns_.date < 0 || hasDate(columns_.moment, momentFormat_, hasTime)) {
       columns_.date = columns_.time = -1;
       return;
@@ -191,9 +197,9 @@ TimeFormat TimeParser::formatOf(int column, bool isTimeOfDay, const SampleRows& 
                        [&](const Counter& counter) { return fits(format, counter); });
   };
   const auto allWide = [&](TimeFormat format) {
-    return all(format) && std::all_of(counters.begin(), counters.end(), [&](const Counter& counter) {
-             return fitsWidth(format, counter);
-           });
+    return all(format) &&
+           std::all_of(counters.begin(), counters.end(),
+                       [&](const Counter& counter) { return fitsWidth(format, counter); });
   };
   for (const TimeFormat format : {EpochNanos, EpochMicros, EpochMillis, EpochSeconds})
     if (all(format)) return format;
@@ -212,8 +218,7 @@ TimeFormat TimeParser::formatOf(int column, bool isTimeOfDay, const SampleRows& 
 }
 
 void TimeParser::findOrder(int column, const SampleRows& samples,
-                           const std::vector<std::string>& names,
-                           std::vector<std::string>& notes) {
+                           const std::vector<std::string>& names, std::vector<std::string>& notes) {
   if (order_ != DateOrder::Unknown) return;
   const std::string* ambiguous = nullptr;
   bool dayFirst = true;
@@ -233,8 +238,8 @@ void TimeParser::findOrder(int column, const SampleRows& samples,
                         "\" may begin with the day or with the month; say which in the "
                         "description: \"dateOrder\": \"DMY\" or \"MDY\"");
   order_ = dayFirst ? DateOrder::DayFirst : DateOrder::MonthFirst;
-  notes.push_back(file_ + ": dates are read as " + (dayFirst ? "day/month/year" : "month/day/year") +
-                  ", as the file fits no other order");
+  notes.push_back(std::string("dates are read as ") +
+                  (dayFirst ? "day/month/year" : "month/day/year") + ", which alone fits them all");
 }
 
 bool TimeParser::fail(int column, const char* text) {
@@ -275,11 +280,10 @@ bool TimeParser::parseText(int column, std::string_view text, Cached& cache, Mom
   return true;
 }
 
-bool TimeParser::parseDigits(int column, TimeFormat format, std::string_view text,
-                             MomentText& out, bool& epoch) {
+bool TimeParser::parseDigits(int column, TimeFormat format, std::string_view text, MomentText& out,
+                             bool& epoch) {
   Counter counter;
-  if (!readCounter(text, counter))
-    return fail(column, text.empty() ? "is empty" : "is not a time");
+  if (!readCounter(text, counter)) return fail(column, text.empty() ? "is empty" : "is not a time");
   std::int64_t ms = 0;
   if (epochMs(format, counter, ms)) {
     out.hasDate = out.hasTime = out.hasOffset = true;
@@ -318,8 +322,9 @@ bool TimeParser::parse(const std::vector<std::string_view>& fields, std::int64_t
   MomentText moment;
   bool epoch = false;
   if (columns_.moment >= 0) {
-    if (!parseColumn(columns_.moment, momentFormat_, fields[static_cast<std::size_t>(columns_.moment)],
-                     momentCache_, moment, epoch))
+    if (!parseColumn(columns_.moment, momentFormat_,
+                     fields[static_cast<std::size_t>(columns_.moment)], momentCache_, moment,
+                     epoch))
       return false;
     if (!moment.hasDate) {
       if (!day_) return fail(columns_.moment, "has no date");
@@ -339,9 +344,9 @@ bool TimeParser::parse(const std::vector<std::string_view>& fields, std::int64_t
 
   const std::int64_t localMs = moment.day * kDayMs + moment.msOfDay;
   out.utcMs = moment.hasOffset ? localMs - moment.offsetMs : zone_.toUtc(localMs, notBefore);
-  out.fromEpoch = epoch;
   out.dateOnly = !moment.hasTime;
-  out.localDay = moment.day;
+  out.midnight = moment.msOfDay == 0;
+  out.day = moment.day;
   if (columns_.tradingDay < 0) return true;
   const auto text = fields[static_cast<std::size_t>(columns_.tradingDay)];
   if (text.empty()) return true;

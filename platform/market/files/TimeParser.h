@@ -26,9 +26,9 @@ struct TimeColumns {
 /// The time of one row.
 struct RowTime {
   std::int64_t utcMs = 0;
-  std::int64_t localDay = 0;   ///< Only if `dateOnly`.
-  bool dateOnly = false;       ///< A date without a time of day.
-  bool fromEpoch = false;      ///< Counted from 1970, so it knows no zone.
+  std::int64_t day = 0;         ///< Of the date as it was written, in days since 1970.
+  bool dateOnly = false;        ///< A date without a time of day.
+  bool midnight = false;        ///< The time of day is 0, or there is none.
   std::int32_t tradingDay = 0;  ///< YYYYMMDD from a column of its own, else 0.
 };
 

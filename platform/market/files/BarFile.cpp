@@ -1,0 +1,202 @@
+#include "platform/market/files/BarFile.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "platform/fields/KLineView.h"
+#include "platform/market/files/CodeParts.h"
+#include "platform/market/files/DataFiles.h"
+
+namespace orvane::detail {
+namespace {
+
+/// The four prices of a side.
+struct Prices {
+  double open = 0;
+  double high = 0;
+  double low = 0;
+  double close = 0;
+  bool there = false;
+};
+
+/// The columns of a side's prices.
+struct PriceColumns {
+  int open;
+  int high;
+  int low;
+  int close;
+};
+
+/// The double nearest to the mean of two decimals of at most eight places.
+double meanOf(double a, double b) {
+  constexpr double kUnits = 1e8;
+  if (std::abs(a) > 4e7 || std::abs(b) > 4e7) return a / 2 + b / 2;
+  return (std::round(a * kUnits) + std::round(b * kUnits)) / (2 * kUnits);
+}
+
+class BarReader {
+ public:
+  BarReader(Table& table, const Description& description, const DecimalStep& tick)
+      : table_(table),
+        description_(description),
+        map_(table.map()),
+        price_(description.numbers, description.priceShift, tick),
+        volume_(description.numbers, description.volumeShift, {}),
+        turnover_(description.numbers, description.turnoverShift, {}) {}
+
+  std::vector<BarPart> run(const std::function<void(double)>& progress) {
+    std::size_t count = 0;
+    while (table_.next()) {
+      readRow();
+      if (progress && (++count & 0x3FFF) == 0) progress(table_.share());
+    }
+    finish();
+    std::vector<BarPart> parts;
+    for (BarPart& part : parts_.parts()) {
+      if (part.bars.empty()) continue;
+      if (table_.newestFirst()) std::reverse(part.bars.begin(), part.bars.end());
+      part.hintMs = table_.nameFacts().periodMs;
+      part.stampIsEnd = map_.stampIsEnd;
+      parts.push_back(std::move(part));
+    }
+    return parts;
+  }
+
+ private:
+  void readRow() {
+    IKLine bar;
+    KLineWriter writer(bar);
+    const int flags = map_.quoteBar ? readQuote(writer) : readTrade(writer);
+    if (flags < 0) {
+      if (!description_.skipEmpty)
+        throw DataFileError(table_.place() +
+                            (map_.quoteBar ? ": neither a bid nor an ask" : ": no price") +
+                            "; \"skipEmpty\": true in a description passes over such rows");
+      ++skipped_;
+      return;
+    }
+    BarPart& part = parts_.of(table_);
+    const bool hasPrevious = !part.bars.empty();
+    const std::int64_t previous = hasPrevious ? part.bars.back().words[kline::BeginTime] : 0;
+    const bool ascending = hasPrevious && !table_.newestFirst();
+    const RowTime time = table_.time(ascending ? previous + 1 : INT64_MIN);
+    checkOrder(table_, hasPrevious, previous, time.utcMs, true);
+    part.datesOnly = part.datesOnly && time.dateOnly;
+    part.midnights = part.midnights && time.midnight;
+    writer.setTimes(time.utcMs, time.day);
+    writer.setDayAndFlags(time.tradingDay, flags);
+    part.bars.push_back(bar);
+  }
+
+  double price(int column) {
+    if (table_.field(column).empty()) table_.fail(column, "is empty");
+    return table_.number(price_, column);
+  }
+
+  double amount(const NumberParser& parser, int column) {
+    if (column < 0) return 0;
+    const double value = table_.number(parser, column);
+    if (value < 0) doubt(column, "is negative");
+    return value;
+  }
+
+  /// A value that no true bar has: an error, or with "tolerant" a count.
+  void doubt(int column, const std::string& what) {
+    if (!description_.tolerant) table_.fail(column, what);
+    if (doubts_ == 0) firstDoubt_ = table_.line();
+    ++doubts_;
+  }
+
+  Prices readPrices(const PriceColumns& columns) {
+    Prices prices;
+    if (columns.open < 0) return prices;
+    if (table_.field(columns.open).empty() && table_.field(columns.high).empty() &&
+        table_.field(columns.low).empty() && table_.field(columns.close).empty())
+      return prices;
+    prices = {price(columns.open), price(columns.high), price(columns.low), price(columns.close),
+              true};
+    const double low = prices.low;
+    const double high = prices.high;
+    if (prices.open >= low && prices.open <= high && prices.close >= low && prices.close <= high)
+      return prices;
+    const std::string lowText(table_.field(columns.low));
+    const std::string highText(table_.field(columns.high));
+    if (high < low)
+      doubt(columns.high, "is below the low, " + lowText);
+    else if (prices.open < low)
+      doubt(columns.open, "is below the low, " + lowText);
+    else if (prices.open > high)
+      doubt(columns.open, "is above the high, " + highText);
+    else if (prices.close < low)
+      doubt(columns.close, "is below the low, " + lowText);
+    else
+      doubt(columns.close, "is above the high, " + highText);
+    return prices;
+  }
+
+  static void write(KLineWriter& writer, const Prices& prices) {
+    writer.set(kline::Open, prices.open);
+    writer.set(kline::High, prices.high);
+    writer.set(kline::Low, prices.low);
+    writer.set(kline::Close, prices.close);
+  }
+
+  /// The flags, or -1 if the row has no price.
+  int readTrade(KLineWriter& writer) {
+    const Prices prices = readPrices({map_.open, map_.high, map_.low, map_.close});
+    if (!prices.there) return -1;
+    write(writer, prices);
+    writer.set(kline::Volume, amount(volume_, map_.volume));
+    writer.set(kline::Turnover, amount(turnover_, map_.turnover));
+    writer.set(kline::OpenInterest, amount(volume_, map_.openInterest));
+    return 0;
+  }
+
+  int readQuote(KLineWriter& writer) {
+    const Prices bid = readPrices({map_.open, map_.high, map_.low, map_.close});
+    const Prices ask = readPrices({map_.askOpen, map_.askHigh, map_.askLow, map_.askClose});
+    if (!bid.there && !ask.there) return -1;
+    const bool wantsAsk = description_.side == QuoteSide::Ask;
+    Prices shown = (wantsAsk ? ask.there : !bid.there) ? ask : bid;
+    if (description_.side == QuoteSide::Mid && bid.there && ask.there)
+      shown = {meanOf(bid.open, ask.open), meanOf(bid.high, ask.high), meanOf(bid.low, ask.low),
+               meanOf(bid.close, ask.close), true};
+    write(writer, shown);
+    writer.set(kline::Volume, amount(volume_, map_.volume));
+    writer.set(kline::Turnover, amount(volume_, map_.turnover));
+    writer.set(kline::AskClose, ask.close);
+    return kline::kQuoteBar | (bid.there ? 0 : kline::kBidMissing) |
+           (ask.there ? 0 : kline::kAskMissing);
+  }
+
+  void finish() {
+    if (skipped_ > 0)
+      table_.notes().push_back(table_.path() + ": " + std::to_string(skipped_) +
+                               " rows without a price were passed over");
+    if (doubts_ > 0)
+      table_.notes().push_back(table_.path() + ": " + std::to_string(doubts_) +
+                               " doubtful values were kept, the first in line " +
+                               std::to_string(firstDoubt_));
+  }
+
+  Table& table_;
+  const Description& description_;
+  const ColumnMap& map_;
+  NumberParser price_;
+  NumberParser volume_;
+  NumberParser turnover_;
+  CodeParts<BarPart> parts_;
+  std::size_t skipped_ = 0;
+  std::size_t doubts_ = 0;
+  std::size_t firstDoubt_ = 0;
+};
+
+}  // namespace
+
+std::vector<BarPart> readBars(Table& table, const Description& description,
+                              const DecimalStep& priceTick,
+                              const std::function<void(double)>& progress) {
+  return BarReader(table, description, priceTick).run(progress);
+}
+
+}  // namespace orvane::detail

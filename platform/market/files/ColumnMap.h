@@ -1,0 +1,55 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/market/Series.h"
+#include "platform/market/files/ColumnNames.h"
+#include "platform/market/files/Description.h"
+#include "platform/market/files/TimeParser.h"
+
+namespace orvane::detail {
+
+/// Which column of a file holds what. Positions count from 0; -1: there is none.
+struct ColumnMap {
+  TimeColumns time;
+  std::optional<bool> stampIsEnd;  ///< If the header's name of the time column tells.
+  int code = -1;
+  int market = -1;
+
+  // Bars. In a quote bar the four prices are the bid's.
+  bool quoteBar = false;
+  int open = -1;
+  int high = -1;
+  int low = -1;
+  int close = -1;
+  int askOpen = -1;
+  int askHigh = -1;
+  int askLow = -1;
+  int askClose = -1;
+  int volume = -1;    ///< The bid's size in a quote bar.
+  int turnover = -1;  ///< The ask's size in a quote bar.
+  int openInterest = -1;
+
+  // Ticks: column and meaning.
+  std::vector<std::pair<int, TickColumnId>> ticks;
+};
+
+/// The roles of a file's columns by its header, which must not be empty.
+std::vector<NamedRole> rolesOfHeader(const std::vector<std::string>& header);
+
+/// The roles of a file's columns by their number and contents; empty if they are of no known
+/// shape. What was assumed is added to `notes`.
+std::vector<NamedRole> rolesOfContents(const SampleRows& samples, bool bars,
+                                       std::vector<std::string>& notes);
+
+/// Turns roles into positions. Throws `DataFileError`, begun with `place`, if something needed is
+/// missing.
+ColumnMap bindBars(const std::string& place, const std::vector<NamedRole>& roles,
+                   const std::vector<std::string>& names);
+ColumnMap bindTicks(const std::string& place, const std::vector<NamedRole>& roles,
+                    const std::vector<std::string>& names);
+
+}  // namespace orvane::detail

@@ -1,0 +1,206 @@
+#include "platform/market/files/DataFiles.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <map>
+
+#include "platform/market/files/BarFile.h"
+#include "platform/market/files/Description.h"
+#include "platform/market/files/Table.h"
+#include "platform/market/files/TickFile.h"
+
+namespace orvane {
+namespace detail {
+namespace {
+
+std::string timeText(std::int64_t utcMs) {
+  std::int64_t day = utcMs / kDayMs;
+  if (utcMs % kDayMs < 0) --day;
+  const std::int64_t ms = utcMs - day * kDayMs;
+  const int date = numberOfDay(day);
+  char text[40];
+  std::snprintf(text, sizeof(text), "%04d-%02d-%02d %02d:%02d:%02d.%03d UTC", date / 10000,
+                date / 100 % 100, date % 100, static_cast<int>(ms / 3'600'000),
+                static_cast<int>(ms / 60'000 % 60), static_cast<int>(ms / 1000 % 60),
+                static_cast<int>(ms % 1000));
+  return text;
+}
+
+std::int64_t firstTime(const BarPart& part) { return part.bars.front().words[0]; }
+std::int64_t lastTime(const BarPart& part) { return part.bars.back().words[0]; }
+std::int64_t firstTime(const TickPart& part) { return part.times.front(); }
+std::int64_t lastTime(const TickPart& part) { return part.times.back(); }
+
+/// The parts of one code, and what was noted about their files.
+template <typename Part>
+struct Group {
+  std::string code;
+  std::vector<Part> parts;
+  std::vector<std::string> notes;
+};
+
+void addNotes(std::vector<std::string>& notes, const std::vector<std::string>& more) {
+  for (const std::string& note : more)
+    if (std::find(notes.begin(), notes.end(), note) == notes.end()) notes.push_back(note);
+}
+
+std::string lowered(std::string text) {
+  for (char& c : text)
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c + 32);
+  return text;
+}
+
+std::string withMarket(const std::string& code, const std::string& market) {
+  return market.empty() || code.find('.') != std::string::npos ? code : code + "." + market;
+}
+
+/// Reads the files of a request and sorts what they hold by code.
+template <typename Part>
+class Gathering {
+ public:
+  Gathering(const DataFileRequest& request, const Description& description, bool bars)
+      : request_(request), description_(description), bars_(bars) {
+    tick_ = description.priceTick;
+    if (tick_.mantissa == 0 && !request.priceTick.empty() && !parseStep(request.priceTick, tick_))
+      throw DataFileError("the price tick \"" + request.priceTick + "\" is no decimal above 0");
+    const char* kind = bars ? "bars" : "ticks";
+    if (!description.kind.empty() && description.kind != kind)
+      throw DataFileError("description: \"kind\" is \"" + description.kind +
+                          "\", but the files are to be read as " + kind);
+    if (request.paths.empty()) throw DataFileError("no file is named");
+  }
+
+  template <typename Read>
+  std::vector<Group<Part>> run(const Read& read, const std::function<void(double)>& progress) {
+    const double files = static_cast<double>(request_.paths.size());
+    for (std::size_t i = 0; i < request_.paths.size(); ++i) {
+      const double before = static_cast<double>(i) / files;
+      std::function<void(double)> share;
+      if (progress) share = [&, before](double done) { progress(before + done / files); };
+      Table table(request_.paths[i], description_, bars_);
+      std::vector<Part> parts = read(table, description_, tick_, share);
+      if (parts.empty()) throw DataFileError(table.path() + ": has no rows");
+      for (Part& part : parts) add(std::move(part), table);
+    }
+    if (progress) progress(1.0);
+    applyCode();
+    for (Group<Part>& group : groups_) putInOrder(group);
+    return std::move(groups_);
+  }
+
+ private:
+  void add(Part part, Table& table) {
+    std::string code = part.code;
+    if (code.empty() && !request_.code.empty()) code = request_.code;
+    if (code.empty() && !description_.code.empty()) code = description_.code;
+    if (code.empty()) code = table.nameFacts().code;
+    code = withMarket(code, description_.market);
+    const auto found = std::find_if(groups_.begin(), groups_.end(),
+                                    [&](const auto& group) { return group.code == code; });
+    Group<Part>& group = found != groups_.end() ? *found : groups_.emplace_back();
+    group.code = code;
+    group.parts.push_back(std::move(part));
+    addNotes(group.notes, table.notes());
+  }
+
+  /// A code that was asked for names the only one there is, or chooses among several.
+  void applyCode() {
+    const std::string& asked = request_.code.empty() ? description_.code : request_.code;
+    if (asked.empty()) return;
+    const std::string code = withMarket(asked, description_.market);
+    if (groups_.size() == 1) {
+      groups_.front().code = code;
+      return;
+    }
+    std::string held;
+    for (Group<Part>& group : groups_) {
+      const std::string bare = group.code.substr(0, group.code.find('.'));
+      if (lowered(group.code) == lowered(code) || lowered(bare) == lowered(code)) {
+        group.code = code;
+        std::vector<Group<Part>> one;
+        one.push_back(std::move(group));
+        groups_ = std::move(one);
+        return;
+      }
+      if (held.size() < 200) held += (held.empty() ? "" : ", ") + group.code;
+    }
+    throw DataFileError(request_.paths.front() + ": no rows of the code \"" + asked +
+                        "\"; there are " + held);
+  }
+
+  void putInOrder(Group<Part>& group) const {
+    std::vector<Part>& parts = group.parts;
+    std::stable_sort(parts.begin(), parts.end(),
+                     [](const Part& a, const Part& b) { return firstTime(a) < firstTime(b); });
+    for (std::size_t i = 1; i < parts.size(); ++i) {
+      const std::int64_t end = lastTime(parts[i - 1]);
+      const std::int64_t begin = firstTime(parts[i]);
+      if (bars_ ? begin > end : begin >= end) continue;
+      throw DataFileError(parts[i].path + " overlaps " + parts[i - 1].path + ": it begins at " +
+                          timeText(begin) + ", and the other ends at " + timeText(end));
+    }
+  }
+
+  const DataFileRequest& request_;
+  const Description& description_;
+  bool bars_;
+  DecimalStep tick_;
+  std::vector<Group<Part>> groups_;
+};
+
+template <typename Part>
+std::string originOf(const std::vector<Part>& parts) {
+  std::string origin;
+  for (const Part& part : parts) origin += (origin.empty() ? "" : ", ") + part.path;
+  return origin;
+}
+
+void noteZone(std::vector<std::string>& notes, const Description& description) {
+  if (description.timeZone.empty())
+    notes.push_back("times are taken as UTC; \"timeZone\" in a description tells another zone");
+}
+
+}  // namespace
+}  // namespace detail
+
+std::vector<LoadedBars> loadBars(const DataFileRequest& request,
+                                 const std::function<void(double)>& progress) {
+  using namespace detail;
+  const Description description = readDescription(request.description);
+  auto groups = Gathering<BarPart>(request, description, true).run(readBars, progress);
+  ZoneClock zone(description.timeZone.empty() ? "UTC" : description.timeZone);
+  std::vector<LoadedBars> loaded;
+  for (auto& group : groups) {
+    LoadedBars one;
+    one.code = group.code;
+    one.series.timeZone = zone.name();
+    one.series.origin = originOf(group.parts);
+    noteZone(one.notes, description);
+    addNotes(one.notes, group.notes);
+    one.series.bars = finishBars(group.parts, description, zone, one.series.periodMs, one.notes);
+    loaded.push_back(std::move(one));
+  }
+  return loaded;
+}
+
+std::vector<LoadedTicks> loadTicks(const DataFileRequest& request,
+                                   const std::function<void(double)>& progress) {
+  using namespace detail;
+  const Description description = readDescription(request.description);
+  auto groups = Gathering<TickPart>(request, description, false).run(readTicks, progress);
+  std::vector<LoadedTicks> loaded;
+  for (auto& group : groups) {
+    LoadedTicks one;
+    one.code = group.code;
+    one.series.timeZone =
+        ZoneClock(description.timeZone.empty() ? "UTC" : description.timeZone).name();
+    one.series.origin = originOf(group.parts);
+    noteZone(one.notes, description);
+    addNotes(one.notes, group.notes);
+    for (TickPart& part : group.parts) appendTicks(one.series, std::move(part));
+    loaded.push_back(std::move(one));
+  }
+  return loaded;
+}
+
+}  // namespace orvane
