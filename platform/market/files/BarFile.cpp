@@ -76,6 +76,7 @@ class BarReader {
       return;
     }
     BarPart& part = parts_.of(table_);
+    if (part.bars.empty() && map_.code < 0) part.bars.reserve(table_.rowsLeft());
     const bool hasPrevious = !part.bars.empty();
     const std::int64_t previous = hasPrevious ? part.bars.back().words[kline::BeginTime] : 0;
     const bool ascending = hasPrevious && !table_.newestFirst();

@@ -15,8 +15,16 @@ using Distances = std::map<std::int64_t, std::size_t>;
 
 Distances distancesOf(const std::vector<IKLine>& bars) {
   Distances distances;
-  for (std::size_t i = 1; i < bars.size(); ++i)
-    ++distances[bars[i].words[kline::BeginTime] - bars[i - 1].words[kline::BeginTime]];
+  std::int64_t last = 0;
+  std::size_t* count = nullptr;
+  for (std::size_t i = 1; i < bars.size(); ++i) {
+    const auto distance = bars[i].words[kline::BeginTime] - bars[i - 1].words[kline::BeginTime];
+    if (!count || distance != last) {
+      last = distance;
+      count = &distances[distance];
+    }
+    ++*count;
+  }
   return distances;
 }
 

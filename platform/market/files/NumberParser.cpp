@@ -21,6 +21,42 @@ struct Parts {
   bool fits = true;  ///< The mantissa holds all digits.
 };
 
+/// Digits with at most one point among them, short enough for the mantissa: nearly every number
+/// of a file. False for all others, good or bad.
+bool takeApartShort(std::string_view text, Parts& parts) {
+  if (text.size() > 19) return false;
+  const char* at = text.data();
+  const char* const end = at + text.size();
+  if (at != end && *at == '-') {
+    parts.negative = true;
+    ++at;
+  }
+  const char* const begin = at;
+  std::uint64_t mantissa = 0;
+  unsigned digit = 0;
+  while (at != end && (digit = static_cast<unsigned char>(*at) - unsigned{'0'}) <= 9) {
+    mantissa = mantissa * 10 + digit;
+    ++at;
+  }
+  auto digits = at - begin;
+  if (at != end) {
+    if (*at != '.') return false;
+    const char* const point = at++;
+    while (at != end && (digit = static_cast<unsigned char>(*at) - unsigned{'0'}) <= 9) {
+      mantissa = mantissa * 10 + digit;
+      ++at;
+    }
+    if (at != end) return false;
+    parts.exponent = static_cast<int>(point + 1 - end);
+    digits -= parts.exponent;
+  }
+  if (digits == 0) return false;
+  parts.mantissa = mantissa;
+  // Zeros in front are counted too, which only makes the check for noise come more often.
+  parts.digits = static_cast<int>(digits);
+  return true;
+}
+
 bool takeApart(std::string_view text, Parts& parts) {
   const char* at = text.data();
   const char* const end = at + text.size();
@@ -130,7 +166,10 @@ bool NumberParser::parse(std::string_view text, double& out) const {
 
 bool NumberParser::parsePlain(std::string_view text, double& out) const {
   Parts parts;
-  if (text.size() > 400 || !takeApart(text, parts)) return false;
+  if (!takeApartShort(text, parts)) {
+    parts = {};
+    if (text.size() > 400 || !takeApart(text, parts)) return false;
+  }
   if (parts.fits && exactly(parts.mantissa, parts.exponent + shift_, out)) {
     if (parts.negative) out = -out;
   } else if (!byText(text, shift_, out)) {

@@ -51,6 +51,11 @@ double Table::share() const {
   return static_cast<double>(rows_->offset()) / static_cast<double>(text_.text.size());
 }
 
+std::size_t Table::rowsLeft() const {
+  constexpr std::size_t kMost = std::size_t{1} << 22;  // What is reserved unseen has a bound.
+  return std::min(kMost, (text_.text.size() - rows_->offset()) / rowBytes_ + 2);
+}
+
 void Table::findHeader() {
   rows_ = std::make_unique<CsvRows>(path_, text_.text, delimiter_);
   rows_->skipLines(description_.skipLines);
@@ -107,6 +112,8 @@ void Table::sample() {
   do {
     take(head);
   } while (samples_.size() < kHeadSamples && head.next());
+  rowBytes_ = std::max<std::size_t>(
+      1, (head.offset() - rows_->offset()) / std::max<std::size_t>(1, samples_.size()));
   const std::size_t size = text_.text.size();
   if (head.offset() >= size) return;
   std::size_t from = std::max(head.offset(), size - std::min(size, kTailSampleBytes));

@@ -46,6 +46,8 @@ class Table {
   std::string place() const;  ///< File and line of the row.
   std::size_t line() const { return rows_->line(); }
   double share() const;  ///< Of the text that is behind us.
+  /// About how many rows are still to come, by the length of the first ones.
+  std::size_t rowsLeft() const;
   const ColumnMap& map() const { return map_; }
   ZoneClock& zone() { return times_->zone(); }
   const FileNameFacts& nameFacts() const { return facts_; }
@@ -75,6 +77,7 @@ class Table {
   std::vector<std::string> names_;
   std::size_t width_ = 0;
   SampleRows samples_;
+  std::size_t rowBytes_ = 1;  ///< Of a sampled row, on average.
   std::vector<std::string> firstRow_;
   ColumnMap map_;
   std::unique_ptr<TimeParser> times_;

@@ -66,6 +66,12 @@ class TickReader {
   void readRow() {
     TickPart& part = parts_.of(table_);
     const bool hasPrevious = !part.times.empty();
+    if (!hasPrevious && table_.map().code < 0) {
+      const std::size_t rows = table_.rowsLeft();
+      part.times.reserve(rows);
+      part.tradingDays.reserve(rows);
+      part.cells.reserve(rows * columns_.size());
+    }
     const int64 previous = hasPrevious ? part.times.back() : 0;
     const bool ascending = hasPrevious && !table_.newestFirst();
     const RowTime time = table_.time(ascending ? previous : INT64_MIN);
