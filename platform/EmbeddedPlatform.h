@@ -70,6 +70,11 @@ class ORVANE_API EmbeddedPlatform final : public IPlatform {
   /// `progress` is called on the calling thread, some ten times a second.
   void run(const std::function<void(const PlaybackProgress&)>& progress = {});
 
+  /// Takes playback back to its start, as if nothing had been played: the clock, the feed, and
+  /// the history. Only while every runner is quiet; standing requests and timers go on as they
+  /// are. Reset the runners after it, and `run` plays everything again.
+  void rewind();
+
   /// Ends `run` before the next instant. Any thread may call it, also a strategy's.
   void cancel();
 

@@ -1,0 +1,232 @@
+#include "platform/EmbeddedPlatform.h"
+
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <stdexcept>
+
+#include "platform/EmbeddedPlatformImpl.h"
+#include "platform/core/ModuleLoader.h"
+#include "platform/core/Periods.h"
+#include "platform/core/PlatformPool.h"
+#include "platform/events/NoPublisher.h"
+
+namespace orvane {
+namespace {
+
+int64 wallNow() {
+  using namespace std::chrono;
+  return duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
+}
+
+std::shared_ptr<const detail::ZoneRules> zoneOrThrow(const std::string& name) {
+  auto zone = detail::ZoneRules::find(name);
+  if (zone == nullptr) throw std::invalid_argument("timeZone: \"" + name + "\" is not a time zone");
+  return zone;
+}
+
+}  // namespace
+
+EmbeddedPlatform::Impl::Impl(PlatformOptions chosen)
+    : options(std::move(chosen)),
+      zone(zoneOrThrow(options.timeZone)),
+      codes([this] { return now(); }, options.timeZone),
+      store(options.from, options.to, zone),
+      quotes(store, codes, [this] { noteRequest(); }),
+      playback(parts(), options.speed, progress),
+      live(parts(), options.speed, progress) {
+  detail::PlatformPool::overrideThreads(options.poolThreads);
+  resetClock();
+  if (isPlayback())
+    answerer = std::make_unique<detail::OverdueAnswerer>(quotes);
+  else
+    timerThread = std::make_unique<detail::TimerThread>(timers);
+}
+
+EmbeddedPlatform::Impl::~Impl() { cancelled.store(true); }
+
+detail::DriverParts EmbeddedPlatform::Impl::parts() {
+  return {loop, pool, *timers, quotes, store, clock, cancelled};
+}
+
+int64 EmbeddedPlatform::Impl::now() const { return isPlayback() ? clock.load() : wallNow(); }
+
+void EmbeddedPlatform::Impl::noteRequest() {
+  if (!isPlayback()) {
+    loop.post([this] {
+      const std::lock_guard turn(quotes.turn());
+      quotes.serve();
+    });
+    return;
+  }
+  // Called for the first time before the thread exists: nobody asks while a platform is made.
+  answerer->noteRequest();
+  if (options.speed > 0) loop.wake();
+}
+
+void EmbeddedPlatform::Impl::resetClock() {
+  const std::lock_guard turn(quotes.turn());
+  const int64 begin = store.beginTime();
+  clock.store(begin);
+  progress.now.store(begin);
+  quotes.startAt(begin);
+}
+
+void EmbeddedPlatform::Impl::run(const std::function<void(const PlaybackProgress&)>& report) {
+  std::mutex mutex;
+  std::condition_variable ended;
+  bool done = false;
+  const auto tell = [&] {
+    if (report)
+      report({progress.now, progress.begin, progress.end, progress.delivered, progress.total});
+  };
+  if (!isPlayback()) drain();
+  loop.post([&] {
+    if (isPlayback())
+      playback.run();
+    else
+      live.run();
+    const std::lock_guard lock(mutex);
+    done = true;
+    ended.notify_all();
+  });
+  {
+    std::unique_lock lock(mutex);
+    while (!ended.wait_for(lock, std::chrono::milliseconds(100), [&] { return done; })) {
+      lock.unlock();
+      tell();
+      lock.lock();
+    }
+  }
+  if (!isPlayback()) drain();
+  cancelled.store(false);
+  tell();
+}
+
+void EmbeddedPlatform::Impl::drain() {
+  const auto settled = [this] {
+    return pool.signal().quiet() && !quotes.book().anyWaiting() && !quotes.book().endedMark();
+  };
+  do {
+    pool.signal().wait([this] { return pool.signal().quiet(); });
+    loop.runAndWait([this] {
+      if (isPlayback()) {
+        playback.settleOnly();
+      } else {
+        const std::lock_guard turn(quotes.turn());
+        quotes.serve();
+      }
+    });
+  } while (!settled());
+}
+
+EmbeddedPlatform::EmbeddedPlatform(PlatformOptions options)
+    : impl_(std::make_unique<Impl>(std::move(options))) {}
+
+EmbeddedPlatform::~EmbeddedPlatform() = default;
+
+ICodeID EmbeddedPlatform::addInstrument(const Instrument& instrument) {
+  return impl_->codes.add(instrument);
+}
+
+bool EmbeddedPlatform::findCode(const std::string& text, ICodeID& code) const {
+  return impl_->codes.codeIdOf(text, code).code == 0;
+}
+
+void EmbeddedPlatform::addBars(BarSeries series) {
+  impl_->store.add(std::make_shared<const BarSeries>(std::move(series)));
+  impl_->resetClock();
+}
+
+void EmbeddedPlatform::addTicks(TickSeries series) {
+  impl_->store.add(std::make_shared<const TickSeries>(std::move(series)));
+  impl_->resetClock();
+}
+
+void EmbeddedPlatform::setSymbolHook(SymbolHook hook) { impl_->symbolHook = std::move(hook); }
+
+void EmbeddedPlatform::run(const std::function<void(const PlaybackProgress&)>& progress) {
+  impl_->run(progress);
+}
+
+void EmbeddedPlatform::rewind() {
+  {
+    const std::lock_guard turn(impl_->quotes.turn());
+    impl_->quotes.rewind();
+  }
+  impl_->resetClock();
+}
+
+void EmbeddedPlatform::cancel() {
+  impl_->cancelled.store(true);
+  impl_->loop.wake();
+}
+
+void EmbeddedPlatform::drain() { impl_->drain(); }
+
+// The entry points behind the services.
+
+IServiceRouter* EmbeddedPlatform::router() { return impl_.get(); }
+int64 EmbeddedPlatform::nowUtcMs() { return impl_->now(); }
+int64 EmbeddedPlatform::sysNowUtcMs() { return wallNow(); }
+
+int64 EmbeddedPlatform::zoneOffsetMs(OVTimeZone zone, int64 utcMs) {
+  return zone == OVTimeZone::Utc ? 0 : impl_->zone->offsetMs(utcMs);
+}
+
+bool EmbeddedPlatform::isTimeEnabled() { return impl_->options.timeInLog; }
+
+ThreadPoolBase* EmbeddedPlatform::createThreadPool() { return new detail::PlatformPool; }
+
+std::unique_ptr<ITimerEngine> EmbeddedPlatform::createTimer(int id) {
+  return std::make_unique<detail::QueuedTimer>(impl_->timers, id);
+}
+
+int EmbeddedPlatform::nextTimerId() { return impl_->timerIds.fetch_add(1) + 1; }
+void EmbeddedPlatform::notifyRefAcquired() { impl_->pool.signal().acquireRef(); }
+void EmbeddedPlatform::notifyRefReleased() { impl_->pool.signal().releaseRef(); }
+
+std::unique_ptr<IModuleLoader> EmbeddedPlatform::createModuleLoader() {
+  return std::make_unique<detail::ModuleLoader>(impl_->symbolHook);
+}
+
+ResultStatus EmbeddedPlatform::freqToTerm(const std::string& frequency, int64& term,
+                                          bool& extraFlag) {
+  return detail::parseFrequency(frequency, term, extraFlag);
+}
+
+IMDQuery EmbeddedPlatform::dataRangeToQuery(const OVDataRange& range) {
+  return detail::queryOfRange(range);
+}
+
+ITimeType EmbeddedPlatform::timeTypeOf(int64 term) { return detail::timeTypeOfTerm(term); }
+
+EventSourceId EmbeddedPlatform::eventSourceOf(const SourceId& source) {
+  // A source's numeric id is its event source bit already.
+  return static_cast<EventSourceId>(source.sourceType & 255);
+}
+
+ICondService* EmbeddedPlatform::conditionService() { return nullptr; }
+IPublisher* EmbeddedPlatform::createPublisher(RunnerModeFlag) { return new detail::NoPublisher; }
+
+std::shared_ptr<IGeneralEventManager> EmbeddedPlatform::generalEventManager() {
+  return impl_->generalEvents;
+}
+
+IIndexTrade* EmbeddedPlatform::indexTrade() { return &impl_->index; }
+ISystemEvent* EmbeddedPlatform::systemEvent() { return &impl_->systemEvents; }
+std::list<std::string> EmbeddedPlatform::targetsOfName(const std::string&) { return {}; }
+
+ResultStatus EmbeddedPlatform::readRecords(const std::string&, const std::string&, int64, int64,
+                                           std::list<Record>&, const std::function<bool()>&, int64,
+                                           int) {
+  return detail::notSupported();
+}
+
+ResultStatus EmbeddedPlatform::readTargets(const std::list<std::string>&, const std::string&, int64,
+                                           std::list<TargetRecord>&, const std::function<bool()>&,
+                                           int64, int) {
+  return detail::notSupported();
+}
+
+}  // namespace orvane

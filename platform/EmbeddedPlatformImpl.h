@@ -1,0 +1,78 @@
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <string>
+
+#include "platform/EmbeddedPlatform.h"
+#include "platform/core/ServiceLoop.h"
+#include "platform/core/Timers.h"
+#include "platform/core/WorkerPool.h"
+#include "platform/core/ZoneRules.h"
+#include "platform/dictionary/NoDataService.h"
+#include "platform/events/NoGeneralEvents.h"
+#include "platform/events/NoIndexTrade.h"
+#include "platform/events/NoSystemEvent.h"
+#include "platform/market/Driver.h"
+#include "platform/market/MarketStore.h"
+#include "platform/market/OverdueAnswerer.h"
+#include "platform/market/QuoteService.h"
+#include "platform/reference/CodeService.h"
+#include "platform/trade/NoTradeService.h"
+#include "services/Common/IServiceRouter.h"
+
+namespace orvane {
+
+/// The parts of an embedded platform, in the order in which they stand on one another: threads
+/// come last, so that they end first.
+class EmbeddedPlatform::Impl final : public IServiceRouter, public IQuoteHub {
+ public:
+  explicit Impl(PlatformOptions options);
+  ~Impl() override;
+
+  IQuoteHub* quoteHub() override { return this; }
+  ITradeService* tradeService() override { return &trade; }
+  int nextRequestId() override { return requestIds.fetch_add(1) + 1; }
+  IRealtimeQuoteService* realtimeQuoteService() override { return &quotes; }
+  ICodeService* codeService() override { return &codes; }
+  IDataService* dataService() override { return &data; }
+
+  int64 now() const;
+  bool isPlayback() const { return options.mode == PlatformOptions::Mode::Playback; }
+  void noteRequest();
+  void resetClock();
+  void run(const std::function<void(const PlaybackProgress&)>& progress);
+  void drain();
+
+  const PlatformOptions options;
+  const std::shared_ptr<const detail::ZoneRules> zone;
+  detail::WorkerPool& pool = detail::WorkerPool::shared();
+  SymbolHook symbolHook;
+  std::atomic<int> requestIds{0};
+  std::atomic<int> timerIds{0};
+  std::atomic<int64> clock{0};
+  std::atomic<bool> cancelled{false};
+  detail::DriverProgress progress;
+
+  detail::CodeService codes;
+  detail::NoTradeService trade;
+  detail::NoDataService data;
+  std::shared_ptr<detail::NoGeneralEvents> generalEvents =
+      std::make_shared<detail::NoGeneralEvents>();
+  detail::NoIndexTrade index;
+  detail::NoSystemEvent systemEvents;
+  detail::MarketStore store;
+  detail::QuoteService quotes;
+  std::shared_ptr<detail::TimerQueue> timers = std::make_shared<detail::TimerQueue>();
+
+  detail::ServiceLoop loop;
+  std::unique_ptr<detail::OverdueAnswerer> answerer;  ///< Playback's.
+  std::unique_ptr<detail::TimerThread> timerThread;   ///< Live mode's.
+  detail::PlaybackDriver playback;
+  detail::LiveDriver live;
+
+ private:
+  detail::DriverParts parts();
+};
+
+}  // namespace orvane

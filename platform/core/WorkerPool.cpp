@@ -1,0 +1,148 @@
+#include "platform/core/WorkerPool.h"
+
+#include <exception>
+#include <iostream>
+#include <thread>
+#include <utility>
+
+namespace orvane::detail {
+
+void WorkerPool::Ring::push(Task task) {
+  if (size_ == slots_.size()) {
+    std::vector<Task> larger(slots_.empty() ? 16 : slots_.size() * 2);
+    for (std::size_t i = 0; i < size_; ++i)
+      larger[i] = std::move(slots_[(head_ + i) % slots_.size()]);
+    slots_ = std::move(larger);
+    head_ = 0;
+  }
+  slots_[(head_ + size_) & (slots_.size() - 1)] = std::move(task);
+  ++size_;
+}
+
+WorkerPool::Task WorkerPool::Ring::pop() {
+  Task task = std::move(slots_[head_]);
+  slots_[head_] = nullptr;
+  head_ = (head_ + 1) & (slots_.size() - 1);
+  --size_;
+  return task;
+}
+
+WorkerPool::WorkerPool() = default;
+
+WorkerPool::~WorkerPool() {
+  std::unique_lock lock(mutex_);
+  closing_ = true;
+  wakeUp_.notify_all();
+  left_.wait(lock, [this] { return threads_ == 0; });
+}
+
+WorkerPool& WorkerPool::shared() {
+  static WorkerPool* const pool = new WorkerPool;
+  return *pool;
+}
+
+void WorkerPool::resize(int count) {
+  const std::lock_guard lock(mutex_);
+  target_ = count;
+  for (; threads_ < target_; ++threads_) {
+    // Detached, since a surplus thread may still be inside a long task when the next platform
+    // wants another number; the destructor counts them out instead.
+    std::thread([this] { work(); }).detach();
+  }
+  wakeUp_.notify_all();
+}
+
+int WorkerPool::threadCount() const {
+  const std::lock_guard lock(mutex_);
+  return target_;
+}
+
+void WorkerPool::add(Task task) {
+  signal_.addWork();
+  bool wakeWorker = false;
+  {
+    const std::lock_guard lock(mutex_);
+    queue_.push(std::move(task));
+    pending_.store(queue_.size());
+    wakeWorker = sleepers_ > 0 && !(helperReady_ && queue_.size() == 1);
+  }
+  if (wakeWorker)
+    wakeUp_.notify_one();
+  else
+    signal_.wake();  // The helper may sleep, and nobody else be free.
+}
+
+void WorkerPool::beginHelping() {
+  const std::lock_guard lock(mutex_);
+  helperReady_ = true;
+}
+
+void WorkerPool::endHelping() {
+  const std::lock_guard lock(mutex_);
+  helperReady_ = false;
+  if (!queue_.empty()) wakeUp_.notify_all();
+}
+
+bool WorkerPool::helpOne() {
+  if (pending_.load() == 0) return false;
+  Task task;
+  {
+    const std::lock_guard lock(mutex_);
+    if (queue_.empty()) return false;
+    task = queue_.pop();
+    pending_.store(queue_.size());
+    helperReady_ = false;
+  }
+  run(task);
+  const std::lock_guard lock(mutex_);
+  helperReady_ = true;
+  return true;
+}
+
+void WorkerPool::awaitTaskOrQuiet() {
+  // Most tasks are shorter than falling asleep and being woken takes.
+  for (int i = 0; i < 200; ++i) {
+    if (pending_.load() != 0 || signal_.quiet()) return;
+#if defined(__x86_64__)
+    __builtin_ia32_pause();
+#endif
+  }
+  signal_.wait([this] { return pending_.load() != 0 || signal_.quiet(); });
+}
+
+void WorkerPool::work() {
+  std::unique_lock lock(mutex_);
+  while (true) {
+    if (!queue_.empty()) {
+      Task task = queue_.pop();
+      pending_.store(queue_.size());
+      lock.unlock();
+      run(task);
+      lock.lock();
+    } else if (threads_ > target_ || closing_) {
+      break;
+    } else {
+      ++sleepers_;
+      wakeUp_.wait(lock);
+      --sleepers_;
+    }
+  }
+  --threads_;
+  // Under the lock, so that the destructor cannot go on before this thread is done with us.
+  left_.notify_all();
+}
+
+void WorkerPool::run(Task& task) {
+  try {
+    task();
+  } catch (const std::exception& error) {
+    std::cerr << "a pool task threw: " << error.what() << '\n';
+  } catch (...) {
+    std::cerr << "a pool task threw\n";
+  }
+  // What the task holds goes before it counts as ended: a runner's last reference may be in it.
+  task = nullptr;
+  signal_.endWork();
+}
+
+}  // namespace orvane::detail

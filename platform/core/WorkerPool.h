@@ -1,0 +1,87 @@
+#pragma once
+
+#include <atomic>
+#include <condition_variable>
+#include <cstddef>
+#include <functional>
+#include <mutex>
+#include <vector>
+
+#include "platform/core/QuietSignal.h"
+
+namespace orvane::detail {
+
+/// Threads that run tasks in the order they came, and one helper that may run them too.
+///
+/// The helper is the playback's driver. While it stands ready, that is while it delivers or waits
+/// but does not itself run a task, the first pending task is left to it and no worker is woken:
+/// an event for a single runner then costs no change of thread. Tasks beyond the first wake
+/// workers, and so does every task that comes while the helper is busy with one.
+///
+/// Any thread may call any operation, but the helper's own are for one thread at a time.
+class WorkerPool {
+ public:
+  using Task = std::function<void()>;
+
+  WorkerPool();
+  WorkerPool(const WorkerPool&) = delete;
+  WorkerPool& operator=(const WorkerPool&) = delete;
+  /// Lets the threads finish what is queued and waits for them.
+  ~WorkerPool();
+
+  /// The pool of the process. It is never destroyed: the library keeps its pool for as long as
+  /// the process lives, longer than any platform object.
+  static WorkerPool& shared();
+
+  /// Brings the number of threads to `count`. Surplus threads leave once they are idle.
+  void resize(int count);
+  int threadCount() const;
+
+  /// Never runs the task inside the call.
+  void add(Task task);
+
+  QuietSignal& signal() { return signal_; }
+
+  // The helper's.
+
+  void beginHelping();
+  /// Leaves what is pending to the workers.
+  void endHelping();
+  /// Runs the oldest pending task, if there is one.
+  bool helpOne();
+  /// Blocks until a task is pending or everything is quiet.
+  void awaitTaskOrQuiet();
+
+ private:
+  /// A queue in one block of memory that only grows.
+  class Ring {
+   public:
+    bool empty() const { return size_ == 0; }
+    std::size_t size() const { return size_; }
+    void push(Task task);
+    Task pop();
+
+   private:
+    std::vector<Task> slots_;
+    std::size_t head_ = 0;
+    std::size_t size_ = 0;
+  };
+
+  void work();
+  void run(Task& task);
+
+  QuietSignal signal_;
+  std::atomic<std::size_t> pending_{0};  ///< Size of `queue_`, for a look without the lock.
+
+  mutable std::mutex mutex_;  ///< Guards what follows. No task runs under it.
+  std::condition_variable wakeUp_;
+  std::condition_variable left_;
+  Ring queue_;
+  bool helperReady_ = false;
+  bool closing_ = false;
+  int target_ = 0;
+  int threads_ = 0;
+  int sleepers_ = 0;
+};
+
+}  // namespace orvane::detail

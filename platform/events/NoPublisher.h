@@ -1,0 +1,90 @@
+#pragma once
+
+#include "platform/core/NotSupported.h"
+#include "services/ov.publisher/IPublisher.h"
+
+namespace orvane::detail {
+
+/// A publisher without a channel.
+class NoPublisher final : public IPublisher {
+ public:
+  ResultStatus publisherOp1(const std::string&, const std::string&, int64, int64,
+                            const std::string&, std::int32_t, int) override {
+    return notSupported();
+  }
+  ResultStatus publisherOp2(const std::string&, const std::string&, int64, int64,
+                            const std::string&, std::int32_t, int) override {
+    return notSupported();
+  }
+  ResultStatus publisherOp3(const std::string&, const std::string&, int64, int64,
+                            const std::string&, std::int32_t, int) override {
+    return notSupported();
+  }
+  ResultStatus publisherOp4(const std::string&, const std::string&, int64, int64,
+                            const std::string&, std::int32_t, int) override {
+    return notSupported();
+  }
+  ResultStatus publisherOp5(const std::string&, const std::string&, int64, int64,
+                            const std::string&, std::int32_t, int) override {
+    return notSupported();
+  }
+  ResultStatus publisherOp6(const std::string&, const std::string&, int64, int64,
+                            const std::string&, std::int32_t, int) override {
+    return notSupported();
+  }
+  ResultStatus publisherOp7(const std::string&, const std::string&, int64, int64,
+                            const std::string&, std::int32_t, int) override {
+    return notSupported();
+  }
+  ResultStatus publisherOp8(const std::string&, const std::string&, int64, int64,
+                            const std::string&, std::int32_t, int) override {
+    return notSupported();
+  }
+  ResultStatus publisherOp9(const std::string&, const std::string&, int64, int64,
+                            const std::string&, std::int32_t, int) override {
+    return notSupported();
+  }
+  ResultStatus publisherOp10(const std::string&, const std::string&, int64, int64,
+                             const std::string&, std::int32_t, int) override {
+    return notSupported();
+  }
+  ResultStatus publisherOp11(const std::string&, const std::string&, int64, int64,
+                             const std::string&, std::int32_t, int) override {
+    return notSupported();
+  }
+  ResultStatus publisherOp12(const std::string&, const std::string&, int64, int64,
+                             const std::string&, std::int32_t, int) override {
+    return notSupported();
+  }
+  ResultStatus publishRecords(const std::string&, const std::string&, int, const std::list<Record>&,
+                              int, int64) override {
+    return notSupported();
+  }
+  ResultStatus requestRange(const DataReq&, int64) override { return notSupported(); }
+  ResultStatus publishQuoteList(const std::list<IDepthMarketData>&, int) override {
+    return notSupported();
+  }
+  ResultStatus publishQuoteSeries(const ICodeID&, const std::list<IKLine>&, int, int) override {
+    return notSupported();
+  }
+  ResultStatus publishQuoteItems(const ICodeID&, const std::list<IDepthMarketData>&, int) override {
+    return notSupported();
+  }
+  ResultStatus publishQuoteItems2(const ICodeID&, const std::list<IKLine>&, int) override {
+    return notSupported();
+  }
+  ResultStatus publishOp5(const std::string&, const std::string&, int) override {
+    return notSupported();
+  }
+  ResultStatus publishOp6(const std::string&, const std::string&, int) override {
+    return notSupported();
+  }
+  ResultStatus publishOp7(const std::string&, const std::string&, int) override {
+    return notSupported();
+  }
+  ResultStatus publishOp8(const std::string&, const std::string&, int) override {
+    return notSupported();
+  }
+};
+
+}  // namespace orvane::detail

@@ -1,0 +1,184 @@
+#include "platform/market/Driver.h"
+
+#include <algorithm>
+#include <chrono>
+
+namespace orvane::detail {
+namespace {
+
+using std::chrono::duration_cast;
+using std::chrono::milliseconds;
+using std::chrono::system_clock;
+
+void announce(DriverProgress& progress, const Feed& feed) {
+  progress.begin.store(feed.firstTime());
+  progress.end.store(feed.lastTime());
+  progress.total.store(feed.total());
+  progress.delivered.store(0);
+}
+
+}  // namespace
+
+PlaybackDriver::PlaybackDriver(DriverParts parts, double speed, DriverProgress& progress)
+    : parts_(parts), speed_(speed), progress_(progress) {}
+
+void PlaybackDriver::run() {
+  Feed feed(parts_.store.streams(), parts_.store.to());
+  announce(progress_, feed);
+  dataStart_ = parts_.clock.load();
+  turn_ = std::unique_lock(parts_.quotes.turn());
+  parts_.quotes.setQuietWait([this] { waitQuiet(); });
+  parts_.pool.beginHelping();
+  settle();
+  wallStart_ = system_clock::now();
+  while (!parts_.cancelled.load(std::memory_order_relaxed) && step(feed)) {
+  }
+  settle();
+  parts_.pool.endHelping();
+  parts_.quotes.setQuietWait(nullptr);
+  turn_.unlock();
+}
+
+void PlaybackDriver::settleOnly() {
+  turn_ = std::unique_lock(parts_.quotes.turn());
+  parts_.quotes.setQuietWait([this] { waitQuiet(); });
+  parts_.pool.beginHelping();
+  settle();
+  parts_.pool.endHelping();
+  parts_.quotes.setQuietWait(nullptr);
+  turn_.unlock();
+}
+
+bool PlaybackDriver::step(Feed& feed) {
+  if (feed.atEnd()) return finishInstant();
+  const int64 record = feed.nextTime();
+  const int64 close = parts_.quotes.nextClose();
+  const int64 timer = parts_.timers.nextDue();
+  const int64 next = std::min({record, close, timer});
+  if (speed_ > 0 && !pace(next)) return true;
+  if (timer == next) {
+    advanceTo(timer);
+    parts_.timers.fireOne(parts_.clock.load(std::memory_order_relaxed));
+  } else if (record == next) {
+    advanceTo(record);
+    parts_.quotes.deliverNext(feed.nextStream());
+    feed.advance();
+    progress_.delivered.store(progress_.delivered.load(std::memory_order_relaxed) + 1,
+                              std::memory_order_relaxed);
+  } else {
+    advanceTo(close);
+    parts_.quotes.closeThrough(close);
+  }
+  settle();
+  return true;
+}
+
+bool PlaybackDriver::finishInstant() {
+  const int64 now = parts_.clock.load(std::memory_order_relaxed);
+  if (parts_.timers.nextDue() <= now) {
+    parts_.timers.fireOne(now);
+  } else if (parts_.quotes.nextClose() <= now) {
+    parts_.quotes.closeThrough(now);
+  } else {
+    return false;
+  }
+  settle();
+  return true;
+}
+
+void PlaybackDriver::advanceTo(int64 time) {
+  if (time <= parts_.clock.load(std::memory_order_relaxed)) return;
+  parts_.clock.store(time, std::memory_order_release);
+  parts_.quotes.passedUntil(time);
+  progress_.now.store(time, std::memory_order_relaxed);
+}
+
+void PlaybackDriver::settle() {
+  do {
+    waitQuiet();
+  } while (parts_.loop.runPosted() || parts_.quotes.serve() || !parts_.pool.signal().quiet());
+}
+
+void PlaybackDriver::waitQuiet() {
+  // Another thread may answer a blocking request while tasks run, and feed its runner; so quiet
+  // counts only as seen with the turn in hand.
+  while (!parts_.pool.signal().quiet()) {
+    turn_.unlock();
+    do {
+      while (parts_.pool.helpOne()) {
+      }
+      parts_.pool.awaitTaskOrQuiet();
+    } while (!parts_.pool.signal().quiet());
+    turn_.lock();
+  }
+}
+
+bool PlaybackDriver::pace(int64 time) {
+  const auto ahead = static_cast<int64>(static_cast<double>(time - dataStart_) / speed_);
+  const auto due = wallStart_ + milliseconds(std::max<int64>(0, ahead));
+  if (system_clock::now() >= due) return true;
+  // While nothing is to be played the workers take the tasks of whoever else starts or asks.
+  parts_.pool.endHelping();
+  turn_.unlock();
+  parts_.loop.runPostedUntil(
+      due, [this] { return parts_.cancelled.load() || parts_.quotes.book().anyWaiting(); });
+  turn_.lock();
+  parts_.pool.beginHelping();
+  settle();
+  return system_clock::now() >= due && !parts_.cancelled.load();
+}
+
+LiveDriver::LiveDriver(DriverParts parts, double speed, DriverProgress& progress)
+    : parts_(parts), speed_(speed > 0 ? speed : 1), progress_(progress) {}
+
+void LiveDriver::run() {
+  Feed feed(parts_.store.streams(), parts_.store.to());
+  announce(progress_, feed);
+  const TimeShift shift(feed.firstTime(),
+                        duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count(),
+                        speed_);
+  {
+    const std::lock_guard turn(parts_.quotes.turn());
+    parts_.quotes.setTimeShift(shift);
+    parts_.quotes.startAt(feed.firstTime());
+  }
+  play(feed, shift);
+}
+
+void LiveDriver::play(Feed& feed, const TimeShift& shift) {
+  const std::function<bool()> stop = [this] { return parts_.cancelled.load(); };
+  while (!feed.atEnd()) {
+    if (stop()) return;
+    const int64 record = feed.nextTime();
+    int64 close = 0;
+    {
+      const std::lock_guard turn(parts_.quotes.turn());
+      close = parts_.quotes.nextClose();
+    }
+    const int64 next = std::min(record, close);
+    const system_clock::time_point due{milliseconds(shift.shown(next))};
+    if (system_clock::now() < due) {
+      // A request that is served meanwhile may bring an earlier end of a bar.
+      parts_.loop.runPostedUntil(due, [&] {
+        const std::lock_guard turn(parts_.quotes.turn());
+        return parts_.cancelled.load() || parts_.quotes.nextClose() < next;
+      });
+      continue;
+    }
+    parts_.loop.runPosted();
+    const std::lock_guard turn(parts_.quotes.turn());
+    parts_.quotes.passedUntil(next);
+    if (record <= close) {
+      parts_.quotes.deliverNext(feed.nextStream());
+      feed.advance();
+      progress_.delivered.fetch_add(1);
+    } else {
+      parts_.quotes.closeThrough(close);
+    }
+    progress_.now.store(shift.shown(next));
+  }
+  const std::lock_guard turn(parts_.quotes.turn());
+  if (parts_.quotes.nextClose() <= feed.lastTime()) parts_.quotes.closeThrough(feed.lastTime());
+}
+
+}  // namespace orvane::detail

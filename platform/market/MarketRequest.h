@@ -1,0 +1,39 @@
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "services/Common/IRealtimeQuoteService.h"
+
+namespace orvane::detail {
+
+/// One receiver of call-backs, with what its requests have in common. `round` and `serving` are
+/// for whoever has the turn.
+struct Subscriber {
+  explicit Subscriber(std::shared_ptr<QuoteSpi> receiver) : spi(std::move(receiver)) {}
+
+  const std::shared_ptr<QuoteSpi> spi;
+  std::uint64_t round = 0;  ///< The round in which it was called last; see `QuoteService`.
+  bool serving = false;     ///< The history of one of its requests is being delivered.
+};
+
+/// One standing request. Immutable but for the mark.
+struct MarketRequest {
+  enum class Kind { Quote, Ticks, Bars };
+
+  Kind kind = Kind::Quote;
+  int id = 0;
+  std::shared_ptr<Subscriber> who;
+  IMDQuery query;
+  TermPair term;  ///< In the largest unit that divides it.
+  std::chrono::steady_clock::time_point posted;
+  /// Set by whoever ends it; no call-back of it starts after that, but one may be under way.
+  std::atomic<bool> ended{false};
+};
+
+using RequestList = std::vector<std::shared_ptr<MarketRequest>>;
+
+}  // namespace orvane::detail

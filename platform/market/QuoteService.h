@@ -1,0 +1,109 @@
+#pragma once
+
+#include <algorithm>
+#include <functional>
+#include <mutex>
+#include <vector>
+
+#include "platform/market/MarketStore.h"
+#include "platform/market/RequestBook.h"
+#include "platform/market/TimeShift.h"
+#include "services/Common/IRealtimeQuoteService.h"
+
+namespace orvane {
+class ICodeService;
+}
+
+namespace orvane::detail {
+
+/// The realtime quote service over a store of market data.
+///
+/// Its public operations only take down what is wanted; any thread may call them, with locks held.
+/// Requests are served, and records delivered, by whoever has the turn, a lock that no operation
+/// takes: the playback's driver, the service loop, or the thread that answers blocking requests.
+///
+/// In lockstep no receiver is called twice without quiet between the two calls. The calls between
+/// two such waits are a round; different receivers of one round may run side by side.
+class QuoteService final : public IRealtimeQuoteService {
+ public:
+  /// Records of one batch of history.
+  static constexpr std::size_t kBarsPerBatch = 10'000;
+  static constexpr std::size_t kTicksPerBatch = 1'000;
+  /// Flag of a request that wants its history in one batch, however long it is.
+  static constexpr int kOneBatchFlag = 1 << 21;
+
+  QuoteService(MarketStore& store, ICodeService& codes, std::function<void()> onRequest);
+
+  ResultStatus subscribeQuote(const ICodeID& code, const std::shared_ptr<QuoteSpi>& spi,
+                              int flags) override;
+  ResultStatus unsubscribeQuote(const ICodeID& code, const std::shared_ptr<QuoteSpi>& spi,
+                                int flags) override;
+  ResultStatus subscribeBars(const IMDQuery& query, const TermPair& term,
+                             const std::shared_ptr<QuoteSpi>& spi, int requestId) override;
+  ResultStatus cancelRequest(int requestId) override;
+  ResultStatus unsubscribeSpi(const std::shared_ptr<QuoteSpi>& spi) override;
+  ResultStatus getQuote(const ICodeID& code, IDepthMarketData& quote, int flags) override;
+
+  RequestBook& book() { return book_; }
+  std::mutex& turn() { return turn_; }
+
+  // For whoever has the turn.
+
+  /// Serves all waiting requests, and those that come meanwhile. Returns whether there was
+  /// anything to do.
+  bool serve();
+  /// Serves, without waiting for quiet, the requests that have waited since before `latest`.
+  void serveOverdue(std::chrono::steady_clock::time_point latest);
+
+  /// Makes the next row of a stream known and delivers it, with the bars that it completes.
+  void deliverNext(MarketStream& stream);
+  /// The earliest end of an open derived bar; it may name one that is closed already.
+  int64 nextClose() const { return nextClose_; }
+  /// Everything that lies before `time` is over; bars are not delivered by this.
+  void passedUntil(int64 time) { closedThrough_ = std::max(closedThrough_, time - 1); }
+  /// Completes and delivers the derived bars that end at or before `time`.
+  void closeThrough(int64 time);
+
+  /// Waits until every receiver has digested what it was given; null where nobody waits.
+  void setQuietWait(std::function<void()> wait) { quietWait_ = std::move(wait); }
+  void setTimeShift(const TimeShift& shift) {
+    const std::lock_guard lock(shiftMutex_);
+    shift_ = shift;
+  }
+  void startAt(int64 time) { closedThrough_ = time - 1; }
+  void rewind();
+
+ private:
+  void serveOne(const std::shared_ptr<MarketRequest>& request, bool lockstep);
+  void serveBars(const std::shared_ptr<MarketRequest>& request, bool lockstep);
+  void serveTicks(const std::shared_ptr<MarketRequest>& request, bool lockstep);
+  void sweep();
+  bool goesOn(const MarketRequest& request) const;
+  template <typename Record, typename Fill, typename Send>
+  void sendHistory(const MarketRequest& request, std::size_t total, std::size_t perBatch,
+                   bool lockstep, std::vector<Record>& batch, Fill fill, Send send);
+  template <typename Call>
+  void callSpi(Subscriber& who, bool lockstep, Call call);
+  void deliverBar(const RequestList& live, std::size_t count, const IKLine& bar);
+  void deliverTick(MarketStream& stream, std::size_t row);
+  void deliverDerived(DerivedSeries& series);
+  void noteOpenEnd(const DerivedSeries& series);
+
+  MarketStore& store_;
+  ICodeService& codes_;
+  RequestBook book_;
+  std::mutex turn_;
+
+  // For whoever has the turn.
+  std::function<void()> quietWait_;
+  TimeShift shift_;
+  mutable std::mutex shiftMutex_;  ///< Guards `shift_` against `getQuote` alone.
+  std::uint64_t round_ = 1;
+  int delivering_ = 0;  ///< Above 0 while lists of requests are being walked.
+  int64 closedThrough_ = -kUnsetTime;
+  int64 nextClose_ = kUnsetTime;
+  std::vector<IKLine> oneBar_{1};
+  std::vector<IDepthMarketData> oneTick_{1};
+};
+
+}  // namespace orvane::detail

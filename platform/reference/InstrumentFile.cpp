@@ -1,0 +1,221 @@
+#include "platform/reference/InstrumentFile.h"
+
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <algorithm>
+#include <charconv>
+#include <functional>
+#include <map>
+#include <regex>
+#include <stdexcept>
+
+#include "platform/core/ZoneRules.h"
+#include "shared/CodeTables.h"
+#include "shared/TextCodec.h"
+
+namespace orvane {
+namespace {
+
+using Field = std::string Instrument::*;
+
+const std::map<std::string, Field>& textKeys() {
+  static const std::map<std::string, Field> keys = {{"code", &Instrument::code},
+                                                    {"market", &Instrument::market},
+                                                    {"name", &Instrument::name},
+                                                    {"timeZone", &Instrument::timeZone},
+                                                    {"currency", &Instrument::currency},
+                                                    {"sessions", &Instrument::sessions},
+                                                    {"dominant", &Instrument::dominant},
+                                                    {"underlying", &Instrument::underlying},
+                                                    {"continuous", &Instrument::continuous}};
+  return keys;
+}
+
+const std::map<std::string, Field>& decimalKeys() {
+  static const std::map<std::string, Field> keys = {
+      {"priceTick", &Instrument::priceTick}, {"multiplier", &Instrument::multiplier},
+      {"lotSize", &Instrument::lotSize},     {"marginRate", &Instrument::marginRate},
+      {"feePerLot", &Instrument::feePerLot}, {"feeRate", &Instrument::feeRate}};
+  return keys;
+}
+
+/// The short names of the command line's form.
+const std::map<std::string, std::string>& shortKeys() {
+  static const std::map<std::string, std::string> keys = {{"tick", "priceTick"},
+                                                          {"lot", "lotSize"},
+                                                          {"tz", "timeZone"},
+                                                          {"margin", "marginRate"},
+                                                          {"fee", "feePerLot"}};
+  return keys;
+}
+
+[[noreturn]] void fail(const std::string& key, const std::string& value, const std::string& what) {
+  throw std::invalid_argument("key \"" + key + "\": \"" + value + "\" " + what);
+}
+
+bool isDecimal(const std::string& text) {
+  static const std::regex form("[0-9]+(\\.[0-9]+)?");
+  return std::regex_match(text, form);
+}
+
+bool isZero(const std::string& decimal) {
+  return decimal.find_first_not_of("0.") == std::string::npos;
+}
+
+bool areSessions(const std::string& text) {
+  static const std::regex form(
+      "([01][0-9]|2[0-3]):[0-5][0-9]-([01][0-9]|2[0-4]):[0-5][0-9]"
+      "(,([01][0-9]|2[0-3]):[0-5][0-9]-([01][0-9]|2[0-4]):[0-5][0-9])*");
+  return std::regex_match(text, form);
+}
+
+std::string shortest(double value) {
+  char text[400];
+  const auto end = std::to_chars(text, text + sizeof(text), value, std::chars_format::fixed);
+  return std::string(text, end.ptr);
+}
+
+std::string textOf(const QJsonValue& value) {
+  return QJsonDocument(QJsonArray{value})
+      .toJson(QJsonDocument::Compact)
+      .mid(1)
+      .chopped(1)
+      .toStdString();
+}
+
+int64 idOf(const std::string& key, const std::string& text) {
+  int64 id = 0;
+  const auto end = std::from_chars(text.data(), text.data() + text.size(), id);
+  if (end.ec != std::errc() || end.ptr != text.data() + text.size() || id < 0)
+    fail(key, text, "is not an id: a number from 0 up");
+  return id;
+}
+
+void readKey(Instrument& instrument, const std::string& key, const QJsonValue& value) {
+  const auto text = textKeys().find(key);
+  const auto decimal = decimalKeys().find(key);
+  if (text != textKeys().end()) {
+    if (!value.isString()) fail(key, textOf(value), "is not a text");
+    instrument.*text->second = utf8ToGbk(value.toString().toStdString());
+  } else if (decimal != decimalKeys().end()) {
+    if (!value.isString() && !value.isDouble()) fail(key, textOf(value), "is not a number");
+    instrument.*decimal->second =
+        value.isString() ? value.toString().toStdString() : shortest(value.toDouble());
+  } else if (key == "id") {
+    instrument.id = idOf(key, value.isDouble() ? shortest(value.toDouble()) : textOf(value));
+  } else if (key == "categories") {
+    if (!value.isArray()) fail(key, textOf(value), "is not a list of texts");
+    for (const QJsonValue& one : value.toArray()) {
+      if (!one.isString()) fail(key, textOf(one), "is not a text");
+      instrument.categories.push_back(utf8ToGbk(one.toString().toStdString()));
+    }
+  } else {
+    fail(key, textOf(value), "has a key that is not known");
+  }
+}
+
+Instrument readInstrument(const QJsonValue& value) {
+  if (!value.isObject()) throw std::invalid_argument(textOf(value) + " is not an object");
+  const QJsonObject object = value.toObject();
+  Instrument instrument;
+  for (auto at = object.begin(); at != object.end(); ++at)
+    readKey(instrument, at.key().toStdString(), at.value());
+  checkInstrument(instrument);
+  return instrument;
+}
+
+std::vector<std::string> split(const std::string& text, char at) {
+  std::vector<std::string> parts;
+  std::size_t begin = 0;
+  for (std::size_t end = 0; end != std::string::npos; begin = end + 1) {
+    end = text.find(at, begin);
+    parts.push_back(text.substr(begin, end == std::string::npos ? end : end - begin));
+  }
+  return parts;
+}
+
+}  // namespace
+
+void checkInstrument(const Instrument& instrument) {
+  if (instrument.code.empty()) fail("code", "", "is empty");
+  if (instrument.id < 0) fail("id", std::to_string(instrument.id), "is below 0");
+  for (const auto& [key, field] : decimalKeys()) {
+    const std::string& value = instrument.*field;
+    if (!value.empty() && !isDecimal(value))
+      fail(key, gbkToUtf8(value), "is not a decimal number from 0 up");
+  }
+  for (const char* key : {"priceTick", "multiplier", "lotSize"}) {
+    const std::string& value = instrument.*decimalKeys().at(key);
+    if (!value.empty() && isZero(value)) fail(key, value, "is not above 0");
+  }
+  if (!instrument.timeZone.empty() && detail::ZoneRules::find(instrument.timeZone) == nullptr)
+    fail("timeZone", gbkToUtf8(instrument.timeZone), "is not a time zone");
+  if (!instrument.currency.empty() && std::find(currencyNames.begin(), currencyNames.end(),
+                                                instrument.currency) == currencyNames.end())
+    fail("currency", gbkToUtf8(instrument.currency), "is not a currency that is known");
+  if (!instrument.sessions.empty() && !areSessions(instrument.sessions))
+    fail("sessions", gbkToUtf8(instrument.sessions),
+         "is not a list of sessions such as 09:30-11:30,13:00-15:00");
+}
+
+std::vector<Instrument> loadInstruments(const std::string& path) {
+  QFile file(QString::fromStdString(path));
+  if (!file.open(QIODevice::ReadOnly))
+    throw std::invalid_argument(path + ": " + file.errorString().toStdString());
+  QByteArray bytes = file.readAll();
+  if (bytes.startsWith("\xEF\xBB\xBF")) bytes.remove(0, 3);
+  QJsonParseError error;
+  const QJsonDocument document = QJsonDocument::fromJson(bytes, &error);
+  if (error.error != QJsonParseError::NoError) {
+    const auto line = bytes.left(error.offset).count('\n') + 1;
+    throw std::invalid_argument(path + ":" + std::to_string(line) + ": " +
+                                error.errorString().toStdString());
+  }
+  const QJsonValue list =
+      document.isArray() ? QJsonValue(document.array()) : document.object().value("instruments");
+  if (!list.isArray())
+    throw std::invalid_argument(
+        path + ": key \"instruments\": " + (list.isUndefined() ? "is missing" : "is not a list"));
+  std::vector<Instrument> instruments;
+  for (const QJsonValue& value : list.toArray()) {
+    try {
+      instruments.push_back(readInstrument(value));
+    } catch (const std::invalid_argument& wrong) {
+      throw std::invalid_argument(path + ": instruments[" + std::to_string(instruments.size()) +
+                                  "]: " + wrong.what());
+    }
+  }
+  return instruments;
+}
+
+Instrument parseInstrument(const std::string& text) {
+  const std::vector<std::string> parts = split(text, ',');
+  Instrument instrument;
+  const std::size_t point = parts[0].rfind('.');
+  instrument.code = utf8ToGbk(parts[0].substr(0, point));
+  if (point != std::string::npos) instrument.market = utf8ToGbk(parts[0].substr(point + 1));
+  for (std::size_t i = 1; i < parts.size(); ++i) {
+    const std::size_t equals = parts[i].find('=');
+    if (equals == std::string::npos) fail(parts[i], "", "has no value");
+    std::string key = parts[i].substr(0, equals);
+    std::string value = parts[i].substr(equals + 1);
+    const auto full = shortKeys().find(key);
+    if (full != shortKeys().end()) key = full->second;
+    if (key == "code" || key == "market") fail(key, value, "stands before the first comma");
+    if (key == "sessions") std::replace(value.begin(), value.end(), '+', ',');
+    if (key == "id") {
+      instrument.id = idOf(key, value);
+    } else if (key == "categories") {
+      for (const std::string& one : split(value, '+'))
+        instrument.categories.push_back(utf8ToGbk(one));
+    } else {
+      readKey(instrument, key, QJsonValue(QString::fromStdString(value)));
+    }
+  }
+  checkInstrument(instrument);
+  return instrument;
+}
+
+}  // namespace orvane
