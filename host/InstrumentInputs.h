@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QJsonValue>
 #include <string>
 #include <vector>
 
@@ -8,13 +7,12 @@
 
 namespace orvane {
 
-/// An instrument of the command line: "CODE[.MARKET],key=value,...". A part without "=" belongs to
-/// the value before it, since sessions hold commas. Throws `InputError`.
-InstrumentInput parseInstrument(const std::string& text, const std::string& option);
+/// The instrument of one text "CODE[.MARKET],key=value,...". A part without "=" belongs to the
+/// value before it, since sessions hold commas. `place` begins the messages of `InputError`.
+InstrumentInput instrumentOf(const std::string& text, const std::string& place);
 
-/// The instruments of a JSON array, or of an object with the one key "instruments". The keys of
-/// each are the fields of `Instrument`. `origin` is what messages begin with.
-std::vector<InstrumentInput> parseInstruments(const QJsonValue& json, const std::string& origin);
+/// The instruments of a JSON file. Throws `InputError`.
+std::vector<InstrumentInput> instrumentsOfFile(const std::string& path);
 
 /// "CODE.MARKET", or "CODE" without a market; UTF-8.
 std::string instrumentText(const Instrument& instrument);

@@ -158,11 +158,11 @@ RunPlan RunCommand::makePlan() const {
     plan.runners.push_back(std::move(runner));
     for (const std::string& given : instruments_) {
       if (given.ends_with(".json")) {
-        const auto list = parseInstruments(readJsonFile(given), given);
+        const auto list = instrumentsOfFile(given);
         plan.instruments.insert(plan.instruments.end(), list.begin(), list.end());
         plan.instrumentsAreComplete = true;
       } else {
-        plan.instruments.push_back(parseInstrument(given, "--instrument"));
+        plan.instruments.push_back(instrumentOf(given, "--instrument"));
       }
     }
     addData(plan, bars_, DataFileRequest::Kind::Bars);

@@ -81,18 +81,17 @@ void readData(JsonReader& reader, const char* key, DataFileRequest::Kind kind,
   }
 }
 
+/// The name of an instruments file, or an array of short forms.
 void readInstruments(JsonReader& reader, const std::string& configPath, RunPlan& plan) {
-  const QJsonValue found = reader.value("instruments");
-  if (found.isUndefined()) return;
-  std::vector<InstrumentInput> list;
-  if (found.isString()) {
-    const std::string path = besides(configPath, found.toString().toStdString());
-    list = parseInstruments(readJsonFile(path), path);
+  const bool isFile = reader.value("instruments").isString();
+  for (const std::string& given : reader.texts("instruments")) {
+    if (!isFile) {
+      plan.instruments.push_back(instrumentOf(given, reader.place("instruments")));
+      continue;
+    }
+    plan.instruments = instrumentsOfFile(besides(configPath, given));
     plan.instrumentsAreComplete = true;
-  } else {
-    list = parseInstruments(found, reader.place("instruments"));
   }
-  plan.instruments.insert(plan.instruments.end(), list.begin(), list.end());
 }
 
 }  // namespace
