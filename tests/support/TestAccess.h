@@ -1,0 +1,117 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <mutex>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "EventStrategy/AbstractEventStrategy.h"
+#include "EventStrategy/DataSrc.h"
+#include "EventStrategy/GeneralEventSrc.h"
+#include "EventStrategy/IndexSrc.h"
+#include "EventStrategy/QuoteSrc.h"
+#include "EventStrategy/TimerSrc.h"
+#include "EventStrategy/TradeSrc.h"
+#include "EventStrategy/ov.strategy.runner/RunnerContext.h"
+#include "EventStrategy/ov.strategy.runner/UserContext.h"
+
+namespace orvane::detail {
+
+/// The tests' way to state that the library hides. It reads, and calls what is private; it never
+/// changes a member.
+struct TestAccess {
+  // The strategy base.
+  static QuoteSrc& quotes(AbstractEventStrategy& s) { return *s.quoteSrc_; }
+  static TradeSrc& trades(AbstractEventStrategy& s) { return *s.tradeSrc_; }
+  static DataSrc& data(AbstractEventStrategy& s) { return *s.dataSrc_; }
+  static TimerSrc& timers(AbstractEventStrategy& s) { return *s.timerSrc_; }
+  static GeneralEventSrc& events(AbstractEventStrategy& s) { return *s.generalEventSrc_; }
+  static IndexSrc& indexes(AbstractEventStrategy& s) { return *s.indexSrc_; }
+  static std::shared_ptr<TimerSrc> timerSrc(AbstractEventStrategy& s) { return s.timerSrc_; }
+
+  static QuoteNotify& quoteNotify(AbstractEventStrategy& s) { return s; }
+  static DataNotify& dataNotify(AbstractEventStrategy& s) { return s; }
+  static EventTradeNotify& tradeNotify(AbstractEventStrategy& s) { return s; }
+  static ITimerNotify& timerNotify(AbstractEventStrategy& s) { return s; }
+  static GeneralEventNotify& eventNotify(AbstractEventStrategy& s) { return s; }
+  static IndexNotify& indexNotify(AbstractEventStrategy& s) { return s; }
+
+  // The quote source.
+  static std::map<int, IMDQuery> requests(QuoteSrc& src) {
+    const std::lock_guard lock(src.dataMutex_);
+    return src.requestsById_;
+  }
+  static std::map<ICodeID, std::int32_t> refCounts(QuoteSrc& src) {
+    const std::lock_guard lock(src.dataMutex_);
+    return src.codeRefCounts_;
+  }
+  static bool dataMutexIsFree(QuoteSrc& src) { return isFree(src.dataMutex_); }
+  static bool notifyMutexIsFree(QuoteSrc& src) { return isFree(src.notifyMutex_); }
+  static const QuoteNotify* notify(QuoteSrc& src) { return src.notify_; }
+
+  // The other sources.
+  static bool mutexIsFree(TimerSrc& src) { return isFree(src.mutex_); }
+  static std::size_t timerCount(TimerSrc& src) {
+    const std::lock_guard lock(src.mutex_);
+    return src.timers_.size();
+  }
+  static const ITimerNotify* notify(TimerSrc& src) { return src.notify_; }
+  static const DataNotify* notify(DataSrc& src) { return src.notify_; }
+  static const EventTradeNotify* notify(TradeSrc& src) { return src.notify_; }
+  static const GeneralEventNotify* notify(GeneralEventSrc& src) { return src.notify_; }
+  static const IndexNotify* notify(IndexSrc& src) { return src.notify_; }
+  static std::set<int> requestIds(DataSrc& src) { return src.requestIds_; }
+  static bool dataMutexIsFree(DataSrc& src) { return isFree(src.dataMutex_); }
+  static std::map<std::string, CreateSourceTradeInfo> createSourceInfos(TradeSrc& src) {
+    return src.createSourceInfos_;
+  }
+  static int64 eventMask(TradeSrc& src) { return src.eventMask_; }
+  static bool notifyQuick(TradeSrc& src) { return src.notifyQuick_; }
+  static std::set<ICodeID> relatedCodes(TradeSrc& src) { return src.relatedCodes_; }
+  static std::string name(TradeSrc& src) { return src.name_; }
+  static std::string name(GeneralEventSrc& src) { return src.name_; }
+  static std::string name(IndexSrc& src) { return src.name_; }
+
+  // The runner's context.
+  static const RunnerState& state(RunnerContext& c) { return *c.state_; }
+  static UserContext& context(RunnerContext& c) { return *c.context_; }
+  static std::size_t strategyCount(RunnerContext& c) { return c.strategies_.size(); }
+  static bool isScheduled(RunnerContext& c) {
+    const std::lock_guard lock(c.mutex_);
+    return c.running_;
+  }
+  static bool hasRefCounter(RunnerContext& c) {
+    const std::lock_guard lock(c.mutex_);
+    return c.notifyRefCounter_ != nullptr;
+  }
+  /// The types of the pending events, in order; control events are 0.
+  static std::vector<int> pendingTypes(RunnerContext& c) {
+    const std::lock_guard lock(c.mutex_);
+    std::vector<int> types;
+    for (const auto& event : c.events_) types.push_back(event->type);
+    return types;
+  }
+  static std::vector<const IEvent*> pending(RunnerContext& c) {
+    const std::lock_guard lock(c.mutex_);
+    std::vector<const IEvent*> all;
+    for (const auto& event : c.events_) all.push_back(event.get());
+    return all;
+  }
+  static void schedulePoolTask(RunnerContext& c) {
+    const std::lock_guard lock(c.mutex_);
+    c.schedulePoolTask();
+  }
+  static bool mutexIsFree(RunnerContext& c) { return isFree(c.mutex_); }
+  static bool sharedMutexIsFree(RunnerContext& c) { return isFree(c.shared_->mutex); }
+  static StrategyLoadResult loadStrategy(RunnerContext& c, const std::string& path) {
+    return c.loadStrategy(path);
+  }
+
+ private:
+  /// Whether a mutex can be had, asked on a thread of its own since the present one may hold it.
+  static bool isFree(std::mutex& mutex);
+};
+
+}  // namespace orvane::detail
