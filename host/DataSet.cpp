@@ -15,31 +15,44 @@
 namespace orvane {
 namespace {
 
-/// The price tick of the instrument that a code text names, if the plan has it.
-std::string priceTickOf(const RunPlan& plan, const std::string& code) {
+/// The instrument that a code text names, if the plan has it.
+const Instrument* instrumentOfCode(const RunPlan& plan, const std::string& code) {
   for (const InstrumentInput& input : plan.instruments)
     if (instrumentText(input.instrument) == code || gbkToUtf8(input.instrument.code) == code)
-      return input.instrument.priceTick;
-  return {};
+      return &input.instrument;
+  return nullptr;
+}
+
+/// Adds what the instrument knows about its files: the price tick, and the zone of the times.
+void completeRequest(const RunPlan& plan, DataFileRequest& request) {
+  const std::string code =
+      request.code.empty() ? codeFromFileName(request.paths.front()) : request.code;
+  const Instrument* instrument = instrumentOfCode(plan, code);
+  if (instrument == nullptr) return;
+  request.priceTick = instrument->priceTick;
+  const QLatin1String zone("timeZone");
+  if (!instrument->timeZone.empty() && !request.description.contains(zone))
+    request.description[zone] = QString::fromStdString(gbkToUtf8(instrument->timeZone));
 }
 
 /// The requests of one input: one for all its files if their code is given, else one for each, so
-/// that each file tells its own.
+/// that each file tells its own code and period.
 std::vector<DataFileRequest> requestsOf(const RunPlan& plan, const DataInput& input) {
   std::vector<DataFileRequest> result;
   DataFileRequest request;
   request.kind = input.kind;
   request.code = input.code;
   request.description = input.description;
-  request.priceTick = priceTickOf(plan, input.code);
   if (!input.code.empty()) {
     request.paths = input.paths;
-    return {request};
-  }
-  for (const std::string& path : input.paths) {
-    request.paths = {path};
     result.push_back(request);
+  } else {
+    for (const std::string& path : input.paths) {
+      request.paths = {path};
+      result.push_back(request);
+    }
   }
+  for (DataFileRequest& one : result) completeRequest(plan, one);
   return result;
 }
 

@@ -92,7 +92,7 @@ InspectCommand::InspectCommand(CLI::App& parent) {
       "Reads each file as \"orvane run\" would, as bars or else as ticks, and shows what was\n"
       "recognised and assumed. If it is wrong, say how the file is to be read, and use the same\n"
       "options with \"orvane run\".");
-  command_->add_option("files", files_, "Data files")->required()->type_name("FILE ...");
+  command_->add_option("files", files_, "Data files")->required()->type_name("FILE");
   auto* bars = command_->add_flag("--bars", onlyBars_, "They are bars");
   command_->add_flag("--ticks", onlyTicks_, "They are ticks")->excludes(bars);
   reading_.addTo(*command_);

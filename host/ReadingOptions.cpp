@@ -7,9 +7,33 @@
 
 #include "host/InputError.h"
 #include "host/JsonInput.h"
-#include "host/TimeArgument.h"
 
 namespace orvane {
+namespace {
+
+/// A list of names, or an object where the parts are pairs of name and header or position.
+QJsonValue columnsValue(const std::string& given) {
+  QJsonArray list;
+  QJsonObject named;
+  const QStringList parts = QString::fromStdString(given).split(',');
+  for (const QString& part : parts) {
+    const qsizetype equals = part.indexOf('=');
+    if (equals < 0) {
+      list.append(part.trimmed());
+      continue;
+    }
+    const QString value = part.mid(equals + 1).trimmed();
+    bool isPosition = false;
+    const int position = value.toInt(&isPosition);
+    named[part.left(equals).trimmed()] = isPosition ? QJsonValue(position) : QJsonValue(value);
+  }
+  if (named.isEmpty()) return list;
+  if (list.isEmpty()) return named;
+  throw InputError(fmt::format(
+      "--columns: \"{}\" mixes a list of names with NAME=HEADER; use one of the two", given));
+}
+
+}  // namespace
 
 void ReadingOptions::addTo(CLI::App& command) {
   const std::string group = "How to read the files (what is common is recognised)";
@@ -18,7 +42,9 @@ void ReadingOptions::addTo(CLI::App& command) {
   };
   add("--format", format_, "Description of the files: FILE.json or {...}; see docs/formats.md")
       ->type_name("JSON");
-  add("--columns", columns_, "Names of the columns in order, separated by commas")
+  add("--columns", columns_,
+      "Columns in order, as in datetime,open,high,low,close,volume; \"-\" passes over one.\n"
+      "Or some by header or position: close=Settle,volume=7")
       ->type_name("LIST");
   add("--delimiter", delimiter_, "What separates the fields")->type_name("CHAR");
   add("--timezone", timeZone_, "Zone of the times in the files, such as Asia/Shanghai")
@@ -31,7 +57,8 @@ void ReadingOptions::addTo(CLI::App& command) {
       ->type_name("NUMBER");
   add("--price-tick", priceTick_, "Smallest price step, to clean binary noise, such as 0.2")
       ->type_name("NUMBER");
-  add("--side", side_, "What a trade-less bar file holds")->type_name("SIDE");
+  add("--side", side_, "Which side the prices of bid and ask bars come from")
+      ->check(CLI::IsMember({"bid", "ask", "mid"}));
   add("--set", sets_, "Any other key of a description, as KEY=VALUE; may be repeated")
       ->type_name("KEY=VALUE");
 }
@@ -42,13 +69,7 @@ QJsonObject ReadingOptions::description() const {
   const auto put = [&](const char* key, const std::string& value) {
     if (!value.empty()) result[QLatin1String(key)] = QString::fromStdString(value);
   };
-  if (!columns_.empty()) {
-    QJsonArray names;
-    const QStringList parts = QString::fromStdString(columns_).split(',');
-    for (const QString& part : parts) names.append(part.trimmed());
-    result["columns"] = names;
-  }
-  if (!timeZone_.empty()) checkTimeZone(timeZone_, "--timezone");
+  if (!columns_.empty()) result["columns"] = columnsValue(columns_);
   put("delimiter", delimiter_);
   put("timeZone", timeZone_);
   put("stamp", stamp_);

@@ -17,9 +17,6 @@ class ReadingOptions {
   /// The description that they make. Throws `InputError`.
   QJsonObject description() const;
 
-  /// The zone given with --timezone; empty if none was.
-  const std::string& timeZone() const { return timeZone_; }
-
  private:
   std::string format_;
   std::string columns_, delimiter_, timeZone_, stamp_, period_, date_, priceScale_, priceTick_,

@@ -133,6 +133,12 @@ double perSecond(std::uint64_t number, double seconds) {
   return seconds > 0 ? static_cast<double>(number) / seconds : 0;
 }
 
+std::string notesText(const std::vector<std::string>& notes) {
+  std::string text;
+  for (const std::string& note : notes) text += fmt::format("  note: {}\n", note);
+  return text;
+}
+
 std::string runnerText(const RunnerOutcome& runner) {
   std::string text = fmt::format("\nrunner {} ({}): {}\n", runner.plan.name, runner.plan.strategy,
                                  runnerStatusName(runner.state.status));
@@ -217,7 +223,8 @@ std::string summaryText(const RunOutcome& outcome) {
   for (const SeriesSummary& series : outcome.data)
     text += fmt::format("data {} {}: {} records, {} .. {}, {}\n", series.code,
                         series.isTicks ? "ticks" : "bars " + series.frequency, series.records,
-                        isoTime(series.firstTime), isoTime(series.lastTime), series.timeZone);
+                        isoTime(series.firstTime), isoTime(series.lastTime), series.timeZone) +
+            notesText(series.notes);
   for (const RunnerOutcome& runner : outcome.runners) text += runnerText(runner);
   text += fmt::format("\n{}: {} events in {:.3f} s, {:.0f} events/s, {:.0f} records/s\n",
                       outcome.isInterrupted ? "interrupted"

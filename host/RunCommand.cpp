@@ -61,15 +61,15 @@ RunCommand::RunCommand(CLI::App& parent) {
 
   const std::string data = "Market data";
   command_->add_option("-b,--bars", bars_, "Bar files; those of one code make one series")
-      ->type_name("[CODE=]FILE ...")
+      ->type_name("[CODE=]FILE")
       ->group(data);
   command_->add_option("-t,--ticks", ticks_, "Tick files; those of one code make one series")
-      ->type_name("[CODE=]FILE ...")
+      ->type_name("[CODE=]FILE")
       ->group(data);
   command_
       ->add_option("-i,--instrument", instruments_,
                    "Instrument as CODE[.MARKET],priceTick=0.2,..., or instruments.json")
-      ->type_name("INSTRUMENT ...")
+      ->type_name("INSTRUMENT")
       ->group(data);
   reading_.addTo(*command_);
 
@@ -176,7 +176,6 @@ RunPlan RunCommand::makePlan() const {
 }
 
 void RunCommand::addOptions(RunPlan& plan) const {
-  if (!reading_.timeZone().empty()) plan.timeZone = reading_.timeZone();
   if (!from_.empty()) plan.from = from_;
   if (!to_.empty()) plan.to = to_;
   if (!speed_.empty()) plan.speed = parseSpeed(speed_, "--speed");

@@ -68,7 +68,7 @@ int64 parseTimeArgument(const std::string& given, const std::string& timeZone,
 }
 
 std::string isoTime(int64 utcMs) {
-  const QDateTime time = QDateTime::fromMSecsSinceEpoch(utcMs, QTimeZone::utc());
+  const QDateTime time = QDateTime::fromMSecsSinceEpoch(utcMs, Qt::UTC);
   return time.toString(Qt::ISODateWithMs).toStdString();
 }
 

@@ -20,7 +20,7 @@ inline std::string utf8(std::string_view gbkText) { return gbkToUtf8(gbkText); }
 
 inline std::string gbk(const QString& text) { return utf8ToGbk(text.toStdString()); }
 
-/// A UTC time in milliseconds as "2021-01-04 01:30:00.500"; "-" for one that is not set.
+/// A UTC time in milliseconds as "2021-01-04 01:30:00.500Z"; "-" for one that is not set.
 inline std::string utcText(int64 utcMs) {
   if (utcMs == kUnsetTime) return "-";
   using namespace std::chrono;
@@ -30,7 +30,7 @@ inline std::string utcText(int64 utcMs) {
   const hh_mm_ss clock{time - day};
   char text[40];
   std::snprintf(
-      text, sizeof(text), "%04d-%02u-%02u %02d:%02d:%02d.%03d", static_cast<int>(date.year()),
+      text, sizeof(text), "%04d-%02u-%02u %02d:%02d:%02d.%03dZ", static_cast<int>(date.year()),
       static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
       static_cast<int>(clock.hours().count()), static_cast<int>(clock.minutes().count()),
       static_cast<int>(clock.seconds().count()), static_cast<int>(clock.subseconds().count()));

@@ -3,6 +3,7 @@
 #include <orvane/sdk/Subscriptions.h>
 #include <orvane/sdk/Text.h>
 #include <orvane/sdk/Views.h>
+#include <cstdio>
 #include <map>
 #include <stdexcept>
 #include <string>
@@ -77,14 +78,21 @@ class SmaCross : public orvane::Strategy {
  private:
   static constexpr int64 kLongest = 100'000;
 
+  /// Ten digits of a mean: it is shown, never compared.
+  static std::string meanText(double mean) {
+    char text[40];
+    std::snprintf(text, sizeof(text), "%.10g", mean);
+    return text;
+  }
+
   void tell(IContext* context, const ICodeID& code, const std::string& frequency,
             const orvane::KLineView& bar, const ExactCross& cross, bool isUp) {
     ++signals_;
     context->logInfo(
         std::string("signal ") + (isUp ? "buy " : "sell ") + orvane::numberText(volume_) + " " +
-            code.code + " " + frequency + " at " + orvane::utcText(bar.endTime()) + " close=" +
-            orvane::numberText(bar.close()) + " fast=" + orvane::numberText(cross.fastMean()) +
-            " slow=" + orvane::numberText(cross.slowMean()),
+            code.code + " " + frequency + " at " + orvane::utcText(bar.endTime()) +
+            " close=" + orvane::numberText(bar.close()) + " fast=" + meanText(cross.fastMean()) +
+            " slow=" + meanText(cross.slowMean()),
         true);
   }
 
