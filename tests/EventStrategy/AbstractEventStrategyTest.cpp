@@ -226,7 +226,8 @@ TEST_F(AbstractEventStrategyTest, shouldForwardQuoteOperationsAndReturnTheirResu
   EXPECT_EQ(strategy->unsubscribeQuote(std::string("XX"), 4).code, -2);
   EXPECT_EQ(platform.calls.count("quote.cancelRequest 5"), 1);
   EXPECT_EQ(platform.calls.count("quote.unsubscribeQuote 7 flags=4"), 1);
-  EXPECT_EQ(strategy->generateId(), platform.routes.lastRequestId());
+  const int id = strategy->generateId();
+  EXPECT_EQ(id, platform.routes.lastRequestId());
 }
 
 TEST_F(AbstractEventStrategyTest, shouldOfferItsSourcesButNotTheTimers) {

@@ -30,6 +30,7 @@ void FakePlatform::forgetSpis() {
   routes.trade.forget();
   events->forget();
   indexes.forget();
+  timers.forget();
 }
 
 IServiceRouter* FakePlatform::router() { return &routes; }

@@ -64,6 +64,12 @@ std::shared_ptr<ITimerNotify> TimerBoard::notifyOf(int id) const {
   return it == running_.end() ? nullptr : it->second;
 }
 
+void TimerBoard::forget() {
+  std::map<int, std::shared_ptr<ITimerNotify>> running;
+  const std::lock_guard lock(mutex_);
+  running.swap(running_);
+}
+
 int TimerBoard::nextId() {
   const std::lock_guard lock(mutex_);
   return ++nextId_;

@@ -25,6 +25,9 @@ class TimerBoard {
   /// The notify of a running timer, as a platform's thread holds it while it is about to call.
   std::shared_ptr<ITimerNotify> notifyOf(int id) const;
 
+  /// Lets go of the notify of every running timer, as a platform does when it ends.
+  void forget();
+
   int nextId();
 
   /// What `start` answers.

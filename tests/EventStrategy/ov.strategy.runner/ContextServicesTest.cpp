@@ -40,9 +40,8 @@ TEST_F(ContextServices, shouldPrefixEachLevelInEightCharacters) {
   user.logInfo("m", true);
   user.logWarn("m", true);
   user.logError("m", true);
-  EXPECT_THAT(logs.messages("Stg"),
-              ElementsAre("[TRACE] Stg m", "[DEBUG] Stg m", "[INFO ] Stg m", "[WARN ] Stg m",
-                          "[ERROR] Stg m"));
+  EXPECT_THAT(logs.messages("Stg"), ElementsAre("[TRACE] Stg m", "[DEBUG] Stg m", "[INFO ] Stg m",
+                                                "[WARN ] Stg m", "[ERROR] Stg m"));
   std::vector<std::string> levels;
   for (const CapturedLine& line : logs.lines()) levels.push_back(line.level);
   EXPECT_THAT(levels, ElementsAre("TRACE", "DEBUG", "INFO", "WARN", "ERROR"));
@@ -90,9 +89,10 @@ TEST_F(ContextServices, shouldTellWhereTheLineWasWritten) {
 
 TEST_F(ContextServices, shouldLogATimerWithItsBeginAsGivenAndReturnItsId) {
   const int id = user.createTimer(1000, 5, 3);
-  EXPECT_TRUE(runnerLogged("DEBUG", ",create timer,,interval=1000,beginTime=5,triggerCount=3,"
-                                    "timerId=" +
-                                        std::to_string(id)));
+  EXPECT_TRUE(runnerLogged("DEBUG",
+                           ",create timer,,interval=1000,beginTime=5,triggerCount=3,"
+                           "timerId=" +
+                               std::to_string(id)));
   EXPECT_TRUE(runner->isTimerExist(id));
 }
 
@@ -175,15 +175,16 @@ TEST_F(ContextServices, shouldUndoEverythingInTheFixedOrderOnExit) {
   platform.calls.clear();
   logs.clear();
   user.exit();
-  EXPECT_THAT(logs.messages("Runner"),
-              ElementsAre("[DEBUG] Runner r1,context exit", "[DEBUG] Runner r1,unsubscribe quote,Q7.M",
-                          "[DEBUG] Runner r1,unsubscribe quote,Q8.M",
-                          "[DEBUG] Runner r1,unsubscribe kline,K.M,1m,requestId=" + drawn,
-                          "[DEBUG] Runner r1,unsubscribe kline,K.M,2m,requestId=9001",
-                          "[DEBUG] Runner r1,unsubscribe trade,0815",
-                          "[DEBUG] Runner r1,unsubscribe data,dic,key,requestId=" + dic,
-                          "[DEBUG] Runner r1,unsubscribe data snapshot,snap,target",
-                          "[DEBUG] Runner r1,stop all timer"));
+  EXPECT_THAT(
+      logs.messages("Runner"),
+      ElementsAre("[DEBUG] Runner r1,context exit", "[DEBUG] Runner r1,unsubscribe quote,Q7.M",
+                  "[DEBUG] Runner r1,unsubscribe quote,Q8.M",
+                  "[DEBUG] Runner r1,unsubscribe kline,K.M,1m,requestId=" + drawn,
+                  "[DEBUG] Runner r1,unsubscribe kline,K.M,2m,requestId=9001",
+                  "[DEBUG] Runner r1,unsubscribe trade,0815",
+                  "[DEBUG] Runner r1,unsubscribe data,dic,key,requestId=" + dic,
+                  "[DEBUG] Runner r1,unsubscribe data snapshot,snap,target",
+                  "[DEBUG] Runner r1,stop all timer"));
   EXPECT_THAT(platform.calls.entries(),
               ElementsAre("quote.unsubscribeQuote 7 flags=0", "quote.unsubscribeQuote 8 flags=0",
                           "quote.cancelRequest " + drawn, "quote.cancelRequest 9001",

@@ -137,15 +137,14 @@ TEST_F(SubscriptionBooks, shouldDrawANewIdForTheSameSubscribeAfterItsUnsubscribe
   const int first = platform.routes.lastRequestId();
   platform.calls.clear();
   user.unsubscribeKline(codeOf(7, "IF"), "1m");
-  EXPECT_TRUE(runnerLogged(
-      "DEBUG", ",unsubscribe kline,IF.CFFEX,1m,requestId=" + std::to_string(first)));
+  EXPECT_TRUE(
+      runnerLogged("DEBUG", ",unsubscribe kline,IF.CFFEX,1m,requestId=" + std::to_string(first)));
   subscribe(7, "1m");
   const int second = platform.routes.lastRequestId();
   EXPECT_GT(second, first);
-  EXPECT_THAT(quoteCalls(),
-              ElementsAre("quote.cancelRequest " + std::to_string(first),
-                          "quote.subscribeBars " + std::to_string(second) +
-                              " code=7 term=(3,1) begin=10 end=20 count=30 flags=4"));
+  EXPECT_THAT(quoteCalls(), ElementsAre("quote.cancelRequest " + std::to_string(first),
+                                        "quote.subscribeBars " + std::to_string(second) +
+                                            " code=7 term=(3,1) begin=10 end=20 count=30 flags=4"));
 }
 
 TEST_F(SubscriptionBooks, shouldKeepOtherFrequenciesOfACodeWhenOneIsUnsubscribed) {
@@ -207,8 +206,7 @@ TEST_F(SubscriptionBooks, shouldNotLoseTheFirstBatchOfASubscriptionMadeOnThePool
       platform.quotes().requestSpi(id)->onKLine(id, {barOf(1)}, {}, 0);
     });
   });
-  script->on("onStart",
-             [](IContext* c) { c->subscribeKline(codeOf(7, "IF"), "1m", 1, 2, 0, 0); });
+  script->on("onStart", [](IContext* c) { c->subscribeKline(codeOf(7, "IF"), "1m", 1, 2, 0, 0); });
   runner->start({});
   pool.runAll();
   EXPECT_EQ(script->calls().back(), "onBarSeries IF#7 1m [1,] status=0/ 0");

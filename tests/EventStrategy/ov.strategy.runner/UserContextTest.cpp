@@ -171,15 +171,14 @@ TEST_F(UserContextTest, shouldForwardQuotesCodesAndPublications) {
   user.codeRangeQuery("IF", 1, 2, codes);
   EXPECT_THAT(
       taken(),
-      ElementsAre("quote.getQuote 7 flags=3", "publisher.publishQuoteList 1 1",
-                  "publisher.publishQuoteSeries 7 0 60 2", "publisher.publishQuoteItems 7 0 3",
-                  "publisher.publishQuoteItems2 7 0 4", "publisher.publishOp5 k t 5",
-                  "publisher.publishOp6 k t 6", "publisher.publishOp7 k t 7",
-                  "publisher.publishOp8 k t 8", "code.codeServiceQuery IF 9",
-                  "code.currentCodeProperty 7 10", "code.resolveDominant 7",
-                  "code.currentCodeProperty 107 9223372036854775807", "code.resolveContinuous 7",
-                  "code.currentCodeProperty 307 9223372036854775807",
-                  "code.codeRangeQuery IF 1 2 0"));
+      ElementsAre(
+          "quote.getQuote 7 flags=3", "publisher.publishQuoteList 1 1",
+          "publisher.publishQuoteSeries 7 0 60 2", "publisher.publishQuoteItems 7 0 3",
+          "publisher.publishQuoteItems2 7 0 4", "publisher.publishOp5 k t 5",
+          "publisher.publishOp6 k t 6", "publisher.publishOp7 k t 7", "publisher.publishOp8 k t 8",
+          "code.codeServiceQuery IF 9", "code.currentCodeProperty 7 10", "code.resolveDominant 7",
+          "code.currentCodeProperty 107 9223372036854775807", "code.resolveContinuous 7",
+          "code.currentCodeProperty 307 9223372036854775807", "code.codeRangeQuery IF 1 2 0"));
   platform.calls.answer("publisher.publishOp5", {52, "x"});
   EXPECT_EQ(user.publishOp5("k", "t", 5), (ResultStatus{52, "x"}));
 }
@@ -338,8 +337,8 @@ TEST_F(UserContextTest, shouldKeepAllRecordsForAnEmptySourceAndAppendThem) {
 TEST_F(UserContextTest, shouldKeepTheRecordsOfTheSourceAloneAndStillAnswerTheServicesStatus) {
   platform.trade().orders = {orderOf(1, "a"), orderOf(2, "b")};
   platform.trade().fills = {fillOf(3, "a"), fillOf(4, "b")};
-  for (const char* operation : {"trade.ordersByCode", "trade.openOrdersByCode",
-                                "trade.fillsByCode"})
+  for (const char* operation :
+       {"trade.ordersByCode", "trade.openOrdersByCode", "trade.fillsByCode"})
     platform.calls.answer(operation, {50, "busy"});
   const ResultStatus busy{50, "busy"};
   std::list<Order> orders;
@@ -394,8 +393,7 @@ TEST_F(UserContextTest, shouldAnswerCode0WithAccountAndCodeForACodeWithoutAPosit
   EXPECT_EQ(user.getPosition(accountOf(5, "mine"), codeOf(7), bySource, "src"), ResultStatus());
   EXPECT_EQ(bySource.account.accountKey, 5);
   EXPECT_EQ(bySource.code.id, 7);
-  EXPECT_THAT(taken(),
-              ElementsAre("trade.getPosition 5 7", "trade.getSourcePosition 5 7 src"));
+  EXPECT_THAT(taken(), ElementsAre("trade.getPosition 5 7", "trade.getSourcePosition 5 7 src"));
 }
 
 TEST_F(UserContextTest, shouldKeepAnotherFailureOfGetPositionAndStillFillAccountAndCode) {
@@ -451,12 +449,12 @@ TEST_F(UserContextTest, shouldAddItsFlagsAndWaitsToTheDataOperations) {
   user.requestRange("n", "t", 1, 2, 6);
   user.dataDefine("n", define);
   const std::vector<std::string> calls = taken();
-  EXPECT_THAT(calls,
-              ElementsAre("publisher.publishRecords n t 3 1 132 0",
-                          "data.readRecords n/t wait=60000 flags=33",
-                          "data.readTargets n wait=77 flags=33",
-                          "data.readTargets n wait=60000 flags=33", "data.readLatest n/t flags=6",
-                          "publisher.requestRange n 0", "data.dataDefines 1"));
+  EXPECT_THAT(
+      calls,
+      ElementsAre("publisher.publishRecords n t 3 1 132 0",
+                  "data.readRecords n/t wait=60000 flags=33", "data.readTargets n wait=77 flags=33",
+                  "data.readTargets n wait=60000 flags=33", "data.readLatest n/t flags=6",
+                  "publisher.requestRange n 0", "data.dataDefines 1"));
   EXPECT_EQ(byTarget.size(), 2u);
   EXPECT_EQ(record.text, "n");
 }
