@@ -179,7 +179,7 @@ TEST_P(Reentrance, shouldSurviveTheHostLettingGoFromWithin) {
 }
 
 INSTANTIATE_TEST_SUITE_P(EachCallBack, Reentrance, ::testing::ValuesIn(strategyCallbacks()),
-                         [](const auto& info) { return info.param; });
+                         [](const auto& test) { return test.param; });
 
 }  // namespace
 }  // namespace orvane::support
