@@ -50,7 +50,7 @@ ResultStatus UserContext::detachAccount(const std::string&, int) { return notSup
 
 ResultStatus UserContext::findTradingAccount(const std::string& account, int counterType,
                                              TradingAccountID& tradingAccount) {
-  const ResultStatus notThere(kNotThere, "账号不存在"_gbk);
+  ResultStatus notThere(kNotThere, "账号不存在"_gbk);
   for (const AccountLinks& links :
        runnerContext_->tradeSrc()->accountRecords(account, counterType)) {
     if (links.id.text3 != account) continue;
