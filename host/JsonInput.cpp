@@ -93,7 +93,7 @@ std::string JsonReader::text(const char* key, const std::string& defaultValue) {
 
 std::string JsonReader::requiredText(const char* key) {
   if (!has(key)) throw InputError(fmt::format("{}: is missing", place(key)));
-  const std::string found = text(key);
+  std::string found = text(key);
   if (found.empty()) refuse(key, "must not be empty");
   return found;
 }
