@@ -8,6 +8,17 @@
 #include <mutex>
 
 namespace orvane::detail {
+namespace {
+
+/// Any word of letters would make a valid zone, being read as a rule without an offset; so the
+/// name must be in the zone database or a fixed offset.
+bool isZone(const std::string& name) {
+  const QByteArray id = QByteArray::fromStdString(name);
+  return (name.starts_with("UTC") || QTimeZone::availableTimeZoneIds().contains(id)) &&
+         QTimeZone(id).isValid();
+}
+
+}  // namespace
 
 ZoneRules::ZoneRules(const std::string& name) {
   const QTimeZone zone(QByteArray::fromStdString(name));
@@ -29,7 +40,7 @@ std::shared_ptr<const ZoneRules> ZoneRules::find(const std::string& name) {
   const std::lock_guard lock(mutex);
   const auto at = known->find(name);
   if (at != known->end()) return at->second;
-  if (name.empty() || !QTimeZone(QByteArray::fromStdString(name)).isValid()) return nullptr;
+  if (!isZone(name)) return nullptr;
   return known->emplace(name, std::shared_ptr<const ZoneRules>(new ZoneRules(name))).first->second;
 }
 
