@@ -1,0 +1,85 @@
+#include "tests/host/Program.h"
+
+#include <fcntl.h>
+#include <fmt/core.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <QJsonDocument>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+
+namespace orvane::test {
+
+ProgramResult runProgram(const std::vector<std::string>& arguments) {
+  const TempFolder folder;
+  const std::string outPath = folder / "out", errPath = folder / "err";
+  std::vector<std::string> all = {ORVANE_TEST_PROGRAM};
+  all.insert(all.end(), arguments.begin(), arguments.end());
+  std::vector<char*> argv;
+  for (std::string& argument : all) argv.push_back(argument.data());
+  argv.push_back(nullptr);
+  const pid_t child = fork();
+  if (child < 0) throw std::runtime_error("cannot fork");
+  if (child == 0) {
+    const int out = open(outPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    const int err = open(errPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    dup2(out, STDOUT_FILENO);
+    dup2(err, STDERR_FILENO);
+    execv(argv[0], argv.data());
+    _exit(127);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  return {WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status), readFile(outPath),
+          readFile(errPath)};
+}
+
+std::string testModule(const std::string& name) {
+  return std::string(ORVANE_TEST_MODULES) + "/" + name + ".so";
+}
+
+TempFolder::TempFolder() {
+  std::string pattern = (std::filesystem::temp_directory_path() / "orvane-XXXXXX").string();
+  if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("cannot make a folder");
+  path_ = pattern;
+}
+
+TempFolder::~TempFolder() {
+  std::error_code error;
+  std::filesystem::remove_all(path_, error);
+}
+
+std::string TempFolder::write(const std::string& name, const std::string& text) const {
+  const std::string path = *this / name;
+  std::ofstream(path, std::ios::binary) << text;
+  return path;
+}
+
+std::string readFile(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  std::ostringstream text;
+  text << file.rdbuf();
+  return text.str();
+}
+
+QJsonObject readReport(const std::string& folder) {
+  return QJsonDocument::fromJson(QByteArray::fromStdString(readFile(folder + "/report.json")))
+      .object();
+}
+
+std::string barsCsv(const std::string& badLine) {
+  std::string text = "datetime,open,high,low,close,volume\n";
+  for (int minute = 1; minute <= 30; ++minute) {
+    if (minute == 7 && !badLine.empty())
+      text += badLine + "\n";
+    else
+      text += fmt::format("2021-01-04 09:{:02}:00,10.{},11.5,9.5,10.{},100\n", minute, minute % 10,
+                          (minute + 1) % 10);
+  }
+  return text;
+}
+
+}  // namespace orvane::test

@@ -1,0 +1,5 @@
+#include <orvane/sdk/Strategy.h>
+
+extern "C" __attribute__((visibility("default"))) orvane::IStrategy* createStrategy() {
+  return nullptr;
+}
