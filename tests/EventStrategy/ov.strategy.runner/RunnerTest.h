@@ -8,6 +8,7 @@
 #include "EventStrategy/Events.h"
 #include "EventStrategy/QuoteSrc.h"
 #include "EventStrategy/ov.strategy.runner/RunnerContext.h"
+#include "EventStrategy/ov.strategy.runner/RunnerThreadPool.h"
 #include "tests/EventStrategy/LibraryTest.h"
 #include "tests/support/RecordingRunnerSpi.h"
 #include "tests/support/ScriptedStrategy.h"
@@ -35,6 +36,7 @@ inline IEvent* orderEvent(int64 id) {
 class RunnerTest : public LibraryTest {
  protected:
   explicit RunnerTest(int mode = 0) : runner(std::make_shared<RunnerContext>("r1", mode)) {
+    runnerThreadPool();  // Made once in the process: a test alone must not meet that moment.
     runner->startEvent();
     runner->shared().spi = spi;
     runner->shared().strategyPath = "good.so";
