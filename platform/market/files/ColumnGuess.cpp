@@ -177,6 +177,20 @@ class Guess {
     return fits && any;
   }
 
+  /// The mean distance of two columns, as a share, where both are there.
+  double gap(std::size_t first, std::size_t second) const {
+    double sum = 0;
+    int count = 0;
+    for (const auto& row : samples_) {
+      const double a = value(row, at_ + first);
+      const double b = value(row, at_ + second);
+      if (a <= 0 || b <= 0) continue;
+      sum += std::abs(b - a) / a;
+      ++count;
+    }
+    return count > 0 ? sum / count : INFINITY;
+  }
+
   /// Whether four columns are price and size of a bid and of an ask, either of which may be
   /// missing: sizes are missing with their price, and the prices are of one magnitude.
   bool isQuote() const {
@@ -204,14 +218,16 @@ class Guess {
   std::vector<NamedRole> takeTick() {
     const std::size_t numbers = numbersFrom(at_);
     if (numbers == 0) return {};
-    if (numbers >= 4 && isQuote()) {
+    const bool spread = numbers >= 2 && isSpread(0, 1);
+    const bool quote = numbers >= 4 && isQuote();
+    if (quote && (!spread || gap(0, 2) <= gap(0, 1))) {
       notes_.push_back("without a header, read as time, bid, bid size, ask, ask size");
       return assign({{Role::BidPrice, 1, true},
                      {Role::BidSize, 1, true},
                      {Role::AskPrice, 1, true},
                      {Role::AskSize, 1, true}});
     }
-    if (numbers >= 2 && isSpread(0, 1)) {
+    if (spread) {
       assign({{Role::BidPrice, 1, true}, {Role::AskPrice, 1, true}});
       if (numbers == 4 && width_ == at_ + 4) {
         roles_[at_ + 2] = {Role::BidSize, 1, true};

@@ -55,9 +55,8 @@ void bindTime(ColumnMap& map, const std::string& place, const std::vector<NamedR
     if (role == Role::OpenTime) map.stampIsEnd = false;
     if (role == Role::CloseTime) map.stampIsEnd = true;
   }
-  const int dateUsed = time.date >= 0 ? time.date : time.moment;
   const int tradingDay = find(roles, {Role::TradingDay, Role::TradeDate});
-  if (tradingDay != dateUsed) time.tradingDay = tradingDay;
+  if (tradingDay != time.moment) time.tradingDay = tradingDay;
   map.code = find(roles, {Role::Code});
   map.market = find(roles, {Role::Market});
 }

@@ -251,10 +251,9 @@ std::optional<NamedRole> ladderRole(std::string_view plain) {
     }
   }
   if (takeAny(rest, {"best"})) cell = Cell::None;
-  if (takeAny(rest, {"bids", "bid", "buy", "申买", "委买", "买入", "买"})) {
+  if (takeAny(rest, {"bid", "buy", "申买", "委买", "买入", "买"})) {
     bid = true;
-  } else if (takeAny(rest,
-                     {"asks", "ask", "sell", "offers", "offer", "申卖", "委卖", "卖出", "卖"})) {
+  } else if (takeAny(rest, {"ask", "sell", "offer", "申卖", "委卖", "卖出", "卖"})) {
     bid = false;
   } else if (takeAny(rest, {"b"})) {
     shortName = true;
@@ -264,6 +263,8 @@ std::optional<NamedRole> ladderRole(std::string_view plain) {
   } else {
     return std::nullopt;
   }
+  // "bids[0].price"; but "bidsize" has no plural.
+  if (rest.size() > 1 && rest[0] == 's' && rest[1] >= '0' && rest[1] <= '9') rest.remove_prefix(1);
   int level = takeLevel(rest);
   if (level == -2) return std::nullopt;
   if (cell == Cell::None) cell = takeCell(rest);

@@ -3,6 +3,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
+#include <utility>
 
 namespace orvane::detail {
 namespace {
@@ -119,15 +120,17 @@ bool byText(std::string_view text, int shift, double& out) {
 }
 
 /// Removes what binary arithmetic left behind the last true digit: a text of 16 digits or more
-/// that lies next to a much shorter decimal is that decimal.
+/// that lies next to a much shorter decimal is that decimal. The longer the decimal, the nearer it
+/// must lie, since longer ones lie closer together.
 double withoutNoise(double value) {
+  static constexpr std::pair<int, double> kTries[] = {{12, 1e-14}, {13, 2e-15}, {14, 5e-16}};
   char buffer[64];
-  for (const int precision : {12, 13, 14}) {
+  for (const auto& [digits, distance] : kTries) {
     const auto made = std::to_chars(buffer, buffer + sizeof(buffer), value,
-                                    std::chars_format::scientific, precision - 1);
+                                    std::chars_format::scientific, digits - 1);
     double shorter = 0;
     std::from_chars(buffer, made.ptr, shorter);
-    if (std::abs(shorter - value) <= 1e-14 * std::abs(value)) return shorter;
+    if (std::abs(shorter - value) <= distance * std::abs(value)) return shorter;
   }
   return value;
 }

@@ -25,7 +25,11 @@ ZoneClock::ZoneClock(const std::string& name) : name_(name) {
     name_ = fixedOffset_ == 0 ? "UTC" : text;
     return;
   }
-  zone_ = QTimeZone(QByteArray::fromStdString(name));
+  // A text without a zone may still pass for a rule of its own, so the tables are asked.
+  const QByteArray id = QByteArray::fromStdString(name);
+  ok_ = QTimeZone::isTimeZoneIdAvailable(id);
+  if (ok_) zone_ = QTimeZone(id);
+  ok_ = ok_ && zone_.isValid();
 }
 
 std::int64_t ZoneClock::offsetAt(std::int64_t utcMs) const {

@@ -14,7 +14,7 @@ class ZoneClock {
   /// zone.
   explicit ZoneClock(const std::string& name);
 
-  bool ok() const { return fixed_ || zone_.isValid(); }
+  bool ok() const { return ok_; }
 
   /// The name as a `QTimeZone` takes it.
   const std::string& name() const { return name_; }
@@ -33,6 +33,7 @@ class ZoneClock {
   std::string name_;
   QTimeZone zone_;
   bool fixed_ = false;
+  bool ok_ = true;
   std::int64_t fixedOffset_ = 0;
   // The last day asked for, local and UTC, and its offset if that holds all day long.
   std::int64_t localDay_ = INT64_MIN;
