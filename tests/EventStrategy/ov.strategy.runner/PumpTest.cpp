@@ -301,10 +301,14 @@ TEST_F(PumpTest, shouldCostThatEventOnlyWhicheverCallBackThrows) {
       runner->start({});
       pool.runAll();
     }
+    context().exit();  // Every round draws its ids anew.
     context().subscribeQuote(codeOf(7), 0);
     context().subscribeKline(codeOf(7), "1m", 1, 2, 0, 0);
     const int plain = platform.routes.lastRequestId();
     context().subscribeKline(77, codeOf(7), "1m", 1, 2, 0, 0);
+    context().subscribeDic("dic", "key", 1, 2, 0);
+    const int dic = context().generateRequestId() - 1;
+    context().subscribeDicSnapshot("dic", "key", 0);
     const int timer = context().createTimer(1000, 0, 1);
     script->onAny([standard](IContext*) {
       if (standard) throw std::logic_error("thrown");
@@ -328,11 +332,14 @@ TEST_F(PumpTest, shouldCostThatEventOnlyWhicheverCallBackThrows) {
     TestAccess::tradeNotify(*runner).onRtnOrder({});
     TestAccess::tradeNotify(*runner).onRtnTrade({});
     TestAccess::timerNotify(*runner).onTimer(timer, 1);
+    TestAccess::dataNotify(*runner).onDataSnapshot("dic", "key", {});
+    TestAccess::dataNotify(*runner).onData(dic, {}, DataValueType::None, {}, 0, 0);
+    TestAccess::dataNotify(*runner).onDeleteData(dic, 1, 2, 3);
     pool.runAll();
-    EXPECT_EQ(script->calls().size(), 15u);
+    EXPECT_EQ(script->calls().size(), 18u);  // All but onStart and onStop.
     const std::string text = standard ? "r1,do pool task error,exception,msg=thrown"
                                       : "r1,do pool task error,system exception";
-    EXPECT_EQ(logs.count("Runner", "ERROR", text), 15);
+    EXPECT_EQ(logs.count("Runner", "ERROR", text), 18);
   }
   script->onAny({});
 }
