@@ -123,7 +123,8 @@ bool byText(std::string_view text, int shift, double& out) {
 /// that lies next to a much shorter decimal is that decimal. The longer the decimal, the nearer it
 /// must lie, since longer ones lie closer together.
 double withoutNoise(double value) {
-  static constexpr std::pair<int, double> kTries[] = {{12, 1e-14}, {13, 2e-15}, {14, 5e-16}};
+  static constexpr std::pair<int, double> kTries[] = {
+      {10, 1e-13}, {12, 1e-14}, {13, 2e-15}, {14, 5e-16}};
   char buffer[64];
   for (const auto& [digits, distance] : kTries) {
     const auto made = std::to_chars(buffer, buffer + sizeof(buffer), value,
