@@ -18,6 +18,8 @@ namespace orvane {
 inline std::string gbk(std::string_view utf8) { return utf8ToGbk(utf8); }
 inline std::string utf8(std::string_view gbkText) { return gbkToUtf8(gbkText); }
 
+// A literal would fit both a view and a QString.
+inline std::string gbk(const char* text) { return utf8ToGbk(text); }
 inline std::string gbk(const QString& text) { return utf8ToGbk(text.toStdString()); }
 
 /// A UTC time in milliseconds as "2021-01-04 01:30:00.500Z"; "-" for one that is not set.

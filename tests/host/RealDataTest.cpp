@@ -150,8 +150,8 @@ TEST_P(RealData, shouldReachTheStrategyRowForRow) {
                                          {"last", file.lastTime, file.lastPrice}}) {
     const QJsonObject record = series[key].toObject();
     EXPECT_EQ(record[file.stampKey].toString().toStdString(), time) << key;
-    if (!std::isnan(price))
-      EXPECT_EQ(record[file.isBars ? "close" : "last"].toDouble(), price) << key;
+    if (std::isnan(price)) continue;
+    EXPECT_EQ(record[file.isBars ? "close" : "last"].toDouble(), price) << key;
   }
 }
 
@@ -163,8 +163,8 @@ TEST_P(RealData, shouldGiveTheSameReportTwiceButForItsTimings) {
   EXPECT_EQ(one, other);
 }
 
-INSTANTIATE_TEST_SUITE_P(Files, RealData, testing::ValuesIn(kFiles), [](const auto& info) {
-  std::string name = std::filesystem::path(info.param.path).filename().string();
+INSTANTIATE_TEST_SUITE_P(Files, RealData, testing::ValuesIn(kFiles), [](const auto& instance) {
+  std::string name = std::filesystem::path(instance.param.path).filename().string();
   std::replace_if(
       name.begin(), name.end(), [](char c) { return !std::isalnum(static_cast<unsigned char>(c)); },
       '_');
