@@ -108,11 +108,19 @@ class BarReader {
     ++doubts_;
   }
 
+  /// An empty price; where rows without one may be passed over, also one that says so in words.
+  bool isNothing(int column) const {
+    const std::string_view text = table_.field(column);
+    if (text.empty()) return true;
+    return description_.skipEmpty &&
+           (text == "nan" || text == "NaN" || text == "null" || text == "NULL" || text == "-");
+  }
+
   Prices readPrices(const PriceColumns& columns) {
     Prices prices;
     if (columns.open < 0) return prices;
-    if (table_.field(columns.open).empty() && table_.field(columns.high).empty() &&
-        table_.field(columns.low).empty() && table_.field(columns.close).empty())
+    if (isNothing(columns.open) && isNothing(columns.high) && isNothing(columns.low) &&
+        isNothing(columns.close))
       return prices;
     prices = {price(columns.open), price(columns.high), price(columns.low), price(columns.close),
               true};

@@ -10,8 +10,13 @@ namespace {
 
 class Guess {
  public:
-  Guess(const SampleRows& samples, bool bars, std::vector<std::string>& notes)
-      : samples_(samples), bars_(bars), notes_(notes), width_(samples.front().size()) {}
+  Guess(const SampleRows& samples, bool bars, const NumberFormat& numbers,
+        std::vector<std::string>& notes)
+      : samples_(samples),
+        bars_(bars),
+        numbers_(numbers, 0, {}),
+        notes_(notes),
+        width_(samples.front().size()) {}
 
   std::vector<NamedRole> run() {
     roles_.assign(width_, {});
@@ -27,14 +32,20 @@ class Guess {
                        [&](const auto& row) { return test(row[column]); });
   }
 
+  /// A number, or a word for none: that is met again, and refused, when the row is read.
+  bool isNumeral(const std::string& text) const {
+    double number = 0;
+    return numbers_.parse(text, number) || text == "nan" || text == "NaN" || text == "null";
+  }
+
   bool isNumeric(std::size_t column) const {
-    return all(column, [](const std::string& text) { return text.empty() || isNumber(text); });
+    return all(column, [&](const std::string& text) { return text.empty() || isNumeral(text); });
   }
 
   bool isText(std::size_t column) const {
-    return all(column, [](const std::string& text) {
+    return all(column, [&](const std::string& text) {
       MomentText moment;
-      return !text.empty() && !isNumber(text) &&
+      return !text.empty() && !isNumeral(text) &&
              parseMoment(text, DateOrder::Unknown, moment) == DateResult::Bad;
     });
   }
@@ -71,7 +82,7 @@ class Guess {
 
   double value(const std::vector<std::string>& row, std::size_t column) const {
     double number = 0;
-    return NumberParser().parse(row[column], number) ? number : 0;
+    return numbers_.parse(row[column], number) ? number : 0;
   }
 
   /// The time columns, and a code before or behind them.
@@ -247,6 +258,7 @@ class Guess {
 
   const SampleRows& samples_;
   bool bars_;
+  NumberParser numbers_;
   std::vector<std::string>& notes_;
   std::size_t width_;
   std::size_t at_ = 0;
@@ -256,9 +268,24 @@ class Guess {
 }  // namespace
 
 std::vector<NamedRole> rolesOfContents(const SampleRows& samples, bool bars,
+                                       const NumberFormat& numbers,
                                        std::vector<std::string>& notes) {
   if (samples.empty() || samples.front().size() < 2) return {};
-  return Guess(samples, bars, notes).run();
+  return Guess(samples, bars, numbers, notes).run();
+}
+
+int momentColumn(const SampleRows& samples) {
+  const auto isMoment = [](const std::string& text) {
+    MomentText moment;
+    if (parseMoment(text, DateOrder::Unknown, moment) == DateResult::Good) return moment.hasDate;
+    std::int64_t count = 0;
+    return text.size() >= 10 && wholeNumber(text, count) && count > 315'532'800;
+  };
+  for (std::size_t column = 0; !samples.empty() && column < samples.front().size(); ++column)
+    if (std::all_of(samples.begin(), samples.end(),
+                    [&](const auto& row) { return isMoment(row[column]); }))
+      return static_cast<int>(column);
+  return -1;
 }
 
 }  // namespace orvane::detail

@@ -43,7 +43,11 @@ std::vector<NamedRole> rolesOfHeader(const std::vector<std::string>& header);
 /// The roles of a file's columns by their number and contents; empty if they are of no known
 /// shape. What was assumed is added to `notes`.
 std::vector<NamedRole> rolesOfContents(const SampleRows& samples, bool bars,
+                                       const NumberFormat& numbers,
                                        std::vector<std::string>& notes);
+
+/// The first column whose fields are all moments with a date, or counted from 1970; -1: none is.
+int momentColumn(const SampleRows& samples);
 
 /// Turns roles into positions. Throws `DataFileError`, begun with `place`, if something needed is
 /// missing.

@@ -65,7 +65,7 @@ constexpr Aliases kAliases[] = {
      "datetime timestamp ts datetimeutc timestamputc timeutc utctime utc gmttime localtime epoch "
      "unix unixtime unixtimestamp timestampms tsms timestampns tsevent exchtime exchangetime "
      "eventtime bartime klinetime candletime timekey dt dtyyyymmddhhmmss tickts tradetimestamp "
-     "localtimestamp transacttime timems timens timeus mts 日期时间 时间戳 交易时间"},
+     "localtimestamp transacttime timems timens timeus datetimenano mts 日期时间 时间戳 交易时间"},
     {Role::OpenTime,
      "opentime starttime begintime begin start bartimestart barstart timestart windowstart "
      "intervalstart timeperiodstart openat candlebegintime candlebegin 开始时间 开盘时间"},

@@ -130,7 +130,7 @@ void Table::cannotRecognise(bool bars) const {
   std::string row;
   for (const std::string& field : firstRow_) {
     if (row.size() > 200) break;
-    row += (row.empty() ? "" : ",") + field;
+    row += (row.empty() ? "" : std::string(1, delimiter_)) + field;
   }
   throw DataFileError(
       path_ + ":" + std::to_string(firstLine_) + ": no header, and the columns of \"" + row +
@@ -183,10 +183,19 @@ std::vector<NamedRole> Table::roles(bool bars) {
   std::vector<NamedRole> found;
   if (hasHeader_) {
     found = rolesOfHeader(header_);
+    const bool timed = std::any_of(found.begin(), found.end(), [](const NamedRole& named) {
+      return named.role >= Role::DateTime && named.role <= Role::Millis;
+    });
+    const int moment = timed || !description_.columnMap.empty() ? -1 : momentColumn(samples_);
+    if (moment >= 0) {
+      found[static_cast<std::size_t>(moment)] = {Role::DateTime};
+      notes_.push_back("the column \"" + header_[static_cast<std::size_t>(moment)] +
+                       "\" is taken for the time");
+    }
   } else {
     if (description_.columnMap.empty()) {
       std::vector<std::string> guesses;
-      found = rolesOfContents(samples_, bars, guesses);
+      found = rolesOfContents(samples_, bars, description_.numbers, guesses);
       if (found.empty()) cannotRecognise(bars);
       notes_.insert(notes_.end(), guesses.begin(), guesses.end());
     }

@@ -50,8 +50,9 @@ bool timeOfDay(TimeFormat format, const Counter& value, std::int64_t& ms) {
       ms = value.whole;
       return value.whole <= kDayMs;
     case TimeFormat::SecondsOfDay:
+      if (value.whole > kDayMs / 1000) return false;
       ms = value.whole * 1000 + fractionMs;
-      return value.whole <= kDayMs / 1000 && ms <= kDayMs;
+      return ms <= kDayMs;
     case TimeFormat::HourMinute:
       return value.whole <= 2400 && !value.hasFraction && clockDigits(value.whole * 100, ms);
     case TimeFormat::HourMinuteSecond:

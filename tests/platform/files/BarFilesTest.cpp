@@ -89,7 +89,12 @@ INSTANTIATE_TEST_SUITE_P(
         std::pair{"Date,Open,High,Low,Close,Volume\n6-Dec-2013 09:00 AM,10,12.5,9.5,11,7\n"
                   "6-Dec-2013 09:01 AM,11,13.5,10.5,12,8\n",
                   "{}"},
+        std::pair{"id,kline_stamp,open,high,low,close,volume\n1,2013-12-06 09:00,10,12.5,9.5,11,7\n"
+                  "2,2013-12-06 09:01,11,13.5,10.5,12,8\n",
+                  "{}"},
         // By description.
+        std::pair{"20131206 09:00;10,0;12,5;9,5;11,0;7\n20131206 09:01;11,0;13,5;10,5;12,0;8\n",
+                  R"({"decimalPoint": ","})"},
         std::pair{"a,b,c,d,e,f\n06/12/2013 09:00,10,12.5,9.5,11,7\n"
                   "06/12/2013 09:01,11,13.5,10.5,12,8\n",
                   R"({"dateOrder": "DMY",
@@ -249,10 +254,11 @@ TEST(BarFiles, shouldShowTheSideThatIsChosenWhenBarsAreOfQuotes) {
 TEST(BarFiles, shouldPassOverRowsWithoutAPriceWhenTold) {
   const auto loaded = barsOf(
       "20131206 09:00,1,2,1,2,5\n20131206 09:01,,,,,0\n"
-      "20131206 09:02,1,2,1,2,5\n20131206 09:03,1,2,1,2,5\n",
+      "20131206 09:02,1,2,1,2,5\n20131206 09:03,NaN,NaN,NaN,NaN,NaN\n"
+      "20131206 09:04,1,2,1,2,5\n",
       R"({"skipEmpty": true})");
   EXPECT_EQ(loaded.series.bars.size(), 3U);
-  EXPECT_TRUE(hasNote(loaded.notes, "1 rows without a price were passed over"));
+  EXPECT_TRUE(hasNote(loaded.notes, "2 rows without a price were passed over"));
 }
 
 TEST(BarFiles, shouldKeepAndCountDoubtfulBarsWhenTolerant) {
