@@ -145,10 +145,7 @@ class PrintEvents : public orvane::Strategy {
     line(context, "onTimer " + std::to_string(timerId) + " due=" + utcText(value));
   }
 
-  void onStop(IContext* context) override {
-    line(context, "onStop");
-    if (toStdout_) std::fflush(stdout);
-  }
+  void onStop(IContext* context) override { line(context, "onStop"); }
 
  private:
   void line(IContext* context, const std::string& text) {
@@ -156,6 +153,7 @@ class PrintEvents : public orvane::Strategy {
     // One call a line, so that the lines of runners that print at once do not mix.
     const std::string out = orvane::utf8(context->name() + ": " + text) + "\n";
     std::fwrite(out.data(), 1, out.size(), stdout);
+    std::fflush(stdout);
   }
 
   static std::string compact(const QJsonObject& json) {

@@ -6,6 +6,7 @@
 #include "EventStrategy/ov.strategy.runner/IRunnerFactory.h"
 #include "host/DataSet.h"
 #include "host/InstrumentInputs.h"
+#include "host/LogSetup.h"
 #include "host/RunRecord.h"
 #include "host/StrategyTap.h"
 #include "platform/EmbeddedPlatform.h"
@@ -62,6 +63,7 @@ std::pair<Outcome, Outcome> playTwice(const std::string& bars, const QJsonObject
 }
 
 TEST(PlaybackReset, shouldGiveTheSameDigestAsTheFirstRunAfterReset4PlayBack) {
+  setUpLog({"", "warn", "warn"});
   const test::TempFolder folder;
   const auto path = folder.write("bars.csv", test::barsCsv());
   const QJsonObject series{{"code", "A.X"}, {"kind", "bars"}, {"frequency", "1m"}};

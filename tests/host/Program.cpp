@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <QJsonDocument>
+#include <csignal>
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
@@ -13,28 +14,42 @@
 
 namespace orvane::test {
 
-ProgramResult runProgram(const std::vector<std::string>& arguments) {
+ProgramResult runProgram(const std::vector<std::string>& arguments,
+                         const std::string& interruptOn) {
   const TempFolder folder;
-  const std::string outPath = folder / "out", errPath = folder / "err";
+  const std::string errPath = folder / "err";
   std::vector<std::string> all = {ORVANE_TEST_PROGRAM};
   all.insert(all.end(), arguments.begin(), arguments.end());
   std::vector<char*> argv;
   for (std::string& argument : all) argv.push_back(argument.data());
   argv.push_back(nullptr);
+  int pipeEnds[2];
+  if (pipe2(pipeEnds, O_CLOEXEC) != 0) throw std::runtime_error("cannot make a pipe");
   const pid_t child = fork();
   if (child < 0) throw std::runtime_error("cannot fork");
   if (child == 0) {
-    const int out = open(outPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
     const int err = open(errPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    dup2(out, STDOUT_FILENO);
+    dup2(pipeEnds[1], STDOUT_FILENO);
     dup2(err, STDERR_FILENO);
     execv(argv[0], argv.data());
     _exit(127);
   }
+  close(pipeEnds[1]);
+  ProgramResult result;
+  bool isDue = !interruptOn.empty();
+  char buffer[4096];
+  for (ssize_t count = 0; (count = read(pipeEnds[0], buffer, sizeof(buffer))) > 0;) {
+    result.out.append(buffer, static_cast<std::size_t>(count));
+    if (!isDue || result.out.find(interruptOn) == std::string::npos) continue;
+    kill(child, SIGINT);
+    isDue = false;
+  }
+  close(pipeEnds[0]);
   int status = 0;
   waitpid(child, &status, 0);
-  return {WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status), readFile(outPath),
-          readFile(errPath)};
+  result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status);
+  result.err = readFile(errPath);
+  return result;
 }
 
 std::string testModule(const std::string& name) {

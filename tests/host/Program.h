@@ -13,8 +13,10 @@ struct ProgramResult {
   std::string out, err;
 };
 
-/// Runs the command with these arguments and waits for it.
-ProgramResult runProgram(const std::vector<std::string>& arguments);
+/// Runs the command with these arguments and waits for it. If `interruptOn` is not empty, the
+/// command is sent SIGINT as soon as its standard output has that text.
+ProgramResult runProgram(const std::vector<std::string>& arguments,
+                         const std::string& interruptOn = {});
 
 /// The path of a module that these tests build.
 std::string testModule(const std::string& name);

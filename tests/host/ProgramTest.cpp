@@ -170,9 +170,9 @@ TEST_F(Program, shouldRunSeveralRunnersOfAConfigurationOverGeneratedData) {
 }
 
 TEST_F(Program, shouldShowWhatItRecognisesOfAFile) {
-  const auto result = test::runProgram({"inspect", bars_, "--period", "1m"});
+  const auto result = test::runProgram({"inspect", folder_.write("zz_1min.csv", test::barsCsv())});
   EXPECT_EQ(result.exitCode, kExitSuccess) << result.err;
-  EXPECT_THAT(result.out, HasSubstr("bars of BARS, period 1m"));
+  EXPECT_THAT(result.out, HasSubstr("bars of ZZ, period 1m"));
   EXPECT_THAT(result.out, HasSubstr("30 rows"));
 }
 
@@ -182,6 +182,19 @@ TEST_F(Program, shouldPlayTheSameRecordsInLiveMode) {
   EXPECT_EQ(result.exitCode, kExitSuccess) << result.err;
   EXPECT_EQ(report()["mode"].toString(), "live");
   EXPECT_EQ(runner()["bars"].toInt(), 30);
+}
+
+TEST_F(Program, shouldStopTheRunAndReportWhatThereIsWhenInterrupted) {
+  // At this pace the data would take an hour.
+  const auto result =
+      test::runProgram({"run", "-s", "print_events", "-p", R"({"stdout": true})", "-b", bars_,
+                        "--speed", "0.5x", "--report", folder_ / "report"},
+                       "onStart");
+  EXPECT_EQ(result.exitCode, kExitInterrupted) << result.err;
+  EXPECT_THAT(result.out, HasSubstr("onStop"));
+  EXPECT_THAT(result.out, HasSubstr("interrupted: "));
+  EXPECT_EQ(report()["outcome"].toString(), "interrupted");
+  EXPECT_LT(runner()["bars"].toInt(), 30);
 }
 
 }  // namespace
