@@ -1,11 +1,19 @@
 #include "platform/core/WorkerPool.h"
 
+#include <chrono>
 #include <exception>
 #include <iostream>
 #include <thread>
 #include <utility>
 
 namespace orvane::detail {
+namespace {
+
+/// What waking a thread and its share of the locks costs, generously.
+constexpr std::int64_t kWorthWakingNs = 40'000;
+constexpr std::chrono::milliseconds kSentinelTurn{1};
+
+}  // namespace
 
 void WorkerPool::Ring::push(Task task) {
   if (size_ == slots_.size()) {
@@ -64,7 +72,7 @@ void WorkerPool::add(Task task) {
     const std::lock_guard lock(mutex_);
     queue_.push(std::move(task));
     pending_.store(queue_.size());
-    wakeWorker = sleepers_ > 0 && !(helperReady_ && queue_.size() == 1);
+    wakeWorker = sleepers_ > 0 && workersMayTake();
   }
   if (wakeWorker)
     wakeUp_.notify_one();
@@ -74,11 +82,14 @@ void WorkerPool::add(Task task) {
 
 void WorkerPool::beginHelping() {
   const std::lock_guard lock(mutex_);
+  helping_ = true;
   helperReady_ = true;
+  wakeUp_.notify_one();  // Whoever wakes becomes the sentinel.
 }
 
 void WorkerPool::endHelping() {
   const std::lock_guard lock(mutex_);
+  helping_ = false;
   helperReady_ = false;
   if (!queue_.empty()) wakeUp_.notify_all();
 }
@@ -86,17 +97,35 @@ void WorkerPool::endHelping() {
 bool WorkerPool::helpOne() {
   if (pending_.load() == 0) return false;
   Task task;
+  bool othersWait = false;
   {
     const std::lock_guard lock(mutex_);
     if (queue_.empty()) return false;
     task = queue_.pop();
     pending_.store(queue_.size());
     helperReady_ = false;
+    othersWait = !queue_.empty();
   }
+  if (!othersWait) {
+    run(task);
+    const std::lock_guard lock(mutex_);
+    helperReady_ = true;
+    return true;
+  }
+  const auto begin = std::chrono::steady_clock::now();
   run(task);
+  const std::int64_t ns = (std::chrono::steady_clock::now() - begin).count();
   const std::lock_guard lock(mutex_);
+  taskNs_ += (ns - taskNs_) / 4;
   helperReady_ = true;
+  if (sleepers_ > 0 && workersMayTake()) wakeUp_.notify_one();
   return true;
+}
+
+bool WorkerPool::workersMayTake() const {
+  if (queue_.empty()) return false;
+  if (!helperReady_) return true;
+  return static_cast<std::int64_t>(queue_.size() - 1) * taskNs_ > kWorthWakingNs;
 }
 
 void WorkerPool::awaitTaskOrQuiet() {
@@ -113,14 +142,21 @@ void WorkerPool::awaitTaskOrQuiet() {
 void WorkerPool::work() {
   std::unique_lock lock(mutex_);
   while (true) {
-    if (!queue_.empty()) {
+    if (workersMayTake()) {
       Task task = queue_.pop();
       pending_.store(queue_.size());
+      if (sleepers_ > 0 && workersMayTake()) wakeUp_.notify_one();
       lock.unlock();
       run(task);
       lock.lock();
     } else if (threads_ > target_ || closing_) {
       break;
+    } else if (helping_ && !hasSentinel_) {
+      hasSentinel_ = true;
+      ++sleepers_;
+      wakeUp_.wait_for(lock, kSentinelTurn);
+      --sleepers_;
+      hasSentinel_ = false;
     } else {
       ++sleepers_;
       wakeUp_.wait(lock);

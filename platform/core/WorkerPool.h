@@ -3,6 +3,7 @@
 #include <atomic>
 #include <condition_variable>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <mutex>
 #include <vector>
@@ -16,7 +17,10 @@ namespace orvane::detail {
 /// The helper is the playback's driver. While it stands ready, that is while it delivers or waits
 /// but does not itself run a task, the first pending task is left to it and no worker is woken:
 /// an event for a single runner then costs no change of thread. Tasks beyond the first wake
-/// workers, and so does every task that comes while the helper is busy with one.
+/// workers only if tasks have lately been long enough to be worth it; short ones the helper does
+/// faster alone. Tasks that come while the helper is busy wake workers always. And since the
+/// helper's task may turn out long, or may even wait for one that is queued, one worker, the
+/// sentinel, looks every millisecond whether it is so.
 ///
 /// Any thread may call any operation, but the helper's own are for one thread at a time.
 class WorkerPool {
@@ -69,6 +73,8 @@ class WorkerPool {
 
   void work();
   void run(Task& task);
+  /// Whether there is a task that is not better left to the helper. Under `mutex_`.
+  bool workersMayTake() const;
 
   QuietSignal signal_;
   std::atomic<std::size_t> pending_{0};  ///< Size of `queue_`, for a look without the lock.
@@ -77,7 +83,10 @@ class WorkerPool {
   std::condition_variable wakeUp_;
   std::condition_variable left_;
   Ring queue_;
-  bool helperReady_ = false;
+  bool helping_ = false;      ///< There is a helper.
+  bool helperReady_ = false;  ///< It runs no task and will look for one.
+  bool hasSentinel_ = false;
+  std::int64_t taskNs_ = 0;  ///< How long the helper's tasks lately took.
   bool closing_ = false;
   int target_ = 0;
   int threads_ = 0;

@@ -146,6 +146,32 @@ TEST(WorkerPool, shouldServeOthersWhileTheHelpersTaskBlocks) {
   pool.endHelping();
 }
 
+TEST(WorkerPool, shouldServeWhatTheHelpersTaskWaitsForWhenBothWereQueuedBefore) {
+  WorkerPool pool;
+  pool.resize(2);
+  pool.beginHelping();
+  for (int round = 0; round < 5; ++round) {
+    std::latch last{1};
+    std::atomic<int> ran{0};
+    pool.add([&] {
+      last.wait();
+      ++ran;
+    });
+    pool.add([&] { ++ran; });
+    pool.add([&] {
+      ++ran;
+      last.count_down();
+    });
+    while (!pool.signal().quiet()) {
+      while (pool.helpOne()) {
+      }
+      pool.awaitTaskOrQuiet();
+    }
+    EXPECT_EQ(ran.load(), 3);
+  }
+  pool.endHelping();
+}
+
 TEST(WorkerPool, shouldLetTheHelperRunWhatABlockedThreadWaitsFor) {
   WorkerPool pool;
   pool.resize(1);
