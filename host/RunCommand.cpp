@@ -146,6 +146,11 @@ RunPlan RunCommand::makePlan() const {
       if (given)
         throw InputError(fmt::format(
             "{} cannot be given together with a configuration; put it into {}", option, config_));
+    if (const QJsonObject reading = reading_.description(); !reading.isEmpty())
+      throw InputError(
+          fmt::format("options on how to read files ({}) cannot be given together with a "
+                      "configuration; put them into a \"format\" in {}",
+                      reading.keys().join(", ").toStdString(), config_));
     readRunConfig(config_, plan);
   } else {
     if (strategy_.empty())
@@ -187,6 +192,7 @@ void RunCommand::addOptions(RunPlan& plan) const {
 
 int RunCommand::execute() {
   const RunPlan plan = makePlan();
+  if (!plan.reportFolder.empty()) checkReportFolder(plan.reportFolder);
   ProgressLine progress;
   const auto began = std::chrono::steady_clock::now();
   DataSet data = loadDataSet(
@@ -195,7 +201,6 @@ int RunCommand::execute() {
       std::chrono::duration<double>(std::chrono::steady_clock::now() - began).count();
   progress.clear();
   setUpLog(log_);
-  if (!plan.reportFolder.empty()) checkReportFolder(plan.reportFolder);
 
   InterruptWatcher interrupts;
   RunOutcome outcome = runSession(plan, std::move(data), interrupts, progress);

@@ -130,6 +130,13 @@ TEST(BadInput, shouldNameOptionAndValueWhenAnArgumentIsWrong) {
   expectRefused({"run", "-b", bars}, {"--strategy"});
 }
 
+TEST(BadInput, shouldRefuseReadingOptionsBesideAConfigurationWhichTheyWouldNotReach) {
+  const test::TempFolder folder;
+  const auto config = folder.write("run.json", R"({"runners": [{"strategy": "sma_cross"}]})");
+  expectRefused({"run", config, "--timezone", "Asia/Shanghai", "--stamp", "end"},
+                {"stamp, timeZone", "run.json"});
+}
+
 TEST(BadInput, shouldRefuseAReportFolderThatIsAFile) {
   const test::TempFolder folder;
   const auto bars = folder.write("bars.csv", test::barsCsv());

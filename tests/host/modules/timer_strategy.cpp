@@ -16,7 +16,9 @@ class TimerStrategy : public orvane::Strategy {
     context->createTimer(60'000, 0, 20);
   }
   void onTimer(orvane::IContext* context, int timerId, orvane::int64) override {
-    if (++fired_ % 5 != 0) return;
+    ++fired_;
+    context->notifySpi({{"fired", fired_}});
+    if (fired_ % 5 != 0) return;
     context->stopTimer(timerId);
     context->createTimer(45'000, 0, 20);
   }
