@@ -252,6 +252,34 @@ TEST(Playback, shouldPlayTheSameAgainAfterRewind) {
   EXPECT_EQ(play(), first);
 }
 
+TEST(Playback, shouldPlayTheSameWhenPacedAndEndAPauseWhenCancelled) {
+  const auto play = [](double speed) {
+    PlatformOptions options;
+    options.speed = speed;
+    InstalledPlatform platform(options);
+    const ICodeID code = platform.code("A");
+    platform->addBars(makeBars(code, kMonday, kMinute, 12));
+    auto runner = std::make_shared<RunnerSpi>(nullptr);
+    platform.quotes().subscribeBars(makeQuery(code), kOneMinute, runner, 1);
+    platform.quotes().subscribeBars(makeQuery(code), kFiveMinutes, runner, 2);
+    platform->run();
+    return runner->handled();
+  };
+  EXPECT_EQ(play(60'000), play(0));
+
+  PlatformOptions options;
+  options.speed = 1;  // A minute from bar to bar.
+  InstalledPlatform platform(options);
+  const ICodeID code = platform.code("A");
+  platform->addBars(makeBars(code, kMonday, kMinute, 3));
+  auto runner = std::make_shared<RunnerSpi>([&](const std::string& event) {
+    if (event.find("0:01=") != std::string::npos) platform->cancel();
+  });
+  platform.quotes().subscribeBars(makeQuery(code), kOneMinute, runner, 1);
+  platform->run();
+  EXPECT_EQ(runner->handled().size(), 2u);
+}
+
 TEST(Playback, shouldDropACancelledRequestAtOnceAndLetGoOfItsReceiver) {
   InstalledPlatform platform;
   const ICodeID code = platform.code("A");
