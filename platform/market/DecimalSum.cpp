@@ -27,7 +27,10 @@ void DecimalSum::add(double value) {
 }
 
 double DecimalSum::value() const {
-  if (units_ % kUnit == 0) return static_cast<double>(units_ / kUnit);
+  if (units_ % kUnit == 0) {
+    const auto whole = units_ / kUnit;
+    return static_cast<double>(whole);
+  }
   // With few digits both numbers are exact, and the division gives the nearest double.
   Units units = units_;
   int decimals = kDecimals;
