@@ -154,7 +154,7 @@ ResultStatus CodeService::codeQueryA(int kind, std::list<ICodeID>& codes) {
 }
 
 ResultStatus CodeService::codeQueryB(int kind, int market, int limit, std::list<ICodeID>& codes) {
-  const ResultStatus status = codeQueryC(kind, market, codes);
+  ResultStatus status = codeQueryC(kind, market, codes);
   if (codes.size() > static_cast<std::size_t>(std::max(0, limit)))
     codes.resize(static_cast<std::size_t>(std::max(0, limit)));
   return status;

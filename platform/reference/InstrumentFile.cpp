@@ -107,7 +107,7 @@ void readKey(Instrument& instrument, const std::string& key, const QJsonValue& v
     instrument.id = idOf(key, value.isDouble() ? shortest(value.toDouble()) : textOf(value));
   } else if (key == "categories") {
     if (!value.isArray()) fail(key, textOf(value), "is not a list of texts");
-    for (const QJsonValue& one : value.toArray()) {
+    for (const QJsonValue one : value.toArray()) {
       if (!one.isString()) fail(key, textOf(one), "is not a text");
       instrument.categories.push_back(utf8ToGbk(one.toString().toStdString()));
     }
@@ -179,7 +179,7 @@ std::vector<Instrument> loadInstruments(const std::string& path) {
     throw std::invalid_argument(
         path + ": key \"instruments\": " + (list.isUndefined() ? "is missing" : "is not a list"));
   std::vector<Instrument> instruments;
-  for (const QJsonValue& value : list.toArray()) {
+  for (const QJsonValue value : list.toArray()) {
     try {
       instruments.push_back(readInstrument(value));
     } catch (const std::invalid_argument& wrong) {

@@ -74,7 +74,7 @@ NamedRole roleNamed(const std::string& name) {
 
 void readColumns(Description& out, const QJsonValue& value) {
   if (value.isArray()) {
-    for (const QJsonValue& item : value.toArray())
+    for (const QJsonValue item : value.toArray())
       out.columnList.push_back(roleNamed(textOf("columns", item)));
     if (out.columnList.empty()) refuse("columns", value, "a list of names");
     return;

@@ -127,6 +127,7 @@ void widen(std::vector<double>& cells, const std::vector<TickColumnId>& from,
            const std::vector<TickColumnId>& to) {
   if (from == to) return;
   std::vector<std::size_t> places;
+  places.reserve(from.size());
   for (const TickColumnId& id : from)
     places.push_back(static_cast<std::size_t>(std::find(to.begin(), to.end(), id) - to.begin()));
   const std::size_t rows = cells.size() / from.size();

@@ -233,7 +233,7 @@ void TimeParser::findOrder(int column, const SampleRows& samples,
     monthFirst = monthFirst && parseMoment(text, DateOrder::MonthFirst, moment) == DateResult::Good;
   }
   if (!ambiguous) return;
-  const std::string name = names[static_cast<std::size_t>(column)];
+  const std::string& name = names[static_cast<std::size_t>(column)];
   if (dayFirst == monthFirst)
     throw DataFileError(file_ + ": column \"" + name + "\": \"" + *ambiguous +
                         "\" may begin with the day or with the month; say which in the "
