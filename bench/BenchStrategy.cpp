@@ -1,0 +1,89 @@
+#include "bench/BenchStrategy.h"
+
+#include "EventStrategy/ov.strategy.runner/IContext.h"
+#include "EventStrategy/ov.strategy.runner/IRunnerFactory.h"
+#include "sdk/Strategy.h"
+
+namespace orvane::bench {
+namespace {
+
+Wanted wantedNow = Wanted::Bars;
+ICodeID codeNow;
+std::size_t seen = 0;
+
+class CountingStrategy final : public Strategy {
+ public:
+  void onStart(IContext* context, const QJsonObject& /*params*/) override {
+    if (wantedNow == Wanted::Bars)
+      context->subscribeKline(kRequestId, codeNow, "1m", kUnsetTime, kUnsetTime, 0, 0);
+    else
+      context->subscribeQuote(codeNow, 0);
+  }
+  void onQuote(IContext* /*context*/, const IDepthMarketData& /*quote*/) override { ++seen; }
+  void onBarSeriesById(IContext* /*context*/, int /*requestId*/, const ICodeID& /*code*/,
+                       const std::string& /*frequency*/, const std::vector<IKLine>& bars,
+                       const ResultStatus& /*status*/, int /*batchFlag*/) override {
+    seen += bars.size();
+  }
+};
+
+IStrategy* createCountingStrategy() { return new CountingStrategy; }
+
+}  // namespace
+
+Playback::Playback() : platform_(std::make_unique<EmbeddedPlatform>()) {
+  seen = 0;
+  platform_->setSymbolHook(
+      [](const std::string&, void*) { return reinterpret_cast<void*>(&createCountingStrategy); });
+  installPlatform(platform_.get());
+}
+
+Playback::~Playback() {
+  if (runner_ || context_) stop();
+  platform_->drain();
+  installPlatform(nullptr);
+}
+
+ICodeID Playback::addCode() {
+  Instrument instrument;
+  instrument.code = "BENCH";
+  return code_ = platform_->addInstrument(instrument);
+}
+
+void Playback::start(Wanted wanted) {
+  wantedNow = wanted;
+  codeNow = code_;
+  runner_ = IRunnerFactory::instance()->createRunner("bench", 0);
+  runner_->setStrategyPath(ORVANE_ANY_MODULE);
+  runner_->start({});
+}
+
+std::shared_ptr<RunnerContext> Playback::startContext(const ICodeID& code, Wanted wanted) {
+  wantedNow = wanted;
+  codeNow = code;
+  context_ = std::make_shared<RunnerContext>("bench", 0);
+  context_->shared().strategyPath = ORVANE_ANY_MODULE;
+  context_->startEvent();
+  context_->start({});
+  platform_->drain();
+  return context_;
+}
+
+std::size_t Playback::stop() {
+  if (runner_) {
+    runner_->stop();
+    platform_->drain();
+    IRunnerFactory::instance()->destroyRunner("bench");
+    runner_.reset();
+  }
+  if (context_) {
+    context_->stop();
+    platform_->drain();
+    context_->stopEvent();
+    context_.reset();
+  }
+  platform_->drain();
+  return seen;
+}
+
+}  // namespace orvane::bench

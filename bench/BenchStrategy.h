@@ -1,0 +1,44 @@
+#pragma once
+
+#include <memory>
+
+#include "EventStrategy/ov.strategy.runner/IRunner.h"
+#include "EventStrategy/ov.strategy.runner/RunnerContext.h"
+#include "platform/EmbeddedPlatform.h"
+#include "shared/ICodeID.h"
+
+namespace orvane::bench {
+
+/// What the benchmark's strategy subscribes to in `onStart`.
+enum class Wanted { Bars, Quotes };
+
+/// The id of its bar request.
+inline constexpr int kRequestId = 1000000;
+
+/// An embedded platform with one code and one runner on it, whose strategy counts what it sees.
+/// The strategy is no module: the platform's symbol hook puts it in the place of one.
+class Playback {
+ public:
+  Playback();
+  ~Playback();
+
+  EmbeddedPlatform& platform() { return *platform_; }
+  ICodeID addCode();
+
+  /// Starts a runner from the factory.
+  void start(Wanted wanted);
+
+  /// Starts a bare `RunnerContext` with its sources attached.
+  std::shared_ptr<RunnerContext> startContext(const ICodeID& code, Wanted wanted);
+
+  /// Ends the run and tells how many records the strategy saw.
+  std::size_t stop();
+
+ private:
+  std::unique_ptr<EmbeddedPlatform> platform_;
+  std::shared_ptr<IRunner> runner_;
+  std::shared_ptr<RunnerContext> context_;
+  ICodeID code_;
+};
+
+}  // namespace orvane::bench

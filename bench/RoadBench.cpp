@@ -1,0 +1,128 @@
+// What an event costs: through the pump alone, and from the quote service to the strategy; and how
+// many records a second a whole playback makes.
+
+#include <benchmark/benchmark.h>
+
+#include <QJsonObject>
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+
+#include "EventStrategy/Events.h"
+#include "EventStrategy/QuoteSrc.h"
+#include "EventStrategy/ov.strategy.runner/IContext.h"
+#include "EventStrategy/ov.strategy.runner/IRunnerSpi.h"
+#include "EventStrategy/ov.strategy.runner/RunnerContext.h"
+#include "bench/BenchStrategy.h"
+#include "platform/EmbeddedPlatform.h"
+
+namespace orvane {
+namespace {
+
+constexpr int64 kMinuteMs = 60000;
+constexpr int64 kStart = 1704067200000;  // 2024-01-01 00:00 UTC.
+
+BarSeries makeBars(const ICodeID& code, std::size_t count) {
+  BarSeries series;
+  series.code = code;
+  series.periodMs = kMinuteMs;
+  series.timeZone = "UTC";
+  series.origin = "bench";
+  series.bars.resize(count);
+  for (std::size_t i = 0; i < count; ++i) {
+    KLineWriter writer(series.bars[i]);
+    const int64 begin = kStart + static_cast<int64>(i) * kMinuteMs;
+    writer.setTimes(begin, begin + kMinuteMs);
+    const double close = 100 + static_cast<double>(i % 50);
+    writer.set(kline::Open, close);
+    writer.set(kline::High, close + 1);
+    writer.set(kline::Low, close - 1);
+    writer.set(kline::Close, close);
+    writer.set(kline::Volume, 10);
+    writer.setDayAndFlags(20240101, 0);
+  }
+  return series;
+}
+
+TickSeries makeTicks(const ICodeID& code, std::size_t count) {
+  TickSeries series;
+  series.code = code;
+  series.timeZone = "UTC";
+  series.origin = "bench";
+  series.columns = {{TickColumn::LastPrice},  {TickColumn::Volume},      {TickColumn::BidPrice, 0},
+                    {TickColumn::BidSize, 0}, {TickColumn::AskPrice, 0}, {TickColumn::AskSize, 0}};
+  for (std::size_t i = 0; i < count; ++i) {
+    series.times.push_back(kStart + static_cast<int64>(i) * 500);
+    series.tradingDays.push_back(20240101);
+    const double price = 100 + static_cast<double>(i % 50);
+    series.cells.insert(series.cells.end(), {price, 1, price - 1, 5, price + 1, 7});
+  }
+  return series;
+}
+
+/// Plays one series through the whole road, from the start of the runner to its end.
+void play(benchmark::State& state, bool ticks) {
+  const auto count = static_cast<std::size_t>(state.range(0));
+  for (auto _ : state) {
+    state.PauseTiming();
+    bench::Playback playback;
+    const ICodeID code = playback.addCode();
+    if (ticks)
+      playback.platform().addTicks(makeTicks(code, count));
+    else
+      playback.platform().addBars(makeBars(code, count));
+    playback.start(ticks ? bench::Wanted::Quotes : bench::Wanted::Bars);
+    state.ResumeTiming();
+    playback.platform().run();
+    state.PauseTiming();
+    const std::size_t seen = playback.stop();
+    if (seen != count) state.SkipWithError("the strategy did not see every record");
+    state.ResumeTiming();
+  }
+  state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+
+void barPlayback(benchmark::State& state) { play(state, false); }
+void tickPlayback(benchmark::State& state) { play(state, true); }
+
+BENCHMARK(barPlayback)->Arg(500000)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(tickPlayback)->Arg(200000)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+/// Events pushed, taken by pool tasks, dispatched and destroyed. With one event the figure is the
+/// wait for quiet from a foreign thread; with many it is the pump.
+void eventThroughPump(benchmark::State& state) {
+  bench::Playback playback;
+  const ICodeID code = playback.addCode();
+  const auto runner = playback.startContext(code, bench::Wanted::Bars);
+  const IKLine bar = makeBars(code, 1).bars.front();
+  for (auto _ : state) {
+    for (int64 i = 0; i < state.range(0); ++i) {
+      auto event = std::make_unique<BarEvent>();
+      event->requestId = bench::kRequestId;
+      event->code = code;
+      event->bars.assign(1, bar);
+      runner->pushEvent(event.release());
+    }
+    playback.platform().drain();
+  }
+  state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+BENCHMARK(eventThroughPump)->Arg(1)->Arg(10000)->UseRealTime();
+
+/// Quotes from the service's call-back to the strategy's; one and many as above.
+void quoteToStrategy(benchmark::State& state) {
+  bench::Playback playback;
+  const ICodeID code = playback.addCode();
+  const auto runner = playback.startContext(code, bench::Wanted::Quotes);
+  IDepthMarketData quote;
+  quote.code = code;
+  for (auto _ : state) {
+    for (int64 i = 0; i < state.range(0); ++i) runner->quotes()->onQuote(quote);
+    playback.platform().drain();
+  }
+  state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+BENCHMARK(quoteToStrategy)->Arg(1)->Arg(10000)->UseRealTime();
+
+}  // namespace
+}  // namespace orvane
