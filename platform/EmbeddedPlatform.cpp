@@ -43,7 +43,10 @@ EmbeddedPlatform::Impl::Impl(PlatformOptions chosen)
     timerThread = std::make_unique<detail::TimerThread>(timers);
 }
 
-EmbeddedPlatform::Impl::~Impl() { cancelled.store(true); }
+EmbeddedPlatform::Impl::~Impl() {
+  cancelled.store(true);
+  publishers->freeAll();
+}
 
 detail::DriverParts EmbeddedPlatform::Impl::parts() {
   return {loop, pool, *timers, quotes, store, clock, cancelled};
@@ -207,7 +210,9 @@ EventSourceId EmbeddedPlatform::eventSourceOf(const SourceId& source) {
 }
 
 ICondService* EmbeddedPlatform::conditionService() { return nullptr; }
-IPublisher* EmbeddedPlatform::createPublisher(RunnerModeFlag) { return new detail::NoPublisher; }
+IPublisher* EmbeddedPlatform::createPublisher(RunnerModeFlag) {
+  return new detail::NoPublisher(impl_->publishers);
+}
 
 std::shared_ptr<IGeneralEventManager> EmbeddedPlatform::generalEventManager() {
   return impl_->generalEvents;

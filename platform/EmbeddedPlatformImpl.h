@@ -13,6 +13,7 @@
 #include "platform/events/NoGeneralEvents.h"
 #include "platform/events/NoIndexTrade.h"
 #include "platform/events/NoSystemEvent.h"
+#include "platform/events/PublisherBook.h"
 #include "platform/market/Driver.h"
 #include "platform/market/MarketStore.h"
 #include "platform/market/OverdueAnswerer.h"
@@ -60,6 +61,8 @@ class EmbeddedPlatform::Impl final : public IServiceRouter, public IQuoteHub {
   std::shared_ptr<detail::NoGeneralEvents> generalEvents =
       std::make_shared<detail::NoGeneralEvents>();
   detail::NoIndexTrade index;
+  const std::shared_ptr<detail::PublisherBook> publishers =
+      std::make_shared<detail::PublisherBook>();
   detail::NoSystemEvent systemEvents;
   detail::MarketStore store;
   detail::QuoteService quotes;

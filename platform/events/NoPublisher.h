@@ -1,6 +1,10 @@
 #pragma once
 
+#include <memory>
+#include <utility>
+
 #include "platform/core/NotSupported.h"
+#include "platform/events/PublisherBook.h"
 #include "services/ov.publisher/IPublisher.h"
 
 namespace orvane::detail {
@@ -8,6 +12,14 @@ namespace orvane::detail {
 /// A publisher without a channel.
 class NoPublisher final : public IPublisher {
  public:
+  /// Stands in `book` as long as it lives.
+  explicit NoPublisher(std::shared_ptr<PublisherBook> book) : book_(std::move(book)) {
+    book_->add(this);
+  }
+  ~NoPublisher() override { book_->remove(this); }
+  NoPublisher(const NoPublisher&) = delete;
+  NoPublisher& operator=(const NoPublisher&) = delete;
+
   ResultStatus publisherOp1(const std::string&, const std::string&, int64, int64,
                             const std::string&, std::int32_t, int) override {
     return notSupported();
@@ -85,6 +97,9 @@ class NoPublisher final : public IPublisher {
   ResultStatus publishOp8(const std::string&, const std::string&, int) override {
     return notSupported();
   }
+
+ private:
+  const std::shared_ptr<PublisherBook> book_;
 };
 
 }  // namespace orvane::detail
