@@ -167,6 +167,8 @@ void EmbeddedPlatform::cancel() {
 
 void EmbeddedPlatform::drain() { impl_->drain(); }
 
+std::vector<AccountResult> EmbeddedPlatform::tradeResults() const { return {}; }
+
 // The entry points behind the services.
 
 IServiceRouter* EmbeddedPlatform::router() { return impl_.get(); }

@@ -6,6 +6,8 @@
 
 #include "platform/market/Series.h"
 #include "platform/reference/Instrument.h"
+#include "platform/trade/TradeOptions.h"
+#include "platform/trade/TradeResults.h"
 #include "services/IPlatform.h"
 #include "shared/Export.h"
 
@@ -26,6 +28,7 @@ struct PlatformOptions {
   double speed = 0;
   int64 from = kUnsetTime;  ///< Playback starts here; what lies before is history. UTC ms.
   int64 to = kUnsetTime;    ///< Market data at or after this instant is not played. UTC ms.
+  TradeOptions trade;       ///< The accounts and the paper exchange.
 };
 
 /// How far a run has come; handed to the host's progress call-back.
@@ -80,6 +83,10 @@ class ORVANE_API EmbeddedPlatform final : public IPlatform {
 
   /// Blocks until every runner is quiet: nothing pending, nothing running.
   void drain();
+
+  /// What the accounts did since the start or the last `rewind`, in the order of the options. Only
+  /// while every runner is quiet.
+  std::vector<AccountResult> tradeResults() const;
 
   // IPlatform.
   IServiceRouter* router() override;

@@ -1,0 +1,73 @@
+#pragma once
+
+#include <compare>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "shared/Types.h"
+
+namespace orvane::detail {
+
+__extension__ typedef __int128 Int128;
+
+/// A decimal number of a fixed count of decimals, held as an integer: sums and comparisons are
+/// exact. `Tag` keeps prices, volumes and money apart.
+template <typename Units, int kDecimals, typename Tag>
+struct Fixed {
+  Units units = 0;
+
+  friend auto operator<=>(const Fixed&, const Fixed&) = default;
+  Fixed operator-() const { return {-units}; }
+  Fixed& operator+=(Fixed other) { return units += other.units, *this; }
+  Fixed& operator-=(Fixed other) { return units -= other.units, *this; }
+  friend Fixed operator+(Fixed a, Fixed b) { return a += b; }
+  friend Fixed operator-(Fixed a, Fixed b) { return a -= b; }
+  bool isZero() const { return units == 0; }
+  bool isPositive() const { return units > 0; }
+};
+
+/// A price, to 10 decimals: up to 9.2e8.
+using Price = Fixed<int64, 10, struct PriceTag>;
+/// A volume in lots, shares or coins, to 8 decimals: up to 9.2e10.
+using Volume = Fixed<int64, 8, struct VolumeTag>;
+/// The contract multiplier, to 4 decimals.
+using Multiplier = Fixed<int64, 4, struct MultiplierTag>;
+/// A share of a turnover, to 10 decimals.
+using Rate = Fixed<int64, 10, struct RateTag>;
+/// Money, to 22 decimals: price times volume times multiplier without any rounding, up to 1.7e16.
+using Money = Fixed<Int128, 22, struct MoneyTag>;
+
+/// The decimal text, such as "0.2" or "-1000000", of a fixed number; empty if it is none, has too
+/// many decimals or is out of range.
+std::optional<Price> priceOf(std::string_view decimal);
+std::optional<Volume> volumeOf(std::string_view decimal);
+std::optional<Multiplier> multiplierOf(std::string_view decimal);
+std::optional<Rate> rateOf(std::string_view decimal);
+std::optional<Money> moneyOf(std::string_view decimal);
+
+/// The decimal that a double stands for (the shortest one that reads back as it), rounded half
+/// away from zero to the decimals of the type; empty if it is not finite or out of range.
+std::optional<Price> priceOf(double value);
+std::optional<Volume> volumeOf(double value);
+
+/// The nearest double.
+double toDouble(Price price);
+double toDouble(Volume volume);
+double toDouble(Multiplier multiplier);
+double toDouble(Money money);
+
+/// The exact decimal text without trailing zeros.
+std::string text(Price price);
+std::string text(Volume volume);
+std::string text(Money money);
+
+/// Price times volume times multiplier, exactly; empty if it is out of range.
+std::optional<Money> turnoverOf(Price price, Volume volume, Multiplier multiplier);
+/// A share of an amount, rounded half away from zero to 8 decimals of money.
+Money shareOf(Money amount, Rate rate);
+/// Money for a volume at a price for each unit, rounded half away from zero to 8 decimals.
+Money chargeOf(Money each, Volume volume);
+
+}  // namespace orvane::detail
