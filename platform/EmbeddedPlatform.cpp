@@ -31,6 +31,7 @@ EmbeddedPlatform::Impl::Impl(PlatformOptions chosen)
     : options(std::move(chosen)),
       zone(zoneOrThrow(options.timeZone)),
       codes([this] { return now(); }, options.timeZone),
+      trade(options.trade, [this] { return now(); }),
       store(options.from, options.to, zone),
       quotes(store, codes, [this] { noteRequest(); }),
       playback(parts(), options.speed, progress),

@@ -19,7 +19,7 @@
 #include "platform/market/OverdueAnswerer.h"
 #include "platform/market/QuoteService.h"
 #include "platform/reference/CodeService.h"
-#include "platform/trade/NoTradeService.h"
+#include "platform/trade/TradeService.h"
 #include "services/Common/IServiceRouter.h"
 
 namespace orvane {
@@ -56,7 +56,7 @@ class EmbeddedPlatform::Impl final : public IServiceRouter, public IQuoteHub {
   detail::DriverProgress progress;
 
   detail::CodeService codes;
-  detail::NoTradeService trade;
+  detail::TradeService trade;
   detail::NoDataService data;
   std::shared_ptr<detail::NoGeneralEvents> generalEvents =
       std::make_shared<detail::NoGeneralEvents>();

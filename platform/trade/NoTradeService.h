@@ -6,7 +6,7 @@
 namespace orvane::detail {
 
 /// A trade side without accounts: lists are empty, everything else is not supported.
-class NoTradeService final : public ITradeService {
+class NoTradeService : public ITradeService {
  public:
   ResultStatus sendOrder(const OrderRequest&, std::list<Order>&) override { return notSupported(); }
   ResultStatus cancelOrder(const Order&) override { return notSupported(); }
