@@ -7,6 +7,10 @@
 
 namespace orvane {
 
+namespace detail {
+struct TestAccess;
+}
+
 /// The runners by name. The mutex is held while a runner is replaced, stopped or let go; none of
 /// these calls back into the factory.
 class RunnerFactory final : public IRunnerFactory {
@@ -15,6 +19,8 @@ class RunnerFactory final : public IRunnerFactory {
   void destroyRunner(const std::string& name) override;
 
  private:
+  friend struct detail::TestAccess;
+
   std::mutex mutex_;
   std::map<std::string, std::shared_ptr<IRunner>> runners_;
 };

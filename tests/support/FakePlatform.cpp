@@ -86,7 +86,10 @@ EventSourceId FakePlatform::eventSourceOf(const SourceId& source) {
   return static_cast<EventSourceId>(source.sourceType & 255);
 }
 
-ICondService* FakePlatform::conditionService() { return &conditions; }
+ICondService* FakePlatform::conditionService() {
+  if (onConditionService) onConditionService();
+  return &conditions;
+}
 
 IPublisher* FakePlatform::createPublisher(RunnerModeFlag mode) {
   calls.record("publisher.create", std::to_string(mode));

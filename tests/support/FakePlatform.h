@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <functional>
 #include <memory>
 
 #include "services/IPlatform.h"
@@ -39,6 +40,10 @@ class FakePlatform final : public IPlatform {
   FakeSystemEvent system;
   std::atomic<bool> timeEnabled{false};
   int64 zoneOffset = 8 * 3600 * 1000;  ///< Of the platform's own zone.
+
+  /// Runs whenever the condition service is asked for: the moment at which a trade source is
+  /// attached or detached. Set it before calls come.
+  std::function<void()> onConditionService;
 
   FakeRealtimeQuoteService& quotes() { return routes.realtime; }
   FakeCodeService& codes() { return routes.codes; }

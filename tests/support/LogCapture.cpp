@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <mutex>
+#include <utility>
 
 namespace orvane::support {
 namespace {
@@ -22,6 +23,7 @@ std::string utf8(const log4cxx::LogString& text) {
 struct LogCapture::Store {
   std::mutex mutex;
   std::vector<CapturedLine> lines;
+  std::function<void(const CapturedLine&)> hook;
 };
 
 struct LogCapture::Appender final : public log4cxx::AppenderSkeleton {
@@ -34,10 +36,19 @@ struct LogCapture::Appender final : public log4cxx::AppenderSkeleton {
     const log4cxx::spi::LocationInfo& location = event->getLocationInformation();
     const char* file = location.getFileName();
     const std::string function = location.getMethodName();
-    const std::lock_guard lock(store->mutex);
-    store->lines.push_back({utf8(event->getLoggerName()), utf8(event->getLevel()->toString()),
-                            utf8(event->getMessage()), file == nullptr ? "" : file, function,
-                            location.getLineNumber()});
+    const CapturedLine line{utf8(event->getLoggerName()),
+                            utf8(event->getLevel()->toString()),
+                            utf8(event->getMessage()),
+                            file == nullptr ? "" : file,
+                            function,
+                            location.getLineNumber()};
+    std::function<void(const CapturedLine&)> hook;
+    {
+      const std::lock_guard lock(store->mutex);
+      store->lines.push_back(line);
+      hook = store->hook;
+    }
+    if (hook) hook(line);
   }
 
   const std::shared_ptr<Store> store;
@@ -89,6 +100,11 @@ int LogCapture::countContaining(const std::string& part) const {
 void LogCapture::clear() {
   const std::lock_guard lock(store_->mutex);
   store_->lines.clear();
+}
+
+void LogCapture::onLine(std::function<void(const CapturedLine&)> hook) {
+  const std::lock_guard lock(store_->mutex);
+  store_->hook = std::move(hook);
 }
 
 std::string LogCapture::message(const std::string& logger, const std::string& level,

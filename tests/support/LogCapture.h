@@ -2,6 +2,7 @@
 
 #include <log4cxx/level.h>
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -40,6 +41,10 @@ class LogCapture {
   int countContaining(const std::string& part) const;
 
   void clear();
+
+  /// Runs inside every line, on the thread that logs and after the line was noted: to state what
+  /// holds at that moment. It must not log. An empty hook takes it away.
+  void onLine(std::function<void(const CapturedLine&)> hook);
 
   /// A line's whole message, as `count` wants it.
   static std::string message(const std::string& logger, const std::string& level,

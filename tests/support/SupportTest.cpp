@@ -315,6 +315,21 @@ TEST(LogCapture, shouldHoldLinesOfAllLevelsForItsScopeOnly) {
   EXPECT_THAT(later.messages(), IsEmpty());
 }
 
+TEST(LogCapture, shouldRunAHookInsideEachLineUntilItIsTakenAway) {
+  const auto logger = log4cxx::Logger::getLogger("CaptureProbe");
+  LogCapture capture;
+  std::vector<std::string> seen;
+  capture.onLine([&](const CapturedLine& line) {
+    seen.push_back(line.message);
+    EXPECT_EQ(capture.lines().size(), seen.size());
+  });
+  LOG4CXX_INFO(logger, "one");
+  LOG4CXX_INFO(logger, "two");
+  capture.onLine({});
+  LOG4CXX_INFO(logger, "three");
+  EXPECT_THAT(seen, ElementsAre("one", "two"));
+}
+
 TEST(LogCapture, shouldBuildAMessageWithAPrefixOfEightCharacters) {
   EXPECT_EQ(LogCapture::message("L", "INFO", "t"), "[INFO ] L t");
   EXPECT_EQ(LogCapture::message("L", "DEBUG", "t"), "[DEBUG] L t");

@@ -15,6 +15,7 @@
 #include "EventStrategy/TimerSrc.h"
 #include "EventStrategy/TradeSrc.h"
 #include "EventStrategy/ov.strategy.runner/RunnerContext.h"
+#include "EventStrategy/ov.strategy.runner/RunnerFactory.h"
 #include "EventStrategy/ov.strategy.runner/UserContext.h"
 
 namespace orvane::detail {
@@ -73,6 +74,17 @@ struct TestAccess {
   static std::string name(TradeSrc& src) { return src.name_; }
   static std::string name(GeneralEventSrc& src) { return src.name_; }
   static std::string name(IndexSrc& src) { return src.name_; }
+
+  /// The mutex under which each source writes its notify pointer.
+  static std::mutex& attachMutex(DataSrc& src) { return src.notifyMutex_; }
+  static std::mutex& attachMutex(QuoteSrc& src) { return src.notifyMutex_; }
+  static std::mutex& attachMutex(TradeSrc& src) { return src.mutex_; }
+  static std::mutex& attachMutex(TimerSrc& src) { return src.mutex_; }
+  static std::mutex& attachMutex(GeneralEventSrc& src) { return src.mutex_; }
+  static std::mutex& attachMutex(IndexSrc& src) { return src.mutex_; }
+
+  // The factory.
+  static bool mutexIsFree(RunnerFactory& factory) { return isFree(factory.mutex_); }
 
   // The runner's context.
   static const RunnerState& state(RunnerContext& c) { return *c.state_; }
