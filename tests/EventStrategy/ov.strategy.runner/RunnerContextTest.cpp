@@ -2,6 +2,9 @@
 
 #include "EventStrategy/ov.strategy.runner/RunnerContext.h"
 
+#include <functional>
+#include <memory>
+
 #include "EventStrategy/EventTypes.h"
 #include "EventStrategy/TradeSrc.h"
 #include "EventStrategy/ov.strategy.runner/ServerUserContext.h"
@@ -472,8 +475,9 @@ TEST_F(RunnerContextTest, shouldReleaseSpiAndEventsBeforeTheStrategiesAndThenThe
   std::vector<std::string> order;
   struct Probe : OrderEvent {
     explicit Probe(std::vector<std::string>& log) : ends(log) {}
-    ~Probe() override { ends.push_back("event"); }
+    ~Probe() override { ends.push_back(alive() == 1 ? "event" : "event too late"); }
     std::vector<std::string>& ends;
+    std::function<int()> alive;
   };
   class ProbeSpi final : public IRunnerSpi {
    public:
@@ -488,7 +492,9 @@ TEST_F(RunnerContextTest, shouldReleaseSpiAndEventsBeforeTheStrategiesAndThenThe
     std::vector<std::string>& ends_;
   };
   runner->shared().spi = std::make_shared<ProbeSpi>(order);
-  runner->pushEvent(new Probe(order));
+  auto probe = std::make_unique<Probe>(order);
+  probe->alive = [this] { return script->alive(); };
+  runner->pushEvent(probe.release());
   platform.calls.onCall("quote.unsubscribeSpi", [&] {
     order.push_back(script->alive() == 0 ? "sources after strategies" : "sources first");
   });
@@ -509,8 +515,13 @@ TEST_F(RunnerContextTest, shouldLetBadWeakPtrPassToTheCallerWhenNotHeldByAShared
   EXPECT_THROW(unowned.stop(), std::bad_weak_ptr);
   EXPECT_THROW(unowned.setError("x"), std::bad_weak_ptr);
   EXPECT_THROW(unowned.setFinish(), std::bad_weak_ptr);
-  RunnerContext other("solo", 0);
-  EXPECT_THROW(other.pushEvent(orderEvent(1)), std::bad_weak_ptr);
+  RunnerContext pushing("solo", 0);
+  EXPECT_THROW(pushing.pushEvent(orderEvent(1)), std::bad_weak_ptr);
+  EXPECT_TRUE(TestAccess::isScheduled(pushing));
+  RunnerContext updating("solo", 0);
+  EXPECT_THROW(updating.update({}), std::bad_weak_ptr);
+  RunnerContext resetting("solo", 0);
+  EXPECT_THROW(resetting.reset4PlayBack({}), std::bad_weak_ptr);
 }
 
 // Log prefix.

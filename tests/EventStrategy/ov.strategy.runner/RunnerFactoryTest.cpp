@@ -31,6 +31,17 @@ class RunnerFactoryTest : public LibraryTest {
     return runner;
   }
 
+  bool isFactoryFree() { return TestAccess::mutexIsFree(static_cast<RunnerFactory&>(*factory)); }
+
+  /// Notes for each of the runners' lines from now on whether the factory could be entered.
+  void noteLocks(std::vector<std::string>& notes) {
+    logs.onLine([this, &notes](const CapturedLine& line) {
+      if (line.logger != "Runner") return;
+      const std::string text = line.message.substr(line.message.find(",") + 1);
+      notes.push_back(text.substr(0, text.find('=')) + (isFactoryFree() ? " free" : " held"));
+    });
+  }
+
   IRunnerFactory* factory = IRunnerFactory::instance();
   std::shared_ptr<StrategyScript> script = std::make_shared<StrategyScript>();
   std::shared_ptr<RecordingRunnerSpi> spi = std::make_shared<RecordingRunnerSpi>();
@@ -279,6 +290,63 @@ TEST_F(RunnerFactoryTest, shouldNotHoldTheFactoryWhileARunnerIsConstructed) {
   });
   EXPECT_NE(make("a"), nullptr);
   EXPECT_GE(made, 4);
+}
+
+TEST_F(RunnerFactoryTest, shouldHoldItsMutexAcrossSetSpiStopAndReleaseInADestroy) {
+  make("a");
+  std::vector<std::string> notes;
+  noteLocks(notes);
+  factory->destroyRunner("a");
+  logs.onLine({});
+  EXPECT_THAT(notes, ElementsAre("destroy Runner free", "setSpi held", "stop held",
+                                 "Runner destruct held"));
+  EXPECT_TRUE(isFactoryFree());
+}
+
+TEST_F(RunnerFactoryTest, shouldHoldItsMutexWhileItReleasesAReplacedRunnerAndNotWhileItMakesOne) {
+  make("a");
+  std::vector<std::string> notes;
+  noteLocks(notes);
+  const auto second = factory->createRunner("a", 0);
+  logs.onLine({});
+  EXPECT_THAT(notes,
+              ElementsAre("create Runner free", "RunnerContext construct free",
+                          "Runner construct free", "Runner destruct held",
+                          "RunnerContext destruct begin held", "RunnerContext destruct end held"));
+}
+
+TEST_F(RunnerFactoryTest, shouldAttachTheSourcesBetweenTheContextsConstructionAndItsOwn) {
+  std::vector<std::string> lines;
+  platform.onConditionService = [&] { lines.push_back(logs.messages("Runner").back()); };
+  auto runner = factory->createRunner("a", 0);
+  EXPECT_THAT(lines, ElementsAre("[DEBUG] Runner a,RunnerContext construct"));
+  factory->destroyRunner("a");
+  pool.runAll();
+  EXPECT_EQ(lines.size(), 1u);
+  runner.reset();
+  EXPECT_THAT(lines, ElementsAre("[DEBUG] Runner a,RunnerContext construct",
+                                 "[DEBUG] Runner a,Runner destruct"));
+  EXPECT_EQ(logs.messages("Runner").back(), "[DEBUG] Runner a,RunnerContext destruct end");
+  platform.onConditionService = nullptr;
+}
+
+TEST_F(RunnerFactoryTest, shouldHoldNoLockOfTheRunnerWhileItLetsGoOfASpi) {
+  class CallingSpi final : public IRunnerSpi {
+   public:
+    explicit CallingSpi(IRunner* runner) : runner_(runner) {}
+    ~CallingSpi() override { runner_->setOrderSource("from the end"); }
+    void onStatus(int, const std::string&) override {}
+    void onNotify(const QJsonObject&) override {}
+    void onEnvs(const std::map<std::string, std::string>&) override {}
+    void onEnvItems(const std::list<EnvItem>&) override {}
+
+   private:
+    IRunner* const runner_;
+  };
+  const auto runner = make("a");
+  runner->setSpi(std::make_shared<CallingSpi>(runner.get()));
+  runner->setSpi(spi);
+  EXPECT_TRUE(loggedOnce("Runner", "DEBUG", "a,setStrategyPath,source=from the end"));
 }
 
 TEST_F(RunnerFactoryTest, shouldServeManyHostsAtOnce) {

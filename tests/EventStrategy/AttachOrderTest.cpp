@@ -1,0 +1,67 @@
+// The order in which a strategy is attached to its six sources and detached from them. A write
+// waits for its source's mutex, so with all six held, letting them go one by one shows which
+// source is next: in any other order the thread under test would wait for ever.
+
+#include <algorithm>
+#include <atomic>
+#include <functional>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+#include "tests/EventStrategy/CollectingStrategy.h"
+#include "tests/EventStrategy/LibraryTest.h"
+
+namespace orvane::support {
+namespace {
+
+class AttachOrder : public LibraryTest {
+ protected:
+  struct Source {
+    std::mutex& mutex;
+    std::function<bool()> isAttached;
+  };
+
+  template <typename Src>
+  static Source sourceOf(Src& src) {
+    return {TestAccess::attachMutex(src), [&src] { return TestAccess::notify(src) != nullptr; }};
+  }
+
+  static bool isAttached(const Source& source) {
+    const std::lock_guard lock(source.mutex);
+    return source.isAttached();
+  }
+
+  /// Lets the sources go one by one while `act` runs; returns when each was reached in its turn.
+  static void letGoInTurn(const std::vector<Source>& sources, bool attached,
+                          const std::function<void()>& act) {
+    for (const Source& source : sources) source.mutex.lock();
+    std::thread actor(act);
+    for (std::size_t i = 0; i < sources.size(); ++i) {
+      for (std::size_t later = i; later < sources.size(); ++later)
+        EXPECT_NE(sources[later].isAttached(), attached) << i << " " << later;
+      sources[i].mutex.unlock();
+      while (isAttached(sources[i]) != attached) std::this_thread::yield();
+    }
+    actor.join();
+  }
+
+  CollectingStrategy strategy;
+  std::vector<Source> sources = {
+      sourceOf(TestAccess::data(strategy)),   sourceOf(TestAccess::quotes(strategy)),
+      sourceOf(TestAccess::trades(strategy)), sourceOf(TestAccess::timers(strategy)),
+      sourceOf(TestAccess::events(strategy)), sourceOf(TestAccess::indexes(strategy))};
+};
+
+TEST_F(AttachOrder, shouldAttachDataQuotesTradesTimersEventsAndIndexInThisOrder) {
+  letGoInTurn(sources, true, [this] { strategy.startEvent(); });
+}
+
+TEST_F(AttachOrder, shouldDetachInTheReverseOrder) {
+  strategy.startEvent();
+  const std::vector<Source> reversed(sources.rbegin(), sources.rend());
+  letGoInTurn(reversed, false, [this] { strategy.stopEvent(); });
+}
+
+}  // namespace
+}  // namespace orvane::support
