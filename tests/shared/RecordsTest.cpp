@@ -1,9 +1,12 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <bit>
+#include <functional>
 #include <map>
 #include <set>
 #include <type_traits>
+#include <vector>
 
 #include "shared/AccountRecords.h"
 #include "shared/CondId.h"
@@ -240,6 +243,90 @@ TEST(Records, shouldBeValueTypesWithoutVirtualOperations) {
   EXPECT_FALSE(std::is_polymorphic_v<TradingAccount>);
   EXPECT_FALSE(std::is_polymorphic_v<Record>);
   EXPECT_FALSE(std::is_polymorphic_v<IndexTradeElement>);
+}
+
+/// Whether the fields of a record stand in memory, and so in its declaration, in this order.
+template <typename... Fields>
+bool inOrder(const Fields&... fields) {
+  const std::vector<const void*> places = {static_cast<const void*>(&fields)...};
+  return std::is_sorted(places.begin(), places.end(), std::less<>());
+}
+
+TEST(Records, shouldKeepTheFieldsOfMarketDataInTheirOrder) {
+  const ICodeID c;
+  EXPECT_TRUE(inOrder(c.id, c.kind, c.market, c.code));
+  const ICategoryID g;
+  EXPECT_TRUE(inOrder(g.first, g.second, g.third));
+  const IDepthMarketData q;
+  EXPECT_TRUE(inOrder(q.code, q.block1, q.block2, q.block3, q.levels, q.extras));
+  const DepthLevel l;
+  EXPECT_TRUE(inOrder(l.value1, l.value2, l.value3));
+  EXPECT_TRUE((std::is_same_v<decltype(l.value3), double>));
+  const KLineProgress p;
+  EXPECT_TRUE(inOrder(p.value1, p.value2, p.value3, p.value4, p.status));
+  EXPECT_EQ(sizeof(p.value1) + sizeof(p.value2) + sizeof(p.value3) + sizeof(p.value4), 24u);
+  const RolloverCoefficient r;
+  EXPECT_TRUE(inOrder(r.value, r.items));
+  const IndexTradeElement e;
+  EXPECT_TRUE(inOrder(e.code, e.value));
+  EXPECT_EQ(e.value, 0);
+}
+
+TEST(Records, shouldKeepTheFieldsOfDictionaryDataInTheirOrder) {
+  const Record r;
+  EXPECT_TRUE(inOrder(r.key, r.value2, r.text));
+  const TargetRecord t;
+  EXPECT_TRUE(inOrder(t.target, t.records));
+  const DataResult d;
+  EXPECT_TRUE(inOrder(d.name, d.valueType, d.targets));
+  const DataReq q;
+  EXPECT_TRUE(inOrder(q.name, q.targets, q.beginTime, q.endTime, q.count, q.flags));
+  const CondId c;
+  EXPECT_TRUE(inOrder(c.first, c.second, c.third, c.text));
+  const EnvItem e;
+  EXPECT_TRUE(inOrder(e.group, e.key, e.kind, e.text));
+  EXPECT_EQ(e.kind, 0);
+}
+
+TEST(Records, shouldKeepTheFieldsOfAccountsInTheirOrder) {
+  const AccountID i;
+  EXPECT_TRUE(inOrder(i.first, i.counterType, i.fourth, i.text1, i.text2, i.text3));
+  const TradingAccountID a;
+  EXPECT_TRUE(inOrder(a.accountKey, a.second, a.counterType, a.fourth, a.text1, a.text2, a.account,
+                      a.currency, a.infoKey, a.hedgeFlag, a.eighth, a.text4));
+  const TradingAccount t;
+  EXPECT_TRUE(inOrder(t.account, t.block1, t.value, t.block2));
+  const AccountStatusInfo s;
+  EXPECT_TRUE(inOrder(s.statusCode, s.result, s.login, s.accounts, s.value));
+  const AccountLoginInfo l;
+  EXPECT_TRUE(inOrder(l.first, l.text1, l.text2, l.list1, l.list2, l.value1, l.value2, l.names,
+                      l.text3, l.text4, l.text5, l.text6, l.last));
+  EXPECT_EQ(l.first, 0);
+  EXPECT_EQ(l.value1, 0);
+  EXPECT_EQ(l.value2, 0);
+  EXPECT_EQ(l.last, 0);
+}
+
+TEST(Records, shouldKeepTheFieldsOfOrdersFillsAndPositionsInTheirOrder) {
+  const SourceId s;
+  EXPECT_TRUE(inOrder(s.sourceType, s.createSource, s.sourceText));
+  const Order o;
+  EXPECT_TRUE(inOrder(o.id, o.account, o.code, o.source, o.cancelSource, o.pair, o.text3, o.text4,
+                      o.orderRef, o.value1, o.values, o.ints, o.text5, o.text6, o.value2, o.value3,
+                      o.value4, o.leg1, o.leg2, o.value5));
+  EXPECT_TRUE(inOrder(o.leg1.code, o.leg1.values));
+  const OrderRequest r;
+  EXPECT_TRUE(inOrder(r.account, r.code, r.source, r.pair, r.text3, r.text4, r.orderRef, r.value1,
+                      r.values, r.ints, r.text5, r.text6));
+  EXPECT_EQ(r.source.sourceType, 1);
+  const OrderFill f;
+  EXPECT_TRUE(inOrder(f.id, f.value1, f.account, f.code, f.source, f.pair, f.text1, f.orderRef,
+                      f.numbers, f.ints, f.fillText, f.values, f.text3));
+  const Position p;
+  EXPECT_TRUE(inOrder(p.first, p.account, p.code, p.text1, p.block1, p.value1, p.block2, p.value2,
+                      p.block3, p.ints, p.block4, p.value3));
+  const SourcePosition b;
+  EXPECT_TRUE(inOrder(b.value3, b.sourceType, b.createSource, b.sourceText));
 }
 
 TEST(Records, shouldShareNothingWithTheirCopies) {
