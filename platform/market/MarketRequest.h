@@ -16,7 +16,7 @@ struct Subscriber {
   explicit Subscriber(std::shared_ptr<QuoteSpi> receiver) : spi(std::move(receiver)) {}
 
   const std::shared_ptr<QuoteSpi> spi;
-  std::uint64_t round = 0;  ///< The round in which it was called last; see `QuoteService`.
+  std::uint64_t round = 0;  ///< The round in which it was called last; see `CallRounds`.
   bool serving = false;     ///< The history of one of its requests is being delivered.
 };
 

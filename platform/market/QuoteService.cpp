@@ -248,13 +248,7 @@ void QuoteService::serveTicks(const std::shared_ptr<MarketRequest>& request, boo
 
 template <typename Call>
 void QuoteService::callSpi(Subscriber& who, bool lockstep, Call call) {
-  if (lockstep && quietWait_ != nullptr) {
-    if (who.round == round_) {
-      quietWait_();
-      ++round_;
-    }
-    who.round = round_;
-  }
+  if (lockstep) rounds_.enter(who.round);
   try {
     call(*who.spi);
   } catch (const std::exception& error) {
@@ -267,7 +261,7 @@ void QuoteService::callSpi(Subscriber& who, bool lockstep, Call call) {
 void QuoteService::deliverNext(MarketStream& stream) {
   const std::size_t row = stream.known.load(std::memory_order_relaxed);
   stream.known.store(row + 1, std::memory_order_release);
-  ++round_;
+  rounds_.begin();
   ++delivering_;
   // Requests that come in while a receiver is waited for have this record in their history, so
   // only those that stand now are called.
@@ -346,7 +340,7 @@ void QuoteService::noteOpenEnd(const DerivedSeries& series) {
 
 void QuoteService::closeThrough(int64 time) {
   closedThrough_ = std::max(closedThrough_, time);
-  ++round_;
+  rounds_.begin();
   ++delivering_;
   nextClose_ = kUnsetTime;
   std::vector<DerivedSeries*> all;

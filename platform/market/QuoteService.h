@@ -5,6 +5,7 @@
 #include <mutex>
 #include <vector>
 
+#include "platform/core/CallRounds.h"
 #include "platform/market/MarketStore.h"
 #include "platform/market/RequestBook.h"
 #include "platform/market/TimeShift.h"
@@ -22,8 +23,7 @@ namespace orvane::detail {
 /// Requests are served, and records delivered, by whoever has the turn, a lock that no operation
 /// takes: the playback's driver, the service loop, or the thread that answers blocking requests.
 ///
-/// In lockstep no receiver is called twice without quiet between the two calls. The calls between
-/// two such waits are a round; different receivers of one round may run side by side.
+/// In lockstep no receiver is called twice without quiet between the two calls; see `CallRounds`.
 class QuoteService final : public IRealtimeQuoteService {
  public:
   /// Records of one batch of history.
@@ -65,7 +65,7 @@ class QuoteService final : public IRealtimeQuoteService {
   void closeThrough(int64 time);
 
   /// Waits until every receiver has digested what it was given; null where nobody waits.
-  void setQuietWait(std::function<void()> wait) { quietWait_ = std::move(wait); }
+  void setQuietWait(std::function<void()> wait) { rounds_.setQuietWait(std::move(wait)); }
   void setTimeShift(const TimeShift& shift) {
     const std::lock_guard lock(shiftMutex_);
     shift_ = shift;
@@ -95,11 +95,10 @@ class QuoteService final : public IRealtimeQuoteService {
   std::mutex turn_;
 
   // For whoever has the turn.
-  std::function<void()> quietWait_;
+  CallRounds rounds_;
   TimeShift shift_;
   mutable std::mutex shiftMutex_;  ///< Guards `shift_` against `getQuote` alone.
-  std::uint64_t round_ = 1;
-  int delivering_ = 0;  ///< Above 0 while lists of requests are being walked.
+  int delivering_ = 0;             ///< Above 0 while lists of requests are being walked.
   int64 closedThrough_ = -kUnsetTime;
   int64 nextClose_ = kUnsetTime;
   std::vector<IKLine> oneBar_{1};
