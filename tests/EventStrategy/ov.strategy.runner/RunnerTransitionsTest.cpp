@@ -73,6 +73,7 @@ TEST_P(RunnerTransitions, shouldLeadWhereTheTableSaysAndTellTheHostThatAlone) {
   enter(from);
   const std::string textBefore = TestAccess::state(*runner).message;
   const std::size_t toldBefore = spi->statuses().size();
+  logs.clear();
   if (!request.moduleLoads) platform.modules.putBroken("good.so", "gone");
 
   request.ask(*runner);
@@ -92,6 +93,7 @@ TEST_P(RunnerTransitions, shouldLeadWhereTheTableSaysAndTellTheHostThatAlone) {
   EXPECT_EQ(script->alive(), flags == RunnerStateRunning ? 1 : 0);
   if (told.empty()) {
     EXPECT_EQ(TestAccess::state(*runner).message, textBefore);
+    EXPECT_EQ(logs.countContaining(",do "), 0);  // No handler did anything.
   }
   const bool ends = running && !request.toldWhenRunning.empty();
   EXPECT_EQ(script->count("onStop"), ends ? 1 : 0);
@@ -105,6 +107,16 @@ INSTANTIATE_TEST_SUITE_P(EachState, RunnerTransitions,
                            return std::string(std::get<0>(test.param).name) + "On" +
                                   std::get<1>(test.param).name;
                          });
+
+TEST(RunnerState, shouldTellRunningBeforeFinishedBeforeErrorBeforeStopped) {
+  const auto codeOfFlags = [](std::uint32_t flags) { return RunnerState{flags, ""}.statusCode(); };
+  EXPECT_EQ(codeOfFlags(0), 0);
+  EXPECT_EQ(codeOfFlags(RunnerStateError), 1);
+  EXPECT_EQ(codeOfFlags(RunnerStateFinished), 2);
+  EXPECT_EQ(codeOfFlags(RunnerStateFinished | RunnerStateError), 2);
+  for (std::uint32_t others = 0; others < 4; ++others)
+    EXPECT_EQ(codeOfFlags(RunnerStateRunning | others), 3) << others;
+}
 
 class LifecycleLocks : public RunnerTest {};
 
