@@ -2,8 +2,7 @@
 // waits for its source's mutex, so with all six held, letting them go one by one shows which
 // source is next: in any other order the thread under test would wait for ever.
 
-#include <algorithm>
-#include <atomic>
+#include <cstddef>
 #include <functional>
 #include <mutex>
 #include <thread>
@@ -27,21 +26,23 @@ class AttachOrder : public LibraryTest {
     return {TestAccess::attachMutex(src), [&src] { return TestAccess::notify(src) != nullptr; }};
   }
 
-  static bool isAttached(const Source& source) {
-    const std::lock_guard lock(source.mutex);
-    return source.isAttached();
+  /// Whether the source could be looked at just now and was in this state. Here and below mutexes
+  /// are only tried: to wait for one with others held would state an order among them.
+  static bool isSeen(const Source& source, bool attached) {
+    const std::unique_lock lock(source.mutex, std::try_to_lock);
+    return lock.owns_lock() && source.isAttached() == attached;
   }
 
   /// Lets the sources go one by one while `act` runs; returns when each was reached in its turn.
   static void letGoInTurn(const std::vector<Source>& sources, bool attached,
                           const std::function<void()>& act) {
-    for (const Source& source : sources) source.mutex.lock();
+    for (const Source& source : sources) ASSERT_TRUE(source.mutex.try_lock());
     std::thread actor(act);
     for (std::size_t i = 0; i < sources.size(); ++i) {
       for (std::size_t later = i; later < sources.size(); ++later)
         EXPECT_NE(sources[later].isAttached(), attached) << i << " " << later;
       sources[i].mutex.unlock();
-      while (isAttached(sources[i]) != attached) std::this_thread::yield();
+      while (!isSeen(sources[i], attached)) std::this_thread::yield();
     }
     actor.join();
   }
