@@ -1,0 +1,79 @@
+#include "platform/trade/SqliteStore.h"
+
+#include <stdexcept>
+#include <utility>
+
+#include "platform/trade/SqliteTables.h"
+
+namespace orvane::detail {
+
+SqliteStore::SqliteStore(const std::string& path) : path_(path) {
+  try {
+    tables_ = std::make_unique<Tables>(path);
+  } catch (const std::exception& error) {
+    throw std::runtime_error("store " + path + ": " + error.what());
+  }
+  thread_ = std::thread([this] { work(); });
+}
+
+SqliteStore::~SqliteStore() {
+  {
+    const std::lock_guard lock(mutex_);
+    closing_ = true;
+    changed_.notify_all();
+  }
+  thread_.join();
+}
+
+void SqliteStore::beginRun(StoredRun run) { post(std::move(run)); }
+void SqliteStore::write(StoredNews news) { post(std::move(news)); }
+void SqliteStore::endRun() { post(RunEnd{}); }
+
+void SqliteStore::post(Job job) {
+  const std::lock_guard lock(mutex_);
+  jobs_.push_back(std::move(job));
+  changed_.notify_all();
+}
+
+void SqliteStore::flush() {
+  std::unique_lock lock(mutex_);
+  wantsSync_ = true;
+  changed_.notify_all();
+  changed_.wait(lock, [this] { return jobs_.empty() && !isWriting_ && !wantsSync_; });
+  if (error_.empty()) return;
+  throw std::runtime_error("store " + path_ + ": " + std::exchange(error_, {}));
+}
+
+void SqliteStore::work() {
+  std::unique_lock lock(mutex_);
+  while (true) {
+    changed_.wait(lock, [this] { return closing_ || wantsSync_ || !jobs_.empty(); });
+    if (closing_ && jobs_.empty()) return;
+    writeWaiting(lock);
+  }
+}
+
+void SqliteStore::writeWaiting(std::unique_lock<std::mutex>& lock) {
+  const std::deque<Job> jobs = std::exchange(jobs_, {});
+  const bool syncs = std::exchange(wantsSync_, false);
+  isWriting_ = true;
+  lock.unlock();
+  std::string error;
+  try {
+    if (!jobs.empty()) {
+      tables_->begin();
+      for (const Job& job : jobs) std::visit([this](const auto& each) { tables_->add(each); }, job);
+      tables_->commit();
+    }
+    if (syncs) tables_->sync();
+  } catch (const std::exception& failure) {
+    tables_->rollback();
+    error = failure.what();
+  }
+  lock.lock();
+  if (error_.empty()) error_ = std::move(error);
+  isWriting_ = false;
+  changed_.notify_all();
+}
+
+}  // namespace orvane::detail

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <SQLiteCpp/SQLiteCpp.h>
+
+#include <optional>
+#include <string>
+
+#include "platform/trade/SqliteStore.h"
+
+namespace orvane::detail {
+
+/// The tables of the database and the statements that fill them. For one thread at a time; what
+/// SQLite refuses is thrown as `SQLite::Exception`.
+class SqliteStore::Tables {
+ public:
+  /// Opens or makes the file and its tables.
+  explicit Tables(const std::string& path);
+
+  void begin() { database_.exec("BEGIN IMMEDIATE"); }
+  void commit() { database_.exec("COMMIT"); }
+  void rollback() noexcept;
+  /// Brings everything that was committed to the disk, into the database file itself.
+  void sync();
+
+  void add(const StoredRun& run);
+  void add(const StoredNews& news);
+  void add(const RunEnd& end);
+
+ private:
+  static SQLite::Database opened(const std::string& path);
+  void addCapital(const TradingAccount& capital);
+  void addOrder(const Order& order);
+  void addFill(const OrderFill& fill);
+
+  SQLite::Database database_;
+  int64 run_ = 0;
+  int64 fills_ = 0;
+  int64 connections_ = 0;
+  std::optional<SQLite::Statement> putCapital_, putOrder_, putFill_, putEquity_, putConnection_;
+};
+
+}  // namespace orvane::detail

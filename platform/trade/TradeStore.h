@@ -1,0 +1,71 @@
+#pragma once
+
+#include <deque>
+#include <list>
+#include <set>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "shared/TradeRecords.h"
+
+namespace orvane::detail {
+
+/// All orders and fills of a run, in memory: orders in the order in which they were admitted, in
+/// their last state, and fills as they happened. Guarded by its owner.
+class TradeStore {
+ public:
+  explicit TradeStore(std::size_t accounts);
+
+  void addOrder(const Order& order);
+  /// Takes the new state of an order that was added.
+  void updateOrder(const Order& order);
+  void addFill(const OrderFill& fill);
+
+  /// Null without one.
+  const Order* order(int64 id) const;
+
+  /// The orders of an account, its open ones, and its fills, that `wanted` lets through.
+  template <typename Wanted>
+  void orders(std::int32_t account, Wanted wanted, std::list<Order>& found) const {
+    for (const std::size_t at : of(account).orders)
+      if (wanted(orders_[at])) found.push_back(orders_[at]);
+  }
+  template <typename Wanted>
+  void openOrders(std::int32_t account, Wanted wanted, std::list<Order>& found) const {
+    for (const std::size_t at : of(account).open)
+      if (wanted(orders_[at])) found.push_back(orders_[at]);
+  }
+  template <typename Wanted>
+  void fills(std::int32_t account, Wanted wanted, std::list<OrderFill>& found) const {
+    for (const std::size_t at : of(account).fills)
+      if (wanted(fills_[at])) found.push_back(fills_[at]);
+  }
+
+  const std::deque<Order>& allOrders() const { return orders_; }
+  const std::deque<OrderFill>& allFills() const { return fills_; }
+
+  /// The orders that were added or changed since the last call, by their place in `allOrders`.
+  std::set<std::size_t> takeChanged() { return std::exchange(changed_, {}); }
+  std::size_t changedCount() const { return changed_.size(); }
+
+  void clear();
+
+ private:
+  struct PerAccount {
+    std::vector<std::size_t> orders, fills;
+    std::set<std::size_t> open;
+  };
+  const PerAccount& of(std::int32_t account) const {
+    return accounts_[static_cast<std::size_t>(account) - 1];
+  }
+  PerAccount& of(std::int32_t account) { return accounts_[static_cast<std::size_t>(account) - 1]; }
+
+  std::deque<Order> orders_;
+  std::deque<OrderFill> fills_;
+  std::unordered_map<int64, std::size_t> byId_;
+  std::vector<PerAccount> accounts_;
+  std::set<std::size_t> changed_;
+};
+
+}  // namespace orvane::detail

@@ -1,0 +1,92 @@
+#include "platform/trade/TradeStore.h"
+
+#include <gtest/gtest.h>
+
+#include "platform/fields/OrderView.h"
+
+namespace orvane::detail {
+namespace {
+
+Order makeOrder(int64 id, std::int32_t account, order::Status status = order::Status::Working) {
+  Order order;
+  order.id = id;
+  order.account.accountKey = account;
+  OrderWriter(order).setStatus(status);
+  return order;
+}
+
+std::vector<int64> idsOf(const std::list<Order>& orders) {
+  std::vector<int64> ids;
+  for (const Order& order : orders) ids.push_back(order.id);
+  return ids;
+}
+
+const auto kAll = [](const auto&) { return true; };
+
+TEST(TradeStore, shouldListOrdersOfAnAccountAsTheyWereAdmitted) {
+  TradeStore store(2);
+  store.addOrder(makeOrder(9, 1));
+  store.addOrder(makeOrder(4, 2));
+  store.addOrder(makeOrder(5, 1));
+  std::list<Order> orders;
+  store.orders(1, kAll, orders);
+  EXPECT_EQ(idsOf(orders), (std::vector<int64>{9, 5}));
+  ASSERT_NE(store.order(4), nullptr);
+  EXPECT_EQ(store.order(4)->account.accountKey, 2);
+  EXPECT_EQ(store.order(1), nullptr);
+}
+
+TEST(TradeStore, shouldListAnOrderAsOpenUntilItIsFinal) {
+  for (const order::Status status : {order::Status::Filled, order::Status::Cancelled,
+                                     order::Status::Rejected, order::Status::Expired}) {
+    TradeStore store(1);
+    store.addOrder(makeOrder(1, 1));
+    store.addOrder(makeOrder(2, 1));
+    store.updateOrder(makeOrder(1, 1, order::Status::PartlyFilled));
+    std::list<Order> open;
+    store.openOrders(1, kAll, open);
+    EXPECT_EQ(idsOf(open), (std::vector<int64>{1, 2}));
+    store.updateOrder(makeOrder(1, 1, status));
+    open.clear();
+    store.openOrders(1, kAll, open);
+    EXPECT_EQ(idsOf(open), std::vector<int64>{2});
+  }
+}
+
+TEST(TradeStore, shouldNameEachChangedOrderOnceUntilItChangesAgain) {
+  TradeStore store(1);
+  store.addOrder(makeOrder(7, 1));
+  store.addOrder(makeOrder(8, 1));
+  store.updateOrder(makeOrder(7, 1, order::Status::Filled));
+  EXPECT_EQ(store.changedCount(), 2u);
+  EXPECT_EQ(store.takeChanged(), (std::set<std::size_t>{0, 1}));
+  EXPECT_TRUE(store.takeChanged().empty());
+  store.updateOrder(makeOrder(8, 1, order::Status::Cancelled));
+  EXPECT_EQ(store.takeChanged(), std::set<std::size_t>{1});
+}
+
+TEST(TradeStore, shouldIgnoreTheStateOfAnOrderThatWasNeverAdded) {
+  TradeStore store(1);
+  store.updateOrder(makeOrder(7, 1));
+  EXPECT_TRUE(store.allOrders().empty());
+  EXPECT_EQ(store.changedCount(), 0u);
+}
+
+TEST(TradeStore, shouldForgetEverythingWhenCleared) {
+  TradeStore store(1);
+  store.addOrder(makeOrder(7, 1));
+  OrderFill fill;
+  fill.account.accountKey = 1;
+  store.addFill(fill);
+  store.clear();
+  std::list<Order> orders;
+  std::list<OrderFill> fills;
+  store.orders(1, kAll, orders);
+  store.fills(1, kAll, fills);
+  EXPECT_TRUE(orders.empty());
+  EXPECT_TRUE(fills.empty());
+  EXPECT_EQ(store.order(7), nullptr);
+}
+
+}  // namespace
+}  // namespace orvane::detail
