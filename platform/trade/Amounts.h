@@ -65,9 +65,10 @@ std::string text(Money money);
 
 /// Price times volume times multiplier, exactly; empty if it is out of range.
 std::optional<Money> turnoverOf(Price price, Volume volume, Multiplier multiplier);
-/// A share of an amount, rounded half away from zero to 8 decimals of money.
-Money shareOf(Money amount, Rate rate);
-/// Money for a volume at a price for each unit, rounded half away from zero to 8 decimals.
-Money chargeOf(Money each, Volume volume);
+/// A share of an amount, rounded half away from zero to 8 decimals; empty if it is out of range.
+std::optional<Money> shareOf(Money amount, Rate rate);
+/// Money for a volume at so much for each unit, rounded half away from zero to 8 decimals; empty
+/// if it is out of range.
+std::optional<Money> chargeOf(Money each, Volume volume);
 
 }  // namespace orvane::detail

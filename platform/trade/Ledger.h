@@ -1,14 +1,13 @@
 #pragma once
 
-#include <deque>
 #include <map>
 #include <optional>
-#include <set>
 #include <string>
 #include <vector>
 
 #include "platform/fields/OrderView.h"
 #include "platform/trade/ContractTerms.h"
+#include "platform/trade/PositionSide.h"
 #include "shared/AccountRecords.h"
 #include "shared/TradeRecords.h"
 
@@ -96,8 +95,46 @@ class Ledger {
   std::vector<std::string> sources(int64 codeId) const;  ///< That ever traded it, ascending.
 
  private:
+  /// What one create source holds and made in one code.
+  struct SourceBook {
+    SourceId source;
+    PositionSide longSide{true};
+    PositionSide shortSide{false};
+    Money closedProfit, fees;
+    Money floating;  ///< At the code's mark price.
+  };
+  struct CodeBook {
+    const ContractTerms* terms = nullptr;
+    std::optional<Price> markPrice;
+    bool isHeld = false;
+    std::map<std::string, SourceBook> sources;
+  };
+  /// What an order at work holds back.
+  struct Hold {
+    Claim claim;
+    Volume left;
+    Money money;  ///< Of an opening order.
+  };
+  struct Need {
+    Money margin, fee;
+  };
+
+  static std::optional<Need> needOf(const ContractTerms& terms, Price price, Volume volume);
+  static PositionSide& sideOf(SourceBook& book, const Claim& claim);
+  std::optional<Refusal> freezeMoney(const Claim& claim);
+  std::optional<Refusal> freezeVolume(const Claim& claim);
+  SourceBook& bookOf(const Claim& claim);
+  void revalue(CodeBook& code);
+  void fillSide(Position& position, const CodeBook& code, const std::vector<const SourceBook*>& of,
+                bool isLong) const;
+  void fillRecord(int64 codeId, const CodeBook& code, const std::vector<const SourceBook*>& of,
+                  Position& position) const;
+
   TradingAccountID account_;
   Money start_;
+  Money closedProfit_, fees_, margin_, frozen_, floating_;
+  std::map<int64, CodeBook> codes_;
+  std::map<int64, Hold> holds_;  ///< By order id.
 };
 
 }  // namespace orvane::detail

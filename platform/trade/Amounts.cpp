@@ -1,0 +1,184 @@
+#include "platform/trade/Amounts.h"
+
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <limits>
+
+namespace orvane::detail {
+namespace {
+
+constexpr int kMoneyDecimals = 22;
+constexpr int kRoundedDecimals = 8;
+/// Integers up to here are doubles, and so are the powers of ten up to 10^22: a quotient of the two
+/// is rounded once, and right.
+constexpr Int128 kExactInteger = Int128{1} << 53;
+
+constexpr Int128 powerOfTen(int exponent) {
+  Int128 result = 1;
+  for (int i = 0; i < exponent; ++i) result *= 10;
+  return result;
+}
+
+constexpr Int128 kMaxInt128 =
+    static_cast<Int128>((static_cast<unsigned __int128>(1) << 127) - 1);  // NOLINT
+
+template <typename Units>
+constexpr Int128 limitOf() {
+  if constexpr (sizeof(Units) == sizeof(Int128)) return kMaxInt128;
+  return std::numeric_limits<int64>::max();
+}
+
+std::optional<Int128> multiplied(Int128 a, Int128 b) {
+  Int128 result = 0;
+  if (__builtin_mul_overflow(a, b, &result)) return std::nullopt;
+  return result;
+}
+
+/// "[-]digits[.digits]", and nothing else.
+template <typename Number, int kDecimals>
+std::optional<Number> parse(std::string_view decimal) {
+  const bool isNegative = decimal.starts_with('-');
+  if (isNegative) decimal.remove_prefix(1);
+  Int128 units = 0;
+  int digits = 0;
+  int decimals = -1;  // -1 before the point.
+  for (const char c : decimal) {
+    if (c == '.' && decimals < 0) {
+      decimals = 0;
+      continue;
+    }
+    if (c < '0' || c > '9') return std::nullopt;
+    ++digits;
+    if (decimals >= kDecimals && c != '0') return std::nullopt;
+    if (decimals >= kDecimals) continue;
+    if (decimals >= 0) ++decimals;
+    const auto shifted = multiplied(units, 10);
+    if (!shifted || *shifted > kMaxInt128 - (c - '0')) return std::nullopt;
+    units = *shifted + (c - '0');
+  }
+  if (digits == 0) return std::nullopt;
+  const auto scaled = multiplied(units, powerOfTen(kDecimals - (decimals < 0 ? 0 : decimals)));
+  using Units = decltype(Number::units);
+  if (!scaled || *scaled > limitOf<Units>()) return std::nullopt;
+  return Number{static_cast<Units>(isNegative ? -*scaled : *scaled)};
+}
+
+/// The decimal that a double stands for, in units of 10^-kDecimals.
+template <typename Number, int kDecimals>
+std::optional<Number> nearest(double value) {
+  constexpr auto scale = static_cast<double>(powerOfTen(kDecimals));
+  if (!std::isfinite(value) || std::abs(value) >= 9.2e18 / scale) return std::nullopt;
+  // Most have few decimals. Below 10^15 the integer is the only one whose quotient is this double.
+  for (const int decimals : {0, 2, 4}) {
+    const auto power = static_cast<double>(powerOfTen(decimals));
+    const double units = std::nearbyint(value * power);
+    if (std::abs(units) < 1e15 && units / power == value)
+      return Number{static_cast<int64>(units) *
+                    static_cast<int64>(powerOfTen(kDecimals - decimals))};
+  }
+  std::array<char, 400> text{};
+  const auto end =
+      std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed).ptr;
+  std::string_view all(text.data(), static_cast<std::size_t>(end - text.data()));
+  const auto point = all.find('.');
+  if (point == std::string_view::npos || all.size() - point - 1 <= kDecimals)
+    return parse<Number, kDecimals>(all);
+  const bool roundsUp = all[point + 1 + kDecimals] >= '5';
+  auto cut = parse<Number, kDecimals>(all.substr(0, point + 1 + kDecimals));
+  if (cut && roundsUp) cut->units += value < 0 ? -1 : 1;
+  return cut;
+}
+
+std::string decimalText(Int128 units, int decimals) {
+  const bool isNegative = units < 0;
+  // The lowest value has no counterpart; no amount is that low.
+  Int128 rest = isNegative ? -units : units;
+  std::string reversed;
+  for (int place = 0; place < decimals; ++place, rest /= 10) {
+    const char digit = static_cast<char>('0' + static_cast<int>(rest % 10));
+    if (digit != '0' || !reversed.empty()) reversed.push_back(digit);
+  }
+  if (!reversed.empty()) reversed.push_back('.');
+  do {
+    reversed.push_back(static_cast<char>('0' + static_cast<int>(rest % 10)));
+    rest /= 10;
+  } while (rest != 0);
+  if (isNegative) reversed.push_back('-');
+  return {reversed.rbegin(), reversed.rend()};
+}
+
+double nearestDouble(Int128 units, int decimals) {
+  for (const int dropped : {16, 12, 8, 0}) {
+    if (dropped > decimals) continue;
+    const Int128 power = powerOfTen(dropped);
+    const Int128 shorter = units / power;
+    if (shorter > -kExactInteger && shorter < kExactInteger && shorter * power == units)
+      return static_cast<double>(shorter) / static_cast<double>(powerOfTen(decimals - dropped));
+  }
+  const std::string decimal = decimalText(units, decimals);
+  double result = 0;
+  std::from_chars(decimal.data(), decimal.data() + decimal.size(), result);
+  return result;
+}
+
+/// amount x factor / 10^decimals, rounded to 8 decimals of money. Split in two, since the product
+/// alone would not fit.
+std::optional<Money> roundedProduct(Money amount, int64 factor, int decimals) {
+  const bool isNegative = (amount.units < 0) != (factor < 0);
+  const Int128 size = amount.units < 0 ? -amount.units : amount.units;
+  const Int128 count = factor < 0 ? -Int128{factor} : Int128{factor};
+  const Int128 unit = powerOfTen(kMoneyDecimals - kRoundedDecimals);
+  const Int128 scale = powerOfTen(decimals);
+  const auto high = multiplied(size / unit, count);
+  const auto low = multiplied(size % unit, count);
+  if (!high || !low) return std::nullopt;
+  const Int128 rest = *high % scale * unit + *low;
+  const Int128 whole = scale * unit;
+  const Int128 rounded = *high / scale + (rest + whole / 2) / whole;
+  const auto units = multiplied(rounded, unit);
+  if (!units) return std::nullopt;
+  return Money{isNegative ? -*units : *units};
+}
+
+}  // namespace
+
+std::optional<Price> priceOf(std::string_view decimal) { return parse<Price, 10>(decimal); }
+std::optional<Volume> volumeOf(std::string_view decimal) { return parse<Volume, 8>(decimal); }
+std::optional<Multiplier> multiplierOf(std::string_view decimal) {
+  return parse<Multiplier, 4>(decimal);
+}
+std::optional<Rate> rateOf(std::string_view decimal) { return parse<Rate, 10>(decimal); }
+std::optional<Money> moneyOf(std::string_view decimal) {
+  return parse<Money, kMoneyDecimals>(decimal);
+}
+
+std::optional<Price> priceOf(double value) { return nearest<Price, 10>(value); }
+std::optional<Volume> volumeOf(double value) { return nearest<Volume, 8>(value); }
+
+double toDouble(Price price) { return nearestDouble(price.units, 10); }
+double toDouble(Volume volume) { return nearestDouble(volume.units, 8); }
+double toDouble(Multiplier multiplier) { return nearestDouble(multiplier.units, 4); }
+double toDouble(Money money) { return nearestDouble(money.units, kMoneyDecimals); }
+
+std::string text(Price price) { return decimalText(price.units, 10); }
+std::string text(Volume volume) { return decimalText(volume.units, 8); }
+std::string text(Money money) { return decimalText(money.units, kMoneyDecimals); }
+
+std::optional<Money> turnoverOf(Price price, Volume volume, Multiplier multiplier) {
+  const auto product = multiplied(price.units, volume.units);
+  if (!product) return std::nullopt;
+  const auto units = multiplied(*product, multiplier.units);
+  if (!units) return std::nullopt;
+  return Money{*units};
+}
+
+std::optional<Money> shareOf(Money amount, Rate rate) {
+  return roundedProduct(amount, rate.units, 10);
+}
+
+std::optional<Money> chargeOf(Money each, Volume volume) {
+  return roundedProduct(each, volume.units, 8);
+}
+
+}  // namespace orvane::detail

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <optional>
+
+#include "platform/trade/TradeOptions.h"
+#include "platform/trade/WorkingOrder.h"
+#include "shared/MarketRecords.h"
+
+namespace orvane::detail {
+
+/// A bar as exact numbers.
+struct ExactBar {
+  Price open, high, low, close;
+  Volume volume;
+  int64 begin = 0;  ///< Not before the previous bar of the series ended.
+  int64 end = 0;
+  int day = 0;
+};
+
+/// Where and when a bar fills an order.
+struct BarMatch {
+  Price price;
+  int64 time = 0;
+};
+
+/// How bars fill orders, volume apart.
+///
+/// An order that was there when the bar began meets its open and then its range; one that came
+/// while it ran, its close alone; one that came later does not meet it. The path inside the bar is
+/// not known, so what is not certain goes against the order: a limit order needs the range to go
+/// beyond its price (or to reach it, if so chosen) and gets its limit; a stop gets its stop price
+/// with slippage, and the open where the bar opened beyond it.
+class BarMatcher {
+ public:
+  explicit BarMatcher(TradeOptions::LimitFill limitFill) : limitFill_(limitFill) {}
+
+  /// Whether the bar is later than the order, at least in part.
+  static bool meets(const WorkingOrder& order, const ExactBar& bar) {
+    return order.arrival < bar.end;
+  }
+  std::optional<BarMatch> match(const WorkingOrder& order, const ExactBar& bar,
+                                Price slippage) const;
+
+ private:
+  std::optional<BarMatch> atPrice(const WorkingOrder& order, Price price, int64 time,
+                                  Price slippage) const;
+  std::optional<BarMatch> inRange(const WorkingOrder& order, const ExactBar& bar,
+                                  Price slippage) const;
+
+  TradeOptions::LimitFill limitFill_;
+};
+
+/// The price with the slippage against the order; never at or below zero.
+Price slipped(const WorkingOrder& order, Price price, Price slippage);
+
+}  // namespace orvane::detail
