@@ -27,7 +27,7 @@ SqliteStore::~SqliteStore() {
 
 void SqliteStore::beginRun(StoredRun run) { post(std::move(run)); }
 void SqliteStore::write(StoredNews news) { post(std::move(news)); }
-void SqliteStore::endRun() { post(RunEnd{}); }
+void SqliteStore::completeRun() { post(Completion{}); }
 
 void SqliteStore::post(Job job) {
   const std::lock_guard lock(mutex_);

@@ -57,15 +57,15 @@ class SqliteStore {
   void beginRun(StoredRun run);
   /// News of the run that was begun last.
   void write(StoredNews news);
-  /// Marks the run as complete.
-  void endRun();
+  /// Marks the run as one that was played to its end.
+  void completeRun();
   /// Blocks until all is on the disk. Throws `std::runtime_error`, which names the path, if
   /// anything could not be written since the last call.
   void flush();
 
  private:
-  struct RunEnd {};
-  using Job = std::variant<StoredRun, StoredNews, RunEnd>;
+  struct Completion {};
+  using Job = std::variant<StoredRun, StoredNews, Completion>;
   class Tables;
 
   void post(Job job);

@@ -23,7 +23,8 @@ constexpr int kBusyWaitMs = 5000;
 constexpr const char* kTables = R"(
 CREATE TABLE runs(
   run_id INTEGER PRIMARY KEY, mode TEXT NOT NULL,
-  begin_ms INTEGER NOT NULL, begin_at TEXT NOT NULL, last_ms INTEGER NOT NULL, last_at TEXT NOT NULL,
+  begin_ms INTEGER NOT NULL, begin_at TEXT NOT NULL,
+  last_ms INTEGER NOT NULL, last_at TEXT NOT NULL,
   started_at TEXT NOT NULL, written_at TEXT NOT NULL, is_complete INTEGER NOT NULL DEFAULT 0);
 CREATE TABLE accounts(
   run_id INTEGER NOT NULL REFERENCES runs, account_key INTEGER NOT NULL,
@@ -197,7 +198,7 @@ void SqliteStore::Tables::add(const StoredRun& run) {
   for (const TradingAccount& account : run.accounts) addCapital(account);
 }
 
-void SqliteStore::Tables::add(const RunEnd&) {
+void SqliteStore::Tables::add(const Completion& /*completion*/) {
   SQLite::Statement statement(database_, "UPDATE runs SET is_complete = 1 WHERE run_id = ?");
   Row(statement).add(run_).run();
 }

@@ -24,7 +24,7 @@ class SqliteStore::Tables {
 
   void add(const StoredRun& run);
   void add(const StoredNews& news);
-  void add(const RunEnd& end);
+  void add(const Completion& completion);
 
  private:
   static SQLite::Database opened(const std::string& path);
