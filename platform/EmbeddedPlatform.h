@@ -28,7 +28,7 @@ struct PlatformOptions {
   double speed = 0;
   int64 from = kUnsetTime;  ///< Playback starts here; what lies before is history. UTC ms.
   int64 to = kUnsetTime;    ///< Market data at or after this instant is not played. UTC ms.
-  TradeOptions trade;       ///< The accounts and the paper exchange.
+  TradeOptions trade = {};  ///< The accounts and the paper exchange.
 };
 
 /// How far a run has come; handed to the host's progress call-back.
@@ -47,6 +47,8 @@ struct PlaybackProgress {
 /// `run`, stop the runners, call `drain`, take it away.
 class ORVANE_API EmbeddedPlatform final : public IPlatform {
  public:
+  /// Throws `std::invalid_argument` if an option is wrong, and `std::runtime_error`, which names
+  /// the path, if the trade store cannot be written; both in UTF-8.
   explicit EmbeddedPlatform(PlatformOptions options = {});
   ~EmbeddedPlatform() override;
 
@@ -70,7 +72,9 @@ class ORVANE_API EmbeddedPlatform final : public IPlatform {
 
   /// Plays all market data. Waits first until every runner is quiet and its requests are served,
   /// blocks until the data's end or `cancel`, and returns once every runner has digested it.
-  /// `progress` is called on the calling thread, some ten times a second.
+  /// `progress` is called on the calling thread, some ten times a second. With a trade store, what
+  /// happened is on the disk when it returns, also after `cancel`; if it could not be written,
+  /// `std::runtime_error`, in UTF-8, names the path.
   void run(const std::function<void(const PlaybackProgress&)>& progress = {});
 
   /// Takes playback back to its start, as if nothing had been played: the clock, the feed, and
