@@ -68,9 +68,6 @@ class PaperExchange {
 
   Ledger* ledger(std::int32_t accountKey);
   const Ledger* ledger(std::int32_t accountKey) const;
-  /// The orders at work, by id.
-  const std::map<int64, Order>& working() const;
-
   /// Back to the start: accounts as they were opened, no orders.
   void reset();
 

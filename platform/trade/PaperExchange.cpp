@@ -1,0 +1,433 @@
+#include "platform/trade/PaperExchange.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+#include "platform/fields/FillView.h"
+#include "platform/fields/KLineView.h"
+#include "platform/fields/QuoteView.h"
+#include "platform/trade/BarMatcher.h"
+#include "platform/trade/ContractBook.h"
+#include "platform/trade/RiskGuard.h"
+#include "platform/trade/TickMarket.h"
+
+namespace orvane::detail {
+namespace {
+
+constexpr char kDefaultStart[] = "1000000";
+constexpr int kNotThere = 22;
+constexpr int kClosedSession = 37;
+/// Fills of one order have ids of their own, so that an id does not depend on other orders.
+constexpr int64 kFillsPerOrder = 100'000;
+
+Word word(double value) { return std::bit_cast<Word>(value); }
+
+}  // namespace
+
+/// Everything behind the exchange's border; its one user is the class around it.
+class PaperExchange::Impl {
+ public:
+  explicit Impl(TradeOptions chosen)
+      : options(std::move(chosen)),
+        contracts(options),
+        guard(options.limits),
+        barMatcher(options.limitFill) {
+    if (options.barVolumeShare.empty()) return;
+    volumeShare = rateOf(options.barVolumeShare);
+    if (!volumeShare || !volumeShare->isPositive())
+      throw std::invalid_argument("barVolumeShare: \"" + options.barVolumeShare +
+                                  "\" is not a decimal number above 0");
+  }
+
+  struct Account {
+    TradingAccountID id;
+    Money start;
+    Ledger ledger;
+  };
+
+  void place(const Order& record, int64 now);
+  void cancel(int64 orderId, const SourceId& by, int64 now);
+  void onBar(Contract& contract, const ExactBar& bar, int64 now);
+  void onTick(Contract& contract, const IDepthMarketData& tick, int64 now);
+
+  std::optional<Refusal> check(WorkingOrder& order, Contract* contract, int64 now);
+  std::optional<Refusal> checkRisk(const WorkingOrder& order, const Contract& contract, int64 now);
+  void beginDay(Contract& contract, int day, int64 time);
+  void meet(Contract& contract, WorkingOrder& order) const;
+  bool matchBar(Contract& contract, const ExactBar& bar, WorkingOrder& order,
+                std::optional<Volume>& capacity);
+  void endImmediate(WorkingOrder& order, int64 time);
+  void markAll(Contract& contract, Price price);
+  void fill(WorkingOrder& order, Price price, Volume volume, bool hadRested, int64 time, int day);
+  void finish(WorkingOrder& order, order::Status status, int64 time);
+  void tell(const WorkingOrder& order, int64 time);
+  void tellCapital(const WorkingOrder& order, int64 time);
+  void sweep(Contract& contract);
+
+  const TradeOptions options;
+  std::map<std::int32_t, Account> accounts;
+  ContractBook contracts;
+  RiskGuard guard;
+  BarMatcher barMatcher;
+  std::optional<Rate> volumeShare;
+  std::map<int64, Contract*> working;  ///< By order id.
+  std::vector<TradeEvent> events;
+};
+
+// Orders that come and go.
+
+void PaperExchange::Impl::place(const Order& record, int64 now) {
+  WorkingOrder order;
+  order.record = record;
+  order.arrival = now;
+  order.record.values[order::ArrivalTime] = now;
+  Contract* const contract = contracts.find(record.code.id);
+  if (const auto refusal = check(order, contract, now)) {
+    order.record.text5 = refusal->text;
+    order.record.ints[order::ReasonAt] = refusal->code;
+    order.record.status() = static_cast<std::int32_t>(order::Status::Rejected);
+    tell(order, now);
+    return;
+  }
+  order.record.status() = static_cast<std::int32_t>(order::Status::Working);
+  contract->ledgers.insert(order.ledger);
+  contract->orders.push_back(order);
+  working[record.id] = contract;
+  tell(order, now);
+  if (!order.ledger->frozenOf(record.id).isZero()) tellCapital(order, now);
+}
+
+std::optional<Refusal> PaperExchange::Impl::check(WorkingOrder& order, Contract* contract,
+                                                  int64 now) {
+  if (contract == nullptr) return Refusal{kNotThere, "unknown code: " + order.record.code.code};
+  order.terms = &contract->terms;
+  if (auto refusal = readOrder(order)) return refusal;
+  if (auto refusal = checkNumbers(order, contract->limits)) return refusal;
+  if (options.rejectsOutsideSessions && !contract->sessions->contains(now))
+    return Refusal{kClosedSession, "the session of " + contract->terms.code.code + " is closed"};
+  const auto account = accounts.find(order.record.account.accountKey);
+  if (account == accounts.end())
+    return Refusal{kNotThere, "unknown account: " + order.record.account.account};
+  order.ledger = &account->second.ledger;
+  if (auto refusal = checkRisk(order, *contract, now)) return refusal;
+
+  Claim claim;
+  claim.orderId = order.record.id;
+  claim.source = order.record.source;
+  claim.terms = order.terms;
+  claim.direction = order.direction;
+  claim.offset = order.offset;
+  claim.volume = order.volume;
+  claim.price = order.type == order::Type::Limit  ? order.limit
+                : order.type == order::Type::Stop ? order.stop
+                                                  : contract->mark.value_or(Price{});
+  return order.ledger->freeze(claim);
+}
+
+std::optional<Refusal> PaperExchange::Impl::checkRisk(const WorkingOrder& order,
+                                                      const Contract& contract, int64 now) {
+  const std::string& source = order.record.source.createSource;
+  if (!guard.hasLimits(source)) return std::nullopt;
+  const bool opens = order.offset == order::Offset::Open;
+  RiskGuard::Standing standing;
+  for (const auto& [key, account] : accounts) {
+    standing.held += account.ledger.volumeOf(source, contract.terms.code.id, order.isBuy());
+    standing.result += account.ledger.resultOf(source);
+  }
+  for (const WorkingOrder& other : contract.orders)
+    if (!other.isOver && other.record.source.createSource == source &&
+        other.offset == order::Offset::Open && other.direction == order.direction)
+      standing.opening += other.left();
+  return guard.check(source, opens, order.volume, standing, now);
+}
+
+void PaperExchange::Impl::cancel(int64 orderId, const SourceId& by, int64 now) {
+  const auto at = working.find(orderId);
+  if (at == working.end()) return;
+  Contract& contract = *at->second;
+  const auto order = std::ranges::find(contract.orders, orderId,
+                                       [](const WorkingOrder& each) { return each.record.id; });
+  order->record.cancelSource = by;
+  finish(*order, order::Status::Cancelled, now);
+  sweep(contract);
+}
+
+// Market data.
+
+void PaperExchange::Impl::beginDay(Contract& contract, int day, int64 time) {
+  if (day <= contract.day) return;
+  const bool isFirst = contract.day == 0;
+  contract.day = day;
+  if (isFirst) return;
+  for (WorkingOrder& order : contract.orders) {
+    const bool isDayOver =
+        order.timeInForce == order::TimeInForce::Day && order.day != 0 && order.day < day;
+    if (isDayOver || order.offset == order::Offset::CloseToday)
+      finish(order, order::Status::Expired, time);
+  }
+  sweep(contract);
+  for (Ledger* ledger : contract.ledgers) {
+    if (!ledger->beginDay(contract.terms.code.id, options.settlesDaily)) continue;
+    const std::int32_t key = ledger->account().accountKey;
+    for (const std::string& source : ledger->sources(contract.terms.code.id))
+      events.push_back({time, TradeEvent::PositionChanged{key, contract.terms.code.id, source}});
+    if (options.settlesDaily) events.push_back({time, TradeEvent::CapitalChanged{key}});
+  }
+}
+
+void PaperExchange::Impl::meet(Contract& contract, WorkingOrder& order) const {
+  if (order.day != 0) return;
+  order.day = contract.day;
+  order.record.values[order::TradingDay] = contract.day;
+}
+
+void PaperExchange::Impl::onBar(Contract& contract, const ExactBar& bar, int64 now) {
+  beginDay(contract, bar.day, std::min(bar.begin, now));
+  if (!contract.orders.empty()) {
+    std::optional<Volume> capacity;
+    if (volumeShare) {
+      const auto share =
+          static_cast<Int128>(bar.volume.units) * volumeShare->units / Int128{10'000'000'000};
+      capacity = Volume{static_cast<int64>(share)};
+    }
+    // What is sure at the open comes first, then what the range allows: stops before limits.
+    struct Candidate {
+      int64 time;
+      int rank;
+      WorkingOrder* order;
+    };
+    std::vector<Candidate> candidates;
+    for (WorkingOrder& order : contract.orders) {
+      if (!BarMatcher::meets(order, bar)) continue;
+      meet(contract, order);
+      const auto match = barMatcher.match(order, bar, contract.slippage);
+      const int rank = order.type == order::Type::Limit ? 1 : 0;
+      candidates.push_back({match ? match->time : bar.end, rank, &order});
+    }
+    std::ranges::stable_sort(candidates, [](const Candidate& a, const Candidate& b) {
+      return a.time != b.time ? a.time < b.time : a.rank < b.rank;
+    });
+    for (const Candidate& candidate : candidates) {
+      matchBar(contract, bar, *candidate.order, capacity);
+      endImmediate(*candidate.order, bar.end);
+    }
+    sweep(contract);
+  }
+  markAll(contract, bar.close);
+}
+
+bool PaperExchange::Impl::matchBar(Contract& contract, const ExactBar& bar, WorkingOrder& order,
+                                   std::optional<Volume>& capacity) {
+  const auto match = barMatcher.match(order, bar, contract.slippage);
+  if (!match) return false;
+  if (order.type == order::Type::Stop) order.isTriggered = true;
+  Volume volume = order.left();
+  if (capacity) {
+    const int64 lot = std::max<int64>(1, order.terms->lot.units);
+    const Volume whole{capacity->units / lot * lot};
+    if (order.timeInForce == order::TimeInForce::FillOrKill && whole < volume) return false;
+    volume = std::min(volume, whole);
+    *capacity -= volume;
+  }
+  if (!volume.isPositive()) return false;
+  const bool hadRested =
+      order.type == order::Type::Limit && match->time != bar.begin && order.arrival <= bar.begin;
+  fill(order, match->price, volume, hadRested, match->time, contract.day);
+  return true;
+}
+
+void PaperExchange::Impl::onTick(Contract& contract, const IDepthMarketData& tick, int64 now) {
+  const QuoteView view(tick);
+  beginDay(contract, view.tradingDay(), now);
+  contract.limits.upper = priceOf(view.upperLimit()).value_or(Price{});
+  contract.limits.lower = priceOf(view.lowerLimit()).value_or(Price{});
+  TickMarket market(tick, options.queue);
+  for (WorkingOrder& order : contract.orders) {
+    meet(contract, order);
+    if (order.type == order::Type::Stop && !order.isTriggered)
+      order.isTriggered = market.triggers(order);
+    if (order.type == order::Type::Stop && !order.isTriggered) {
+      endImmediate(order, now);
+      continue;
+    }
+    const bool wholeOnly = order.timeInForce == order::TimeInForce::FillOrKill;
+    for (const TickMatch& match : market.match(order, contract.slippage, wholeOnly))
+      fill(order, match.price, match.volume, match.hadRested, now, contract.day);
+    endImmediate(order, now);
+  }
+  sweep(contract);
+  if (const auto price = market.mark()) markAll(contract, *price);
+}
+
+void PaperExchange::Impl::endImmediate(WorkingOrder& order, int64 time) {
+  const bool isImmediate = order.timeInForce == order::TimeInForce::ImmediateOrCancel ||
+                           order.timeInForce == order::TimeInForce::FillOrKill;
+  if (isImmediate && !order.isOver) finish(order, order::Status::Expired, time);
+}
+
+void PaperExchange::Impl::markAll(Contract& contract, Price price) {
+  contract.mark = price;
+  for (Ledger* ledger : contract.ledgers) ledger->mark(contract.terms.code.id, price);
+}
+
+// What happens to an order at work.
+
+void PaperExchange::Impl::fill(WorkingOrder& order, Price price, Volume volume, bool hadRested,
+                               int64 time, int day) {
+  const Booking booking = order.ledger->fill(order.record.id, price, volume);
+  order.filled += volume;
+  order.turnover += booking.turnover;
+  order.fee += booking.fee;
+  ++order.fills;
+  Order& record = order.record;
+  record.values[order::FilledVolume] = word(toDouble(order.filled));
+  record.values[order::Turnover] = word(toDouble(order.turnover));
+  record.values[order::Fee] = word(toDouble(order.fee));
+  const double units = toDouble(order.filled) * toDouble(order.terms->multiplier);
+  record.value5 = order.fills == 1 ? toDouble(price) : toDouble(order.turnover) / units;
+  const bool isWhole = !order.left().isPositive();
+  if (isWhole) {
+    order.isOver = true;
+    working.erase(record.id);
+  }
+  record.status() =
+      static_cast<std::int32_t>(isWhole ? order::Status::Filled : order::Status::PartlyFilled);
+  tell(order, time);
+
+  OrderFill told;
+  told.id = record.id * kFillsPerOrder + order.fills;
+  told.account = record.account;
+  told.code = record.code;
+  told.source = record.source;
+  told.pair = record.pair;
+  told.orderRef = record.orderRef;
+  told.direction() = static_cast<std::int32_t>(order.direction);
+  told.ints[fill::OffsetAt] = static_cast<std::int32_t>(order.offset);
+  told.ints[fill::LiquidityAt] = hadRested ? 1 : 0;
+  told.fillText = std::to_string(told.id);
+  told.fillTime() = time;
+  told.setPrice(toDouble(price));
+  told.values[fill::Volume] = word(toDouble(volume));
+  told.values[fill::Fee] = word(toDouble(booking.fee));
+  told.numbers[fill::OrderTime] = OrderView(record).insertTime();
+  told.numbers[fill::OrderVolume] = record.values[order::Volume];
+  told.numbers[fill::OrderFilledVolume] = record.values[order::FilledVolume];
+  told.numbers[fill::Turnover] = word(toDouble(booking.turnover));
+  told.numbers[fill::Profit] = word(toDouble(booking.profit));
+  told.numbers[fill::TradingDay] = day;
+  told.numbers[fill::OrderId] = record.id;
+  const std::int32_t key = record.account.accountKey;
+  events.push_back({time, std::move(told)});
+  events.push_back(
+      {time, TradeEvent::PositionChanged{key, record.code.id, record.source.createSource}});
+  tellCapital(order, time);
+}
+
+void PaperExchange::Impl::finish(WorkingOrder& order, order::Status status, int64 time) {
+  const bool heldMoney = !order.ledger->frozenOf(order.record.id).isZero();
+  order.ledger->release(order.record.id);
+  order.isOver = true;
+  working.erase(order.record.id);
+  order.record.status() = static_cast<std::int32_t>(status);
+  tell(order, time);
+  if (heldMoney) tellCapital(order, time);
+}
+
+void PaperExchange::Impl::tell(const WorkingOrder& order, int64 time) {
+  Order told = order.record;
+  told.updateTime() = time;
+  told.values[order::FrozenMoney] =
+      order.ledger == nullptr ? 0 : word(toDouble(order.ledger->frozenOf(told.id)));
+  events.push_back({time, std::move(told)});
+}
+
+void PaperExchange::Impl::tellCapital(const WorkingOrder& order, int64 time) {
+  events.push_back({time, TradeEvent::CapitalChanged{order.record.account.accountKey}});
+}
+
+void PaperExchange::Impl::sweep(Contract& contract) {
+  std::erase_if(contract.orders, [](const WorkingOrder& order) { return order.isOver; });
+}
+
+// The public side.
+
+PaperExchange::PaperExchange(TradeOptions options)
+    : impl_(std::make_unique<Impl>(std::move(options))) {}
+
+PaperExchange::~PaperExchange() = default;
+
+void PaperExchange::addAccount(const TradingAccountID& account, const std::string& startBalance) {
+  const auto start = moneyOf(std::string_view(startBalance.empty() ? kDefaultStart : startBalance));
+  if (!start)
+    throw std::invalid_argument("startBalance: \"" + startBalance + "\" is not a decimal number");
+  impl_->accounts.try_emplace(account.accountKey,
+                              Impl::Account{account, *start, Ledger(account, *start)});
+}
+
+void PaperExchange::addContract(const ICodeID& code, const Instrument& instrument) {
+  impl_->contracts.add(code, instrument);
+}
+
+void PaperExchange::place(const Order& order, int64 now) { impl_->place(order, now); }
+
+void PaperExchange::cancel(int64 orderId, const SourceId& by, int64 now) {
+  impl_->cancel(orderId, by, now);
+}
+
+void PaperExchange::onBar(int64 codeId, const IKLine& bar, int64 previousEnd, int64 now) {
+  Contract* const contract = impl_->contracts.find(codeId);
+  if (contract == nullptr) return;
+  const KLineView view(bar);
+  const auto open = priceOf(view.open());
+  const auto high = priceOf(view.high());
+  const auto low = priceOf(view.low());
+  const auto close = priceOf(view.close());
+  if (!open || !high || !low || !close) return;
+  ExactBar exact;
+  exact.open = *open;
+  exact.high = *high;
+  exact.low = *low;
+  exact.close = *close;
+  exact.volume = volumeOf(view.volume()).value_or(Volume{});
+  exact.begin = std::max(view.beginTime(), previousEnd);
+  exact.end = view.endTime();
+  exact.day = view.tradingDay();
+  impl_->onBar(*contract, exact, now);
+}
+
+void PaperExchange::onTick(int64 codeId, const IDepthMarketData& tick, int64 now) {
+  if (Contract* const contract = impl_->contracts.find(codeId)) impl_->onTick(*contract, tick, now);
+}
+
+bool PaperExchange::isBusy(int64 codeId) const {
+  const Contract* const contract = std::as_const(impl_->contracts).find(codeId);
+  return contract != nullptr && !contract->orders.empty();
+}
+
+std::vector<TradeEvent> PaperExchange::takeEvents() {
+  std::vector<TradeEvent> taken;
+  taken.swap(impl_->events);
+  return taken;
+}
+
+bool PaperExchange::hasEvents() const { return !impl_->events.empty(); }
+
+Ledger* PaperExchange::ledger(std::int32_t accountKey) {
+  const auto at = impl_->accounts.find(accountKey);
+  return at == impl_->accounts.end() ? nullptr : &at->second.ledger;
+}
+
+const Ledger* PaperExchange::ledger(std::int32_t accountKey) const {
+  const auto at = impl_->accounts.find(accountKey);
+  return at == impl_->accounts.end() ? nullptr : &at->second.ledger;
+}
+
+void PaperExchange::reset() {
+  for (auto& [key, account] : impl_->accounts) account.ledger = Ledger(account.id, account.start);
+  impl_->contracts.reset();
+  impl_->guard.reset();
+  impl_->working.clear();
+  impl_->events.clear();
+}
+
+}  // namespace orvane::detail
