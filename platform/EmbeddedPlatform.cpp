@@ -10,6 +10,7 @@
 #include "platform/core/Periods.h"
 #include "platform/core/PlatformPool.h"
 #include "platform/events/NoPublisher.h"
+#include "platform/trade/EventSources.h"
 
 namespace orvane {
 namespace {
@@ -25,15 +26,34 @@ std::shared_ptr<const detail::ZoneRules> zoneOrThrow(const std::string& name) {
   return zone;
 }
 
+std::unique_ptr<detail::SqliteStore> storeOf(const TradeOptions& options) {
+  if (options.storePath.empty()) return nullptr;
+  return std::make_unique<detail::SqliteStore>(options.storePath);
+}
+
+/// The calendar day, YYYYMMDD, of a local time.
+std::int32_t dayOf(int64 localMs) {
+  using namespace std::chrono;
+  const year_month_day date{floor<days>(sys_time<milliseconds>{milliseconds(localMs)})};
+  return static_cast<int>(date.year()) * 10'000 +
+         static_cast<std::int32_t>(static_cast<unsigned>(date.month()) * 100 +
+                                   static_cast<unsigned>(date.day()));
+}
+
 }  // namespace
 
 EmbeddedPlatform::Impl::Impl(PlatformOptions chosen)
     : options(std::move(chosen)),
       zone(zoneOrThrow(options.timeZone)),
       codes([this] { return now(); }, options.timeZone),
-      trade(options.trade, [this] { return now(); }),
       store(options.from, options.to, zone),
       quotes(store, codes, [this] { noteRequest(); }),
+      tradeFile(storeOf(options.trade)),
+      tradeState(options.trade),
+      trade(
+          tradeState, [this] { return now(); }, [this] { noteTradeRequest(); },
+          [this](int64 time) { return dayOf(zone->toLocal(time)); }),
+      desk(deskParts()),
       playback(parts(), options.speed, progress),
       live(parts(), options.speed, progress) {
   detail::PlatformPool::overrideThreads(options.poolThreads);
@@ -50,7 +70,12 @@ EmbeddedPlatform::Impl::~Impl() {
 }
 
 detail::DriverParts EmbeddedPlatform::Impl::parts() {
-  return {loop, pool, *timers, quotes, store, clock, cancelled};
+  return {loop, pool, *timers, quotes, desk, store, clock, cancelled};
+}
+
+detail::TradeDesk::Parts EmbeddedPlatform::Impl::deskParts() {
+  return {tradeState, store,           options.trade, [this] { return now(); },
+          cancelled,  tradeFile.get(), isPlayback()};
 }
 
 int64 EmbeddedPlatform::Impl::now() const { return isPlayback() ? clock.load() : wallNow(); }
@@ -66,6 +91,13 @@ void EmbeddedPlatform::Impl::noteRequest() {
   // Called for the first time before the thread exists: nobody asks while a platform is made.
   answerer->noteRequest();
   if (options.speed > 0) loop.wake();
+}
+
+void EmbeddedPlatform::Impl::noteTradeRequest() {
+  if (!isPlayback())
+    loop.post([this] { desk.serve(); });
+  else if (options.speed > 0)
+    loop.wake();
 }
 
 void EmbeddedPlatform::Impl::resetClock() {
@@ -105,6 +137,7 @@ void EmbeddedPlatform::Impl::run(const std::function<void(const PlaybackProgress
   if (!isPlayback()) drain();
   cancelled.store(false);
   tell();
+  if (tradeFile != nullptr) tradeFile->flush();
 }
 
 void EmbeddedPlatform::Impl::drain() {
@@ -117,8 +150,12 @@ void EmbeddedPlatform::Impl::drain() {
       if (isPlayback()) {
         playback.settleOnly();
       } else {
-        const std::lock_guard turn(quotes.turn());
-        quotes.serve();
+        {
+          const std::lock_guard turn(quotes.turn());
+          quotes.serve();
+        }
+        desk.serve();
+        desk.persist(true);
       }
     });
   } while (!settled());
@@ -130,7 +167,11 @@ EmbeddedPlatform::EmbeddedPlatform(PlatformOptions options)
 EmbeddedPlatform::~EmbeddedPlatform() = default;
 
 ICodeID EmbeddedPlatform::addInstrument(const Instrument& instrument) {
-  return impl_->codes.add(instrument);
+  ICodeID code = impl_->codes.add(instrument);
+  Instrument known = instrument;
+  if (known.timeZone.empty()) known.timeZone = impl_->options.timeZone;
+  impl_->trade.addContract(code, known);
+  return code;
 }
 
 bool EmbeddedPlatform::findCode(const std::string& text, ICodeID& code) const {
@@ -159,6 +200,7 @@ void EmbeddedPlatform::rewind() {
     impl_->quotes.rewind();
   }
   impl_->resetClock();
+  impl_->loop.runAndWait([this] { impl_->desk.rewind(); });
 }
 
 void EmbeddedPlatform::cancel() {
@@ -168,7 +210,7 @@ void EmbeddedPlatform::cancel() {
 
 void EmbeddedPlatform::drain() { impl_->drain(); }
 
-std::vector<AccountResult> EmbeddedPlatform::tradeResults() const { return {}; }
+std::vector<AccountResult> EmbeddedPlatform::tradeResults() const { return impl_->trade.results(); }
 
 // The entry points behind the services.
 
@@ -208,8 +250,7 @@ IMDQuery EmbeddedPlatform::dataRangeToQuery(const OVDataRange& range) {
 ITimeType EmbeddedPlatform::timeTypeOf(int64 term) { return detail::timeTypeOfTerm(term); }
 
 EventSourceId EmbeddedPlatform::eventSourceOf(const SourceId& source) {
-  // A source's numeric id is its event source bit already.
-  return static_cast<EventSourceId>(source.sourceType & 255);
+  return detail::eventSourcesOf(source);
 }
 
 ICondService* EmbeddedPlatform::conditionService() { return nullptr; }

@@ -19,7 +19,10 @@
 #include "platform/market/OverdueAnswerer.h"
 #include "platform/market/QuoteService.h"
 #include "platform/reference/CodeService.h"
+#include "platform/trade/SqliteStore.h"
+#include "platform/trade/TradeDesk.h"
 #include "platform/trade/TradeService.h"
+#include "platform/trade/TradeState.h"
 #include "services/Common/IServiceRouter.h"
 
 namespace orvane {
@@ -41,6 +44,7 @@ class EmbeddedPlatform::Impl final : public IServiceRouter, public IQuoteHub {
   int64 now() const;
   bool isPlayback() const { return options.mode == PlatformOptions::Mode::Playback; }
   void noteRequest();
+  void noteTradeRequest();
   void resetClock();
   void run(const std::function<void(const PlaybackProgress&)>& progress);
   void drain();
@@ -56,7 +60,6 @@ class EmbeddedPlatform::Impl final : public IServiceRouter, public IQuoteHub {
   detail::DriverProgress progress;
 
   detail::CodeService codes;
-  detail::TradeService trade;
   detail::NoDataService data;
   std::shared_ptr<detail::NoGeneralEvents> generalEvents =
       std::make_shared<detail::NoGeneralEvents>();
@@ -66,6 +69,10 @@ class EmbeddedPlatform::Impl final : public IServiceRouter, public IQuoteHub {
   detail::NoSystemEvent systemEvents;
   detail::MarketStore store;
   detail::QuoteService quotes;
+  const std::unique_ptr<detail::SqliteStore> tradeFile;  ///< Null without a store.
+  detail::TradeState tradeState;
+  detail::TradeService trade;
+  detail::TradeDesk desk;
   std::shared_ptr<detail::TimerQueue> timers = std::make_shared<detail::TimerQueue>();
 
   detail::ServiceLoop loop;
@@ -76,6 +83,7 @@ class EmbeddedPlatform::Impl final : public IServiceRouter, public IQuoteHub {
 
  private:
   detail::DriverParts parts();
+  detail::TradeDesk::Parts deskParts();
 };
 
 }  // namespace orvane

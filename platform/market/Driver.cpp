@@ -22,31 +22,40 @@ void announce(DriverProgress& progress, const Feed& feed) {
 PlaybackDriver::PlaybackDriver(DriverParts parts, double speed, DriverProgress& progress)
     : parts_(parts), speed_(speed), progress_(progress) {}
 
+void PlaybackDriver::begin() {
+  turn_ = std::unique_lock(parts_.quotes.turn());
+  parts_.quotes.setQuietWait([this] { waitQuiet(); });
+  parts_.trade.setQuietWait([this] { waitQuiet(); });
+  parts_.pool.beginHelping();
+}
+
+void PlaybackDriver::end() {
+  parts_.pool.endHelping();
+  parts_.quotes.setQuietWait(nullptr);
+  parts_.trade.setQuietWait(nullptr);
+  turn_.unlock();
+}
+
 void PlaybackDriver::run() {
   Feed feed(parts_.store.streams(), parts_.store.to());
   announce(progress_, feed);
   dataStart_ = parts_.clock.load();
-  turn_ = std::unique_lock(parts_.quotes.turn());
-  parts_.quotes.setQuietWait([this] { waitQuiet(); });
-  parts_.pool.beginHelping();
+  begin();
+  parts_.trade.beginRun({});
   settle();
   wallStart_ = system_clock::now();
   while (!parts_.cancelled.load(std::memory_order_relaxed) && step(feed)) {
   }
   settle();
-  parts_.pool.endHelping();
-  parts_.quotes.setQuietWait(nullptr);
-  turn_.unlock();
+  parts_.trade.endRun();
+  end();
 }
 
 void PlaybackDriver::settleOnly() {
-  turn_ = std::unique_lock(parts_.quotes.turn());
-  parts_.quotes.setQuietWait([this] { waitQuiet(); });
-  parts_.pool.beginHelping();
+  begin();
   settle();
-  parts_.pool.endHelping();
-  parts_.quotes.setQuietWait(nullptr);
-  turn_.unlock();
+  parts_.trade.persist(true);
+  end();
 }
 
 bool PlaybackDriver::step(Feed& feed) {
@@ -54,23 +63,31 @@ bool PlaybackDriver::step(Feed& feed) {
   const int64 record = feed.nextTime();
   const int64 close = parts_.quotes.nextClose();
   const int64 timer = parts_.timers.nextDue();
-  const int64 next = std::min({record, close, timer});
+  const int64 trade = parts_.trade.nextDue();
+  const int64 next = std::min({record, close, timer, trade});
   if (speed_ > 0 && !pace(next)) return true;
-  if (timer == next) {
+  if (trade == next) {
+    advanceTo(trade);
+  } else if (timer == next) {
     advanceTo(timer);
     parts_.timers.fireOne(parts_.clock.load(std::memory_order_relaxed));
   } else if (record == next) {
     advanceTo(record);
-    parts_.quotes.deliverNext(feed.nextStream());
-    feed.advance();
-    progress_.delivered.store(progress_.delivered.load(std::memory_order_relaxed) + 1,
-                              std::memory_order_relaxed);
+    playRecord(feed);
   } else {
     advanceTo(close);
     parts_.quotes.closeThrough(close);
   }
   settle();
   return true;
+}
+
+void PlaybackDriver::playRecord(Feed& feed) {
+  if (parts_.trade.beforeRecord(feed.nextStream())) settle();
+  parts_.quotes.deliverNext(feed.nextStream());
+  feed.advance();
+  progress_.delivered.store(progress_.delivered.load(std::memory_order_relaxed) + 1,
+                            std::memory_order_relaxed);
 }
 
 bool PlaybackDriver::finishInstant() {
@@ -96,7 +113,8 @@ void PlaybackDriver::advanceTo(int64 time) {
 void PlaybackDriver::settle() {
   do {
     waitQuiet();
-  } while (parts_.loop.runPosted() || parts_.quotes.serve() || !parts_.pool.signal().quiet());
+  } while (parts_.loop.runPosted() || parts_.quotes.serve() || parts_.trade.serve() ||
+           !parts_.pool.signal().quiet());
 }
 
 void PlaybackDriver::waitQuiet() {
@@ -120,8 +138,10 @@ bool PlaybackDriver::pace(int64 time) {
   // While nothing is to be played the workers take the tasks of whoever else starts or asks.
   parts_.pool.endHelping();
   turn_.unlock();
-  parts_.loop.runPostedUntil(
-      due, [this] { return parts_.cancelled.load() || parts_.quotes.book().anyWaiting(); });
+  parts_.loop.runPostedUntil(due, [this] {
+    return parts_.cancelled.load() || parts_.quotes.book().anyWaiting() ||
+           parts_.trade.anyWaiting();
+  });
   turn_.lock();
   parts_.pool.beginHelping();
   settle();
@@ -142,7 +162,9 @@ void LiveDriver::run() {
     parts_.quotes.setTimeShift(shift);
     parts_.quotes.startAt(feed.firstTime());
   }
+  parts_.trade.beginRun(shift);
   play(feed, shift);
+  parts_.trade.endRun();
 }
 
 void LiveDriver::play(Feed& feed, const TimeShift& shift) {
@@ -156,19 +178,24 @@ void LiveDriver::play(Feed& feed, const TimeShift& shift) {
       close = parts_.quotes.nextClose();
     }
     const int64 next = std::min(record, close);
-    const system_clock::time_point due{milliseconds(shift.shown(next))};
+    const int64 trade = parts_.trade.nextDue();
+    const system_clock::time_point due{milliseconds(std::min(shift.shown(next), trade))};
     if (system_clock::now() < due) {
-      // A request that is served meanwhile may bring an earlier end of a bar.
+      // What is served meanwhile may bring an earlier end of a bar, or put an order on its way.
       parts_.loop.runPostedUntil(due, [&] {
         const std::lock_guard turn(parts_.quotes.turn());
-        return parts_.cancelled.load() || parts_.quotes.nextClose() < next;
+        return parts_.cancelled.load() || parts_.quotes.nextClose() < next ||
+               parts_.trade.nextDue() != trade;
       });
       continue;
     }
     parts_.loop.runPosted();
+    parts_.trade.serve();
+    if (system_clock::now() < system_clock::time_point{milliseconds(shift.shown(next))}) continue;
     const std::lock_guard turn(parts_.quotes.turn());
     parts_.quotes.passedUntil(next);
     if (record <= close) {
+      if (parts_.trade.beforeRecord(feed.nextStream())) parts_.trade.serve();
       parts_.quotes.deliverNext(feed.nextStream());
       feed.advance();
       progress_.delivered.fetch_add(1);

@@ -8,6 +8,7 @@
 #include "platform/core/WorkerPool.h"
 #include "platform/market/Feed.h"
 #include "platform/market/QuoteService.h"
+#include "platform/trade/TradeDesk.h"
 
 namespace orvane::detail {
 
@@ -17,6 +18,7 @@ struct DriverParts {
   WorkerPool& pool;
   TimerQueue& timers;
   QuoteService& quotes;
+  TradeDesk& trade;
   MarketStore& store;
   std::atomic<int64>& clock;  ///< The simulated time.
   std::atomic<bool>& cancelled;
@@ -31,6 +33,10 @@ struct DriverProgress {
 /// Plays the feed in lockstep with the runners, on the thread of the service loop: after each
 /// timer, each record and each bar that came to its end, it waits until all is digested and
 /// serves what was asked meanwhile. Strategy tasks run on this very thread while it waits.
+///
+/// At one instant: first what is due on the trade side, then timers, then records, then bars that
+/// end by the clock alone. The exchange sees a record before the runners do, and what it tells is
+/// digested first: so nothing that a runner does on a record can meet that record.
 class PlaybackDriver {
  public:
   PlaybackDriver(DriverParts parts, double speed, DriverProgress& progress);
@@ -44,6 +50,9 @@ class PlaybackDriver {
   void play(Feed& feed);
   bool step(Feed& feed);
   bool finishInstant();
+  void playRecord(Feed& feed);
+  void begin();
+  void end();
   void advanceTo(int64 time);
   void settle();
   void waitQuiet();

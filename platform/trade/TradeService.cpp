@@ -1,7 +1,11 @@
+// Order entry and subscriptions.
+
 #include "platform/trade/TradeService.h"
 
 #include <utility>
 
+#include "platform/core/NotSupported.h"
+#include "platform/core/Periods.h"
 #include "platform/fields/OrderView.h"
 #include "shared/GbkLiteral.h"
 
@@ -19,7 +23,6 @@ Order orderOf(const OrderRequest& request, const TradingAccountID& account, int6
   order.orderRef = request.orderRef;
   order.values = request.values;
   order.ints = request.ints;
-  order.text5 = request.text5;
   order.text6 = request.text6;
   order.value1 = static_cast<double>(now);
   OrderWriter(order).setStatus(order::Status::Sent);
@@ -33,31 +36,157 @@ Order orderOf(const OrderRequest& request, const TradingAccountID& account, int6
 
 }  // namespace
 
-TradeService::TradeService(const TradeOptions& options, std::function<int64()> now)
-    : accounts_(options.accounts), now_(std::move(now)), inbox_(options.sources) {}
+TradeService::TradeService(TradeState& state, std::function<int64()> now,
+                           std::function<void()> onRequest,
+                           std::function<std::int32_t(int64)> dayOf)
+    : state_(state),
+      now_(std::move(now)),
+      onRequest_(std::move(onRequest)),
+      dayOf_(std::move(dayOf)) {}
+
+void TradeService::addContract(const ICodeID& code, const Instrument& instrument) {
+  const std::lock_guard lock(state_.mutex);
+  state_.exchange.addContract(code, instrument);
+}
+
+void TradeService::noteWaiting() {
+  // One call is enough until the desk has taken everything in.
+  if (state_.waiting.exchange(1) == 0) onRequest_();
+}
 
 ResultStatus TradeService::sendOrder(const OrderRequest& request, std::list<Order>& orders) {
-  const TradingAccountID* account = accounts_.find(request.account);
+  const TradingAccountID* account = state_.accounts.find(request.account);
   if (account == nullptr) return {22, "账号不存在"_gbk};
   const int64 now = now_();
   Order order = orderOf(request, *account, now);
   {
-    const std::lock_guard lock(mutex_);
-    inbox_.number(order);
+    const std::lock_guard lock(state_.mutex);
+    state_.inbox.number(order);
     order.pair.first = std::to_string(order.id);
     if (order.orderRef.empty()) order.orderRef = order.pair.first;
-    inbox_.putOrder(order, now);
+    state_.inbox.putOrder(order, now);
   }
   orders.push_back(std::move(order));
+  noteWaiting();
   return {};
 }
 
-int TradeService::tradingAccountCount() { return static_cast<int>(accounts_.all().size()); }
+ResultStatus TradeService::cancelOrder(const Order& order) {
+  const int64 now = now_();
+  {
+    const std::lock_guard lock(state_.mutex);
+    const Order* known = state_.store.order(order.id);
+    const bool isOver = known != nullptr && OrderView(*known).isFinal();
+    if (known == nullptr) known = state_.inbox.waitingOrder(order.id);
+    if (known == nullptr) return statusWith(22, "order " + std::to_string(order.id));
+    if (isOver) return statusWith(22, "order " + std::to_string(order.id) + " is over");
+    if (ResultStatus status = checkLocked(known->account); status.code != 0) return status;
+    state_.inbox.putCancel(order.id, known->account, order.source, now);
+  }
+  noteWaiting();
+  return {};
+}
 
-std::vector<TradingAccountID> TradeService::tradingAccounts() { return accounts_.all(); }
+ResultStatus TradeService::orderActionForward(const Order& /*order*/, int /*action*/) {
+  return notSupported();
+}
 
-std::list<AccountLinks> TradeService::accountRecords(const std::string& account, int counterType) {
-  return accounts_.records(account, counterType);
+ResultStatus TradeService::attachAccount(const AccountRecord& /*account*/) {
+  return notSupported();
+}
+ResultStatus TradeService::detachAccount(const AccountRecord& /*account*/) {
+  return notSupported();
+}
+
+// Subscriptions.
+
+void TradeService::subscribe(const std::shared_ptr<TradeEventSpi>& spi,
+                             const TradeSelector& selector) {
+  if (spi == nullptr || state_.accounts.find(selector.account) == nullptr) return;
+  const bool wantsStatus = selector.topic == TradeTopic::Status;
+  {
+    const std::lock_guard lock(state_.mutex);
+    // What comes next has a higher number.
+    const bool isNew = state_.subscriptions.subscribe(spi, selector, state_.number);
+    if (!isNew || !wantsStatus) return;
+    state_.statusWishes.push_back({state_.subscriptions.receiverOf(spi.get()), selector.account});
+  }
+  noteWaiting();
+}
+
+void TradeService::subscribeStatus(const std::shared_ptr<TradeEventSpi>& spi,
+                                   const TradingAccountID& account) {
+  subscribe(spi, {TradeTopic::Status, account.accountKey, TradeSelector::kEveryCode, 0, {}});
+}
+
+void TradeService::subscribeCapital(const std::shared_ptr<TradeEventSpi>& spi,
+                                    const TradingAccountID& account) {
+  subscribe(spi, {TradeTopic::Capital, account.accountKey, TradeSelector::kEveryCode, 0, {}});
+}
+
+void TradeService::subscribeOrderBySourceName(const std::shared_ptr<TradeEventSpi>& spi,
+                                              const std::string& source,
+                                              const TradingAccountID& account) {
+  subscribe(spi, {TradeTopic::Order, account.accountKey, TradeSelector::kEveryCode, 0, source});
+}
+
+void TradeService::subscribeOrderBySourceName(const std::shared_ptr<TradeEventSpi>& spi,
+                                              const std::string& source,
+                                              const TradingAccountID& account,
+                                              const ICodeID& code) {
+  subscribe(spi, {TradeTopic::Order, account.accountKey, code.id, 0, source});
+}
+
+void TradeService::subscribeOrderByEventSourceId(const std::shared_ptr<TradeEventSpi>& spi,
+                                                 EventSourceId source,
+                                                 const TradingAccountID& account) {
+  for (EventSourceId bit = 1; bit <= 128; bit <<= 1)
+    if ((source & bit) != 0)
+      subscribe(spi, {TradeTopic::Order, account.accountKey, TradeSelector::kEveryCode, bit, {}});
+}
+
+void TradeService::subscribeFillBySourceName(const std::shared_ptr<TradeEventSpi>& spi,
+                                             const std::string& source,
+                                             const TradingAccountID& account) {
+  subscribe(spi, {TradeTopic::Fill, account.accountKey, TradeSelector::kEveryCode, 0, source});
+}
+
+void TradeService::subscribeFillBySourceName(const std::shared_ptr<TradeEventSpi>& spi,
+                                             const std::string& source,
+                                             const TradingAccountID& account, const ICodeID& code) {
+  subscribe(spi, {TradeTopic::Fill, account.accountKey, code.id, 0, source});
+}
+
+void TradeService::subscribeFillByEventSourceId(const std::shared_ptr<TradeEventSpi>& spi,
+                                                EventSourceId source,
+                                                const TradingAccountID& account) {
+  for (EventSourceId bit = 1; bit <= 128; bit <<= 1)
+    if ((source & bit) != 0)
+      subscribe(spi, {TradeTopic::Fill, account.accountKey, TradeSelector::kEveryCode, bit, {}});
+}
+
+void TradeService::subscribePosition(const std::shared_ptr<TradeEventSpi>& spi,
+                                     const TradingAccountID& account, const ICodeID& code) {
+  subscribe(spi, {TradeTopic::Position, account.accountKey, code.id, 0, {}});
+}
+
+void TradeService::subscribeSourcePosition(const std::shared_ptr<TradeEventSpi>& spi,
+                                           const std::string& source,
+                                           const TradingAccountID& account, const ICodeID& code) {
+  subscribe(spi, {TradeTopic::SourcePosition, account.accountKey, code.id, 0, source});
+}
+
+void TradeService::unsubscribeAccount(const std::shared_ptr<TradeEventSpi>& spi,
+                                      const TradingAccountID& account) {
+  std::shared_ptr<TradeReceiver> ended;  // It may be the last to hold the spi: let go unlocked.
+  const std::lock_guard lock(state_.mutex);
+  ended = state_.subscriptions.unsubscribeAccount(spi.get(), account.accountKey);
+}
+
+void TradeService::unsubscribeAll(const std::shared_ptr<TradeEventSpi>& spi) {
+  std::shared_ptr<TradeReceiver> ended;
+  const std::lock_guard lock(state_.mutex);
+  ended = state_.subscriptions.unsubscribeAll(spi.get());
 }
 
 }  // namespace orvane::detail

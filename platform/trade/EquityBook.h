@@ -1,0 +1,61 @@
+#pragma once
+
+#include <map>
+#include <set>
+#include <string>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "platform/trade/PaperExchange.h"
+#include "platform/trade/TradeResults.h"
+
+namespace orvane::detail {
+
+/// The equity curves of accounts and of create sources on them. Points of one instant are one, the
+/// last; but the first point of a curve, the start, stands. Guarded by its owner.
+class EquityBook {
+ public:
+  struct Curve {
+    std::vector<EquityPoint> points;
+    std::map<int64, double> exposures;  ///< By code; held ones alone.
+    /// How many points were handed to a store. The last point may still change and is kept back.
+    std::size_t stored = 0;
+  };
+  using SourceKey = std::pair<std::int32_t, std::string>;  ///< Account and create source.
+
+  EquityBook(const PaperExchange& exchange, std::size_t accounts);
+
+  bool hasStarted() const { return hasStarted_; }
+  void start(int64 time);
+  /// A create source sent its first order: its curve begins with the run.
+  void addSource(std::int32_t account, const std::string& source);
+  /// A source's position in a code may have changed by a fill.
+  void noteFill(std::int32_t account, const std::string& source, int64 codeId, int64 time);
+  /// The mark price of a code changed; by a tick only one point a minute is taken.
+  void noteMark(int64 codeId, int64 time, bool isTick);
+  bool isHeld(int64 codeId) const { return holders_.contains(codeId); }
+  void finish(int64 time);
+  void clear();
+
+  Curve& account(std::int32_t key) { return accounts_[static_cast<std::size_t>(key) - 1]; }
+  const Curve& account(std::int32_t key) const {
+    return accounts_[static_cast<std::size_t>(key) - 1];
+  }
+  std::map<SourceKey, Curve>& sources() { return sources_; }
+  const std::map<SourceKey, Curve>& sources() const { return sources_; }
+
+ private:
+  void addAccountPoint(std::int32_t account, int64 time);
+  void addSourcePoint(const SourceKey& key, int64 time);
+  double exposureOf(const SourceKey& key, int64 codeId) const;
+
+  const PaperExchange& exchange_;
+  std::vector<Curve> accounts_;
+  std::map<SourceKey, Curve> sources_;
+  std::unordered_map<int64, std::set<SourceKey>> holders_;  ///< By code.
+  bool hasStarted_ = false;
+  int64 startTime_ = 0;
+};
+
+}  // namespace orvane::detail

@@ -1,0 +1,380 @@
+#include "platform/trade/TradeDesk.h"
+
+#include <algorithm>
+#include <exception>
+#include <iostream>
+#include <iterator>
+#include <utility>
+
+#include "platform/trade/EventSources.h"
+#include "shared/CodeTables.h"
+
+namespace orvane::detail {
+namespace {
+
+constexpr int kConnected = 16;
+constexpr int kDisconnected = 17;
+constexpr int kNotConnectedCode = -6;
+/// How much news a playback lets gather before it goes to the file.
+constexpr std::size_t kNewsPerBatch = 1024;
+
+TradeSubject subjectOf(TradeTopic topic, const Order& order) {
+  return {topic, order.account.accountKey, order.code.id, eventSourcesOf(order.source),
+          order.source.createSource};
+}
+
+}  // namespace
+
+TradeDesk::TradeDesk(Parts parts)
+    : parts_(std::move(parts)), feed_(parts_.market), followsScript_(parts_.isPlayback) {
+  noteDue();
+}
+
+// What is due.
+
+bool TradeDesk::serveDue() {
+  if (parts_.cancelled.load(std::memory_order_relaxed)) admits_ = false;
+  const int64 now = parts_.now();
+  if (!anyWaiting() && nextDue_ > now) return false;
+  bool any = false;
+  {
+    const std::lock_guard lock(parts_.state.mutex);
+    any = changeConnections(now);
+    any = takeWishes(now) || any;
+    any = admit(now) || any;
+    any = letArrive(now) || any;
+    noteDue();
+  }
+  any = deliver(now) || any;
+  persist(false);
+  return any;
+}
+
+int64 TradeDesk::scriptTime() const {
+  const int64 time = parts_.state.connections.nextTime();
+  return followsScript_ && time != kUnsetTime ? feed_.shown(time) : kUnsetTime;
+}
+
+void TradeDesk::noteDue() {
+  nextDue_ = scriptTime();
+  if (!arriving_.empty()) nextDue_ = std::min(nextDue_, arriving_.begin()->first);
+  if (!reports_.empty()) nextDue_ = std::min(nextDue_, reports_.front().due);
+}
+
+bool TradeDesk::changeConnections(int64 now) {
+  TradeState& state = parts_.state;
+  bool any = false;
+  while (scriptTime() <= now) {
+    any = true;
+    const std::int32_t next = state.connections.nextAccount();
+    const bool wasUp = state.connections.isUp(next);
+    const ConnectionBook::Change& change = state.connections.makeNext();
+    if (change.isUp == wasUp) continue;
+    if (parts_.file != nullptr) changes_.emplace_back(now, change);
+    // What was on its way is lost; whoever fetches the account's state later finds it there.
+    const auto lost =
+        std::stable_partition(reports_.begin(), reports_.end(), [&](const TradeReport& report) {
+          return report.subject.account != change.account ||
+                 report.subject.topic == TradeTopic::Status;
+        });
+    lost_.insert(lost_.end(), std::move_iterator(lost), std::move_iterator(reports_.end()));
+    reports_.erase(lost, reports_.end());
+    ++state.number;
+    const TradeSubject subject{
+        TradeTopic::Status, change.account, TradeSelector::kEveryCode, 0, {}};
+    reportStatus(change.account, now, state.subscriptions.receiversOf(subject, state.number));
+  }
+  return any;
+}
+
+bool TradeDesk::takeWishes(int64 now) {
+  TradeState& state = parts_.state;
+  const std::vector<TradeState::StatusWish> wishes = std::exchange(state.statusWishes, {});
+  for (const TradeState::StatusWish& wish : wishes)
+    if (std::shared_ptr<TradeReceiver> receiver = wish.receiver.lock())
+      reportStatus(wish.account, now, {std::move(receiver)});
+  return !wishes.empty();
+}
+
+bool TradeDesk::admit(int64 now) {
+  TradeState& state = parts_.state;
+  if (admits_) {
+    for (const TradeAction& action : state.inbox.takeAll())
+      action.isCancel ? admitCancel(action, now) : admitOrder(action, now);
+  }
+  const bool any = admits_ && state.waiting.load() != 0;
+  state.waiting.store(state.inbox.empty() ? 0 : 1);
+  return any;
+}
+
+void TradeDesk::admitOrder(const TradeAction& action, int64 now) {
+  TradeState& state = parts_.state;
+  const Order& order = action.order;
+  state.store.addOrder(order);
+  state.equity.addSource(order.account.accountKey, order.source.createSource);
+  if (state.connections.isUp(order.account.accountKey))
+    arriving_.emplace(action.sentAt + parts_.options.entryLatencyMs, action);
+  else
+    rejectOrder(order, now);
+}
+
+void TradeDesk::rejectOrder(Order order, int64 now) {
+  OrderWriter(order).setStatus(order::Status::Rejected);
+  order.ints[order::ReasonAt] = kNotConnectedCode;
+  order.text5 = "account not connected";
+  order.updateTime() = now;
+  parts_.state.store.updateOrder(order);
+}
+
+void TradeDesk::admitCancel(const TradeAction& action, int64 now) {
+  TradeState& state = parts_.state;
+  const Order* order = state.store.order(action.order.id);
+  if (order == nullptr || OrderView(*order).isFinal()) return;
+  if (!state.connections.isUp(order->account.accountKey)) return;
+  arriving_.emplace(action.sentAt + parts_.options.entryLatencyMs, action);
+  if (parts_.options.entryLatencyMs <= 0 || OrderView(*order).status() == order::Status::Sent)
+    return;
+  cancelling_[action.order.id] = action.order.cancelSource;
+  Order pending = *order;
+  pending.updateTime() = now;
+  ++state.number;
+  reportOrder(std::move(pending), now + parts_.options.reportLatencyMs);
+}
+
+bool TradeDesk::letArrive(int64 now) {
+  TradeState& state = parts_.state;
+  bool any = false;
+  while (!arriving_.empty() && arriving_.begin()->first <= now) {
+    any = true;
+    const TradeAction action = std::move(arriving_.begin()->second);
+    arriving_.erase(arriving_.begin());
+    if (action.isCancel) {
+      state.exchange.cancel(action.order.id, action.order.cancelSource, now);
+    } else {
+      feed_.begin(action.order.code.id, state.exchange);
+      state.exchange.place(action.order, now);
+    }
+    takeEvents(now);
+  }
+  return any;
+}
+
+// What the exchange tells.
+
+bool TradeDesk::feedRecord(const MarketStream& stream) {
+  TradeState& state = parts_.state;
+  const int64 codeId = stream.code().id;
+  {
+    const std::lock_guard lock(state.mutex);
+    const int64 time = feed_.shown(stream.timeAt(stream.known.load(std::memory_order_relaxed)));
+    feed_.feedNext(stream, state.exchange, time);
+    takeEvents(time);
+    state.equity.noteMark(codeId, time, stream.isTicks());
+    if (!state.exchange.isBusy(codeId) && !state.equity.isHeld(codeId)) feed_.rest(stream);
+    noteDue();
+  }
+  return nextDue_ <= parts_.now();
+}
+
+void TradeDesk::takeEvents(int64 now) {
+  if (!parts_.state.exchange.hasEvents()) return;
+  for (TradeEvent& event : parts_.state.exchange.takeEvents()) takeEvent(event, now);
+}
+
+void TradeDesk::takeEvent(TradeEvent& event, int64 now) {
+  TradeState& state = parts_.state;
+  ++state.number;
+  const int64 due = std::max(event.time + parts_.options.reportLatencyMs, now);
+  if (auto* order = std::get_if<Order>(&event.what)) {
+    reportOrder(std::move(*order), due);
+  } else if (auto* fill = std::get_if<OrderFill>(&event.what)) {
+    state.store.addFill(*fill);
+    // A fill inside a bar is known, and its price marked, when the bar is over.
+    state.equity.noteFill(fill->account.accountKey, fill->source.createSource, fill->code.id, now);
+    report({TradeTopic::Fill, fill->account.accountKey, fill->code.id, eventSourcesOf(fill->source),
+            fill->source.createSource},
+           due, [&] { return std::move(*fill); });
+  } else if (auto* position = std::get_if<TradeEvent::PositionChanged>(&event.what)) {
+    reportPosition(*position, due);
+  } else {
+    const std::int32_t account = std::get<TradeEvent::CapitalChanged>(event.what).accountKey;
+    report({TradeTopic::Capital, account, TradeSelector::kEveryCode, 0, {}}, due,
+           [&] { return state.exchange.ledger(account)->capitalRecord(event.time); });
+  }
+}
+
+void TradeDesk::reportOrder(Order order, int64 due) {
+  if (const auto at = cancelling_.find(order.id); at != cancelling_.end()) {
+    if (OrderView(order).isFinal()) {
+      cancelling_.erase(at);
+    } else {
+      OrderWriter(order).setStatus(order::Status::CancelPending);
+      order.cancelSource = at->second;
+    }
+  }
+  parts_.state.store.updateOrder(order);
+  report(subjectOf(TradeTopic::Order, order), due, [&] { return std::move(order); });
+}
+
+void TradeDesk::reportPosition(const TradeEvent::PositionChanged& changed, int64 due) {
+  const Ledger* ledger = parts_.state.exchange.ledger(changed.accountKey);
+  report({TradeTopic::Position, changed.accountKey, changed.codeId, 0, {}}, due, [&] {
+    Position position;
+    ledger->positionRecord(changed.codeId, position);
+    return position;
+  });
+  report({TradeTopic::SourcePosition, changed.accountKey, changed.codeId, 0, changed.source}, due,
+         [&] {
+           SourcePosition position;
+           ledger->sourcePositionRecord(changed.codeId, changed.source, position);
+           return position;
+         });
+}
+
+template <typename Make>
+void TradeDesk::report(TradeSubject subject, int64 due, Make make) {
+  TradeState& state = parts_.state;
+  if (!state.connections.isUp(subject.account)) return;
+  TradeReceivers receivers = state.subscriptions.receiversOf(subject, state.number);
+  if (receivers.empty()) return;
+  enqueue({due, std::move(subject), std::move(receivers), make()});
+}
+
+void TradeDesk::reportStatus(std::int32_t account, int64 due, TradeReceivers receivers) {
+  const TradingAccountID& id = *parts_.state.accounts.find(account);
+  const bool isUp = parts_.state.connections.isUp(account);
+  TradeReport::Status status;
+  status.account = AccountBook::connectionOf(id);
+  status.info.statusCode = isUp ? kConnected : kDisconnected;
+  if (!isUp) status.info.result = {kNotConnectedCode, statusMessage(kNotConnectedCode)};
+  status.info.accounts = {id};
+  enqueue({due,
+           {TradeTopic::Status, account, TradeSelector::kEveryCode, 0, {}},
+           std::move(receivers),
+           std::move(status)});
+}
+
+void TradeDesk::enqueue(TradeReport report) {
+  const auto after =
+      std::upper_bound(reports_.begin(), reports_.end(), report.due,
+                       [](int64 due, const TradeReport& each) { return due < each.due; });
+  reports_.insert(after, std::move(report));
+}
+
+// Delivering.
+
+bool TradeDesk::deliver(int64 now) {
+  bool any = false;
+  lost_.clear();
+  rounds_.begin();
+  while (!reports_.empty() && reports_.front().due <= now) {
+    any = true;
+    const TradeReport report = std::move(reports_.front());
+    reports_.pop_front();
+    for (const std::shared_ptr<TradeReceiver>& receiver : report.receivers) {
+      rounds_.enter(receiver->calledIn);
+      if (isStillWanted(*receiver, report)) call(*receiver, report);
+    }
+  }
+  const std::lock_guard lock(parts_.state.mutex);
+  noteDue();
+  return any;
+}
+
+bool TradeDesk::isStillWanted(const TradeReceiver& receiver, const TradeReport& report) const {
+  const std::lock_guard lock(parts_.state.mutex);
+  return parts_.state.subscriptions.reaches(receiver, report.subject);
+}
+
+void TradeDesk::call(TradeReceiver& receiver, const TradeReport& report) {
+  try {
+    callTradeSpi(*receiver.spi, report.what);
+  } catch (const std::exception& error) {
+    std::cerr << "a trade call-back threw: " << error.what() << '\n';
+  } catch (...) {
+    std::cerr << "a trade call-back threw\n";
+  }
+}
+
+// The run.
+
+void TradeDesk::beginRun(const TimeShift& shift) {
+  TradeState& state = parts_.state;
+  const std::lock_guard lock(state.mutex);
+  feed_.setTimeShift(shift);
+  followsScript_ = true;
+  admits_ = !parts_.cancelled.load();
+  noteDue();
+  if (state.equity.hasStarted()) return;
+  state.equity.start(parts_.now());
+  if (parts_.file == nullptr) return;
+  StoredRun run{parts_.isPlayback, parts_.now(), {}};
+  for (const TradingAccountID& account : state.accounts.all())
+    run.accounts.push_back(state.exchange.ledger(account.accountKey)->capitalRecord(parts_.now()));
+  parts_.file->beginRun(std::move(run));
+}
+
+void TradeDesk::endRun() {
+  {
+    const std::lock_guard lock(parts_.state.mutex);
+    parts_.state.equity.finish(parts_.now());
+  }
+  persist(true);
+  if (parts_.cancelled.load())
+    admits_ = false;
+  else if (parts_.file != nullptr)
+    parts_.file->completeRun();
+}
+
+void TradeDesk::rewind() {
+  persist(true);
+  TradeState& state = parts_.state;
+  const std::deque<TradeReport> ended = std::exchange(reports_, {});
+  const std::lock_guard lock(state.mutex);
+  state.exchange.reset();
+  state.store.clear();
+  state.equity.clear();
+  state.inbox.reset();
+  state.connections.reset();
+  state.waiting.store(state.statusWishes.empty() ? 0 : 1);
+  feed_.reset();
+  admits_ = true;
+  followsScript_ = parts_.isPlayback;
+  arriving_.clear();
+  cancelling_.clear();
+  changes_.clear();
+  storedFills_ = 0;
+  noteDue();
+}
+
+void TradeDesk::persist(bool isEnd) {
+  if (parts_.file == nullptr) return;
+  TradeState& state = parts_.state;
+  const std::lock_guard lock(state.mutex);
+  const std::size_t news =
+      state.store.changedCount() + changes_.size() + (state.store.allFills().size() - storedFills_);
+  if (!isEnd && news < (parts_.isPlayback ? kNewsPerBatch : 1)) return;
+  // Before the first run there is nothing to file the news under.
+  if (!state.equity.hasStarted()) return;
+  StoredNews batch;
+  batch.time = parts_.now();
+  for (const std::size_t at : state.store.takeChanged())
+    batch.orders.push_back(state.store.allOrders()[at]);
+  for (; storedFills_ < state.store.allFills().size(); ++storedFills_)
+    batch.fills.push_back(state.store.allFills()[storedFills_]);
+  for (const auto& [time, change] : std::exchange(changes_, {}))
+    batch.connections.push_back({change.account, time, change.isUp});
+  const auto take = [&](EquityBook::Curve& curve, std::int32_t account, const std::string& source) {
+    const std::size_t end = curve.points.size() - (isEnd || curve.points.empty() ? 0 : 1);
+    for (; curve.stored < end; ++curve.stored)
+      batch.equity.push_back({account, source, curve.stored, curve.points[curve.stored]});
+  };
+  for (const TradingAccountID& account : state.accounts.all()) {
+    take(state.equity.account(account.accountKey), account.accountKey, {});
+    batch.capitals.push_back(state.exchange.ledger(account.accountKey)->capitalRecord(batch.time));
+  }
+  for (auto& [key, curve] : state.equity.sources()) take(curve, key.first, key.second);
+  parts_.file->write(std::move(batch));
+}
+
+}  // namespace orvane::detail

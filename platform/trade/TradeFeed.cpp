@@ -1,0 +1,66 @@
+#include "platform/trade/TradeFeed.h"
+
+#include <algorithm>
+
+namespace orvane::detail {
+namespace {
+
+bool tellsPrices(const MarketStream& stream) {
+  if (!stream.isTicks()) return true;
+  return stream.column(TickColumn::LastPrice) >= 0 || stream.column(TickColumn::BidPrice) >= 0 ||
+         stream.column(TickColumn::AskPrice) >= 0;
+}
+
+}  // namespace
+
+void TradeFeed::lookAtStreams() {
+  const std::vector<MarketStream*> streams = store_.streams();
+  if (streams.size() == lines_.size()) return;
+  lines_.resize(streams.size());
+  byCode_.clear();
+  for (const MarketStream* stream : streams) {
+    lines_[stream->order()].stream = stream;
+    if (!tellsPrices(*stream)) continue;
+    const auto [at, isNew] = byCode_.try_emplace(stream->code().id, stream->order());
+    // Ticks have the period 0.
+    if (!isNew && stream->periodMs() < lines_[at->second].stream->periodMs())
+      at->second = stream->order();
+  }
+}
+
+void TradeFeed::begin(int64 codeId, PaperExchange& exchange) {
+  lookAtStreams();
+  const auto at = byCode_.find(codeId);
+  if (at == byCode_.end()) return;
+  Line& line = lines_[at->second];
+  if (line.isActive) return;
+  line.isActive = true;
+  const std::size_t known = line.stream->known.load();
+  if (known <= line.fed) return;
+  feed(*line.stream, known - 1, exchange, shown(line.stream->timeAt(known - 1)));
+  line.fed = known;
+}
+
+void TradeFeed::feedNext(const MarketStream& stream, PaperExchange& exchange, int64 now) {
+  const std::size_t row = stream.known.load(std::memory_order_relaxed);
+  feed(stream, row, exchange, now);
+  lines_[stream.order()].fed = row + 1;
+}
+
+void TradeFeed::feed(const MarketStream& stream, std::size_t row, PaperExchange& exchange,
+                     int64 now) {
+  if (stream.isTicks()) {
+    stream.ticks().fill(row, tick_);
+    shift_.show(tick_);
+    exchange.onTick(stream.code().id, tick_, now);
+    return;
+  }
+  const std::vector<IKLine>& bars = stream.bars().bars;
+  const int64 previousEnd =
+      row == 0 ? KLineView(bars[row]).beginTime() : KLineView(bars[row - 1]).endTime();
+  IKLine bar = bars[row];
+  shift_.show(bar);
+  exchange.onBar(stream.code().id, bar, shown(previousEnd), now);
+}
+
+}  // namespace orvane::detail

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <cstddef>
+#include <unordered_map>
+#include <vector>
+
+#include "platform/market/MarketStore.h"
+#include "platform/market/TimeShift.h"
+#include "platform/trade/PaperExchange.h"
+
+namespace orvane::detail {
+
+/// Brings market data to the exchange: of each code its ticks, if they show prices or depth, else
+/// its shortest bars. Only codes in which somebody trades are fed, so that all others cost
+/// nothing; a code in which somebody begins to is fed the last record known. For one thread at a
+/// time.
+class TradeFeed {
+ public:
+  explicit TradeFeed(const MarketStore& store) : store_(store) {}
+
+  void setTimeShift(const TimeShift& shift) { shift_ = shift; }
+  /// How times of the data are shown.
+  int64 shown(int64 time) const { return shift_.shown(time); }
+
+  /// Whether the next record of a stream is to be fed.
+  bool isFed(const MarketStream& stream) const {
+    return stream.order() < lines_.size() && lines_[stream.order()].isActive;
+  }
+  /// Feeds the next record of a stream, which is not known to anybody yet.
+  void feedNext(const MarketStream& stream, PaperExchange& exchange, int64 now);
+  /// Nobody trades in the stream's code any more.
+  void rest(const MarketStream& stream) { lines_[stream.order()].isActive = false; }
+  /// Somebody is about to trade in a code.
+  void begin(int64 codeId, PaperExchange& exchange);
+
+  /// As if nothing had been fed.
+  void reset() { lines_.clear(); }
+
+ private:
+  struct Line {
+    const MarketStream* stream = nullptr;
+    bool isActive = false;
+    std::size_t fed = 0;  ///< All rows below it are the exchange's past.
+  };
+  void lookAtStreams();
+  void feed(const MarketStream& stream, std::size_t row, PaperExchange& exchange, int64 now);
+
+  const MarketStore& store_;
+  TimeShift shift_;
+  std::vector<Line> lines_;                        ///< By the stream's order.
+  std::unordered_map<int64, std::size_t> byCode_;  ///< The order of the stream that is fed.
+  IDepthMarketData tick_;
+};
+
+}  // namespace orvane::detail

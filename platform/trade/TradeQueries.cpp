@@ -1,0 +1,268 @@
+// The queries of the trade service, and the results of a run.
+
+#include <algorithm>
+#include <map>
+
+#include "platform/core/Periods.h"
+#include "platform/fields/FillView.h"
+#include "platform/fields/OrderView.h"
+#include "platform/trade/TradeService.h"
+#include "shared/CodeTables.h"
+#include "shared/GbkLiteral.h"
+
+namespace orvane::detail {
+namespace {
+
+constexpr int kNotThere = 22;
+constexpr int kNotConnected = -6;
+/// Bits of a history query's mask.
+constexpr std::int32_t kHistoryOrders = 64;
+constexpr std::int32_t kHistoryFills = 128;
+
+const auto kAll = [](const auto&) { return true; };
+
+auto ofCode(const ICodeID& code) {
+  return [id = code.id](const auto& record) { return record.code.id == id; };
+}
+
+}  // namespace
+
+ResultStatus TradeService::checkLocked(const TradingAccountID& account) const {
+  if (state_.accounts.find(account) == nullptr) return {kNotThere, "账号不存在"_gbk};
+  if (!state_.connections.isUp(account.accountKey))
+    return {kNotConnected, statusMessage(kNotConnected)};
+  return {};
+}
+
+template <typename Answer>
+ResultStatus TradeService::ask(const TradingAccountID& account, Answer answer) const {
+  const std::lock_guard lock(state_.mutex);
+  ResultStatus status = checkLocked(account);
+  if (status.code == 0 && !answer()) status = {kNotThere, statusMessage(kNotThere)};
+  return status;
+}
+
+ResultStatus TradeService::getPosition(const TradingAccountID& account, const ICodeID& code,
+                                       Position& position) {
+  return ask(account, [&] {
+    return state_.exchange.ledger(account.accountKey)->positionRecord(code.id, position);
+  });
+}
+
+ResultStatus TradeService::getPositions(const TradingAccountID& account,
+                                        std::list<Position>& positions, int /*mask*/) {
+  return ask(account, [&] {
+    const Ledger* ledger = state_.exchange.ledger(account.accountKey);
+    for (const int64 codeId : ledger->codes())
+      ledger->positionRecord(codeId, positions.emplace_back());
+    return true;
+  });
+}
+
+ResultStatus TradeService::getSourcePosition(const TradingAccountID& account,
+                                             const std::string& source, const ICodeID& code,
+                                             SourcePosition& position) {
+  return ask(account, [&] {
+    return state_.exchange.ledger(account.accountKey)
+        ->sourcePositionRecord(code.id, source, position);
+  });
+}
+
+ResultStatus TradeService::getSourcePositions(const TradingAccountID& account,
+                                              std::list<SourcePosition>& positions) {
+  return ask(account, [&] {
+    const Ledger* ledger = state_.exchange.ledger(account.accountKey);
+    for (const int64 codeId : ledger->codes())
+      for (const std::string& source : ledger->sources(codeId))
+        ledger->sourcePositionRecord(codeId, source, positions.emplace_back());
+    return true;
+  });
+}
+
+ResultStatus TradeService::getCapital(const TradingAccountID& account, TradingAccount& capital) {
+  return ask(account, [&] {
+    capital = state_.exchange.ledger(account.accountKey)->capitalRecord(now_());
+    return true;
+  });
+}
+
+ResultStatus TradeService::getOrder(int64 orderId, Order& order) {
+  const std::lock_guard lock(state_.mutex);
+  const Order* known = state_.store.order(orderId);
+  if (known == nullptr) known = state_.inbox.waitingOrder(orderId);
+  if (known == nullptr) return {kNotThere, statusMessage(kNotThere)};
+  ResultStatus status = checkLocked(known->account);
+  if (status.code == 0) order = *known;
+  return status;
+}
+
+ResultStatus TradeService::ordersByCode(const TradingAccountID& account, const ICodeID& code,
+                                        std::list<Order>& orders) {
+  return ask(account, [&] {
+    state_.store.orders(account.accountKey, ofCode(code), orders);
+    return true;
+  });
+}
+
+ResultStatus TradeService::openOrdersByCode(const TradingAccountID& account, const ICodeID& code,
+                                            std::list<Order>& orders) {
+  return ask(account, [&] {
+    state_.store.openOrders(account.accountKey, ofCode(code), orders);
+    return true;
+  });
+}
+
+ResultStatus TradeService::openOrdersOfAccount(const TradingAccountID& account,
+                                               std::list<Order>& orders) {
+  return ask(account, [&] {
+    state_.store.openOrders(account.accountKey, kAll, orders);
+    return true;
+  });
+}
+
+ResultStatus TradeService::ordersByKey(const TradingAccountID& account, const std::string& key,
+                                       std::list<Order>& orders) {
+  return ask(account, [&] {
+    const auto hasKey = [&](const Order& order) {
+      return order.orderRef == key || order.pair.first == key;
+    };
+    state_.store.orders(account.accountKey, hasKey, orders);
+    return true;
+  });
+}
+
+ResultStatus TradeService::ordersOfAccount(const TradingAccountID& account,
+                                           std::list<Order>& orders) {
+  return ask(account, [&] {
+    state_.store.orders(account.accountKey, kAll, orders);
+    return true;
+  });
+}
+
+ResultStatus TradeService::fillQueryForward(int64 orderId, std::list<OrderFill>& fills) {
+  const std::lock_guard lock(state_.mutex);
+  const Order* order = state_.store.order(orderId);
+  if (order == nullptr)
+    return state_.inbox.waitingOrder(orderId) != nullptr
+               ? ResultStatus()
+               : ResultStatus(kNotThere, statusMessage(kNotThere));
+  ResultStatus status = checkLocked(order->account);
+  const auto ofOrder = [&](const OrderFill& fill) { return FillView(fill).orderId() == orderId; };
+  if (status.code == 0) state_.store.fills(order->account.accountKey, ofOrder, fills);
+  return status;
+}
+
+ResultStatus TradeService::fillsByCode(const TradingAccountID& account, const ICodeID& code,
+                                       std::list<OrderFill>& fills) {
+  return ask(account, [&] {
+    state_.store.fills(account.accountKey, ofCode(code), fills);
+    return true;
+  });
+}
+
+ResultStatus TradeService::fillsOfAccount(const TradingAccountID& account,
+                                          std::list<OrderFill>& fills) {
+  return ask(account, [&] {
+    state_.store.fills(account.accountKey, kAll, fills);
+    return true;
+  });
+}
+
+int TradeService::tradingAccountCount() { return static_cast<int>(state_.accounts.all().size()); }
+
+std::vector<TradingAccountID> TradeService::tradingAccounts() { return state_.accounts.all(); }
+
+std::list<AccountLinks> TradeService::accountRecords(const std::string& account, int counterType) {
+  return state_.accounts.records(account, counterType);
+}
+
+// History.
+
+ResultStatus TradeService::queryHistory(const HistoryQuery& query,
+                                        std::list<HistoryDayRecord>& days) {
+  const std::lock_guard lock(state_.mutex);
+  const std::vector<TradingAccountID>& accounts =
+      query.accounts.empty() ? state_.accounts.all() : query.accounts;
+  for (const TradingAccountID& account : accounts)
+    if (ResultStatus status = checkLocked(account); status.code != 0) return status;
+  for (const TradingAccountID& account : accounts)
+    days.push_back(historyOf(*state_.accounts.find(account), query));
+  return {};
+}
+
+HistoryDayRecord TradeService::historyOf(const TradingAccountID& account,
+                                         const HistoryQuery& query) const {
+  const auto wanted = [&](const auto& record, int64 time) {
+    const auto isCode = [&](const ICodeID& code) { return code.id == record.code.id; };
+    const auto isSource = [&](const std::string& source) {
+      return source == record.source.createSource;
+    };
+    return time >= query.begin && time <= query.end &&
+           (query.codes.empty() || std::any_of(query.codes.begin(), query.codes.end(), isCode)) &&
+           (query.sources.empty() ||
+            std::any_of(query.sources.begin(), query.sources.end(), isSource));
+  };
+  const bool wantsOrders = (query.mask & kHistoryOrders) != 0;
+  const bool wantsFills = (query.mask & kHistoryFills) != 0;
+  const bool wantsDays = !wantsOrders && !wantsFills;
+  std::map<std::int32_t, HistoryDayEntry> byDay;
+  std::list<Order> orders;
+  std::list<OrderFill> fills;
+  if (wantsOrders || wantsDays)
+    state_.store.orders(
+        account.accountKey,
+        [&](const Order& order) { return wanted(order, OrderView(order).insertTime()); }, orders);
+  if (wantsFills || wantsDays)
+    state_.store.fills(
+        account.accountKey, [&](const OrderFill& fill) { return wanted(fill, fill.fillTime()); },
+        fills);
+  for (const Order& order : orders) {
+    // An order that met no market event yet has no trading day.
+    const std::int32_t tradingDay = OrderView(order).tradingDay();
+    const std::int32_t day = tradingDay != 0 ? tradingDay : dayOf_(OrderView(order).insertTime());
+    HistoryDayEntry& entry = byDay[day];
+    if (wantsOrders) entry.orders.push_back(order);
+  }
+  for (const OrderFill& fill : fills) {
+    HistoryDayEntry& entry = byDay[FillView(fill).tradingDay()];
+    if (wantsFills) entry.fills.push_back(fill);
+  }
+  HistoryDayRecord record;
+  record.account = account;
+  for (auto& [day, entry] : byDay) {
+    entry.date = day;
+    record.entries.push_back(std::move(entry));
+  }
+  return record;
+}
+
+// Results.
+
+std::vector<AccountResult> TradeService::results() const {
+  const std::lock_guard lock(state_.mutex);
+  std::vector<AccountResult> all;
+  all.reserve(state_.accounts.all().size());
+  for (const TradingAccountID& account : state_.accounts.all()) {
+    AccountResult result;
+    result.account = account;
+    result.capital = state_.exchange.ledger(account.accountKey)->capitalRecord(now_());
+    result.curve = state_.equity.account(account.accountKey).points;
+    std::map<std::string, SourceResult> sources;
+    std::list<Order> orders;
+    std::list<OrderFill> fills;
+    state_.store.orders(account.accountKey, kAll, orders);
+    state_.store.fills(account.accountKey, kAll, fills);
+    for (const Order& order : orders) sources[order.source.createSource].orders.push_back(order);
+    for (const OrderFill& fill : fills) sources[fill.source.createSource].fills.push_back(fill);
+    for (auto& [name, source] : sources) {
+      source.source = name;
+      const auto curve = state_.equity.sources().find({account.accountKey, name});
+      if (curve != state_.equity.sources().end()) source.curve = curve->second.points;
+      result.sources.push_back(std::move(source));
+    }
+    all.push_back(std::move(result));
+  }
+  return all;
+}
+
+}  // namespace orvane::detail

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include "platform/trade/AccountBook.h"
+#include "platform/trade/ConnectionBook.h"
+#include "platform/trade/EquityBook.h"
+#include "platform/trade/OrderInbox.h"
+#include "platform/trade/PaperExchange.h"
+#include "platform/trade/SubscriptionBook.h"
+#include "platform/trade/TradeStore.h"
+
+namespace orvane::detail {
+
+/// All that the trade side knows. The mutex guards everything but `accounts`, is held for short
+/// work only, and never while a receiver is called.
+struct TradeState {
+  explicit TradeState(const TradeOptions& options)
+      : accounts(options.accounts),
+        connections(accounts, options.script),
+        inbox(options.sources),
+        exchange(options),
+        store(accounts.all().size()),
+        equity(exchange, accounts.all().size()) {
+    for (std::size_t i = 0; i < options.accounts.size(); ++i)
+      exchange.addAccount(accounts.all()[i], options.accounts[i].startBalance);
+  }
+
+  /// A receiver that is to be told an account's present status.
+  struct StatusWish {
+    std::weak_ptr<TradeReceiver> receiver;
+    std::int32_t account = 0;
+  };
+
+  const AccountBook accounts;
+  /// How many orders, cancels and wishes wait to be taken; for a look without the lock.
+  std::atomic<int> waiting{0};
+
+  mutable std::mutex mutex;
+  ConnectionBook connections;
+  OrderInbox inbox;
+  SubscriptionBook subscriptions;
+  std::vector<StatusWish> statusWishes;
+  PaperExchange exchange;
+  TradeStore store;
+  EquityBook equity;
+  std::uint64_t number = 0;  ///< Counts subscriptions and what was told; see `SubscriptionBook`.
+};
+
+}  // namespace orvane::detail
