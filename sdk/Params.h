@@ -84,11 +84,13 @@ class Params {
   const std::string& errors() const { return errors_; }
 
   /// Closes the reading: a key that was never asked for is an error too, so that a misspelt one is
-  /// noticed ("data", which the host gives, is not). If there was any error, ends the run with it
+  /// noticed ("data" and "account", which the host gives, are not). If there was any error, ends
+  /// the run with it
   /// (`IContext::setError`) and answers false.
   bool accept(IContext* context) {
     for (auto it = object_.begin(); it != object_.end(); ++it)
-      if (it.key() != QLatin1String("data") && !taken_.contains(it.key()))
+      if (it.key() != QLatin1String("data") && it.key() != QLatin1String("account") &&
+          !taken_.contains(it.key()))
         addError("parameter \"" + it.key().toStdString() + "\" is not known");
     if (errors_.empty()) return true;
     context->setError(gbk(errors_));

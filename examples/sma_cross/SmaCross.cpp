@@ -1,14 +1,19 @@
+#include <orvane/sdk/Accounts.h>
 #include <orvane/sdk/Params.h>
 #include <orvane/sdk/Strategy.h>
 #include <orvane/sdk/Subscriptions.h>
 #include <orvane/sdk/Text.h>
 #include <orvane/sdk/Views.h>
+
 #include <cstdio>
+#include <list>
 #include <map>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <utility>
 
+#include "CrossTrader.h"
 #include "ExactCross.h"
 
 namespace {
@@ -21,41 +26,66 @@ using orvane::int64;
 using orvane::ResultStatus;
 
 /// The crossing of two simple moving averages of the closes, for every bar series that the host
-/// offers, each on its own. Logs its signals. Parameters:
+/// offers, each on its own. Parameters:
 /// - "fast" (5), "slow" (20): how many closes each mean takes; fast below slow.
-/// - "volume" (1): the volume that a signal stands for.
+/// - "volume" (1): the volume of an order; with 0 it only logs its signals.
+/// - "mode" ("longOnly"): buys on an up-cross when flat and sells on a down-cross what it holds;
+///   "longShort" also closes and reverses.
 ///
-/// Tells the host what it counted when it stops, as the environment values "bars", "ticks" and
-/// "signals".
+/// A signal is taken when its bar is complete, and traded with a market order on the account that
+/// the host gives; without one it only logs. Bars of the history give signals but no orders.
+///
+/// Tells the host what it counted when it stops, as the environment values "bars", "ticks",
+/// "signals" and "fills".
 class SmaCross : public orvane::Strategy {
  public:
   void onStart(IContext* context, const QJsonObject& json) override {
-    orvane::Params params(json);
-    fast_ = static_cast<std::size_t>(params.integer("fast", 5, 1, kLongest));
-    slow_ = static_cast<std::size_t>(params.integer("slow", 20, 2, kLongest));
-    volume_ = params.number("volume", 1, 0);
-    if (fast_ >= slow_)
-      params.addError("parameter \"fast\" (" + std::to_string(fast_) +
-                      ") must be below \"slow\" (" + std::to_string(slow_) + ")");
-    if (params.accept(context)) orvane::subscribeAllOrFail(context, json);
+    if (!readParameters(context, json)) return;
+    if (!orvane::accountName(json).empty() && volume_ > 0) {
+      const ResultStatus found = orvane::findOwnAccount(context, json, account_.emplace());
+      if (found.code != 0)
+        return context->setError("account " + orvane::accountName(json) + ": " + found.message);
+    }
+    for (const auto& asked : orvane::subscribeAllOrFail(context, json))
+      if (account_ && !asked.isTicks) context->subscribeTrade(*account_, asked.code);
   }
 
   void onBarSeries(IContext* context, const ICodeID& code, const std::string& frequency,
-                   const std::vector<IKLine>& bars, const ResultStatus& status, int) override {
+                   const std::vector<IKLine>& bars, const ResultStatus& status,
+                   int batchFlag) override {
     if (status.code != 0) return context->logWarn(code.code + ": " + status.message, true);
-    ExactCross& cross = crosses_.try_emplace({code.id, frequency}, fast_, slow_).first->second;
+    Series& series = seriesOf(code, frequency);
     for (const IKLine& bar : bars) {
       ++bars_;
       const orvane::KLineView view(bar);
       try {
-        const ExactCross::Signal signal = cross.add(view.close());
-        if (signal != ExactCross::Signal::None)
-          tell(context, code, frequency, view, cross, signal == ExactCross::Signal::Up);
+        const ExactCross::Signal signal = series.cross.add(view.close());
+        if (signal == ExactCross::Signal::None) continue;
+        const bool isUp = signal == ExactCross::Signal::Up;
+        tell(context, code, frequency, view, series.cross, isUp);
+        if (series.trader && series.isLive) trade(context, *series.trader, isUp);
       } catch (const std::range_error& error) {
         return context->setError(code.code + " " + frequency + " bar of " +
                                  orvane::utcText(view.beginTime()) + ": " + error.what());
       }
     }
+    if ((batchFlag & orvane::kEndOfHistory) != 0) series.isLive = true;
+  }
+
+  void onOrder(IContext* context, const orvane::Order& order) override {
+    CrossTrader* const trader = traderOf(order.id);
+    if (trader == nullptr) return;
+    trader->onOrder(order);
+    const orvane::OrderView view(order);
+    if (view.status() == orvane::order::Status::Rejected)
+      context->logWarn("order " + std::to_string(order.id) + " rejected: " + view.message(), true);
+  }
+
+  void onFill(IContext*, const orvane::OrderFill& fill) override {
+    CrossTrader* const trader = traderOf(orvane::FillView(fill).orderId());
+    if (trader == nullptr) return;
+    trader->onFill(fill);
+    ++fills_;
   }
 
   void onQuote(IContext*, const IDepthMarketData&) override { ++ticks_; }
@@ -67,16 +97,65 @@ class SmaCross : public orvane::Strategy {
 
   void onStop(IContext* context) override {
     context->logInfo("sma_cross: " + std::to_string(bars_) + " bars, " + std::to_string(ticks_) +
-                         " ticks, " + std::to_string(signals_) + " signals",
+                         " ticks, " + std::to_string(signals_) + " signals, " +
+                         std::to_string(fills_) + " fills",
                      true);
     context->setEnvs({{"bars", std::to_string(bars_)},
                       {"ticks", std::to_string(ticks_)},
-                      {"signals", std::to_string(signals_)}},
+                      {"signals", std::to_string(signals_)},
+                      {"fills", std::to_string(fills_)}},
                      true);
   }
 
  private:
   static constexpr int64 kLongest = 100'000;
+
+  /// What belongs to one code and frequency.
+  struct Series {
+    explicit Series(std::size_t fast, std::size_t slow) : cross(fast, slow) {}
+    ExactCross cross;
+    std::optional<CrossTrader> trader;
+    bool isLive = false;  ///< The history is over.
+  };
+
+  bool readParameters(IContext* context, const QJsonObject& json) {
+    orvane::Params params(json);
+    fast_ = static_cast<std::size_t>(params.integer("fast", 5, 1, kLongest));
+    slow_ = static_cast<std::size_t>(params.integer("slow", 20, 2, kLongest));
+    volume_ = params.number("volume", 1, 0);
+    const std::string mode = params.text("mode", "longOnly");
+    if (mode == "longShort")
+      mode_ = CrossTrader::Mode::LongShort;
+    else if (mode != "longOnly")
+      params.addError("parameter \"mode\" must be \"longOnly\" or \"longShort\", not \"" +
+                      orvane::utf8(mode) + "\"");
+    if (fast_ >= slow_)
+      params.addError("parameter \"fast\" (" + std::to_string(fast_) +
+                      ") must be below \"slow\" (" + std::to_string(slow_) + ")");
+    return params.accept(context);
+  }
+
+  Series& seriesOf(const ICodeID& code, const std::string& frequency) {
+    const auto [at, isNew] = series_.try_emplace({code.id, frequency}, fast_, slow_);
+    if (isNew && account_) at->second.trader.emplace(*account_, code, mode_, volume_);
+    return at->second;
+  }
+
+  CrossTrader* traderOf(int64 orderId) {
+    for (auto& [key, series] : series_)
+      if (series.trader && series.trader->knows(orderId)) return &*series.trader;
+    return nullptr;
+  }
+
+  void trade(IContext* context, CrossTrader& trader, bool isUp) {
+    for (const orvane::OrderRequest& request : trader.ordersFor(isUp)) {
+      std::list<orvane::Order> sent;
+      const ResultStatus status = context->sendOrder(request, sent);
+      if (status.code != 0)
+        context->logWarn("order of " + request.code.code + " refused: " + status.message, true);
+      for (const orvane::Order& order : sent) trader.sent(order);
+    }
+  }
 
   /// Ten digits of a mean: it is shown, never compared.
   static std::string meanText(double mean) {
@@ -98,8 +177,10 @@ class SmaCross : public orvane::Strategy {
 
   std::size_t fast_ = 0, slow_ = 0;
   double volume_ = 0;
-  std::map<std::pair<int64, std::string>, ExactCross> crosses_;  ///< By code id and frequency.
-  int64 bars_ = 0, ticks_ = 0, signals_ = 0;
+  CrossTrader::Mode mode_ = CrossTrader::Mode::LongOnly;
+  std::optional<orvane::TradingAccountID> account_;
+  std::map<std::pair<int64, std::string>, Series> series_;  ///< By code id and frequency.
+  int64 bars_ = 0, ticks_ = 0, signals_ = 0, fills_ = 0;
 };
 
 }  // namespace
