@@ -58,7 +58,9 @@ orvane_public_headers(orvane_platform
   platform/EmbeddedPlatform.h
   platform/market/Series.h
   platform/market/files/DataFiles.h
-  platform/reference/Instrument.h)
+  platform/reference/Instrument.h
+  platform/trade/TradeOptions.h
+  platform/trade/TradeResults.h)
 
 install(TARGETS orvane_common EventStrategy orvane_platform orvane_sdk EXPORT EventStrategyTargets
   LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
