@@ -30,7 +30,8 @@ void SqliteStore::write(StoredNews news) { post(std::move(news)); }
 void SqliteStore::completeRun() { post(Completion{}); }
 
 void SqliteStore::post(Job job) {
-  const std::lock_guard lock(mutex_);
+  std::unique_lock lock(mutex_);
+  changed_.wait(lock, [this] { return jobs_.size() < kMostJobs; });
   jobs_.push_back(std::move(job));
   changed_.notify_all();
 }

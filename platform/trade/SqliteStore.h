@@ -43,7 +43,8 @@ struct StoredNews {
 };
 
 /// Writes runs to a SQLite database, on a thread of its own; docs/store.md tells the tables. Any
-/// thread may call it, and only `flush` waits.
+/// thread may call it. Only `flush` waits, and `write` where the disk is much too slow: what waits
+/// is kept in memory, and is bounded so.
 class SqliteStore {
  public:
   /// Opens or makes the database. `path` is UTF-8. Throws `std::runtime_error`, which names the
@@ -65,6 +66,8 @@ class SqliteStore {
 
  private:
   struct Completion {};
+  /// How many things may wait to be written.
+  static constexpr std::size_t kMostJobs = 64;
   using Job = std::variant<StoredRun, StoredNews, Completion>;
   class Tables;
 

@@ -349,32 +349,36 @@ void TradeDesk::rewind() {
 
 void TradeDesk::persist(bool isEnd) {
   if (parts_.file == nullptr) return;
+  if (std::optional<StoredNews> news = takeNews(isEnd)) parts_.file->write(std::move(*news));
+}
+
+std::optional<StoredNews> TradeDesk::takeNews(bool isEnd) {
   TradeState& state = parts_.state;
   const std::lock_guard lock(state.mutex);
-  const std::size_t news =
-      state.store.changedCount() + changes_.size() + (state.store.allFills().size() - storedFills_);
-  if (!isEnd && news < (parts_.isPlayback ? kNewsPerBatch : 1)) return;
+  const std::deque<OrderFill>& fills = state.store.allFills();
+  const std::size_t count =
+      state.store.changedCount() + changes_.size() + (fills.size() - storedFills_);
+  if (!isEnd && count < (parts_.isPlayback ? kNewsPerBatch : 1)) return std::nullopt;
   // Before the first run there is nothing to file the news under.
-  if (!state.equity.hasStarted()) return;
-  StoredNews batch;
-  batch.time = parts_.now();
+  if (!state.equity.hasStarted()) return std::nullopt;
+  StoredNews news;
+  news.time = parts_.now();
   for (const std::size_t at : state.store.takeChanged())
-    batch.orders.push_back(state.store.allOrders()[at]);
-  for (; storedFills_ < state.store.allFills().size(); ++storedFills_)
-    batch.fills.push_back(state.store.allFills()[storedFills_]);
+    news.orders.push_back(state.store.allOrders()[at]);
+  for (; storedFills_ < fills.size(); ++storedFills_) news.fills.push_back(fills[storedFills_]);
   for (const auto& [time, change] : std::exchange(changes_, {}))
-    batch.connections.push_back({change.account, time, change.isUp});
+    news.connections.push_back({change.account, time, change.isUp});
   const auto take = [&](EquityBook::Curve& curve, std::int32_t account, const std::string& source) {
     const std::size_t end = curve.points.size() - (isEnd || curve.points.empty() ? 0 : 1);
     for (; curve.stored < end; ++curve.stored)
-      batch.equity.push_back({account, source, curve.stored, curve.points[curve.stored]});
+      news.equity.push_back({account, source, curve.stored, curve.points[curve.stored]});
   };
   for (const TradingAccountID& account : state.accounts.all()) {
     take(state.equity.account(account.accountKey), account.accountKey, {});
-    batch.capitals.push_back(state.exchange.ledger(account.accountKey)->capitalRecord(batch.time));
+    news.capitals.push_back(state.exchange.ledger(account.accountKey)->capitalRecord(news.time));
   }
   for (auto& [key, curve] : state.equity.sources()) take(curve, key.first, key.second);
-  parts_.file->write(std::move(batch));
+  return news;
 }
 
 }  // namespace orvane::detail

@@ -4,7 +4,7 @@
 #include <deque>
 #include <functional>
 #include <map>
-#include <set>
+#include <optional>
 #include <vector>
 
 #include "platform/core/CallRounds.h"
@@ -78,6 +78,7 @@ class TradeDesk {
   void call(TradeReceiver& receiver, const TradeReport& report);
   bool isStillWanted(const TradeReceiver& receiver, const TradeReport& report) const;
   int64 scriptTime() const;
+  std::optional<StoredNews> takeNews(bool isEnd);
   void noteDue();
 
   const Parts parts_;

@@ -24,7 +24,7 @@ struct TradeState {
         connections(accounts, options.script),
         inbox(options.sources),
         exchange(options),
-        store(accounts.all().size()),
+        store(accounts.all().size(), !options.storePath.empty()),
         equity(exchange, accounts.all().size()) {
     for (std::size_t i = 0; i < options.accounts.size(); ++i)
       exchange.addAccount(accounts.all()[i], options.accounts[i].startBalance);

@@ -4,7 +4,8 @@
 
 namespace orvane::detail {
 
-TradeStore::TradeStore(std::size_t accounts) : accounts_(accounts) {}
+TradeStore::TradeStore(std::size_t accounts, bool notesChanges)
+    : notesChanges_(notesChanges), accounts_(accounts) {}
 
 void TradeStore::addOrder(const Order& order) {
   const std::size_t at = orders_.size();
@@ -13,7 +14,7 @@ void TradeStore::addOrder(const Order& order) {
   PerAccount& account = of(order.account.accountKey);
   account.orders.push_back(at);
   if (!OrderView(order).isFinal()) account.open.insert(at);
-  changed_.insert(at);
+  if (notesChanges_) changed_.insert(at);
 }
 
 void TradeStore::updateOrder(const Order& order) {
@@ -21,7 +22,7 @@ void TradeStore::updateOrder(const Order& order) {
   if (found == byId_.end()) return;
   orders_[found->second] = order;
   if (OrderView(order).isFinal()) of(order.account.accountKey).open.erase(found->second);
-  changed_.insert(found->second);
+  if (notesChanges_) changed_.insert(found->second);
 }
 
 void TradeStore::addFill(const OrderFill& fill) {

@@ -15,7 +15,8 @@ namespace orvane::detail {
 /// their last state, and fills as they happened. Guarded by its owner.
 class TradeStore {
  public:
-  explicit TradeStore(std::size_t accounts);
+  /// `notesChanges`: whether `takeChanged` will be asked.
+  explicit TradeStore(std::size_t accounts, bool notesChanges = true);
 
   void addOrder(const Order& order);
   /// Takes the new state of an order that was added.
@@ -61,6 +62,7 @@ class TradeStore {
   }
   PerAccount& of(std::int32_t account) { return accounts_[static_cast<std::size_t>(account) - 1]; }
 
+  const bool notesChanges_;
   std::deque<Order> orders_;
   std::deque<OrderFill> fills_;
   std::unordered_map<int64, std::size_t> byId_;
