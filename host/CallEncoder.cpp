@@ -1,5 +1,7 @@
 #include "host/CallEncoder.h"
 
+#include "platform/fields/FillView.h"
+
 namespace orvane {
 
 void CallEncoder::value(const ICodeID& code) {
@@ -40,7 +42,7 @@ void CallEncoder::value(const KLineProgress& progress) {
 }
 
 void CallEncoder::value(const TradingAccountID& account) {
-  out_.put(account.accountKey);
+  out_.put(ordinal(accountKeys_, account.accountKey));
   out_.put(account.second);
   out_.put(account.counterType);
   out_.put(account.fourth);
@@ -72,17 +74,23 @@ void CallEncoder::value(const OrderLeg& leg) {
   out_.put(leg.values);
 }
 
+void CallEncoder::reference(const std::string& text, int64 orderId) {
+  if (text != std::to_string(orderId)) return out_.put(text);
+  out_.put(std::string_view("#"));
+  this->orderId(orderId);
+}
+
 void CallEncoder::value(const Order& order) {
-  out_.put(order.id);
+  orderId(order.id);
   value(order.account);
   value(order.code);
   value(order.source);
   value(order.cancelSource);
-  out_.put(order.pair.first);
+  reference(order.pair.first, order.id);
   out_.put(order.pair.second);
   out_.put(order.text3);
   out_.put(order.text4);
-  out_.put(order.orderRef);
+  reference(order.orderRef, order.id);
   out_.put(order.value1);
   out_.put(order.values);
   out_.put(order.ints);
@@ -96,19 +104,38 @@ void CallEncoder::value(const Order& order) {
   out_.put(order.value5);
 }
 
+void CallEncoder::value(const OrderRequest& request) {
+  value(request.account);
+  value(request.code);
+  value(request.source);
+  out_.put(request.pair.first);
+  out_.put(request.pair.second);
+  out_.put(request.text3);
+  out_.put(request.text4);
+  out_.put(request.orderRef);
+  out_.put(request.value1);
+  out_.put(request.values);
+  out_.put(request.ints);
+  out_.put(request.text5);
+  out_.put(request.text6);
+}
+
 void CallEncoder::value(const OrderFill& fill) {
-  out_.put(fill.id);
+  const int64 ofOrder = FillView(fill).orderId();
+  out_.put(ordinal(fillIds_, fill.id));
   out_.put(fill.value1);
   value(fill.account);
   value(fill.code);
   value(fill.source);
-  out_.put(fill.pair.first);
+  reference(fill.pair.first, ofOrder);
   out_.put(fill.pair.second);
   out_.put(fill.text1);
-  out_.put(fill.orderRef);
-  out_.put(fill.numbers);
+  reference(fill.orderRef, ofOrder);
+  for (std::size_t i = 0; i < fill::OrderId; ++i) out_.put(fill.numbers[i]);
+  orderId(ofOrder);
   out_.put(fill.ints);
-  out_.put(fill.fillText);
+  // The fill's own number in text, which stands above already.
+  out_.put(fill.fillText == std::to_string(fill.id) ? std::string("#") : fill.fillText);
   out_.put(fill.values);
   out_.put(fill.text3);
 }
@@ -133,6 +160,13 @@ void CallEncoder::value(const SourcePosition& position) {
   out_.put(position.sourceType);
   out_.put(position.createSource);
   out_.put(position.sourceText);
+}
+
+void CallEncoder::value(const EnvItem& item) {
+  out_.put(item.group);
+  out_.put(item.key);
+  out_.put(item.kind);
+  out_.put(item.text);
 }
 
 void CallEncoder::value(const Record& record) {

@@ -12,6 +12,8 @@
 
 #include "host/InputError.h"
 #include "host/TimeArgument.h"
+#include "host/TradeCsv.h"
+#include "host/TradeReport.h"
 #include "host/Version.h"
 #include "platform/fields/KLineView.h"
 #include "platform/fields/QuoteView.h"
@@ -108,6 +110,7 @@ QJsonObject runnerObject(const RunnerOutcome& runner) {
   result["series"] = series;
   result["span"] =
       QJsonObject{{"begin", timeOrNull(record.firstTime)}, {"end", timeOrNull(record.lastTime)}};
+  result["trading"] = tradingReport(runner);
   result["exceptions"] =
       QJsonObject{{"count", count(record.exceptions)}, {"first", qt(record.firstException)}};
   return result;
@@ -188,6 +191,8 @@ QJsonObject makeReport(const RunOutcome& outcome) {
           {"timeZone", qt(outcome.timeZone)},
           {"data", data},
           {"runners", runners},
+          {"accounts", accountsReport(outcome)},
+          {"total", totalReport(outcome)},
           {"timing", QJsonObject{{"loadSeconds", outcome.loadSeconds},
                                  {"elapsedSeconds", elapsed},
                                  {"eventsPerSecond", perSecond(outcome.events(), elapsed)},
@@ -207,15 +212,25 @@ void checkReportFolder(const std::string& folder) {
     throw InputError(fmt::format("--report: the folder \"{}\" cannot be written", folder));
 }
 
-void writeReport(const std::string& folder, const QJsonObject& report) {
+namespace {
+
+/// A file that appears whole: readers and interrupted runs never see half of one.
+void writeWhole(const std::string& folder, const char* name, const QByteArray& text) {
+  QSaveFile file(qt(folder) + '/' + name);
+  if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size() || !file.commit())
+    throw std::runtime_error(fmt::format("{}/{}: cannot be written: {}", folder, name,
+                                         file.errorString().toStdString()));
+}
+
+}  // namespace
+
+void writeReport(const std::string& folder, const RunOutcome& outcome) {
   if (!QDir().mkpath(qt(folder)))
     throw std::runtime_error(fmt::format("{}: the folder cannot be made", folder));
-  // A file that appears whole: readers and interrupted runs never see half of one.
-  QSaveFile file(qt(folder) + "/report.json");
-  const QByteArray text = QJsonDocument(report).toJson(QJsonDocument::Indented);
-  if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size() || !file.commit())
-    throw std::runtime_error(fmt::format("{}/report.json: cannot be written: {}", folder,
-                                         file.errorString().toStdString()));
+  writeWhole(folder, "trades.csv", QByteArray::fromStdString(tradesCsv(outcome)));
+  writeWhole(folder, "equity.csv", QByteArray::fromStdString(equityCsv(outcome)));
+  writeWhole(folder, "report.json",
+             QJsonDocument(makeReport(outcome)).toJson(QJsonDocument::Indented));
 }
 
 std::string summaryText(const RunOutcome& outcome) {
@@ -226,6 +241,7 @@ std::string summaryText(const RunOutcome& outcome) {
                         isoTime(series.firstTime), isoTime(series.lastTime), series.timeZone) +
             notesText(series.notes);
   for (const RunnerOutcome& runner : outcome.runners) text += runnerText(runner);
+  text += figuresTable(outcome);
   text += fmt::format("\n{}: {} events in {:.3f} s, {:.0f} events/s, {:.0f} records/s\n",
                       outcome.isInterrupted ? "interrupted"
                       : outcome.isLive      ? "live run"

@@ -15,9 +15,9 @@ QJsonObject makeReport(const RunOutcome& outcome);
 /// yet. Changes nothing. Throws `InputError`.
 void checkReportFolder(const std::string& folder);
 
-/// Writes "report.json" into a folder, which is made if need be: whole or not at all. Throws
-/// `std::runtime_error`.
-void writeReport(const std::string& folder, const QJsonObject& report);
+/// Writes "trades.csv", "equity.csv" and "report.json" into a folder, which is made if need be:
+/// each whole or not at all, the report last. Throws `std::runtime_error`.
+void writeReport(const std::string& folder, const RunOutcome& outcome);
 
 /// The summary for a person, several lines.
 std::string summaryText(const RunOutcome& outcome);

@@ -88,9 +88,43 @@ RunCommand::RunCommand(CLI::App& parent) {
       ->check(CLI::Range(1, 1024))
       ->group(how);
 
+  const std::string trade = "How to trade";
+  command_->add_option("--capital", capital_, "Start balance of each runner's account (1000000)")
+      ->type_name("MONEY")
+      ->group(trade);
+  command_->add_option("--fee-per-lot", feePerLot_, "Fee for each unit of volume")
+      ->type_name("MONEY")
+      ->group(trade);
+  command_->add_option("--fee-rate", feeRate_, "Fee as a share of the turnover, such as 0.0001")
+      ->type_name("RATE")
+      ->group(trade);
+  command_->add_option("--margin-rate", marginRate_, "Margin as a share of the turnover")
+      ->type_name("RATE")
+      ->group(trade);
+  command_->add_option("--slippage", slippage_, "Price amount against market and stop orders")
+      ->type_name("PRICE")
+      ->group(trade);
+  command_->add_option("--slippage-ticks", slippageTicks_, "The same in price ticks")
+      ->check(CLI::NonNegativeNumber)
+      ->group(trade);
+  command_->add_option("--entry-latency", entryLatencyMs_, "From an order to the exchange, in ms")
+      ->check(CLI::NonNegativeNumber)
+      ->type_name("MS")
+      ->group(trade);
+  command_
+      ->add_option("--report-latency", reportLatencyMs_, "From the exchange to the strategy, in ms")
+      ->check(CLI::NonNegativeNumber)
+      ->type_name("MS")
+      ->group(trade);
+
   const std::string out = "What comes out";
-  command_->add_option("-r,--report", report_, "Folder to write report.json into")
+  command_
+      ->add_option("-r,--report", report_,
+                   "Folder to write report.json, trades.csv, equity.csv into")
       ->type_name("DIR")
+      ->group(out);
+  command_->add_option("--store", store_, "SQLite database to keep orders, fills and equity in")
+      ->type_name("FILE")
       ->group(out);
   command_->add_flag("--no-digest", noDigest_, "Do not hash the call-backs")->group(out);
   command_->add_flag("-q,--quiet", isQuiet_, "No summary")->group(out);
@@ -188,6 +222,17 @@ void RunCommand::addOptions(RunPlan& plan) const {
   if (threads_ > 0) plan.threads = threads_;
   if (!report_.empty()) plan.reportFolder = report_;
   if (noDigest_) plan.withDigest = false;
+  if (!capital_.empty()) plan.startBalance = capital_;
+  if (!store_.empty()) plan.trade.storePath = store_;
+  TradeOptions& trade = plan.trade;
+  for (const auto& [given, target] : {std::pair{&feePerLot_, &trade.feePerLot},
+                                      {&feeRate_, &trade.feeRate},
+                                      {&marginRate_, &trade.marginRate},
+                                      {&slippage_, &trade.slippage}})
+    if (!given->empty()) *target = *given;
+  if (slippageTicks_ > 0) trade.slippageTicks = slippageTicks_;
+  if (entryLatencyMs_ > 0) trade.entryLatencyMs = entryLatencyMs_;
+  if (reportLatencyMs_ > 0) trade.reportLatencyMs = reportLatencyMs_;
 }
 
 int RunCommand::execute() {
@@ -209,7 +254,7 @@ int RunCommand::execute() {
     if (runner.state.status == RunnerError)
       fmt::print(stderr, "orvane: {}: {}\n", runner.plan.name, runner.state.message);
   if (!isQuiet_) fmt::print("{}", summaryText(outcome));
-  if (!plan.reportFolder.empty()) writeReport(plan.reportFolder, makeReport(outcome));
+  if (!plan.reportFolder.empty()) writeReport(plan.reportFolder, outcome);
   return outcome.exitCode();
 }
 

@@ -13,6 +13,7 @@
 #include "host/JsonInput.h"
 #include "host/ModuleFinder.h"
 #include "host/TimeArgument.h"
+#include "host/TradeConfig.h"
 
 namespace orvane {
 namespace {
@@ -45,6 +46,8 @@ RunnerPlan readRunner(const QJsonValue& json, const std::string& place,
   result.strategy = reader.requiredText("strategy");
   result.name = reader.text("name");
   result.orderSource = reader.text("orderSource");
+  result.account = reader.text("account");
+  result.limits = readLimits(reader);
   result.params = objectOrFile(reader, "params", configPath);
   reader.close();
   const bool isPath = result.strategy.find('/') != std::string::npos;
@@ -122,6 +125,7 @@ void readRunConfig(const std::string& path, RunPlan& plan) {
   readData(reader, "bars", DataFileRequest::Kind::Bars, path, plan);
   readData(reader, "ticks", DataFileRequest::Kind::Ticks, path, plan);
   readInstruments(reader, path, plan);
+  readTrade(reader, path, plan);
   plan.timeZone = reader.text("timeZone");
   if (!plan.timeZone.empty()) checkTimeZone(plan.timeZone, reader.place("timeZone"));
   plan.from = reader.text("from");
@@ -150,6 +154,7 @@ void completeRunners(RunPlan& plan, const std::string& place) {
           fmt::format("{}.name: two runners are named \"{}\"; give each a \"name\" of its own",
                       here, runner.name));
   }
+  completeTrade(plan, place);
 }
 
 }  // namespace orvane

@@ -6,6 +6,7 @@
 
 #include "platform/market/files/DataFiles.h"
 #include "platform/reference/Instrument.h"
+#include "platform/trade/TradeOptions.h"
 
 namespace orvane {
 
@@ -15,7 +16,17 @@ struct RunnerPlan {
   std::string strategy;    ///< As the user wrote it.
   std::string modulePath;  ///< The file that it was found at.
   std::string orderSource;
+  std::string account;  ///< The account that it trades on.
+  RiskLimits limits;    ///< Without its source.
   QJsonObject params;
+};
+
+/// A line of the connection script as the user wrote it. Texts are UTF-8.
+struct ConnectionPlan {
+  std::string place;  ///< Where it stands, for messages.
+  std::string account;
+  std::string time;
+  bool isUp = false;
 };
 
 /// Files of one kind that are read in one way.
@@ -47,6 +58,9 @@ struct RunPlan {
   int threads = 0;  ///< 0: as many as the library asks for.
   std::string reportFolder;
   bool withDigest = true;
+  TradeOptions trade;  ///< Sources, limits and the script are put in when the run begins.
+  std::vector<ConnectionPlan> connections;
+  std::string startBalance;  ///< Of accounts that nobody described; empty: the exchange's.
 };
 
 }  // namespace orvane

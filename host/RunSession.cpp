@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <memory>
 #include <stdexcept>
 
 #include "EventStrategy/ov.strategy.runner/IRunner.h"
@@ -15,7 +16,9 @@
 #include "host/JsonInput.h"
 #include "host/StrategyTap.h"
 #include "host/TimeArgument.h"
+#include "host/TradeConfig.h"
 #include "platform/EmbeddedPlatform.h"
+#include "platform/fields/CapitalView.h"
 #include "shared/TextCodec.h"
 
 namespace orvane {
@@ -41,6 +44,7 @@ PlatformOptions platformOptions(const RunPlan& plan, const DataSet& data) {
   if (options.from != kUnsetTime && options.to != kUnsetTime && options.from >= options.to)
     throw InputError(
         fmt::format("--from: \"{}\" does not lie before --to \"{}\"", plan.from, plan.to));
+  options.trade = tradeOptions(plan, options.timeZone);
   return options;
 }
 
@@ -128,6 +132,30 @@ QJsonObject startParameters(const EmbeddedPlatform& platform, const RunnerPlan& 
   return result;
 }
 
+/// What each runner did on its account, by its order source.
+void addTrading(const RunPlan& plan, RunOutcome& outcome) {
+  for (std::size_t i = 0; i < outcome.runners.size(); ++i) {
+    RunnerOutcome& runner = outcome.runners[i];
+    for (const AccountResult& account : outcome.accounts) {
+      if (gbkToUtf8(account.account.account) != plan.runners[i].account) continue;
+      runner.startBalance = CapitalView(account.capital).startBalance();
+      for (const SourceResult& source : account.sources)
+        if (gbkToUtf8(source.source) == plan.runners[i].orderSource) runner.trading = source;
+    }
+  }
+}
+
+/// A platform whose options may be wrong.
+std::unique_ptr<EmbeddedPlatform> makePlatform(const PlatformOptions& options) {
+  try {
+    return std::make_unique<EmbeddedPlatform>(options);
+  } catch (const std::invalid_argument& error) {
+    throw InputError(error.what());
+  } catch (const std::runtime_error& error) {
+    throw InputError(error.what());
+  }
+}
+
 /// One runner with the ear that the host lends it.
 struct LiveRunner {
   std::string name;  ///< GBK.
@@ -176,13 +204,16 @@ RunOutcome runSession(const RunPlan& plan, DataSet data, InterruptWatcher& inter
 
   RunRecords records(plan.withDigest);
   StrategyTap tap(records);
-  EmbeddedPlatform platform(options);
+  const auto made = makePlatform(options);
+  EmbeddedPlatform& platform = *made;
   addInstruments(platform, plan);
   addSeries(platform, plan, std::move(data));
   std::vector<QJsonObject> parameters;
   const QJsonArray offered = dataParameter(outcome.data);
   for (const RunnerPlan& runner : plan.runners)
     parameters.push_back(startParameters(platform, runner, offered));
+  for (std::size_t i = 0; i < parameters.size(); ++i)
+    parameters[i]["account"] = QString::fromStdString(plan.runners[i].account);
   platform.setSymbolHook(
       [&tap](const std::string& symbol, void* address) { return tap.hook(symbol, address); });
 
@@ -235,6 +266,8 @@ RunOutcome runSession(const RunPlan& plan, DataSet data, InterruptWatcher& inter
   }
   platform.drain();
   outcome.isInterrupted = interrupts.isInterrupted();
+  outcome.accounts = platform.tradeResults();
+  addTrading(plan, outcome);
   return outcome;
 }
 

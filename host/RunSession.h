@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -10,6 +11,7 @@
 #include "host/RunPlan.h"
 #include "host/RunRecord.h"
 #include "host/RunnerWatch.h"
+#include "platform/trade/TradeResults.h"
 
 namespace orvane {
 
@@ -19,6 +21,9 @@ struct RunnerOutcome {
   RunnerWatch::State state;
   std::shared_ptr<const RunRecord> record;  ///< Null if its strategy was never made.
   std::string digest;                       ///< Empty where there is none.
+  /// What it traded; null if it sent no order.
+  std::optional<SourceResult> trading;
+  double startBalance = 0;  ///< Of its account.
 };
 
 /// What became of a run.
@@ -29,6 +34,7 @@ struct RunOutcome {
   std::string timeZone;
   std::vector<SeriesSummary> data;
   std::vector<RunnerOutcome> runners;
+  std::vector<AccountResult> accounts;
   // What differs from one run to the next.
   double loadSeconds = 0;
   double elapsedSeconds = 0;

@@ -31,7 +31,8 @@ TapStrategy::TapStrategy(std::unique_ptr<IStrategy> inner, std::string failure, 
 TapStrategy::~TapStrategy() = default;
 
 template <typename Encode, typename Forward>
-void TapStrategy::pass(CallKind kind, const Encode& encode, const Forward& forward) {
+void TapStrategy::pass(CallKind kind, IContext* context, const Encode& encode,
+                       const Forward& forward) {
   ++record_->calls[static_cast<std::size_t>(kind)];
   if (encoder_) {
     encoder_->begin(kind);
@@ -39,7 +40,13 @@ void TapStrategy::pass(CallKind kind, const Encode& encode, const Forward& forwa
   }
   if (!inner_) return;
   try {
-    forward(*inner_);
+    if (!encoder_) {
+      forward(*inner_, context);
+    } else {
+      if (!tapContext_) tapContext_.emplace(*context, *encoder_);
+      const TapContext::Call call(*tapContext_);
+      forward(*inner_, &*tapContext_);
+    }
   } catch (const std::exception& error) {
     noteException(kind, error.what());
     throw;
@@ -100,22 +107,22 @@ void TapStrategy::noteTick(const IDepthMarketData& tick, const std::string& freq
 void TapStrategy::onStart(IContext* context, const QJsonObject& params) {
   records_.set(context->name(), record_);
   pass(
-      CallKind::Start, [&](CallEncoder& out) { out.value(compactJson(params)); },
-      [&](IStrategy& to) { to.onStart(context, params); });
+      CallKind::Start, context, [&](CallEncoder& out) { out.value(compactJson(params)); },
+      [&](IStrategy& to, IContext* its) { to.onStart(its, params); });
   if (!inner_) context->setError(failure_);
 }
 
 void TapStrategy::onUpdate(IContext* context, const QJsonObject& params) {
   pass(
-      CallKind::Update, [&](CallEncoder& out) { out.value(compactJson(params)); },
-      [&](IStrategy& to) { to.onUpdate(context, params); });
+      CallKind::Update, context, [&](CallEncoder& out) { out.value(compactJson(params)); },
+      [&](IStrategy& to, IContext* its) { to.onUpdate(its, params); });
 }
 
 void TapStrategy::onQuote(IContext* context, const IDepthMarketData& quote) {
   noteTick(quote, {});
   pass(
-      CallKind::Quote, [&](CallEncoder& out) { out.value(quote); },
-      [&](IStrategy& to) { to.onQuote(context, quote); });
+      CallKind::Quote, context, [&](CallEncoder& out) { out.value(quote); },
+      [&](IStrategy& to, IContext* its) { to.onQuote(its, quote); });
 }
 
 void TapStrategy::onTickSeriesById(IContext* context, int requestId, const ICodeID& code,
@@ -123,7 +130,7 @@ void TapStrategy::onTickSeriesById(IContext* context, int requestId, const ICode
                                    const ResultStatus& status, int batchFlag) {
   for (const auto& tick : ticks) noteTick(tick, kTickFrequency);
   pass(
-      CallKind::TickSeriesById,
+      CallKind::TickSeriesById, context,
       [&](CallEncoder& out) {
         out.requestId(requestId);
         out.value(code);
@@ -131,8 +138,8 @@ void TapStrategy::onTickSeriesById(IContext* context, int requestId, const ICode
         out.value(status);
         out.value(batchFlag);
       },
-      [&](IStrategy& to) {
-        to.onTickSeriesById(context, requestId, code, ticks, status, batchFlag);
+      [&](IStrategy& to, IContext* its) {
+        to.onTickSeriesById(its, requestId, code, ticks, status, batchFlag);
       });
 }
 
@@ -141,7 +148,7 @@ void TapStrategy::onBarSeriesById(IContext* context, int requestId, const ICodeI
                                   const ResultStatus& status, int batchFlag) {
   noteBars(code, frequency, bars);
   pass(
-      CallKind::BarSeriesById,
+      CallKind::BarSeriesById, context,
       [&](CallEncoder& out) {
         out.requestId(requestId);
         out.value(code);
@@ -150,8 +157,8 @@ void TapStrategy::onBarSeriesById(IContext* context, int requestId, const ICodeI
         out.value(status);
         out.value(batchFlag);
       },
-      [&](IStrategy& to) {
-        to.onBarSeriesById(context, requestId, code, frequency, bars, status, batchFlag);
+      [&](IStrategy& to, IContext* its) {
+        to.onBarSeriesById(its, requestId, code, frequency, bars, status, batchFlag);
       });
 }
 
@@ -160,14 +167,14 @@ void TapStrategy::onTickSeries(IContext* context, const ICodeID& code,
                                const ResultStatus& status, int batchFlag) {
   for (const auto& tick : ticks) noteTick(tick, kTickFrequency);
   pass(
-      CallKind::TickSeries,
+      CallKind::TickSeries, context,
       [&](CallEncoder& out) {
         out.value(code);
         out.values(ticks);
         out.value(status);
         out.value(batchFlag);
       },
-      [&](IStrategy& to) { to.onTickSeries(context, code, ticks, status, batchFlag); });
+      [&](IStrategy& to, IContext* its) { to.onTickSeries(its, code, ticks, status, batchFlag); });
 }
 
 void TapStrategy::onBarSeries(IContext* context, const ICodeID& code, const std::string& frequency,
@@ -175,7 +182,7 @@ void TapStrategy::onBarSeries(IContext* context, const ICodeID& code, const std:
                               int batchFlag) {
   noteBars(code, frequency, bars);
   pass(
-      CallKind::BarSeries,
+      CallKind::BarSeries, context,
       [&](CallEncoder& out) {
         out.value(code);
         out.value(frequency);
@@ -183,93 +190,97 @@ void TapStrategy::onBarSeries(IContext* context, const ICodeID& code, const std:
         out.value(status);
         out.value(batchFlag);
       },
-      [&](IStrategy& to) { to.onBarSeries(context, code, frequency, bars, status, batchFlag); });
+      [&](IStrategy& to, IContext* its) {
+        to.onBarSeries(its, code, frequency, bars, status, batchFlag);
+      });
 }
 
 void TapStrategy::onBarProgressById(IContext* context, int requestId, const ICodeID& code,
                                     const std::string& frequency, const KLineProgress& progress) {
   pass(
-      CallKind::BarProgressById,
+      CallKind::BarProgressById, context,
       [&](CallEncoder& out) {
         out.requestId(requestId);
         out.value(code);
         out.value(frequency);
         out.value(progress);
       },
-      [&](IStrategy& to) { to.onBarProgressById(context, requestId, code, frequency, progress); });
+      [&](IStrategy& to, IContext* its) {
+        to.onBarProgressById(its, requestId, code, frequency, progress);
+      });
 }
 
 void TapStrategy::onBarProgress(IContext* context, const ICodeID& code,
                                 const std::string& frequency, const KLineProgress& progress) {
   pass(
-      CallKind::BarProgress,
+      CallKind::BarProgress, context,
       [&](CallEncoder& out) {
         out.value(code);
         out.value(frequency);
         out.value(progress);
       },
-      [&](IStrategy& to) { to.onBarProgress(context, code, frequency, progress); });
+      [&](IStrategy& to, IContext* its) { to.onBarProgress(its, code, frequency, progress); });
 }
 
 void TapStrategy::onAccountStatus(IContext* context, const TradingAccountID& account, int status,
                                   const ResultStatus& result) {
   pass(
-      CallKind::AccountStatus,
+      CallKind::AccountStatus, context,
       [&](CallEncoder& out) {
         out.value(account);
         out.value(status);
         out.value(result);
       },
-      [&](IStrategy& to) { to.onAccountStatus(context, account, status, result); });
+      [&](IStrategy& to, IContext* its) { to.onAccountStatus(its, account, status, result); });
 }
 
 void TapStrategy::onCapital(IContext* context, const TradingAccount& capital) {
   pass(
-      CallKind::Capital, [&](CallEncoder& out) { out.value(capital); },
-      [&](IStrategy& to) { to.onCapital(context, capital); });
+      CallKind::Capital, context, [&](CallEncoder& out) { out.value(capital); },
+      [&](IStrategy& to, IContext* its) { to.onCapital(its, capital); });
 }
 
 void TapStrategy::onPosition(IContext* context, const Position& position) {
   pass(
-      CallKind::Position, [&](CallEncoder& out) { out.value(position); },
-      [&](IStrategy& to) { to.onPosition(context, position); });
+      CallKind::Position, context, [&](CallEncoder& out) { out.value(position); },
+      [&](IStrategy& to, IContext* its) { to.onPosition(its, position); });
 }
 
 void TapStrategy::onStrategyPosition(IContext* context, const SourcePosition& position) {
   pass(
-      CallKind::StrategyPosition, [&](CallEncoder& out) { out.value(position); },
-      [&](IStrategy& to) { to.onStrategyPosition(context, position); });
+      CallKind::StrategyPosition, context, [&](CallEncoder& out) { out.value(position); },
+      [&](IStrategy& to, IContext* its) { to.onStrategyPosition(its, position); });
 }
 
 void TapStrategy::onOrder(IContext* context, const Order& order) {
   pass(
-      CallKind::Order, [&](CallEncoder& out) { out.value(order); },
-      [&](IStrategy& to) { to.onOrder(context, order); });
+      CallKind::Order, context, [&](CallEncoder& out) { out.value(order); },
+      [&](IStrategy& to, IContext* its) { to.onOrder(its, order); });
 }
 
 void TapStrategy::onFill(IContext* context, const OrderFill& fill) {
   pass(
-      CallKind::Fill, [&](CallEncoder& out) { out.value(fill); },
-      [&](IStrategy& to) { to.onFill(context, fill); });
+      CallKind::Fill, context, [&](CallEncoder& out) { out.value(fill); },
+      [&](IStrategy& to, IContext* its) { to.onFill(its, fill); });
 }
 
 void TapStrategy::onDicSnapshot(IContext* context, const std::string& name, const std::string& key,
                                 const Record& record) {
   pass(
-      CallKind::DicSnapshot,
+      CallKind::DicSnapshot, context,
       [&](CallEncoder& out) {
         out.value(name);
         out.value(key);
         out.value(record);
       },
-      [&](IStrategy& to) { to.onDicSnapshot(context, name, key, record); });
+      [&](IStrategy& to, IContext* its) { to.onDicSnapshot(its, name, key, record); });
 }
 
 void TapStrategy::onDic(IContext* context, const std::string& name, const std::string& key,
                         const std::list<Record>& records, const ResultStatus& status,
                         int batchFlag) {
   pass(
-      CallKind::Dic,
+      CallKind::Dic, context,
       [&](CallEncoder& out) {
         out.value(name);
         out.value(key);
@@ -277,35 +288,36 @@ void TapStrategy::onDic(IContext* context, const std::string& name, const std::s
         out.value(status);
         out.value(batchFlag);
       },
-      [&](IStrategy& to) { to.onDic(context, name, key, records, status, batchFlag); });
+      [&](IStrategy& to, IContext* its) { to.onDic(its, name, key, records, status, batchFlag); });
 }
 
 void TapStrategy::onDicDeleted(IContext* context, const std::string& name, const std::string& key,
                                int64 value1, int64 value2) {
   pass(
-      CallKind::DicDeleted,
+      CallKind::DicDeleted, context,
       [&](CallEncoder& out) {
         out.value(name);
         out.value(key);
         out.value(value1);
         out.value(value2);
       },
-      [&](IStrategy& to) { to.onDicDeleted(context, name, key, value1, value2); });
+      [&](IStrategy& to, IContext* its) { to.onDicDeleted(its, name, key, value1, value2); });
 }
 
 void TapStrategy::onTimer(IContext* context, int timerId, int64 value) {
   pass(
-      CallKind::Timer,
+      CallKind::Timer, context,
       [&](CallEncoder& out) {
         out.timerId(timerId);
         out.value(value);
       },
-      [&](IStrategy& to) { to.onTimer(context, timerId, value); });
+      [&](IStrategy& to, IContext* its) { to.onTimer(its, timerId, value); });
 }
 
 void TapStrategy::onStop(IContext* context) {
   pass(
-      CallKind::Stop, [](CallEncoder&) {}, [&](IStrategy& to) { to.onStop(context); });
+      CallKind::Stop, context, [](CallEncoder&) {},
+      [&](IStrategy& to, IContext* its) { to.onStop(its); });
 }
 
 }  // namespace orvane

@@ -8,11 +8,13 @@
 #include "EventStrategy/ov.strategy.runner/IStrategy.h"
 #include "host/CallEncoder.h"
 #include "host/RunRecord.h"
+#include "host/TapContext.h"
 
 namespace orvane {
 
-/// Stands between a runner and a strategy: counts and hashes every call-back, then forwards it
-/// unchanged. An exception of the strategy is recorded and goes on its way.
+/// Stands between a runner and a strategy: counts and hashes every call-back and what the strategy
+/// does in it, and forwards it unchanged. An exception of the strategy is recorded and goes on its
+/// way.
 ///
 /// Owned by the runner like the strategy itself, which it owns. Calls come one at a time.
 class TapStrategy final : public IStrategy {
@@ -58,9 +60,9 @@ class TapStrategy final : public IStrategy {
   void onStop(IContext* context) override;
 
  private:
-  /// Counts and encodes a call-back, then makes it.
+  /// Counts and encodes a call-back, then makes it, with the context that hears what it does.
   template <typename Encode, typename Forward>
-  void pass(CallKind kind, const Encode& encode, const Forward& forward);
+  void pass(CallKind kind, IContext* context, const Encode& encode, const Forward& forward);
 
   void noteException(CallKind kind, const std::string& what);
   void noteBars(const ICodeID& code, const std::string& frequency, const std::vector<IKLine>& bars);
@@ -72,8 +74,9 @@ class TapStrategy final : public IStrategy {
   const std::string failure_;
   RunRecords& records_;
   std::shared_ptr<RunRecord> record_;
-  std::optional<CallEncoder> encoder_;  ///< Empty where there is no digest.
-  SeriesRecord* lastSeries_ = nullptr;  ///< The one found last: most calls are of it again.
+  std::optional<CallEncoder> encoder_;    ///< Empty where there is no digest.
+  std::optional<TapContext> tapContext_;  ///< What the strategy gets where there is one.
+  SeriesRecord* lastSeries_ = nullptr;    ///< The one found last: most calls are of it again.
 };
 
 }  // namespace orvane

@@ -1,0 +1,153 @@
+#include "host/Figures.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+
+#include "platform/fields/FillView.h"
+
+namespace orvane {
+namespace {
+
+constexpr int64 kDayMs = 86'400'000;
+constexpr double kYearMs = 365.25 * 86'400'000.0;
+
+int64 dayOf(int64 utcMs) { return utcMs >= 0 ? utcMs / kDayMs : (utcMs - kDayMs + 1) / kDayMs; }
+
+/// Sums of decimals gather binary noise in their last digits; amounts have no more than these.
+double withoutNoise(double value) {
+  char text[64];
+  std::snprintf(text, sizeof(text), "%.15g", value);
+  return std::strtod(text, nullptr);
+}
+
+double meanOf(const std::vector<double>& values) {
+  double sum = 0;
+  for (const double value : values) sum += value;
+  return sum / static_cast<double>(values.size());
+}
+
+void addReturnFigures(const std::vector<double>& returns, Figures& figures) {
+  if (returns.size() < 2) return;
+  const double mean = meanOf(returns);
+  double squares = 0;
+  double downSquares = 0;
+  for (const double each : returns) {
+    squares += (each - mean) * (each - mean);
+    downSquares += std::min(each, 0.0) * std::min(each, 0.0);
+  }
+  const auto count = static_cast<double>(returns.size());
+  const double deviation = std::sqrt(squares / (count - 1));
+  const double downDeviation = std::sqrt(downSquares / count);
+  const double scale = std::sqrt(kTradingDaysPerYear);
+  figures.annualVolatility = deviation * scale;
+  if (deviation > 0) figures.sharpe = mean / deviation * scale;
+  if (downDeviation > 0) figures.sortino = mean / downDeviation * scale;
+}
+
+void addTradeFigures(const std::vector<OrderFill>& fills, Figures& figures) {
+  double won = 0;
+  double lost = 0;
+  std::size_t wins = 0;
+  std::size_t losses = 0;
+  for (const OrderFill& fill : fills) {
+    const FillView view(fill);
+    ++figures.fills;
+    figures.turnover += view.turnover();
+    figures.fees += view.fee();
+    if (view.offset() == order::Offset::Open) continue;
+    ++figures.closings;
+    const double net = view.profit() - view.fee();
+    if (net > 0) {
+      won += net;
+      ++wins;
+    } else if (net < 0) {
+      lost -= net;
+      ++losses;
+    }
+  }
+  figures.turnover = withoutNoise(figures.turnover);
+  figures.fees = withoutNoise(figures.fees);
+  if (figures.closings > 0)
+    figures.winRate = static_cast<double>(wins) / static_cast<double>(figures.closings);
+  if (lost > 0) figures.profitFactor = won / lost;
+  if (wins > 0) figures.meanWin = won / static_cast<double>(wins);
+  if (losses > 0) figures.meanLoss = -lost / static_cast<double>(losses);
+}
+
+std::optional<double> exposureOf(const std::vector<EquityPoint>& curve) {
+  if (curve.size() < 2 || curve.back().time <= curve.front().time) return std::nullopt;
+  int64 held = 0;
+  for (std::size_t i = 0; i + 1 < curve.size(); ++i)
+    if (curve[i].exposure > 0) held += curve[i + 1].time - curve[i].time;
+  return static_cast<double>(held) / static_cast<double>(curve.back().time - curve.front().time);
+}
+
+}  // namespace
+
+std::vector<double> dailyReturns(double startBalance, const std::vector<EquityPoint>& curve) {
+  std::vector<double> closes;
+  int64 day = 0;
+  for (const EquityPoint& point : curve) {
+    if (closes.empty() || dayOf(point.time) != day)
+      closes.push_back(point.equity);
+    else
+      closes.back() = point.equity;
+    day = dayOf(point.time);
+  }
+  std::vector<double> returns;
+  returns.reserve(closes.size());
+  double before = startBalance;
+  for (const double close : closes) {
+    if (before <= 0) return {};
+    returns.push_back(close / before - 1);
+    before = close;
+  }
+  return returns;
+}
+
+Drawdown deepestDrawdown(const std::vector<EquityPoint>& curve) {
+  Drawdown deepest;
+  if (curve.empty()) return deepest;
+  EquityPoint peak = curve.front();
+  double peakEquity = 0;
+  for (const EquityPoint& point : curve) {
+    if (point.equity >= peak.equity) {
+      peak = point;
+      continue;
+    }
+    if (peak.equity <= 0) continue;
+    const double share = (peak.equity - point.equity) / peak.equity;
+    if (share <= deepest.share) continue;
+    deepest = {withoutNoise(peak.equity - point.equity), share, peak.time, point.time, kUnsetTime};
+    peakEquity = peak.equity;
+  }
+  if (deepest.troughTime == kUnsetTime) return deepest;
+  const auto recovered = std::ranges::find_if(curve, [&](const EquityPoint& point) {
+    return point.time > deepest.troughTime && point.equity >= peakEquity;
+  });
+  if (recovered != curve.end()) deepest.recoveryTime = recovered->time;
+  return deepest;
+}
+
+Figures makeFigures(double startBalance, const std::vector<EquityPoint>& curve,
+                    const std::vector<OrderFill>& fills) {
+  Figures figures;
+  figures.startBalance = startBalance;
+  figures.finalEquity = curve.empty() ? startBalance : curve.back().equity;
+  figures.profit = withoutNoise(figures.finalEquity - startBalance);
+  if (startBalance > 0) figures.totalReturn = figures.profit / startBalance;
+  if (startBalance > 0 && figures.finalEquity > 0 && curve.size() > 1) {
+    const auto span = static_cast<double>(curve.back().time - curve.front().time);
+    if (span >= static_cast<double>(kDayMs))
+      figures.annualReturn = std::pow(figures.finalEquity / startBalance, kYearMs / span) - 1;
+  }
+  addReturnFigures(dailyReturns(startBalance, curve), figures);
+  figures.drawdown = deepestDrawdown(curve);
+  addTradeFigures(fills, figures);
+  figures.exposure = exposureOf(curve);
+  return figures;
+}
+
+}  // namespace orvane

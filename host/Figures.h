@@ -1,0 +1,43 @@
+#pragma once
+
+#include <list>
+#include <optional>
+#include <vector>
+
+#include "platform/trade/TradeResults.h"
+
+namespace orvane {
+
+/// The deepest fall of an equity curve from a peak before it.
+struct Drawdown {
+  double amount = 0;
+  double share = 0;  ///< Of the peak.
+  int64 peakTime = kUnsetTime, troughTime = kUnsetTime;
+  int64 recoveryTime = kUnsetTime;  ///< The first time at or above the peak again; unset if never.
+};
+
+/// The usual figures of a run. Each is defined in docs/report.md; those that the data do not allow
+/// are empty.
+struct Figures {
+  double startBalance = 0, finalEquity = 0;
+  double profit = 0;
+  std::optional<double> totalReturn, annualReturn, annualVolatility, sharpe, sortino;
+  Drawdown drawdown;
+  std::size_t fills = 0, closings = 0;
+  std::optional<double> winRate, profitFactor, meanWin, meanLoss;
+  double turnover = 0, fees = 0;
+  std::optional<double> exposure;  ///< Share of the time with a position.
+};
+
+/// Trading days of a year, for figures that are made of daily returns.
+inline constexpr double kTradingDaysPerYear = 252;
+
+Figures makeFigures(double startBalance, const std::vector<EquityPoint>& curve,
+                    const std::vector<OrderFill>& fills);
+
+/// Returns between the last equities of the UTC days of a curve, the first against the start.
+std::vector<double> dailyReturns(double startBalance, const std::vector<EquityPoint>& curve);
+
+Drawdown deepestDrawdown(const std::vector<EquityPoint>& curve);
+
+}  // namespace orvane

@@ -1,0 +1,62 @@
+#include "host/TradeCsv.h"
+
+#include <charconv>
+
+#include "host/Report.h"
+#include "host/TimeArgument.h"
+#include "host/TradeReport.h"
+#include "platform/fields/FillView.h"
+
+namespace orvane {
+namespace {
+
+/// The shortest decimal text that reads back as the same double.
+std::string numberText(double value) {
+  char text[400];
+  const auto end = std::to_chars(text, text + sizeof(text), value, std::chars_format::fixed).ptr;
+  return {text, end};
+}
+
+/// A field, in quotes where it has to be.
+std::string field(const std::string& text) {
+  if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
+  std::string quoted = "\"";
+  for (const char c : text) {
+    if (c == '"') quoted += '"';
+    quoted += c;
+  }
+  return quoted + '"';
+}
+
+}  // namespace
+
+std::string tradesCsv(const RunOutcome& outcome) {
+  std::string csv = "runner,account,time,code,side,offset,price,volume,fee,profit,order\n";
+  for (const RunnerOutcome& runner : outcome.runners) {
+    if (!runner.trading) continue;
+    const std::string owner = field(runner.plan.name) + ',' + field(runner.plan.account) + ',';
+    for (const OrderFill& fill : runner.trading->fills) {
+      const FillView view(fill);
+      csv += owner + isoTime(view.time()) + ',' + field(reportedCode(fill.code)) + ',' +
+             sideName(view.direction()) + ',' + offsetName(view.offset()) + ',' +
+             numberText(view.price()) + ',' + numberText(view.volume()) + ',' +
+             numberText(view.fee()) + ',' + numberText(view.profit()) + ',' +
+             std::to_string(view.orderId()) + '\n';
+    }
+  }
+  return csv;
+}
+
+std::string equityCsv(const RunOutcome& outcome) {
+  std::string csv = "runner,account,time,equity,exposure\n";
+  for (const RunnerOutcome& runner : outcome.runners) {
+    if (!runner.trading) continue;
+    const std::string owner = field(runner.plan.name) + ',' + field(runner.plan.account) + ',';
+    for (const EquityPoint& point : runner.trading->curve)
+      csv += owner + isoTime(point.time) + ',' + numberText(point.equity) + ',' +
+             numberText(point.exposure) + '\n';
+  }
+  return csv;
+}
+
+}  // namespace orvane

@@ -1,0 +1,268 @@
+#include "host/TradeReport.h"
+
+#include <fmt/core.h>
+
+#include <QJsonArray>
+#include <algorithm>
+#include <array>
+#include <map>
+
+#include "host/Report.h"
+#include "host/TimeArgument.h"
+#include "platform/fields/CapitalView.h"
+#include "platform/fields/FillView.h"
+#include "shared/CodeTables.h"
+#include "shared/TextCodec.h"
+
+namespace orvane {
+namespace {
+
+/// A longer curve is thinned in the JSON report; equity.csv has every point.
+constexpr std::size_t kMostCurvePoints = 5000;
+
+constexpr std::array kStatusNames = {"sent",          "working",   "partlyFilled", "filled",
+                                     "cancelPending", "cancelled", "rejected",     "expired"};
+constexpr std::array kTypeNames = {"limit", "market", "stop"};
+
+QString qt(const std::string& text) { return QString::fromStdString(text); }
+QJsonValue timeOrNull(int64 utcMs) {
+  return utcMs == kUnsetTime ? QJsonValue() : QJsonValue(qt(isoTime(utcMs)));
+}
+QJsonValue numberOrNull(const std::optional<double>& value) {
+  return value ? QJsonValue(*value) : QJsonValue();
+}
+
+template <std::size_t kCount>
+QString nameOf(const std::array<const char*, kCount>& names, std::int32_t number) {
+  const auto at = static_cast<std::size_t>(number);
+  return number >= 0 && at < kCount ? QString(names[at]) : QString::number(number);
+}
+
+QJsonObject orderObject(const Order& order) {
+  const OrderView view(order);
+  QJsonObject result{{"id", static_cast<qint64>(order.id)},
+                     {"time", timeOrNull(view.insertTime())},
+                     {"updated", timeOrNull(view.updateTime())},
+                     {"code", qt(reportedCode(order.code))},
+                     {"side", qt(sideName(view.direction()))},
+                     {"offset", qt(offsetName(view.offset()))},
+                     {"type", nameOf(kTypeNames, static_cast<std::int32_t>(view.type()))},
+                     {"volume", view.volume()},
+                     {"filled", view.filledVolume()},
+                     {"status", nameOf(kStatusNames, order.status())}};
+  if (view.type() == order::Type::Limit) result["limitPrice"] = view.limitPrice();
+  if (view.type() == order::Type::Stop) result["stopPrice"] = view.stopPrice();
+  if (view.filledVolume() > 0) result["meanPrice"] = view.meanFillPrice();
+  if (!view.message().empty()) result["message"] = qt(gbkToUtf8(view.message()));
+  return result;
+}
+
+QJsonObject tradeObject(const OrderFill& fill) {
+  const FillView view(fill);
+  return {{"time", timeOrNull(view.time())},
+          {"code", qt(reportedCode(fill.code))},
+          {"side", qt(sideName(view.direction()))},
+          {"offset", qt(offsetName(view.offset()))},
+          {"price", view.price()},
+          {"volume", view.volume()},
+          {"fee", view.fee()},
+          {"profit", view.profit()},
+          {"order", static_cast<qint64>(view.orderId())}};
+}
+
+QJsonObject curveObject(const std::vector<EquityPoint>& curve) {
+  const std::size_t step = curve.size() / kMostCurvePoints + 1;
+  QJsonArray times, equities;
+  for (std::size_t i = 0; i < curve.size(); ++i) {
+    if (i % step != 0 && i + 1 != curve.size()) continue;
+    times.append(timeOrNull(curve[i].time));
+    equities.append(curve[i].equity);
+  }
+  return {{"points", static_cast<qint64>(curve.size())},
+          {"every", static_cast<qint64>(step)},
+          {"time", times},
+          {"equity", equities}};
+}
+
+QJsonObject figuresObject(const Figures& figures) {
+  const Drawdown& fall = figures.drawdown;
+  const QJsonObject drawdown{{"amount", fall.amount},
+                             {"share", fall.share},
+                             {"peak", timeOrNull(fall.peakTime)},
+                             {"trough", timeOrNull(fall.troughTime)},
+                             {"recovery", timeOrNull(fall.recoveryTime)}};
+  return {{"startBalance", figures.startBalance},
+          {"finalEquity", figures.finalEquity},
+          {"profit", figures.profit},
+          {"return", numberOrNull(figures.totalReturn)},
+          {"annualReturn", numberOrNull(figures.annualReturn)},
+          {"annualVolatility", numberOrNull(figures.annualVolatility)},
+          {"sharpe", numberOrNull(figures.sharpe)},
+          {"sortino", numberOrNull(figures.sortino)},
+          {"maxDrawdown", drawdown},
+          {"fills", static_cast<qint64>(figures.fills)},
+          {"closings", static_cast<qint64>(figures.closings)},
+          {"winRate", numberOrNull(figures.winRate)},
+          {"profitFactor", numberOrNull(figures.profitFactor)},
+          {"meanWin", numberOrNull(figures.meanWin)},
+          {"meanLoss", numberOrNull(figures.meanLoss)},
+          {"turnover", figures.turnover},
+          {"fees", figures.fees},
+          {"exposure", numberOrNull(figures.exposure)}};
+}
+
+std::string currencyOf(const AccountResult& account) {
+  const auto at = static_cast<std::size_t>(account.account.currency);
+  return at < currencyNames.size() ? currencyNames[at] : "";
+}
+
+std::vector<OrderFill> fillsOf(const AccountResult& account) {
+  std::vector<OrderFill> fills;
+  for (const SourceResult& source : account.sources)
+    fills.insert(fills.end(), source.fills.begin(), source.fills.end());
+  return fills;
+}
+
+/// The sum of curves; each holds its last value until its next point.
+std::vector<EquityPoint> sumOf(const std::vector<AccountResult>& accounts) {
+  struct Step {
+    std::size_t account;
+    EquityPoint point;
+  };
+  std::map<int64, std::vector<Step>> steps;
+  for (std::size_t i = 0; i < accounts.size(); ++i)
+    for (const EquityPoint& point : accounts[i].curve) steps[point.time].push_back({i, point});
+  std::vector<EquityPoint> now(accounts.size());
+  for (std::size_t i = 0; i < accounts.size(); ++i)
+    now[i].equity = CapitalView(accounts[i].capital).startBalance();
+  std::vector<EquityPoint> sum;
+  sum.reserve(steps.size());
+  for (const auto& [time, changes] : steps) {
+    for (const Step& change : changes) now[change.account] = change.point;
+    EquityPoint total{time, 0, 0};
+    for (const EquityPoint& each : now) {
+      total.equity += each.equity;
+      total.exposure += each.exposure;
+    }
+    sum.push_back(total);
+  }
+  return sum;
+}
+
+QJsonObject capitalObject(const TradingAccount& capital) {
+  const CapitalView view(capital);
+  return {{"balance", view.balance()},
+          {"available", view.available()},
+          {"frozen", view.frozen()},
+          {"margin", view.margin()},
+          {"fee", view.fee()},
+          {"closedProfit", view.closedProfit()},
+          {"floatingProfit", view.floatingProfit()},
+          {"equity", view.equity()}};
+}
+
+std::string percent(const std::optional<double>& share) {
+  return share ? fmt::format("{:.2f}%", *share * 100) : "-";
+}
+std::string ratio(const std::optional<double>& value) {
+  return value ? fmt::format("{:.2f}", *value) : "-";
+}
+
+}  // namespace
+
+std::string sideName(order::Direction direction) {
+  return direction == order::Direction::Buy ? "buy" : "sell";
+}
+
+std::string offsetName(order::Offset offset) {
+  switch (offset) {
+    case order::Offset::Open:
+      return "open";
+    case order::Offset::Close:
+      return "close";
+    case order::Offset::CloseToday:
+      return "closeToday";
+  }
+  return std::to_string(static_cast<int>(offset));
+}
+
+QJsonValue tradingReport(const RunnerOutcome& runner) {
+  if (!runner.trading) return {};
+  const SourceResult& trading = *runner.trading;
+  QJsonArray orders, trades;
+  for (const Order& order : trading.orders) orders.append(orderObject(order));
+  for (const OrderFill& fill : trading.fills) trades.append(tradeObject(fill));
+  return QJsonObject{
+      {"account", qt(runner.plan.account)},
+      {"orderSource", qt(runner.plan.orderSource)},
+      {"orders", orders},
+      {"trades", trades},
+      {"equity", curveObject(trading.curve)},
+      {"figures", figuresObject(makeFigures(runner.startBalance, trading.curve, trading.fills))}};
+}
+
+QJsonArray accountsReport(const RunOutcome& outcome) {
+  QJsonArray result;
+  for (const AccountResult& account : outcome.accounts) {
+    const double start = CapitalView(account.capital).startBalance();
+    result.append(QJsonObject{
+        {"name", qt(gbkToUtf8(account.account.account))},
+        {"currency", qt(currencyOf(account))},
+        {"startBalance", start},
+        {"final", capitalObject(account.capital)},
+        {"figures", figuresObject(makeFigures(start, account.curve, fillsOf(account)))}});
+  }
+  return result;
+}
+
+QJsonValue totalReport(const RunOutcome& outcome) {
+  if (outcome.accounts.empty()) return {};
+  const std::string currency = currencyOf(outcome.accounts.front());
+  double start = 0;
+  std::vector<OrderFill> fills;
+  for (const AccountResult& account : outcome.accounts) {
+    if (currencyOf(account) != currency) return {};
+    start += CapitalView(account.capital).startBalance();
+    const std::vector<OrderFill> own = fillsOf(account);
+    fills.insert(fills.end(), own.begin(), own.end());
+  }
+  return QJsonObject{
+      {"currency", qt(currency)},
+      {"accounts", static_cast<qint64>(outcome.accounts.size())},
+      {"figures", figuresObject(makeFigures(start, sumOf(outcome.accounts), fills))}};
+}
+
+std::string figuresTable(const RunOutcome& outcome) {
+  std::string rows;
+  const auto addRow = [&rows](const std::string& name, const Figures& figures) {
+    rows += fmt::format("{:<16} {:>7} {:>14.2f} {:>9} {:>9} {:>7} {:>7} {:>8} {:>7} {:>7}\n", name,
+                        figures.fills, figures.finalEquity, percent(figures.totalReturn),
+                        percent(figures.annualReturn), ratio(figures.sharpe),
+                        ratio(figures.sortino), percent(figures.drawdown.share),
+                        percent(figures.winRate), ratio(figures.profitFactor));
+  };
+  std::size_t traders = 0;
+  for (const RunnerOutcome& runner : outcome.runners) {
+    if (!runner.trading) continue;
+    ++traders;
+    addRow(runner.plan.name,
+           makeFigures(runner.startBalance, runner.trading->curve, runner.trading->fills));
+  }
+  if (traders == 0) return {};
+  if (traders > 1 && totalReport(outcome).isObject()) {
+    double start = 0;
+    std::vector<OrderFill> fills;
+    for (const AccountResult& account : outcome.accounts) {
+      start += CapitalView(account.capital).startBalance();
+      const std::vector<OrderFill> own = fillsOf(account);
+      fills.insert(fills.end(), own.begin(), own.end());
+    }
+    addRow("all accounts", makeFigures(start, sumOf(outcome.accounts), fills));
+  }
+  return fmt::format("\n{:<16} {:>7} {:>14} {:>9} {:>9} {:>7} {:>7} {:>8} {:>7} {:>7}\n", "trading",
+                     "fills", "final equity", "return", "annual", "sharpe", "sortino", "max dd",
+                     "wins", "pf") +
+         rows;
+}
+
+}  // namespace orvane

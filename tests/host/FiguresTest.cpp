@@ -1,0 +1,114 @@
+// The figures of a run, against values worked out by hand.
+
+#include "host/Figures.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "platform/fields/FillView.h"
+
+namespace orvane {
+namespace {
+
+constexpr int64 kDay = 86'400'000;
+
+OrderFill fillOf(order::Offset offset, double profit, double fee, double turnover) {
+  OrderFill fill;
+  fill.ints[fill::OffsetAt] = static_cast<std::int32_t>(offset);
+  fill.numbers[fill::Profit] = std::bit_cast<Word>(profit);
+  fill.numbers[fill::Turnover] = std::bit_cast<Word>(turnover);
+  fill.values[fill::Fee] = std::bit_cast<Word>(fee);
+  return fill;
+}
+
+TEST(Figures, shouldBeEmptyWhereNothingHappened) {
+  const Figures figures = makeFigures(1000, {}, {});
+  EXPECT_EQ(figures.finalEquity, 1000);
+  EXPECT_EQ(figures.profit, 0);
+  EXPECT_FALSE(figures.annualReturn);
+  EXPECT_FALSE(figures.sharpe);
+  EXPECT_FALSE(figures.winRate);
+  EXPECT_FALSE(figures.profitFactor);
+  EXPECT_FALSE(figures.exposure);
+  EXPECT_EQ(figures.drawdown.peakTime, kUnsetTime);
+}
+
+TEST(Figures, shouldTakeTheLastEquityOfEachDayForReturns) {
+  const std::vector<EquityPoint> curve = {
+      {0, 100, 0}, {10, 110, 0}, {kDay, 50, 0}, {kDay + 5, 99, 0}, {3 * kDay, 118.8, 0}};
+  const std::vector<double> returns = dailyReturns(100, curve);
+  ASSERT_EQ(returns.size(), 3u);
+  EXPECT_NEAR(returns[0], 0.1, 1e-15);
+  EXPECT_NEAR(returns[1], -0.1, 1e-15);
+  EXPECT_NEAR(returns[2], 0.2, 1e-15);
+}
+
+TEST(Figures, shouldGiveSharpeAndSortinoOfDailyReturns) {
+  const std::vector<EquityPoint> curve = {{0, 110, 0}, {kDay, 99, 0}, {2 * kDay, 118.8, 0}};
+  const Figures figures = makeFigures(100, curve, {});
+  // Returns 0.1, -0.1, 0.2: mean 1/15, sample variance 0.07/3, downside mean square 0.01/3.
+  const double mean = 0.2 / 3;
+  ASSERT_TRUE(figures.sharpe && figures.sortino && figures.annualVolatility);
+  EXPECT_NEAR(*figures.annualVolatility, std::sqrt(0.07 / 3 * 252), 1e-12);
+  EXPECT_NEAR(*figures.sharpe, mean / std::sqrt(0.07 / 3) * std::sqrt(252.0), 1e-12);
+  EXPECT_NEAR(*figures.sortino, mean / std::sqrt(0.01 / 3) * std::sqrt(252.0), 1e-12);
+}
+
+TEST(Figures, shouldGiveNoSharpeWhereReturnsDoNotVaryAndNoSortinoWithoutALoss) {
+  const Figures flat = makeFigures(100, {{0, 100, 0}, {kDay, 100, 0}, {2 * kDay, 100, 0}}, {});
+  EXPECT_FALSE(flat.sharpe);
+  EXPECT_FALSE(flat.sortino);
+  EXPECT_EQ(flat.annualVolatility, 0);
+}
+
+TEST(Figures, shouldCompoundTheReturnOverAYear) {
+  const auto halfYear = static_cast<int64>(365.25 / 2 * static_cast<double>(kDay));
+  const Figures figures = makeFigures(100, {{0, 100, 0}, {halfYear, 110, 0}}, {});
+  ASSERT_TRUE(figures.annualReturn);
+  EXPECT_NEAR(*figures.annualReturn, 0.21, 1e-9);
+  EXPECT_DOUBLE_EQ(*figures.totalReturn, 0.1);
+}
+
+TEST(Figures, shouldGiveNoAnnualReturnForLessThanADay) {
+  EXPECT_FALSE(makeFigures(100, {{0, 100, 0}, {kDay - 1, 110, 0}}, {}).annualReturn);
+}
+
+TEST(Figures, shouldFindTheDeepestDrawdownWithItsDates) {
+  const Drawdown fall = deepestDrawdown(
+      {{1, 100, 0}, {2, 90, 0}, {3, 120, 0}, {4, 84, 0}, {5, 100, 0}, {6, 120, 0}, {7, 110, 0}});
+  EXPECT_DOUBLE_EQ(fall.amount, 36);
+  EXPECT_DOUBLE_EQ(fall.share, 0.3);
+  EXPECT_EQ(fall.peakTime, 3);
+  EXPECT_EQ(fall.troughTime, 4);
+  EXPECT_EQ(fall.recoveryTime, 6);
+}
+
+TEST(Figures, shouldLeaveTheRecoveryOutWhereItNeverCame) {
+  EXPECT_EQ(deepestDrawdown({{1, 100, 0}, {2, 90, 0}, {3, 99, 0}}).recoveryTime, kUnsetTime);
+}
+
+TEST(Figures, shouldCountClosingFillsAfterTheirFees) {
+  const Figures figures =
+      makeFigures(1000, {},
+                  {fillOf(order::Offset::Open, 0, 1, 50), fillOf(order::Offset::Close, 31, 1, 60),
+                   fillOf(order::Offset::Close, -9, 1, 70), fillOf(order::Offset::Close, 1, 1, 80),
+                   fillOf(order::Offset::CloseToday, 10, 0, 90)});
+  EXPECT_EQ(figures.fills, 5u);
+  EXPECT_EQ(figures.closings, 4u);
+  EXPECT_DOUBLE_EQ(*figures.winRate, 0.5);
+  EXPECT_DOUBLE_EQ(*figures.profitFactor, 4);
+  EXPECT_DOUBLE_EQ(*figures.meanWin, 20);
+  EXPECT_DOUBLE_EQ(*figures.meanLoss, -10);
+  EXPECT_DOUBLE_EQ(figures.turnover, 350);
+  EXPECT_DOUBLE_EQ(figures.fees, 4);
+}
+
+TEST(Figures, shouldWeighExposureByTime) {
+  EXPECT_DOUBLE_EQ(
+      *makeFigures(100, {{0, 100, 0}, {10, 100, 5}, {40, 100, 0}, {100, 100, 0}}, {}).exposure,
+      0.3);
+}
+
+}  // namespace
+}  // namespace orvane
