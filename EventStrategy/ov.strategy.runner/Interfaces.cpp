@@ -2,6 +2,7 @@
 
 #include "EventStrategy/ov.strategy.runner/IContext.h"
 #include "EventStrategy/ov.strategy.runner/IRunnerFactory.h"
+#include "EventStrategy/ov.strategy.runner/IRunnerGlobal.h"
 #include "EventStrategy/ov.strategy.runner/IRunnerSpi.h"
 #include "EventStrategy/ov.strategy.runner/IStrategy.h"
 
@@ -17,5 +18,9 @@ IRunnerFactory::IRunnerFactory() = default;
 IRunnerFactory::IRunnerFactory(const IRunnerFactory&) = default;
 IRunnerFactory& IRunnerFactory::operator=(const IRunnerFactory&) = default;
 IRunnerFactory::~IRunnerFactory() = default;
+IRunnerGlobal::IRunnerGlobal() = default;
+IRunnerGlobal::IRunnerGlobal(const IRunnerGlobal&) = default;
+IRunnerGlobal& IRunnerGlobal::operator=(const IRunnerGlobal&) = default;
+IRunnerGlobal::~IRunnerGlobal() = default;
 
 }  // namespace orvane
