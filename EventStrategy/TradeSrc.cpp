@@ -3,6 +3,7 @@
 #include "EventStrategy/TradeSrc.h"
 
 #include "EventStrategy/EventTypes.h"
+#include "EventStrategy/JoinedText.h"
 #include "EventStrategy/Log.h"
 #include "services/Common/IServiceRouter.h"
 #include "shared/CodeTables.h"
@@ -12,16 +13,6 @@ namespace orvane {
 namespace {
 
 ITradeService* service() { return IServiceRouter::instance()->tradeService(); }
-
-template <typename Items, typename Text>
-std::string joined(const Items& items, Text text) {
-  std::string all;
-  for (const auto& item : items) {
-    if (!all.empty()) all += ',';
-    all += text(item);
-  }
-  return all;
-}
 
 }  // namespace
 
@@ -51,11 +42,12 @@ void TradeSrc::setCreateSourceTradeInfo(const std::map<std::string, CreateSource
   createSourceInfos_.clear();
   eventMask_ = 0;
   for (const auto& [key, info] : infos) {
-    ORVANE_LOG(event, Debug,
-               name_ << ",createSource=" << key
-                     << ",override=" << eventTypeNames(static_cast<int>(info.override))
-                     << ",subCreateId=" << eventSourceText(info.subCreateId) << ",subCreateSource="
-                     << joined(info.subCreateSource, [](const std::string& name) { return name; }));
+    ORVANE_LOG(
+        event, Debug,
+        name_ << ",createSource=" << key
+              << ",override=" << eventTypeNames(static_cast<int>(info.override))
+              << ",subCreateId=" << eventSourceText(info.subCreateId) << ",subCreateSource="
+              << joinedText(info.subCreateSource, [](const std::string& name) { return name; }));
     createSourceInfos_[key] = info;
     eventMask_ |= info.override;
   }
@@ -63,7 +55,7 @@ void TradeSrc::setCreateSourceTradeInfo(const std::map<std::string, CreateSource
 
 void TradeSrc::setRelatedCodeId(const std::vector<ICodeID>& codes) {
   const std::lock_guard lock(mutex_);
-  ORVANE_LOG(event, Debug, name_ << ",setRelatedCodeId," << joined(codes, codeText));
+  ORVANE_LOG(event, Debug, name_ << ",setRelatedCodeId," << joinedText(codes, codeText));
   relatedCodes_.clear();
   relatedCodes_.insert(codes.begin(), codes.end());
 }
@@ -74,6 +66,10 @@ void TradeSrc::resetCache() {
   createSourceInfos_.clear();
   eventMask_ = 0;
   relatedCodes_.clear();
+  finishedOrderIds_.clear();
+  deliveredFillKeys_.clear();
+  gridFillIds_.clear();
+  gridOrderIds_.clear();
 }
 
 ResultStatus TradeSrc::sendOrderIds(const OrderRequest& request, std::vector<int64>& orderIds) {
@@ -112,10 +108,6 @@ ResultStatus TradeSrc::getOrder(int64 orderId, Order& order) {
 ResultStatus TradeSrc::ordersByCode(const TradingAccountID& account, const ICodeID& code,
                                     std::list<Order>& orders) {
   return service()->ordersByCode(account, code, orders);
-}
-
-ResultStatus TradeSrc::queryHistory(const HistoryQuery& query, std::list<HistoryDayRecord>& days) {
-  return service()->queryHistory(query, days);
 }
 
 std::list<Order> TradeSrc::openOrdersByCode(const TradingAccountID& account, const ICodeID& code) {

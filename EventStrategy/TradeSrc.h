@@ -1,5 +1,8 @@
 #pragma once
 
+#include <QMap>
+#include <QString>
+#include <list>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -85,6 +88,16 @@ class TradeSrc final : public ITradeSrc,
   std::vector<TradingAccountID> tradingAccounts() override;
   std::list<AccountLinks> accountRecords(const std::string& account, int counterType) override;
 
+  // TradeMsgSpi
+  void onRspStatus(const AccountID& account, const AccountStatusInfo& info) override;
+  // TradeDataSpi
+  void onRtnTrade(const OrderFill& fill) override;
+  void onRtnOrder(const Order& order) override;
+  void onRtnPosition(const Position& position) override;
+  void onRtnPositionChange(const Position& position) override;
+  void onRtnSourcePosition(const SourcePosition& position) override;
+  void onRtnCapital(const TradingAccount& capital) override;
+
  private:
   friend struct detail::TestAccess;
 
@@ -99,6 +112,38 @@ class TradeSrc final : public ITradeSrc,
                                TradeSrcSubInfo& subInfo);
   void subscribeByCreateId(const TradingAccountID& account, const CreateSourceTradeInfo& info,
                            TradeSrcSubInfo& subInfo);
+  void unsubscribeTradeByCode(const TradingAccountID& account, const ICodeID& code,
+                              TradeSrcSubInfo& subInfo);
+  void unsubscribePositionByCode(const TradingAccountID& account, const ICodeID& code,
+                                 TradeSrcSubInfo& subInfo);
+
+  /// An account's present state, as the service's queries give it.
+  struct AccountState {
+    std::list<Position> positions;
+    std::list<SourcePosition> sourcePositions;
+    std::list<Order> orders;
+    std::list<OrderFill> fills;
+  };
+  /// What the event mask wants of the state; stops at the first query that fails.
+  ResultStatus fetchAccountState(const TradingAccountID& account, AccountState& state);
+  /// Replays the state once, when it can first be read.
+  void sendSnapshot(const TradingAccountID& account, TradeSrcSubInfo& subInfo);
+  /// Replays the state after a loss of the connection, without what was seen before.
+  void onReConnect(const TradingAccountID& account);
+  void deliverPositions(const TradingAccountID& account, const AccountState& state);
+  std::list<Order> filterOrders(const TradingAccountID& account,
+                                const std::list<Order>& orders) const;
+  std::list<OrderFill> filterFills(const TradingAccountID& account,
+                                   const std::list<OrderFill>& fills) const;
+  std::list<Position> filterPositions(const TradingAccountID& account,
+                                      const std::list<Position>& positions) const;
+  std::list<SourcePosition> filterSourcePositions(const TradingAccountID& account,
+                                                  const std::list<SourcePosition>& positions) const;
+  /// Whether a create source that wants `wanted` is subscribed in a code.
+  bool isSourceSubscribed(const TradeSrcSubInfo& subInfo, const std::string& createSource,
+                          int64 codeId, int64 wanted) const;
+  void rememberFinal(const Order& order);
+  bool isFinished(const Order& order) const;
   std::shared_ptr<TradeEventSpi> spi() { return shared_from_this(); }
 
   std::mutex mutex_;  ///< Guards everything below; held while a service or `notify_` is called.
@@ -110,6 +155,11 @@ class TradeSrc final : public ITradeSrc,
   int64 eventMask_ = 0;  ///< Every `override` put in since the last clear.
   std::set<ICodeID> relatedCodes_;
   std::map<TradingAccountID, TradeSrcSubInfo> subInfos_;
+  // Both are shared by all accounts and only `resetCache` empties them: a reconnection looks there.
+  std::set<int64> finishedOrderIds_;         ///< Orders that were seen in a final status.
+  std::set<std::string> deliveredFillKeys_;  ///< `fillKey` of every fill that was seen.
+  QMap<QString, int64> gridOrderIds_;        ///< Grid order key to the id that it was given.
+  QMap<QString, int64> gridFillIds_;         ///< Grid fill key to the id that it was given.
 };
 
 }  // namespace orvane

@@ -22,6 +22,7 @@ void TradeSrc::subscribeTrade(const TradingAccountID& account) {
   TradeSrcSubInfo& subInfo = subInfos_[account];
   subInfo.quick = notifyQuick_;
   subscribeByAccount(account, subInfo);
+  sendSnapshot(account, subInfo);
 }
 
 void TradeSrc::unsubscribeTrade(const TradingAccountID& account) {
@@ -149,19 +150,6 @@ void TradeSrc::addSubscribeTradeByCreateId(const std::string& createSource, int6
   if (it == createSourceInfos_.end()) return;
   it->second.subCreateId |= subCreateId;
   for (auto& [account, subInfo] : subInfos_) subscribeByCreateId(account, it->second, subInfo);
-}
-
-void TradeSrc::onRelatedCodeIdChange(const std::vector<ICodeID>& codes) {
-  const std::lock_guard lock(mutex_);
-  relatedCodes_.clear();
-  relatedCodes_.insert(codes.begin(), codes.end());
-  for (auto& [account, subInfo] : subInfos_) {
-    for (const ICodeID& code : relatedCodes_) {
-      subscribePositionByCode(account, code, SubFromRelated, subInfo);
-      for (const auto& [key, info] : createSourceInfos_)
-        subscribeTradeByCode(key, info, account, code, SubFromRelated, subInfo);
-    }
-  }
 }
 
 ResultStatus TradeSrc::sendOrder(const OrderRequest& request, std::list<Order>& orders) {

@@ -114,6 +114,13 @@ void TradeService::subscribe(const std::shared_ptr<TradeEventSpi>& spi,
   noteWaiting();
 }
 
+void TradeService::unsubscribe(const std::shared_ptr<TradeEventSpi>& spi,
+                               const TradeSelector& selector) {
+  std::shared_ptr<TradeReceiver> ended;  // It may be the last to hold the spi: let go unlocked.
+  const std::lock_guard lock(state_.mutex);
+  ended = state_.subscriptions.unsubscribe(spi.get(), selector);
+}
+
 void TradeService::subscribeStatus(const std::shared_ptr<TradeEventSpi>& spi,
                                    const TradingAccountID& account) {
   subscribe(spi, {TradeTopic::Status, account.accountKey, TradeSelector::kEveryCode, 0, {}});
@@ -174,6 +181,31 @@ void TradeService::subscribeSourcePosition(const std::shared_ptr<TradeEventSpi>&
                                            const std::string& source,
                                            const TradingAccountID& account, const ICodeID& code) {
   subscribe(spi, {TradeTopic::SourcePosition, account.accountKey, code.id, 0, source});
+}
+
+void TradeService::unsubscribeOrderBySourceName(const std::shared_ptr<TradeEventSpi>& spi,
+                                                const std::string& source,
+                                                const TradingAccountID& account,
+                                                const ICodeID& code) {
+  unsubscribe(spi, {TradeTopic::Order, account.accountKey, code.id, 0, source});
+}
+
+void TradeService::unsubscribeFillBySourceName(const std::shared_ptr<TradeEventSpi>& spi,
+                                               const std::string& source,
+                                               const TradingAccountID& account,
+                                               const ICodeID& code) {
+  unsubscribe(spi, {TradeTopic::Fill, account.accountKey, code.id, 0, source});
+}
+
+void TradeService::unsubscribePosition(const std::shared_ptr<TradeEventSpi>& spi,
+                                       const TradingAccountID& account, const ICodeID& code) {
+  unsubscribe(spi, {TradeTopic::Position, account.accountKey, code.id, 0, {}});
+}
+
+void TradeService::unsubscribeSourcePosition(const std::shared_ptr<TradeEventSpi>& spi,
+                                             const std::string& source,
+                                             const TradingAccountID& account, const ICodeID& code) {
+  unsubscribe(spi, {TradeTopic::SourcePosition, account.accountKey, code.id, 0, source});
 }
 
 void TradeService::unsubscribeAccount(const std::shared_ptr<TradeEventSpi>& spi,

@@ -89,6 +89,17 @@ class TradeService final : public ITradeService {
                          const ICodeID& code) override;
   void subscribeSourcePosition(const std::shared_ptr<TradeEventSpi>& spi, const std::string& source,
                                const TradingAccountID& account, const ICodeID& code) override;
+  void unsubscribeOrderBySourceName(const std::shared_ptr<TradeEventSpi>& spi,
+                                    const std::string& source, const TradingAccountID& account,
+                                    const ICodeID& code) override;
+  void unsubscribeFillBySourceName(const std::shared_ptr<TradeEventSpi>& spi,
+                                   const std::string& source, const TradingAccountID& account,
+                                   const ICodeID& code) override;
+  void unsubscribePosition(const std::shared_ptr<TradeEventSpi>& spi,
+                           const TradingAccountID& account, const ICodeID& code) override;
+  void unsubscribeSourcePosition(const std::shared_ptr<TradeEventSpi>& spi,
+                                 const std::string& source, const TradingAccountID& account,
+                                 const ICodeID& code) override;
   void unsubscribeAccount(const std::shared_ptr<TradeEventSpi>& spi,
                           const TradingAccountID& account) override;
   void unsubscribeAll(const std::shared_ptr<TradeEventSpi>& spi) override;
@@ -106,6 +117,7 @@ class TradeService final : public ITradeService {
   template <typename Answer>
   ResultStatus ask(const TradingAccountID& account, Answer answer) const;
   void subscribe(const std::shared_ptr<TradeEventSpi>& spi, const TradeSelector& selector);
+  void unsubscribe(const std::shared_ptr<TradeEventSpi>& spi, const TradeSelector& selector);
   void noteWaiting();
   HistoryDayRecord historyOf(const TradingAccountID& account, const HistoryQuery& query) const;
 

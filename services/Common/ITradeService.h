@@ -144,6 +144,20 @@ class ORVANE_API ITradeService {
   virtual void subscribeSourcePosition(const std::shared_ptr<TradeEventSpi>& spi,
                                        const std::string& source, const TradingAccountID& account,
                                        const ICodeID& code) = 0;
+  // An unsubscribe of something that is not held is accepted.
+  virtual void unsubscribeOrderBySourceName(const std::shared_ptr<TradeEventSpi>& spi,
+                                            const std::string& source,
+                                            const TradingAccountID& account,
+                                            const ICodeID& code) = 0;
+  virtual void unsubscribeFillBySourceName(const std::shared_ptr<TradeEventSpi>& spi,
+                                           const std::string& source,
+                                           const TradingAccountID& account,
+                                           const ICodeID& code) = 0;
+  virtual void unsubscribePosition(const std::shared_ptr<TradeEventSpi>& spi,
+                                   const TradingAccountID& account, const ICodeID& code) = 0;
+  virtual void unsubscribeSourcePosition(const std::shared_ptr<TradeEventSpi>& spi,
+                                         const std::string& source,
+                                         const TradingAccountID& account, const ICodeID& code) = 0;
   virtual void unsubscribeAccount(const std::shared_ptr<TradeEventSpi>& spi,
                                   const TradingAccountID& account) = 0;
   virtual void unsubscribeAll(const std::shared_ptr<TradeEventSpi>& spi) = 0;

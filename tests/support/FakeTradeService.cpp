@@ -245,6 +245,29 @@ void FakeTradeService::subscribeSourcePosition(const Spi& spi, const std::string
   subscribe("trade.subscribeSourcePosition", spi, source + " " + keyOf(account, code));
 }
 
+void FakeTradeService::unsubscribeOrderBySourceName(const Spi&, const std::string& source,
+                                                    const TradingAccountID& account,
+                                                    const ICodeID& code) {
+  calls_.record("trade.unsubscribeOrderBySourceName", source + " " + keyOf(account, code));
+}
+
+void FakeTradeService::unsubscribeFillBySourceName(const Spi&, const std::string& source,
+                                                   const TradingAccountID& account,
+                                                   const ICodeID& code) {
+  calls_.record("trade.unsubscribeFillBySourceName", source + " " + keyOf(account, code));
+}
+
+void FakeTradeService::unsubscribePosition(const Spi&, const TradingAccountID& account,
+                                           const ICodeID& code) {
+  calls_.record("trade.unsubscribePosition", keyOf(account, code));
+}
+
+void FakeTradeService::unsubscribeSourcePosition(const Spi&, const std::string& source,
+                                                 const TradingAccountID& account,
+                                                 const ICodeID& code) {
+  calls_.record("trade.unsubscribeSourcePosition", source + " " + keyOf(account, code));
+}
+
 void FakeTradeService::unsubscribeAccount(const Spi&, const TradingAccountID& account) {
   calls_.record("trade.unsubscribeAccount", keyOf(account));
 }

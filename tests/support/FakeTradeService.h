@@ -83,6 +83,17 @@ class FakeTradeService final : public ITradeService {
                          const ICodeID& code) override;
   void subscribeSourcePosition(const std::shared_ptr<TradeEventSpi>& spi, const std::string& source,
                                const TradingAccountID& account, const ICodeID& code) override;
+  void unsubscribeOrderBySourceName(const std::shared_ptr<TradeEventSpi>& spi,
+                                    const std::string& source, const TradingAccountID& account,
+                                    const ICodeID& code) override;
+  void unsubscribeFillBySourceName(const std::shared_ptr<TradeEventSpi>& spi,
+                                   const std::string& source, const TradingAccountID& account,
+                                   const ICodeID& code) override;
+  void unsubscribePosition(const std::shared_ptr<TradeEventSpi>& spi,
+                           const TradingAccountID& account, const ICodeID& code) override;
+  void unsubscribeSourcePosition(const std::shared_ptr<TradeEventSpi>& spi,
+                                 const std::string& source, const TradingAccountID& account,
+                                 const ICodeID& code) override;
   void unsubscribeAccount(const std::shared_ptr<TradeEventSpi>& spi,
                           const TradingAccountID& account) override;
   void unsubscribeAll(const std::shared_ptr<TradeEventSpi>& spi) override;

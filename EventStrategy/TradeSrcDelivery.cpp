@@ -1,0 +1,74 @@
+// The live call-backs of the trade service. What was subscribed is the filter here; each call-back
+// holds the mutex across the notify, which only queues.
+
+#include "EventStrategy/EventTradeNotify.h"
+#include "EventStrategy/EventTypes.h"
+#include "EventStrategy/TradeSrc.h"
+#include "EventStrategy/TradeSrcKeys.h"
+
+namespace orvane {
+namespace {
+
+constexpr int kConnected = 16;
+
+}  // namespace
+
+void TradeSrc::onRspStatus(const AccountID& account, const AccountStatusInfo& info) {
+  const std::lock_guard lock(mutex_);
+  if (info.statusCode == kConnected) {
+    for (const TradingAccountID& each : info.accounts) {
+      const auto it = subInfos_.find(each);
+      if (it == subInfos_.end()) continue;
+      if (it->second.snapshotSent)
+        onReConnect(it->first);
+      else
+        sendSnapshot(it->first, it->second);
+    }
+  }
+  if (notify_ != nullptr && (eventMask_ & EventTypeAccountStatus) != 0)
+    notify_->onRspStatus(account, info);
+}
+
+void TradeSrc::onRtnTrade(const OrderFill& fill) {
+  const std::lock_guard lock(mutex_);
+  if (notify_ == nullptr) return;
+  notify_->onRtnTrade(fill);
+  deliveredFillKeys_.insert(fillKey(fill));
+}
+
+void TradeSrc::onRtnOrder(const Order& order) {
+  const std::lock_guard lock(mutex_);
+  if (notify_ == nullptr) return;
+  notify_->onRtnOrder(order);
+  rememberFinal(order);
+}
+
+void TradeSrc::onRtnPosition(const Position& position) {
+  const std::lock_guard lock(mutex_);
+  if (notify_ != nullptr) notify_->onRtnPosition(position);
+}
+
+void TradeSrc::onRtnPositionChange(const Position& position) {
+  const std::lock_guard lock(mutex_);
+  if (notify_ != nullptr) notify_->onRtnPosition(position);
+}
+
+void TradeSrc::onRtnSourcePosition(const SourcePosition& position) {
+  const std::lock_guard lock(mutex_);
+  if (notify_ != nullptr) notify_->onRtnStrategyPosition(position);
+}
+
+void TradeSrc::onRtnCapital(const TradingAccount& capital) {
+  const std::lock_guard lock(mutex_);
+  if (notify_ != nullptr) notify_->onRtnCapital(capital);
+}
+
+void TradeSrc::rememberFinal(const Order& order) {
+  if (isFinalStatus(order.status())) finishedOrderIds_.insert(order.id);
+}
+
+bool TradeSrc::isFinished(const Order& order) const {
+  return isFinalStatus(order.status()) && finishedOrderIds_.contains(order.id);
+}
+
+}  // namespace orvane
