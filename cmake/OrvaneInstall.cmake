@@ -52,6 +52,7 @@ orvane_public_headers(EventStrategy
   EventStrategy/ov.strategy.runner/IContext.h
   EventStrategy/ov.strategy.runner/IRunner.h
   EventStrategy/ov.strategy.runner/IRunnerFactory.h
+  EventStrategy/ov.strategy.runner/IRunnerGlobal.h
   EventStrategy/ov.strategy.runner/IRunnerSpi.h
   EventStrategy/ov.strategy.runner/IStrategy.h)
 orvane_public_headers(orvane_platform
