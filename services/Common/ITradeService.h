@@ -156,8 +156,8 @@ class ORVANE_API ITradeService {
   virtual void unsubscribePosition(const std::shared_ptr<TradeEventSpi>& spi,
                                    const TradingAccountID& account, const ICodeID& code) = 0;
   virtual void unsubscribeSourcePosition(const std::shared_ptr<TradeEventSpi>& spi,
-                                         const std::string& source,
-                                         const TradingAccountID& account, const ICodeID& code) = 0;
+                                         const std::string& source, const TradingAccountID& account,
+                                         const ICodeID& code) = 0;
   virtual void unsubscribeAccount(const std::shared_ptr<TradeEventSpi>& spi,
                                   const TradingAccountID& account) = 0;
   virtual void unsubscribeAll(const std::shared_ptr<TradeEventSpi>& spi) = 0;

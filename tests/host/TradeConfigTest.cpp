@@ -50,7 +50,8 @@ TEST(TradeConfig, shouldLetRunnersShareAnAccount) {
   const test::TempFolder folder;
   RunPlan plan;
   readRunConfig(folder.write("run.json", R"({"runners": [
-      {"strategy": "s", "name": "one", "account": "A", "limits": {"maxOrder": 5, "maxLoss": "10.5"}},
+      {"strategy": "s", "name": "one", "account": "A",
+       "limits": {"maxOrder": 5, "maxLoss": "10.5"}},
       {"strategy": "s", "name": "two", "account": "A"}], "bars": "a.csv",
       "accounts": [{"name": "A", "currency": "CNY", "startBalance": 1000.5, "counterType": 2}]})"),
                 plan);
@@ -96,7 +97,7 @@ TEST(TradeConfig, shouldReadTheExchange) {
 TEST(TradeConfig, shouldNameThePlaceAndTheValueOfWhatIsWrong) {
   EXPECT_THAT(errorOf(R"("accounts": [{"name": "A"}, {"name": "A"}])"),
               HasSubstr("accounts[1].name: two accounts are named \"A\""));
-  EXPECT_THAT(errorOf(R"("accounts": [{"name": "A", "currency": "XXX"}])"), HasSubstr("currency"));
+  EXPECT_THAT(errorOf(R"("accounts": [{"name": "A", "currency": "QQQ"}])"), HasSubstr("currency"));
   EXPECT_THAT(errorOf(R"("accounts": [{"currency": "CNY"}])"), HasSubstr("accounts[0].name"));
   EXPECT_THAT(errorOf(R"("trade": {"limitFill": "never"})"),
               HasSubstr("must be \"through\" or \"touch\""));
