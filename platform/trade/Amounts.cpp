@@ -20,8 +20,7 @@ constexpr Int128 powerOfTen(int exponent) {
   return result;
 }
 
-constexpr Int128 kMaxInt128 =
-    static_cast<Int128>((static_cast<unsigned __int128>(1) << 127) - 1);  // NOLINT
+constexpr Int128 kMaxInt128 = ~(Int128{1} << 127);
 
 template <typename Units>
 constexpr Int128 limitOf() {
