@@ -1,0 +1,68 @@
+// Exact amounts.
+
+#include "platform/trade/Amounts.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+namespace orvane::detail {
+namespace {
+
+TEST(Amounts, shouldReadDecimalsExactlyAndNothingElse) {
+  EXPECT_EQ(priceOf(std::string_view("0.2"))->units, 2'000'000'000);
+  EXPECT_EQ(priceOf(std::string_view("-1.5"))->units, -15'000'000'000);
+  EXPECT_EQ(priceOf(std::string_view("1.10000000000000"))->units, 11'000'000'000);
+  for (const char* bad :
+       {"", "-", ".", "1.2.3", "1e5", " 1", "1 ", "x", "0.12345678901", "922337203.7"})
+    EXPECT_FALSE(priceOf(std::string_view(bad))) << bad;
+}
+
+TEST(Amounts, shouldTakeADoubleForTheShortestDecimalThatReadsBackAsIt) {
+  EXPECT_EQ(text(*priceOf(0.1)), "0.1");
+  EXPECT_EQ(text(*priceOf(5230.2)), "5230.2");
+  EXPECT_EQ(text(*priceOf(900000.1)), "900000.1");
+  EXPECT_EQ(text(*priceOf(1.23456789)), "1.23456789");
+  EXPECT_EQ(text(*priceOf(1.23456789005)), "1.2345678901");
+  EXPECT_EQ(text(*priceOf(-1.23456789005)), "-1.2345678901");
+  EXPECT_EQ(text(*volumeOf(0.00000001)), "0.00000001");
+  for (const double bad : {std::nan(""), std::numeric_limits<double>::infinity(), 1e10})
+    EXPECT_FALSE(priceOf(bad)) << bad;
+}
+
+TEST(Amounts, shouldGiveTheNearestDoubleBack) {
+  for (const char* decimal : {"0", "0.2", "1003429.6", "-0.0000000001", "92233720.1234567891"})
+    EXPECT_EQ(toDouble(*priceOf(std::string_view(decimal))), std::strtod(decimal, nullptr));
+  for (const char* decimal :
+       {"1000000.01", "12345678901234.0123456789", "0.0000000000000000000001"})
+    EXPECT_EQ(toDouble(*moneyOf(std::string_view(decimal))), std::strtod(decimal, nullptr));
+}
+
+TEST(Amounts, shouldMultiplyWithoutRounding) {
+  const auto turnover =
+      turnoverOf(*priceOf(std::string_view("3447.2")), *volumeOf(std::string_view("0.00000003")),
+                 Multiplier{3'000'000});
+  EXPECT_EQ(text(*turnover), "0.0310248");
+}
+
+TEST(Amounts, shouldRefuseWhatDoesNotFit) {
+  EXPECT_FALSE(turnoverOf(Price{std::numeric_limits<int64>::max()},
+                          Volume{std::numeric_limits<int64>::max()}, Multiplier{10'000}));
+}
+
+TEST(Amounts, shouldRoundSharesHalfAwayFromZeroToEightDecimals) {
+  const auto share = [](const char* amount, const char* rate) {
+    return text(*shareOf(*moneyOf(std::string_view(amount)), *rateOf(std::string_view(rate))));
+  };
+  EXPECT_EQ(share("1000", "0.0001"), "0.1");
+  EXPECT_EQ(share("0.00000001", "0.5"), "0.00000001");
+  EXPECT_EQ(share("-0.00000001", "0.5"), "-0.00000001");
+  EXPECT_EQ(share("0.00000001", "0.4999999999"), "0");
+  EXPECT_EQ(share("1234567890123.12345678", "1"), "1234567890123.12345678");
+  EXPECT_EQ(text(*chargeOf(*moneyOf(std::string_view("1.5")), *volumeOf(std::string_view("3")))),
+            "4.5");
+}
+
+}  // namespace
+}  // namespace orvane::detail

@@ -1,0 +1,198 @@
+// Orders against bars.
+
+#include "tests/platform/trade/ExchangeFixture.h"
+
+namespace orvane::testing {
+namespace {
+
+constexpr auto kBuy = order::Direction::Buy;
+constexpr auto kSell = order::Direction::Sell;
+
+class BarMatching : public ExchangeTest {};
+
+TEST_F(BarMatching, shouldFillAMarketOrderAtTheNextOpenWithTheBarsBeginAsTime) {
+  bar(0, 10, 11, 9, 10.5);
+  buy(2, 10);
+  bar(1, 12, 13, 11, 12.5);
+  EXPECT_THAT(take(), ElementsAre("1 2@12 t=10"));
+}
+
+TEST_F(BarMatching, shouldFillAtTheNextOpenWhateverTheGapInTime) {
+  bar(0, 10, 11, 9, 10.5);
+  buy(1, 10);
+  bar(500, 99, 100, 98, 99);
+  EXPECT_THAT(take(), ElementsAre("1 1@99 t=5000"));
+}
+
+TEST_F(BarMatching, shouldNeverFillByTheBarThatTheOrderAnswersOrByOneBeforeIt) {
+  bar(0, 10, 11, 9, 10.5);
+  buy(1, 10);
+  EXPECT_THAT(take(), IsEmpty());
+  exchange->onBar(code.id, {}, 0, 10);  // A bar that ended when the order came.
+  EXPECT_THAT(take(), IsEmpty());
+}
+
+TEST_F(BarMatching, shouldMeetTheCloseAloneOfABarThatWasRunning) {
+  bar(0, 10, 11, 9, 10.5);
+  buy(1, 15);
+  limit(kBuy, 9.5, 15);
+  bar(1, 12, 13, 9, 12.5);
+  EXPECT_THAT(take(), ElementsAre("1 1@12.5 t=20"));
+}
+
+TEST_F(BarMatching, shouldNotMeetABarThatEndsWhenTheOrderArrives) {
+  bar(0, 10, 11, 9, 10.5);
+  buy(1, 20);
+  bar(1, 12, 13, 9, 12.5);
+  EXPECT_THAT(take(), IsEmpty());
+  bar(2, 14, 14, 14, 14);
+  EXPECT_THAT(take(), ElementsAre("1 1@14 t=20"));
+}
+
+TEST_F(BarMatching, shouldTakeABarToBeginNoEarlierThanItsPredecessorEnded) {
+  lastEnd = 14;
+  buy(1, 14);
+  bar(1, 12, 13, 11, 12.5);
+  EXPECT_THAT(take(), ElementsAre("1 1@12 t=14"));
+}
+
+TEST_F(BarMatching, shouldFillALimitOrderAtTheOpenWhenThatIsBetter) {
+  limit(kBuy, 10, 0);
+  limit(kSell, 5, 0);
+  bar(0, 9, 11, 8, 10);
+  EXPECT_THAT(take(), ElementsAre("1 1@9 t=0", "2 1@9 t=0"));
+}
+
+TEST_F(BarMatching, shouldFillALimitOrderAtItsLimitOnlyWhenTheRangeGoesThrough) {
+  limit(kBuy, 9, 0);
+  limit(kSell, 11, 0);
+  bar(0, 10, 11, 9, 10);
+  EXPECT_THAT(take(), IsEmpty());
+  bar(1, 10, 11.1, 8.9, 10);
+  EXPECT_THAT(take(), ElementsAre("1 1@9 t=20", "2 1@11 t=20"));
+}
+
+TEST_F(BarMatching, shouldFillALimitOrderAtATouchWhereThatIsChosen) {
+  options.limitFill = TradeOptions::LimitFill::Touch;
+  open();
+  limit(kBuy, 9, 0);
+  limit(kBuy, 8.9, 0);
+  bar(0, 10, 11, 9, 10);
+  EXPECT_THAT(take(), ElementsAre("1 1@9 t=10"));
+}
+
+TEST_F(BarMatching, shouldFillAStopAtItsPriceAndAtTheOpenWhereTheBarOpenedBeyondIt) {
+  stop(kBuy, 11, 0);
+  stop(kSell, 9, 0, order::Offset::Open);
+  stop(kBuy, 10, 0);
+  bar(0, 10.5, 11, 9.5, 10);
+  EXPECT_THAT(take(), ElementsAre("3 1@10.5 t=0", "1 1@11 t=10"));
+  bar(1, 8, 8, 8, 8);
+  EXPECT_THAT(take(), ElementsAre("2 1@8 t=10"));
+}
+
+TEST_F(BarMatching, shouldPutSlippageAgainstMarketAndStopOrdersAndNotAgainstLimits) {
+  options.slippage = "0.1";
+  options.slippageTicks = 2;
+  instrument.priceTick = "0.05";
+  open();
+  buy(1, 0);
+  sell(1, 0, order::Offset::Open);
+  stop(kBuy, 11, 0);
+  limit(kBuy, 9.5, 0);
+  bar(0, 10, 11, 9, 10);
+  EXPECT_THAT(take(), ElementsAre("1 1@10.2 t=0", "2 1@9.8 t=0", "3 1@11.2 t=10", "4 1@9.5 t=10"));
+}
+
+TEST_F(BarMatching, shouldFillStopsBeforeLimitsWithinOneBar) {
+  limit(kSell, 12, 0);
+  stop(kSell, 8, 0, order::Offset::Open);
+  bar(0, 10, 13, 7, 10);
+  EXPECT_THAT(take(), ElementsAre("2 1@8 t=10", "1 1@12 t=10"));
+}
+
+TEST_F(BarMatching, shouldFillWhatComesAtTheOpenBeforeWhatTheRangeAllows) {
+  limit(kBuy, 9, 0);
+  buy(1, 0);
+  bar(0, 10, 11, 8, 10);
+  EXPECT_THAT(take(), ElementsAre("2 1@10 t=0", "1 1@9 t=10"));
+}
+
+TEST_F(BarMatching, shouldFillNoMoreThanItsShareOfEachBarsVolume) {
+  options.barVolumeShare = "0.1";
+  instrument.lotSize = "1";
+  open();
+  buy(5, 0);
+  bar(0, 10, 10, 10, 10, 29);
+  bar(1, 11, 11, 11, 11, 9);
+  bar(2, 12, 12, 12, 12, 100);
+  EXPECT_THAT(take(), ElementsAre("1 2@10 t=0", "1 3@12 t=20"));
+}
+
+TEST_F(BarMatching, shouldCancelWhatIsAtWorkAndNothingElse) {
+  limit(kBuy, 5, 0);
+  exchange->cancel(1, {}, 3);
+  exchange->cancel(1, {}, 4);
+  exchange->cancel(99, {}, 4);
+  bar(0, 4, 4, 4, 4);
+  EXPECT_THAT(take(), ElementsAre("1 cancelled"));
+}
+
+class TimeInForce : public ExchangeTest {
+ protected:
+  int64 placeWith(order::TimeInForce time, double price, int64 now, double volume = 1) {
+    return place(orderOf(kBuy, volume, order::Type::Limit, price, order::Offset::Open, time), now);
+  }
+};
+
+TEST_F(TimeInForce, shouldLetADayOrderSentAfterTheDaysLastBarLiveThroughTheNextDay) {
+  bar(0, 10, 10, 10, 10, 100, 20210104);
+  placeWith(order::TimeInForce::Day, 5, 10);
+  bar(1, 10, 10, 10, 10, 100, 20210105);
+  bar(2, 10, 10, 10, 10, 100, 20210105);
+  EXPECT_THAT(take(), IsEmpty());
+  bar(3, 4, 4, 4, 4, 100, 20210106);
+  EXPECT_THAT(take(), ElementsAre("1 expired"));
+}
+
+TEST_F(TimeInForce, shouldKeepAnOrderUntilItIsCancelled) {
+  placeWith(order::TimeInForce::UntilCancelled, 5, 0);
+  for (int day = 0; day < 5; ++day) bar(day, 10, 10, 10, 10, 100, 20210104 + day);
+  bar(9, 4, 4, 4, 4, 100, 20210111);
+  EXPECT_THAT(take(), ElementsAre("1 1@4 t=90"));
+}
+
+TEST_F(TimeInForce, shouldExpireTheRestOfAnImmediateOrderAfterItsFirstEvent) {
+  options.barVolumeShare = "0.1";
+  instrument.lotSize = "1";
+  open();
+  placeWith(order::TimeInForce::ImmediateOrCancel, 20, 0, 5);
+  placeWith(order::TimeInForce::ImmediateOrCancel, 1, 0);
+  bar(0, 10, 10, 10, 10, 30);
+  EXPECT_THAT(take(), ElementsAre("1 3@10 t=0", "1 expired", "2 expired"));
+}
+
+TEST_F(TimeInForce, shouldFillAFillOrKillOrderWholeOrNotAtAll) {
+  options.barVolumeShare = "0.1";
+  instrument.lotSize = "1";
+  open();
+  placeWith(order::TimeInForce::FillOrKill, 20, 0, 4);
+  placeWith(order::TimeInForce::FillOrKill, 20, 0, 3);
+  bar(0, 10, 10, 10, 10, 30);
+  EXPECT_THAT(take(), ElementsAre("1 expired", "2 3@10 t=0"));
+}
+
+TEST_F(TimeInForce, shouldEndAClosingOrderForTodaysPartWhenTheDayChanges) {
+  buy(2, 0);
+  bar(0, 10, 10, 10, 10);
+  place(orderOf(kSell, 1, order::Type::Limit, 50, order::Offset::CloseToday), 10);
+  take();
+  bar(1, 60, 60, 60, 60, 100, 20210105);
+  EXPECT_THAT(take(), ElementsAre("2 expired"));
+  place(orderOf(kSell, 1, order::Type::Market, 0, order::Offset::CloseToday), 20);
+  EXPECT_THAT(take(), ElementsAre("3 rejected: not enough position to close: of today's long "
+                                  "volume 0 is free, asked for 1"));
+}
+
+}  // namespace
+}  // namespace orvane::testing

@@ -1,0 +1,146 @@
+// Why orders are refused, each with its own text.
+
+#include "tests/platform/trade/ExchangeFixture.h"
+
+namespace orvane::testing {
+namespace {
+
+constexpr auto kBuy = order::Direction::Buy;
+constexpr auto kSell = order::Direction::Sell;
+
+class Rejection : public ExchangeTest {
+ protected:
+  std::string reasonOf(const Order& order, int64 now = 0) {
+    place(order, now);
+    const auto lines = take();
+    return lines.size() == 1 ? lines.front().substr(lines.front().find(' ') + 1) : "not rejected";
+  }
+};
+
+TEST_F(Rejection, shouldNameAnUnknownCode) {
+  Order order = orderOf(kBuy, 1);
+  order.code = {99, 1, 1, "ZZ"};
+  EXPECT_EQ(reasonOf(order), "rejected: unknown code: ZZ");
+}
+
+TEST_F(Rejection, shouldNameNumbersThatMeanNothing) {
+  Order order = orderOf(kBuy, 1);
+  order.ints[order::TypeAt] = 9;
+  EXPECT_EQ(reasonOf(order), "rejected: bad order type: 9");
+  order = orderOf(kBuy, 1);
+  order.ints[order::TimeInForceAt] = -1;
+  EXPECT_EQ(reasonOf(order), "rejected: bad time in force: -1");
+  order = orderOf(kBuy, 1);
+  order.ints[order::DirectionAt] = 2;
+  EXPECT_EQ(reasonOf(order), "rejected: bad direction: 2");
+  order = orderOf(kBuy, 1);
+  order.ints[order::OffsetAt] = 3;
+  EXPECT_EQ(reasonOf(order), "rejected: bad offset: 3");
+}
+
+TEST_F(Rejection, shouldNameABadVolume) {
+  instrument.lotSize = "0.5";
+  open();
+  EXPECT_EQ(reasonOf(orderOf(kBuy, 0)), "rejected: bad volume: 0 is not above 0");
+  EXPECT_EQ(reasonOf(orderOf(kBuy, -1)), "rejected: bad volume: -1 is not above 0");
+  EXPECT_EQ(reasonOf(orderOf(kBuy, 0.7)), "rejected: bad volume: 0.7 is not a multiple of 0.5");
+}
+
+TEST_F(Rejection, shouldNameABadPrice) {
+  instrument.priceTick = "0.05";
+  open();
+  EXPECT_EQ(reasonOf(orderOf(kBuy, 1, order::Type::Limit, 10.03)),
+            "rejected: bad limit price: 10.03 is not a multiple of the price tick 0.05");
+  EXPECT_EQ(reasonOf(orderOf(kBuy, 1, order::Type::Stop, 0)),
+            "rejected: bad stop price: 0 is not above 0");
+  EXPECT_EQ(reasonOf(orderOf(kBuy, 1, order::Type::Limit, 0.15)), "not rejected");
+}
+
+TEST_F(Rejection, shouldNameThePriceLimitsOfTheDay) {
+  IDepthMarketData record;
+  QuoteWriter writer(record);
+  writer.set(quote::UpperLimit, 11);
+  writer.set(quote::LowerLimit, 9);
+  exchange->onTick(code.id, record, 0);
+  EXPECT_EQ(reasonOf(orderOf(kBuy, 1, order::Type::Limit, 11.5)),
+            "rejected: bad limit price: 11.5 is above the day's upper limit 11");
+  EXPECT_EQ(reasonOf(orderOf(kSell, 1, order::Type::Limit, 8)),
+            "rejected: bad limit price: 8 is below the day's lower limit 9");
+}
+
+TEST_F(Rejection, shouldRefuseOutsideASessionThatGoesOverMidnightWhereThatIsChosen) {
+  options.rejectsOutsideSessions = true;
+  instrument.sessions = "21:00-02:30,09:00-11:30";
+  instrument.timeZone = "Asia/Shanghai";
+  open();
+  constexpr int64 kHour = 3'600'000;
+  EXPECT_EQ(reasonOf(orderOf(kBuy, 1), 13 * kHour), "not rejected");  // 21:00 there.
+  EXPECT_EQ(reasonOf(orderOf(kBuy, 1), 18 * kHour + kHour / 2 - 1), "not rejected");
+  EXPECT_EQ(reasonOf(orderOf(kBuy, 1), 18 * kHour + kHour / 2),
+            "rejected: the session of C is closed");             // 02:30 there.
+  EXPECT_EQ(reasonOf(orderOf(kBuy, 1), kHour), "not rejected");  // 09:00 there.
+  EXPECT_EQ(reasonOf(orderOf(kBuy, 1), 13 * kHour - 1), "rejected: the session of C is closed");
+}
+
+TEST_F(Rejection, shouldNameTheMoneyThatIsMissing) {
+  startBalance = "1000";
+  instrument.marginRate = "0.1";
+  instrument.feePerLot = "2";
+  instrument.multiplier = "10";
+  open();
+  EXPECT_EQ(reasonOf(orderOf(kBuy, 3, order::Type::Limit, 400)),
+            "rejected: not enough money: needs 1206, available 1000");
+  limit(kBuy, 400, 0);
+  EXPECT_EQ(capital().frozen(), 402);
+  EXPECT_EQ(capital().available(), 598);
+  take();
+  EXPECT_EQ(reasonOf(orderOf(kBuy, 2, order::Type::Limit, 400)),
+            "rejected: not enough money: needs 804, available 598");
+}
+
+TEST_F(Rejection, shouldAlwaysMeetANeedOfZero) {
+  startBalance = "1";
+  open();
+  buy(100, 0);
+  bar(0, 10, 10, 10, 10);
+  bar(1, 5, 5, 5, 5);
+  EXPECT_LT(capital().available(), 0);
+  take();
+  EXPECT_EQ(reasonOf(orderOf(kBuy, 1)), "not rejected");
+}
+
+TEST_F(Rejection, shouldNameThePositionThatIsMissingAlsoWhereAnotherOrderHoldsIt) {
+  buy(2, 0);
+  bar(0, 10, 10, 10, 10);
+  place(orderOf(kSell, 1, order::Type::Limit, 50, order::Offset::Close), 10);
+  take();
+  EXPECT_EQ(reasonOf(orderOf(kSell, 2, order::Type::Market, 0, order::Offset::Close)),
+            "rejected: not enough position to close: long volume 1 is free, asked for 2");
+  source = "other";
+  EXPECT_EQ(reasonOf(orderOf(kSell, 1, order::Type::Market, 0, order::Offset::Close)),
+            "rejected: not enough position to close: long volume 0 is free, asked for 1");
+}
+
+TEST_F(Rejection, shouldNameEachRiskLimitAndGoOn) {
+  options.limits = {{"S", "5", "8", "100", 3}};
+  open();
+  EXPECT_EQ(reasonOf(orderOf(kBuy, 6), 0), "rejected: risk limit: order volume 6 is above 5");
+  EXPECT_EQ(reasonOf(orderOf(kBuy, 5), 0), "not rejected");
+  EXPECT_EQ(reasonOf(orderOf(kBuy, 4), 0),
+            "rejected: risk limit: position 9 with orders at work would be above 8");
+  EXPECT_EQ(reasonOf(orderOf(kBuy, 1), 999),
+            "rejected: risk limit: more than 3 orders within a second");
+  source = "other";
+  EXPECT_EQ(reasonOf(orderOf(kBuy, 50), 999), "not rejected");
+  source = "S";
+  lastEnd = 5000;
+  bar(500, 50, 50, 50, 50);
+  bar(501, 20, 20, 20, 20);
+  take();
+  EXPECT_EQ(reasonOf(orderOf(kBuy, 1), 6000), "rejected: risk limit: loss 150 is above 100");
+  EXPECT_EQ(reasonOf(orderOf(kSell, 1, order::Type::Market, 0, order::Offset::Close), 6000),
+            "not rejected");
+}
+
+}  // namespace
+}  // namespace orvane::testing
