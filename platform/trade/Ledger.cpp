@@ -163,8 +163,10 @@ bool Ledger::beginDay(int64 codeId, bool settles) {
   const auto at = codes_.find(codeId);
   if (at == codes_.end() || !at->second.isHeld) return false;
   CodeBook& code = at->second;
+  bool isChanged = false;
   for (auto& [name, book] : code.sources) {
     for (PositionSide* side : {&book.longSide, &book.shortSide}) {
+      isChanged = isChanged || side->today().isPositive() || (settles && !side->isEmpty());
       if (settles && code.markPrice) {
         const Money marginBefore = side->margin();
         const Money profit = side->settle(*code.terms, *code.markPrice);
@@ -176,7 +178,7 @@ bool Ledger::beginDay(int64 codeId, bool settles) {
     }
   }
   revalue(code);
-  return true;
+  return isChanged;
 }
 
 Money Ledger::balance() const { return start_ + closedProfit_ - fees_; }

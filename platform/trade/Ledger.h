@@ -67,7 +67,7 @@ class Ledger {
   /// Takes the last price of a code.
   void mark(int64 codeId, Price price);
   /// A new trading day of a code: today's part becomes yesterday's. Settles it first, at the last
-  /// price, if `settles`. Answers whether there was a position.
+  /// price, if `settles`. Answers whether a position changed.
   bool beginDay(int64 codeId, bool settles);
 
   Money balance() const;
