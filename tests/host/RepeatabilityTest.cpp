@@ -25,11 +25,14 @@ class Repeatability : public testing::Test {
     QJsonArray runners;
     for (int i = 0; i < count; ++i) {
       const bool isThis = i == count / 2;
-      runners.append(
-          QJsonObject{{"name", isThis ? QString("this") : QString("other%1").arg(i)},
-                      {"strategy", isThis || i % 2 == 0
-                                       ? QString::fromStdString(test::testModule("timer_strategy"))
-                                       : QString("sma_cross")}});
+      QJsonObject runner{
+          {"name", isThis ? QString("this") : QString("other%1").arg(i)},
+          {"strategy", (isThis && !thisTrades_) || (!isThis && i % 2 == 0)
+                           ? QString::fromStdString(test::testModule("timer_strategy"))
+                           : QString("sma_cross")}};
+      if (isThis && thisTrades_)
+        runner["params"] = QJsonObject{{"fast", 2}, {"slow", 4}, {"mode", "longShort"}};
+      runners.append(runner);
     }
     config["runners"] = runners;
     const std::string path =
@@ -49,8 +52,21 @@ class Repeatability : public testing::Test {
   }
 
   test::TempFolder folder_;
+  bool thisTrades_ = false;
   int runs_ = 0;
 };
+
+TEST_F(Repeatability, shouldGiveATradingRunnerTheSameDigestAndTradesAloneAndBesideSevenOthers) {
+  thisTrades_ = true;
+  const QJsonObject alone = thisRunner(run(1, 1));
+  const QJsonArray trades = alone["trading"].toObject()["trades"].toArray();
+  ASSERT_GT(trades.size(), 3);
+  for (const int threads : {1, 2, 8}) {
+    const QJsonObject beside = thisRunner(run(8, threads));
+    EXPECT_EQ(beside["digest"], alone["digest"]) << threads;
+    EXPECT_EQ(beside["trading"].toObject()["figures"], alone["trading"].toObject()["figures"]);
+  }
+}
 
 TEST_F(Repeatability, shouldWriteTheSameReportTwiceButForItsTimings) {
   QJsonObject one = run(3, 2), other = run(3, 2);
