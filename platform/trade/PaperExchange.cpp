@@ -63,6 +63,12 @@ class PaperExchange::Impl {
   void tell(const WorkingOrder& order, int64 time);
   void tellCapital(const WorkingOrder& order, int64 time);
   void sweep(Contract& contract);
+  template <typename What>
+  void add(int64 time, What what) {
+    TradeEvent& event = events.emplace_back();
+    event.time = time;
+    event.what.emplace<What>(std::move(what));
+  }
 
   const TradeOptions options;
   std::map<std::int32_t, Account> accounts;
@@ -170,8 +176,8 @@ void PaperExchange::Impl::beginDay(Contract& contract, int day, int64 time) {
     if (!ledger->beginDay(contract.terms.code.id, options.settlesDaily)) continue;
     const std::int32_t key = ledger->account().accountKey;
     for (const std::string& source : ledger->sources(contract.terms.code.id))
-      events.push_back({time, TradeEvent::PositionChanged{key, contract.terms.code.id, source}});
-    if (options.settlesDaily) events.push_back({time, TradeEvent::CapitalChanged{key}});
+      add(time, TradeEvent::PositionChanged{key, contract.terms.code.id, source});
+    if (options.settlesDaily) add(time, TradeEvent::CapitalChanged{key});
   }
 }
 
@@ -317,9 +323,8 @@ void PaperExchange::Impl::fill(WorkingOrder& order, Price price, Volume volume, 
   told.numbers[fill::TradingDay] = day;
   told.numbers[fill::OrderId] = record.id;
   const std::int32_t key = record.account.accountKey;
-  events.push_back({time, std::move(told)});
-  events.push_back(
-      {time, TradeEvent::PositionChanged{key, record.code.id, record.source.createSource}});
+  add(time, std::move(told));
+  add(time, TradeEvent::PositionChanged{key, record.code.id, record.source.createSource});
   tellCapital(order, time);
 }
 
@@ -338,11 +343,11 @@ void PaperExchange::Impl::tell(const WorkingOrder& order, int64 time) {
   told.updateTime() = time;
   told.values[order::FrozenMoney] =
       order.ledger == nullptr ? 0 : word(toDouble(order.ledger->frozenOf(told.id)));
-  events.push_back({time, std::move(told)});
+  add(time, std::move(told));
 }
 
 void PaperExchange::Impl::tellCapital(const WorkingOrder& order, int64 time) {
-  events.push_back({time, TradeEvent::CapitalChanged{order.record.account.accountKey}});
+  add(time, TradeEvent::CapitalChanged{order.record.account.accountKey});
 }
 
 void PaperExchange::Impl::sweep(Contract& contract) {
