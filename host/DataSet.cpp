@@ -56,6 +56,24 @@ std::vector<DataFileRequest> requestsOf(const RunPlan& plan, const DataInput& in
   return result;
 }
 
+/// Reads bars. Where that fails on a file of ticks, the message says what it may be.
+std::vector<LoadedBars> barsOrHint(const DataFileRequest& request,
+                                   const std::function<void(double)>& progress) {
+  try {
+    return loadBars(request, progress);
+  } catch (const DataFileError& error) {
+    DataFileRequest asTicks = request;
+    asTicks.kind = DataFileRequest::Kind::Ticks;
+    try {
+      loadTicks(asTicks);
+    } catch (const DataFileError&) {
+      throw error;
+    }
+    throw InputError(
+        fmt::format("{}. It can be read as ticks: give it with --ticks", error.what()));
+  }
+}
+
 }  // namespace
 
 DataSet loadDataSet(const RunPlan& plan,
@@ -68,7 +86,7 @@ DataSet loadDataSet(const RunPlan& plan,
         if (progress) progress(shown, share);
       };
       if (request.kind == DataFileRequest::Kind::Bars)
-        std::ranges::move(loadBars(request, onShare), std::back_inserter(result.bars));
+        std::ranges::move(barsOrHint(request, onShare), std::back_inserter(result.bars));
       else
         std::ranges::move(loadTicks(request, onShare), std::back_inserter(result.ticks));
     }

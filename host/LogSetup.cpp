@@ -9,7 +9,9 @@
 #include <log4cxx/logger.h>
 #include <log4cxx/logmanager.h>
 #include <log4cxx/patternlayout.h>
+#include <unistd.h>
 
+#include <filesystem>
 #include <fstream>
 #include <memory>
 
@@ -27,11 +29,30 @@ log4cxx::LevelPtr levelOf(const std::string& name) {
   return log4cxx::Level::getOff();
 }
 
+/// The lines carry level, logger and time themselves. On a terminal, each first wipes the line of
+/// progress that may stand there.
+std::string patternOf(const LogOptions& options) {
+  const bool isTerminal = options.file.empty() && isatty(STDERR_FILENO) != 0;
+  return isTerminal ? "\r\033[K%m%n" : "%m%n";
+}
+
 }  // namespace
 
+void checkLogFile(const LogOptions& options) {
+  if (options.file.empty()) return;
+  namespace fs = std::filesystem;
+  std::error_code error;
+  const fs::path file(options.file);
+  const fs::path folder = file.has_parent_path() ? file.parent_path() : fs::path(".");
+  const bool isThere = fs::exists(file, error);
+  const bool isGood = isThere
+                          ? !fs::is_directory(file, error) && access(file.c_str(), W_OK) == 0
+                          : fs::is_directory(folder, error) && access(folder.c_str(), W_OK) == 0;
+  if (!isGood) throw InputError(fmt::format("--log: \"{}\" cannot be written", options.file));
+}
+
 void setUpLog(const LogOptions& options) {
-  // The lines carry level, logger and time themselves.
-  const auto layout = std::make_shared<log4cxx::PatternLayout>("%m%n");
+  const auto layout = std::make_shared<log4cxx::PatternLayout>(patternOf(options));
   log4cxx::helpers::Pool pool;
   log4cxx::AppenderPtr appender;
   if (options.file.empty()) {

@@ -238,6 +238,7 @@ void RunCommand::addOptions(RunPlan& plan) const {
 int RunCommand::execute() {
   const RunPlan plan = makePlan();
   if (!plan.reportFolder.empty()) checkReportFolder(plan.reportFolder);
+  checkLogFile(log_);
   ProgressLine progress;
   const auto began = std::chrono::steady_clock::now();
   DataSet data = loadDataSet(
@@ -245,10 +246,11 @@ int RunCommand::execute() {
   const double loadSeconds =
       std::chrono::duration<double>(std::chrono::steady_clock::now() - began).count();
   progress.clear();
-  setUpLog(log_);
 
   InterruptWatcher interrupts;
-  RunOutcome outcome = runSession(plan, std::move(data), interrupts, progress);
+  // The log of an earlier run stays as it is when this one is refused.
+  RunOutcome outcome =
+      runSession(plan, std::move(data), interrupts, progress, [this] { setUpLog(log_); });
   outcome.loadSeconds = loadSeconds;
   for (const RunnerOutcome& runner : outcome.runners)
     if (runner.state.status == RunnerError)

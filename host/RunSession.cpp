@@ -191,7 +191,7 @@ int RunOutcome::exitCode() const {
 }
 
 RunOutcome runSession(const RunPlan& plan, DataSet data, InterruptWatcher& interrupts,
-                      ProgressLine& progress) {
+                      ProgressLine& progress, const std::function<void()>& whenAccepted) {
   const PlatformOptions options = platformOptions(plan, data);
   RunOutcome outcome;
   outcome.isLive = plan.isLive;
@@ -217,6 +217,7 @@ RunOutcome runSession(const RunPlan& plan, DataSet data, InterruptWatcher& inter
   platform.setSymbolHook(
       [&tap](const std::string& symbol, void* address) { return tap.hook(symbol, address); });
 
+  whenAccepted();
   const Installed installed(platform);
   interrupts.setHandler([&platform] { platform.cancel(); });
   const auto began = std::chrono::steady_clock::now();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -49,8 +50,9 @@ struct RunOutcome {
 
 /// Carries out a plan whose data is loaded: makes the platform, starts every runner, plays the
 /// data and stops the runners. Throws `InputError` if an instrument, a time or a code is wrong;
-/// nothing has run then. One at a time in a process.
+/// nothing has run then. `whenAccepted` is called once nothing can be refused any more, before the
+/// first runner is made. One at a time in a process.
 RunOutcome runSession(const RunPlan& plan, DataSet data, InterruptWatcher& interrupts,
-                      ProgressLine& progress);
+                      ProgressLine& progress, const std::function<void()>& whenAccepted);
 
 }  // namespace orvane

@@ -4,6 +4,7 @@ with it: closes and opens are read straight from the file's text, means are exac
     reference_cross.py ORVANE MODULE DATA_FOLDER SCRATCH_FOLDER
 """
 import csv
+import glob
 import gzip
 import io
 import json
@@ -14,8 +15,9 @@ from decimal import Decimal
 
 START = Decimal(1000000)
 
-# File, column of the open, column of the close, what prices are divided by, whether the newest row
-# comes first, the price tick that binary noise in the file is cleaned to, lines above the rows.
+# File, or pattern of files that make one series, column of the open, column of the close, what
+# prices are divided by, whether the newest row comes first, the price tick that binary noise in the
+# file is cleaned to, lines above the rows.
 FILES = [
     ("bars/minute/cffex_if_hot_2010_2022_5min.csv.gz", 2, 5, 1, False, "0.2", 1),
     ("bars/daily/aapl_1998_2021_day.csv", 1, 4, 10000, False, None, 0),
@@ -30,16 +32,26 @@ FILES = [
     ("bars/minute/cffex_if_20131206_20131209_1min.csv", 1, 2, 1, False, None, 1),
     ("bars/minute/cffex_if_20131206_20131209_5sec.csv", 1, 2, 1, False, None, 1),
     ("bars/minute/sse_composite_2017_1min.csv.gz", 1, 4, 1, False, None, 1),
+    ("bars/minute/shfe_rb2401_2023_1min.csv", 3, 4, 1, True, None, 1),
+    ("bars/minute/es_201312/*_trade.csv", 1, 4, 1, False, None, 0),
+    ("bars/minute/spy/*_trade.csv", 1, 4, 10000, False, None, 0),
+    ("bars/minute/btcusd_coinbase/*_trade.csv", 1, 4, 1, False, None, 0),
 ]
-RUNS = [(5, 20, 1, "longOnly"), (10, 30, 3, "longShort")]
+# A zone with summer time, in which days and weeks differ in length, must change nothing.
+ZONES = {"bars/daily/aapl_1998_2021_day.csv": "America/New_York",
+         "bars/minute/spy/*_trade.csv": "America/New_York"}
+RUNS = [(5, 20, 1, "longOnly"), (10, 30, 3, "longShort"), (1, 2, 100, "longShort"),
+        (2, 3, 7, "longOnly")]
 
 
-def rows_of(path, newest_first, lines_above):
-    raw = open(path, "rb").read()
-    if path.endswith(".gz"):
-        raw = gzip.decompress(raw)
-    rows = [row for row in csv.reader(io.StringIO(raw.decode("utf-8-sig"))) if row]
-    rows = rows[lines_above:]
+def rows_of(paths, newest_first, lines_above):
+    rows = []
+    for path in paths:
+        raw = open(path, "rb").read()
+        if path.endswith(".gz"):
+            raw = gzip.decompress(raw)
+        lines = [row for row in csv.reader(io.StringIO(raw.decode("utf-8-sig"))) if row]
+        rows += lines[lines_above:]
     return rows[::-1] if newest_first else rows
 
 
@@ -85,11 +97,12 @@ def expected(opens, closes, fast, slow, volume, mode):
     return fills, cash + held * closes[-1]
 
 
-def played(orvane, module, path, scratch, divisor, fast, slow, volume, mode):
+def played(orvane, module, bars, scratch, divisor, zone, fast, slow, volume, mode):
     scale = ["--price-scale", str(divisor)] if divisor != 1 else []
+    scale += ["--timezone", zone] if zone else []
     params = {"fast": fast, "slow": slow, "volume": volume, "mode": mode}
     subprocess.run(
-        [orvane, "run", "--strategy", module, "--bars", path, "--params", json.dumps(params),
+        [orvane, "run", "--strategy", module, "--bars", *bars, "--params", json.dumps(params),
          *scale, "--report", scratch, "--quiet", "--no-digest", "--strategy-log-level", "off"],
         check=True)
     with open(os.path.join(scratch, "trades.csv"), newline="") as file:
@@ -106,14 +119,15 @@ def main():
     orvane, module, data, scratch = sys.argv[1:]
     compared = failed = 0
     for name, open_at, close_at, divisor, newest_first, tick, above in FILES:
-        path = os.path.join(data, name)
-        rows = rows_of(path, newest_first, above)
+        paths = sorted(glob.glob(os.path.join(data, name)))
+        rows = rows_of(paths, newest_first, above)
+        bars = [f"ONE={path}" for path in paths]
         opens = [price(row[open_at], divisor, tick) for row in rows]
         closes = [price(row[close_at], divisor, tick) for row in rows]
         for fast, slow, volume, mode in RUNS:
             want, want_final = expected(opens, closes, fast, slow, volume, mode)
-            got, got_final = played(orvane, module, path, scratch, divisor, fast, slow, volume,
-                                    mode)
+            got, got_final = played(orvane, module, bars, scratch, divisor, ZONES.get(name), fast,
+                                    slow, volume, mode)
             same = want == got and want_final == got_final
             first = next((i for i, pair in enumerate(zip(want, got)) if pair[0] != pair[1]), None)
             print(f"{'same' if same else 'DIFFERS'} {name} {fast}/{slow} x {volume} {mode}: "
