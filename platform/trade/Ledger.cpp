@@ -12,6 +12,8 @@ namespace {
 constexpr int kNoMoney = 21;
 constexpr int kNoPosition = 38;
 constexpr int kOutOfRange = -2;
+/// 10^14: money reaches 1.7 x 10^16, so sums stay in range while prices rise a hundredfold.
+constexpr Money kMostTurnover{Int128{1'000'000'000'000'000'000} * 1'000'000'000'000'000'000};
 
 Word word(double value) { return std::bit_cast<Word>(value); }
 
@@ -35,7 +37,9 @@ std::optional<Ledger::Need> Ledger::needOf(const ContractTerms& terms, Price pri
   const auto byLot = chargeOf(terms.feePerLot, volume);
   const auto byTurnover = shareOf(*turnover, terms.feeRate);
   if (!margin || !byLot || !byTurnover) return std::nullopt;
-  return Need{*margin, *byLot + *byTurnover};
+  Money fee;
+  if (__builtin_add_overflow(byLot->units, byTurnover->units, &fee.units)) return std::nullopt;
+  return Need{*turnover, *margin, fee};
 }
 
 PositionSide& Ledger::sideOf(SourceBook& book, const Claim& claim) {
@@ -49,14 +53,16 @@ std::optional<Refusal> Ledger::freeze(const Claim& claim) {
 
 std::optional<Refusal> Ledger::freezeMoney(const Claim& claim) {
   const auto need = needOf(*claim.terms, claim.price, claim.volume);
-  if (!need)
+  if (!need || need->turnover > kMostTurnover - committed_ ||
+      std::max(need->margin, need->fee) > kMostTurnover)
     return Refusal{kOutOfRange, "too large: " + text(claim.volume) + " at " + text(claim.price)};
   const Money wanted = need->margin + need->fee;
   if (wanted.isPositive() && wanted > available())
     return Refusal{kNoMoney,
                    "not enough money: needs " + text(wanted) + ", available " + text(available())};
-  holds_[claim.orderId] = {claim, claim.volume, wanted};
+  holds_[claim.orderId] = {claim, claim.volume, wanted, need->turnover};
   frozen_ += wanted;
+  committed_ += need->turnover;
   return std::nullopt;
 }
 
@@ -74,7 +80,7 @@ std::optional<Refusal> Ledger::freezeVolume(const Claim& claim) {
                                     (isAboutLong(claim) ? "long" : "short") + " volume " +
                                     text(closable) + " is free, asked for " + text(claim.volume)};
   sideOf(bookOf(claim), claim).freeze(claim.volume, closesToday(claim));
-  holds_[claim.orderId] = {claim, claim.volume, {}};
+  holds_[claim.orderId] = {claim, claim.volume, {}, {}};
   return std::nullopt;
 }
 
@@ -90,10 +96,12 @@ void Ledger::release(int64 orderId) {
   const auto at = holds_.find(orderId);
   if (at == holds_.end()) return;
   const Hold& hold = at->second;
-  if (opens(hold.claim))
+  if (opens(hold.claim)) {
     frozen_ -= hold.money;
-  else
+    committed_ -= hold.turnover;
+  } else {
     sideOf(bookOf(hold.claim), hold.claim).unfreeze(hold.left, closesToday(hold.claim));
+  }
   holds_.erase(at);
 }
 
@@ -116,12 +124,15 @@ Booking Ledger::fill(int64 orderId, Price price, Volume volume) {
 
   hold.left -= volume;
   const Money marginBefore = side.margin();
+  const Money turnoverBefore = side.openTurnover();
   if (opens(hold.claim)) {
     // What the rest would need is kept, so that the last fill frees all that is left.
     const Need rest = needOf(terms, hold.claim.price, hold.left).value_or(Need{});
     const Money kept = hold.left.isPositive() ? rest.margin + rest.fee : Money{};
     frozen_ += kept - hold.money;
     hold.money = kept;
+    committed_ += rest.turnover - hold.turnover;
+    hold.turnover = rest.turnover;
     side.open(terms, price, volume);
   } else {
     side.unfreeze(volume, closesToday(hold.claim));
@@ -129,6 +140,7 @@ Booking Ledger::fill(int64 orderId, Price price, Volume volume) {
     booking.profit = isAboutLong(hold.claim) ? booking.turnover - cost : cost - booking.turnover;
   }
   margin_ += side.margin() - marginBefore;
+  committed_ += side.openTurnover() - turnoverBefore;
   book.closedProfit += booking.profit;
   book.fees += booking.fee;
   closedProfit_ += booking.profit;
@@ -169,8 +181,10 @@ bool Ledger::beginDay(int64 codeId, bool settles) {
       isChanged = isChanged || side->today().isPositive() || (settles && !side->isEmpty());
       if (settles && code.markPrice) {
         const Money marginBefore = side->margin();
+        const Money turnoverBefore = side->openTurnover();
         const Money profit = side->settle(*code.terms, *code.markPrice);
         margin_ += side->margin() - marginBefore;
+        committed_ += side->openTurnover() - turnoverBefore;
         book.closedProfit += profit;
         closedProfit_ += profit;
       }

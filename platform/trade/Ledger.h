@@ -55,7 +55,8 @@ class Ledger {
   const TradingAccountID& account() const { return account_; }
 
   /// Holds back what the order needs: money of an opening one, volume of a closing one. Answers
-  /// why not if there is not enough; nothing is changed then.
+  /// why not if there is not enough, or if an account would hold and await more than 10^14 of
+  /// turnover; nothing is changed then.
   std::optional<Refusal> freeze(const Claim& claim);
   /// Gives back what the rest of an order still holds; for an order that is over.
   void release(int64 orderId);
@@ -113,10 +114,11 @@ class Ledger {
   struct Hold {
     Claim claim;
     Volume left;
-    Money money;  ///< Of an opening order.
+    Money money;     ///< Of an opening order.
+    Money turnover;  ///< Of an opening order's rest, at its price.
   };
   struct Need {
-    Money margin, fee;
+    Money turnover, margin, fee;
   };
 
   static std::optional<Need> needOf(const ContractTerms& terms, Price price, Volume volume);
@@ -133,6 +135,7 @@ class Ledger {
   TradingAccountID account_;
   Money start_;
   Money closedProfit_, fees_, margin_, frozen_, floating_;
+  Money committed_;  ///< Turnover of what is held, and of what opening orders may still open.
   std::map<int64, CodeBook> codes_;
   std::map<int64, Hold> holds_;  ///< By order id.
 };
