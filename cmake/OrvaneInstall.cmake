@@ -57,6 +57,7 @@ orvane_public_headers(EventStrategy
   EventStrategy/ov.strategy.runner/IStrategy.h)
 orvane_public_headers(orvane_platform
   platform/EmbeddedPlatform.h
+  platform/dictionary/DictionaryOptions.h
   platform/market/Series.h
   platform/market/files/DataFiles.h
   platform/reference/Instrument.h

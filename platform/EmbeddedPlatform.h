@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 
+#include "platform/dictionary/DictionaryOptions.h"
 #include "platform/market/Series.h"
 #include "platform/reference/Instrument.h"
 #include "platform/trade/TradeOptions.h"
@@ -29,6 +30,7 @@ struct PlatformOptions {
   int64 from = kUnsetTime;  ///< Playback starts here; what lies before is history. UTC ms.
   int64 to = kUnsetTime;    ///< Market data at or after this instant is not played. UTC ms.
   TradeOptions trade = {};  ///< The accounts and the paper exchange.
+  DictionaryOptions dictionary = {};  ///< Where dictionary records are kept.
 };
 
 /// How far a run has come; handed to the host's progress call-back.
