@@ -30,11 +30,10 @@ struct PlatformOptions {
   double speed = 0;
   int64 from = kUnsetTime;  ///< Playback starts here; what lies before is history. UTC ms.
   int64 to = kUnsetTime;    ///< Market data at or after this instant is not played. UTC ms.
-  TradeOptions trade = {EventOptions events = {};  ///< The general events that a script tells.
-};                                                 ///< The accounts and the paper exchange.
-DictionaryOptions dictionary = {};                 ///< Where dictionary records are kept.
-EventOptions events = {};                          ///< The general events that a script tells.
-};                                                 // namespace orvane
+  TradeOptions trade = {};  ///< The accounts and the paper exchange.
+  DictionaryOptions dictionary = {};  ///< Where dictionary records are kept.
+  EventOptions events = {};           ///< The general events that a script tells.
+};
 
 /// How far a run has come; handed to the host's progress call-back.
 struct PlaybackProgress {
