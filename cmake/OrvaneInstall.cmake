@@ -63,6 +63,7 @@ orvane_public_headers(orvane_platform
   platform/market/files/DataFiles.h
   platform/reference/Instrument.h
   platform/trade/TradeOptions.h
+  platform/trade/conditions/GridOptions.h
   platform/trade/TradeResults.h)
 
 install(TARGETS orvane_common EventStrategy orvane_platform orvane_sdk EXPORT EventStrategyTargets

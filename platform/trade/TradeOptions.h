@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/trade/conditions/GridOptions.h"
 #include "shared/Types.h"
 
 namespace orvane {
@@ -53,6 +54,7 @@ struct TradeOptions {
   std::vector<std::string> sources;
   std::vector<RiskLimits> limits;
   std::vector<ConnectionChange> script;
+  std::vector<GridOptions> grids;  ///< Grid conditions, numbered from 1.
 
   int64 entryLatencyMs = 0;   ///< From sending an order or a cancel to the exchange.
   int64 reportLatencyMs = 0;  ///< From the exchange to the call-back.
