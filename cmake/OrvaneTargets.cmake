@@ -59,3 +59,16 @@ function(orvane_setup target)
     $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>
     $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/orvane>)
 endfunction()
+
+# Most of the time that a test takes to compile goes into headers which it shares with all others.
+# They are compiled once for each target that asks. Of the libraries and the command only the
+# sanitized builds do that, so that a forgotten include is found by the plain one.
+option(ORVANE_PCH "Compile headers that many sources share once for all of them" ON)
+function(orvane_precompile target)
+  if(ORVANE_PCH AND (ORVANE_SANITIZE OR "ALWAYS" IN_LIST ARGN))
+    list(REMOVE_ITEM ARGN ALWAYS)
+    target_precompile_headers(${target} PRIVATE
+      <algorithm> <atomic> <functional> <list> <map> <memory> <mutex> <set> <string> <thread>
+      <vector> ${ARGN})
+  endif()
+endfunction()
