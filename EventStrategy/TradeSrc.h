@@ -97,6 +97,9 @@ class TradeSrc final : public ITradeSrc,
   void onRtnPositionChange(const Position& position) override;
   void onRtnSourcePosition(const SourcePosition& position) override;
   void onRtnCapital(const TradingAccount& capital) override;
+  // CondSpi
+  void onCondDetail(const int64& conditionId, const QList<GridOrderRecord>& orders,
+                    const QList<GridFillRecord>& fills) override;
 
  private:
   friend struct detail::TestAccess;

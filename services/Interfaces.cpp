@@ -56,7 +56,8 @@ void DataSpi::onDisconnected() {}
 CondSpi::~CondSpi() = default;
 void CondSpi::onCondReserved1() {}
 void CondSpi::onCondReserved2() {}
-void CondSpi::onCondDetail(int64) {}
+void CondSpi::onCondDetail(const int64&, const QList<GridOrderRecord>&,
+                           const QList<GridFillRecord>&) {}
 void CondSpi::onCondReserved4() {}
 void CondSpi::onCondReserved5() {}
 void CondSpi::onCondReserved6() {}

@@ -1,28 +1,36 @@
 #pragma once
 
+#include <QList>
+
 #include "shared/CondId.h"
 #include "shared/Export.h"
+#include "shared/GridRecords.h"
 
 namespace orvane {
 
-/// Where details of conditions go. The third operation carries a detail; its records join it with
-/// the translation of grid details.
+/// Where details of conditions go. Called on threads of the service, which does not own it.
 class ORVANE_API CondSpi {
  public:
   virtual ~CondSpi();
   virtual void onCondReserved1();
   virtual void onCondReserved2();
-  virtual void onCondDetail(int64 conditionId);
+  /// The orders that a condition works and their fills, whole or what changed. Records that come
+  /// again in a later detail are delivered again.
+  virtual void onCondDetail(const int64& conditionId, const QList<GridOrderRecord>& orders,
+                            const QList<GridFillRecord>& fills);
   virtual void onCondReserved4();
   virtual void onCondReserved5();
   virtual void onCondReserved6();
 };
 
 /// The condition service, which works grid orders. Owned by the platform; any thread may call it.
+/// It delivers on its own threads: callers hold locks.
 class ORVANE_API ICondService {
  public:
   virtual ~ICondService();
+  /// Details of this condition go to `spi` until `unsubscribeDetails`.
   virtual void subscribeDetail(const CondId& condition, CondSpi* spi) = 0;
+  /// Ends every subscription of `spi`. When it returns, no call-back of it starts any more.
   virtual void unsubscribeDetails(CondSpi* spi) = 0;
 };
 

@@ -63,11 +63,34 @@ struct TestAccess {
   static const EventTradeNotify* notify(TradeSrc& src) { return src.notify_; }
   static const GeneralEventNotify* notify(GeneralEventSrc& src) { return src.notify_; }
   static const IndexNotify* notify(IndexSrc& src) { return src.notify_; }
-  static std::set<int> requestIds(DataSrc& src) { return src.requestIds_; }
+  static std::set<int> requestIds(DataSrc& src) {
+    const std::lock_guard lock(src.dataMutex_);
+    return src.requestIds_;
+  }
+  static std::map<SnapshotKey, int> snapshots(DataSrc& src) {
+    const std::lock_guard lock(src.dataMutex_);
+    return src.snapshots_;
+  }
   static bool dataMutexIsFree(DataSrc& src) { return isFree(src.dataMutex_); }
+  static bool notifyMutexIsFree(DataSrc& src) { return isFree(src.notifyMutex_); }
+  static bool mutexIsFree(GeneralEventSrc& src) { return isFree(src.mutex_); }
+  static bool mutexIsFree(IndexSrc& src) { return isFree(src.mutex_); }
+  static std::map<std::string, std::set<std::string>> subscriptions(GeneralEventSrc& src) {
+    const std::lock_guard lock(src.mutex_);
+    return src.subscriptions_;
+  }
+  static std::set<ICodeID> codes(IndexSrc& src) {
+    const std::lock_guard lock(src.mutex_);
+    return src.codes_;
+  }
   static std::map<std::string, CreateSourceTradeInfo> createSourceInfos(TradeSrc& src) {
     return src.createSourceInfos_;
   }
+  static bool mutexIsFree(TradeSrc& src) { return isFree(src.mutex_); }
+  static std::set<int64> finishedOrderIds(TradeSrc& src) { return src.finishedOrderIds_; }
+  static std::set<std::string> deliveredFillKeys(TradeSrc& src) { return src.deliveredFillKeys_; }
+  static QMap<QString, int64> gridOrderIds(TradeSrc& src) { return src.gridOrderIds_; }
+  static QMap<QString, int64> gridFillIds(TradeSrc& src) { return src.gridFillIds_; }
   static int64 eventMask(TradeSrc& src) { return src.eventMask_; }
   static bool notifyQuick(TradeSrc& src) { return src.notifyQuick_; }
   static std::set<ICodeID> relatedCodes(TradeSrc& src) { return src.relatedCodes_; }
