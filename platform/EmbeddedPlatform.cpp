@@ -46,6 +46,8 @@ EmbeddedPlatform::Impl::Impl(PlatformOptions chosen)
     : options(std::move(chosen)),
       zone(zoneOrThrow(options.timeZone)),
       codes([this] { return now(); }, options.timeZone),
+      generalEvents(std::make_shared<detail::GeneralEvents>(options.events, isPlayback(),
+                                                            [this] { noteEvent(); })),
       store(options.from, options.to, zone),
       quotes(store, codes, [this] { noteRequest(); }),
       tradeFile(storeOf(options.trade)),
@@ -54,6 +56,7 @@ EmbeddedPlatform::Impl::Impl(PlatformOptions chosen)
           tradeState, [this] { return now(); }, [this] { noteTradeRequest(); },
           [this](int64 time) { return dayOf(zone->toLocal(time)); }),
       desk(deskParts()),
+      eventDesk(*generalEvents, cancelled),
       playback(parts(), options.speed, progress),
       live(parts(), options.speed, progress) {
   detail::PlatformPool::overrideThreads(options.poolThreads);
@@ -70,7 +73,7 @@ EmbeddedPlatform::Impl::~Impl() {
 }
 
 detail::DriverParts EmbeddedPlatform::Impl::parts() {
-  return {loop, pool, *timers, quotes, desk, store, clock, cancelled};
+  return {loop, pool, *timers, quotes, desk, eventDesk, store, clock, cancelled};
 }
 
 detail::TradeDesk::Parts EmbeddedPlatform::Impl::deskParts() {
@@ -100,12 +103,25 @@ void EmbeddedPlatform::Impl::noteTradeRequest() {
     loop.wake();
 }
 
+void EmbeddedPlatform::Impl::noteEvent() {
+  if (!isPlayback())
+    loop.post([this] {
+      while (eventDesk.serve()) {
+      }
+    });
+  else if (options.speed > 0)
+    loop.wake();
+}
+
 void EmbeddedPlatform::Impl::resetClock() {
   const std::lock_guard turn(quotes.turn());
-  const int64 begin = store.beginTime();
+  int64 begin = store.beginTime();
+  const bool eventsAlone = options.from == kUnsetTime && !store.hasRecords();
+  if (eventsAlone && generalEvents->firstTime() != kUnsetTime) begin = generalEvents->firstTime();
   clock.store(begin);
   progress.now.store(begin);
   quotes.startAt(begin);
+  generalEvents->startAt(begin, options.to);
 }
 
 void EmbeddedPlatform::Impl::run(const std::function<void(const PlaybackProgress&)>& report) {
@@ -142,7 +158,8 @@ void EmbeddedPlatform::Impl::run(const std::function<void(const PlaybackProgress
 
 void EmbeddedPlatform::Impl::drain() {
   const auto settled = [this] {
-    return pool.signal().quiet() && !quotes.book().anyWaiting() && !quotes.book().endedMark();
+    return pool.signal().quiet() && !quotes.book().anyWaiting() && !quotes.book().endedMark() &&
+           !eventDesk.anyWaiting();
   };
   do {
     pool.signal().wait([this] { return pool.signal().quiet(); });
@@ -155,6 +172,8 @@ void EmbeddedPlatform::Impl::drain() {
           quotes.serve();
         }
         desk.serve();
+        while (eventDesk.serve()) {
+        }
         desk.persist(true);
       }
     });
@@ -186,6 +205,13 @@ void EmbeddedPlatform::addBars(BarSeries series) {
 void EmbeddedPlatform::addTicks(TickSeries series) {
   impl_->store.add(std::make_shared<const TickSeries>(std::move(series)));
   impl_->resetClock();
+}
+
+ResultStatus EmbeddedPlatform::publishEvent(const std::string& target, const std::string& name,
+                                            const std::string& key,
+                                            std::map<std::string, std::string> fields) {
+  if (!key.empty()) fields["key"] = key;
+  return impl_->generalEvents->publishEvent(target, fields, name);
 }
 
 void EmbeddedPlatform::setSymbolHook(SymbolHook hook) { impl_->symbolHook = std::move(hook); }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 
@@ -68,6 +69,13 @@ class ORVANE_API EmbeddedPlatform final : public IPlatform {
   /// series for each code: a second one throws `std::invalid_argument`.
   void addBars(BarSeries series);
   void addTicks(TickSeries series);
+
+  /// Tells a general event, as soon as everything is quiet, to those who subscribed its target and
+  /// name, and its key if they chose by keys; see `ScriptedEvent`. Texts are GBK. Any thread may
+  /// call it. Code -2 if the target or the name is empty.
+  ResultStatus publishEvent(const std::string& target, const std::string& name,
+                            const std::string& key = {},
+                            std::map<std::string, std::string> fields = {});
 
   /// Is asked for each symbol that a module loader found; what it returns is handed out in its
   /// place. Lets a host stand between the runner and a strategy.

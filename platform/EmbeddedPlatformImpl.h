@@ -10,7 +10,8 @@
 #include "platform/core/WorkerPool.h"
 #include "platform/core/ZoneRules.h"
 #include "platform/dictionary/NoDataService.h"
-#include "platform/events/NoGeneralEvents.h"
+#include "platform/events/EventDesk.h"
+#include "platform/events/GeneralEvents.h"
 #include "platform/events/NoIndexTrade.h"
 #include "platform/events/NoSystemEvent.h"
 #include "platform/events/PublisherBook.h"
@@ -45,6 +46,7 @@ class EmbeddedPlatform::Impl final : public IServiceRouter, public IQuoteHub {
   bool isPlayback() const { return options.mode == PlatformOptions::Mode::Playback; }
   void noteRequest();
   void noteTradeRequest();
+  void noteEvent();
   void resetClock();
   void run(const std::function<void(const PlaybackProgress&)>& progress);
   void drain();
@@ -61,8 +63,7 @@ class EmbeddedPlatform::Impl final : public IServiceRouter, public IQuoteHub {
 
   detail::CodeService codes;
   detail::NoDataService data;
-  std::shared_ptr<detail::NoGeneralEvents> generalEvents =
-      std::make_shared<detail::NoGeneralEvents>();
+  const std::shared_ptr<detail::GeneralEvents> generalEvents;
   detail::NoIndexTrade index;
   const std::shared_ptr<detail::PublisherBook> publishers =
       std::make_shared<detail::PublisherBook>();
@@ -73,6 +74,7 @@ class EmbeddedPlatform::Impl final : public IServiceRouter, public IQuoteHub {
   detail::TradeState tradeState;
   detail::TradeService trade;
   detail::TradeDesk desk;
+  detail::EventDesk eventDesk;
   std::shared_ptr<detail::TimerQueue> timers = std::make_shared<detail::TimerQueue>();
 
   detail::ServiceLoop loop;

@@ -13,26 +13,28 @@ namespace {
 constexpr std::int64_t kWorthWakingNs = 40'000;
 constexpr std::chrono::milliseconds kSentinelTurn{1};
 
+thread_local TaskOrigin runningOrigin;
+
 }  // namespace
 
-void WorkerPool::Ring::push(Task task) {
+void WorkerPool::Ring::push(Entry entry) {
   if (size_ == slots_.size()) {
-    std::vector<Task> larger(slots_.empty() ? 16 : slots_.size() * 2);
+    std::vector<Entry> larger(slots_.empty() ? 16 : slots_.size() * 2);
     for (std::size_t i = 0; i < size_; ++i)
       larger[i] = std::move(slots_[(head_ + i) % slots_.size()]);
     slots_ = std::move(larger);
     head_ = 0;
   }
-  slots_[(head_ + size_) & (slots_.size() - 1)] = std::move(task);
+  slots_[(head_ + size_) & (slots_.size() - 1)] = std::move(entry);
   ++size_;
 }
 
-WorkerPool::Task WorkerPool::Ring::pop() {
-  Task task = std::move(slots_[head_]);
-  slots_[head_] = nullptr;
+WorkerPool::Entry WorkerPool::Ring::pop() {
+  Entry entry = std::move(slots_[head_]);
+  slots_[head_].task = nullptr;
   head_ = (head_ + 1) & (slots_.size() - 1);
   --size_;
-  return task;
+  return entry;
 }
 
 WorkerPool::WorkerPool() = default;
@@ -65,12 +67,16 @@ int WorkerPool::threadCount() const {
   return target_;
 }
 
+TaskOrigin WorkerPool::currentOrigin() { return runningOrigin; }
+
 void WorkerPool::add(Task task) {
   signal_.addWork();
   bool wakeWorker = false;
+  TaskOrigin origin{runningOrigin.root, runningOrigin.depth + 1};
   {
     const std::lock_guard lock(mutex_);
-    queue_.push(std::move(task));
+    if (origin.root == 0) origin = {++roots_, 0};
+    queue_.push({std::move(task), origin});
     pending_.store(queue_.size());
     wakeWorker = sleepers_ > 0 && workersMayTake();
   }
@@ -96,7 +102,7 @@ void WorkerPool::endHelping() {
 
 bool WorkerPool::helpOne() {
   if (pending_.load() == 0) return false;
-  Task task;
+  Entry task;
   bool othersWait = false;
   {
     const std::lock_guard lock(mutex_);
@@ -143,7 +149,7 @@ void WorkerPool::work() {
   std::unique_lock lock(mutex_);
   while (true) {
     if (workersMayTake()) {
-      Task task = queue_.pop();
+      Entry task = queue_.pop();
       pending_.store(queue_.size());
       if (sleepers_ > 0 && workersMayTake()) wakeUp_.notify_one();
       lock.unlock();
@@ -168,16 +174,18 @@ void WorkerPool::work() {
   left_.notify_all();
 }
 
-void WorkerPool::run(Task& task) {
+void WorkerPool::run(Entry& entry) {
+  runningOrigin = entry.origin;
   try {
-    task();
+    entry.task();
   } catch (const std::exception& error) {
     std::cerr << "a pool task threw: " << error.what() << '\n';
   } catch (...) {
     std::cerr << "a pool task threw\n";
   }
   // What the task holds goes before it counts as ended: a runner's last reference may be in it.
-  task = nullptr;
+  entry.task = nullptr;
+  runningOrigin = {};
   signal_.endWork();
 }
 

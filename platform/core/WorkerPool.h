@@ -12,6 +12,14 @@
 
 namespace orvane::detail {
 
+/// Where a task came from. A task that is added from outside is the root of its own tree; one that
+/// a task adds belongs to that task's tree, one step deeper. In lockstep, where a runner gets one
+/// call at a time, all that one tree does is one runner's, in the order of depth and time.
+struct TaskOrigin {
+  std::uint64_t root = 0;  ///< Counts from 1; 0 outside of every task.
+  std::uint64_t depth = 0;
+};
+
 /// Threads that run tasks in the order they came, and one helper that may run them too.
 ///
 /// The helper is the playback's driver. While it stands ready, that is while it delivers or waits
@@ -46,6 +54,9 @@ class WorkerPool {
 
   QuietSignal& signal() { return signal_; }
 
+  /// The origin of the task that the calling thread runs.
+  static TaskOrigin currentOrigin();
+
   // The helper's.
 
   void beginHelping();
@@ -57,22 +68,26 @@ class WorkerPool {
   void awaitTaskOrQuiet();
 
  private:
+  struct Entry {
+    Task task;
+    TaskOrigin origin;
+  };
   /// A queue in one block of memory that only grows.
   class Ring {
    public:
     bool empty() const { return size_ == 0; }
     std::size_t size() const { return size_; }
-    void push(Task task);
-    Task pop();
+    void push(Entry entry);
+    Entry pop();
 
    private:
-    std::vector<Task> slots_;
+    std::vector<Entry> slots_;
     std::size_t head_ = 0;
     std::size_t size_ = 0;
   };
 
   void work();
-  void run(Task& task);
+  void run(Entry& entry);
   /// Whether there is a task that is not better left to the helper. Under `mutex_`.
   bool workersMayTake() const;
 
@@ -83,6 +98,7 @@ class WorkerPool {
   std::condition_variable wakeUp_;
   std::condition_variable left_;
   Ring queue_;
+  std::uint64_t roots_ = 0;   ///< Tasks that were added from outside.
   bool helping_ = false;      ///< There is a helper.
   bool helperReady_ = false;  ///< It runs no task and will look for one.
   bool hasSentinel_ = false;

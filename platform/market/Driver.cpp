@@ -42,6 +42,8 @@ void PlaybackDriver::run() {
   dataStart_ = parts_.clock.load();
   begin();
   parts_.trade.beginRun({});
+  parts_.events.beginRun({});
+  endsWithEvents_ = !parts_.store.hasRecords();
   settle();
   wallStart_ = system_clock::now();
   while (!parts_.cancelled.load(std::memory_order_relaxed) && step(feed)) {
@@ -59,23 +61,24 @@ void PlaybackDriver::settleOnly() {
 }
 
 bool PlaybackDriver::step(Feed& feed) {
-  if (feed.atEnd()) return finishInstant();
-  const int64 record = feed.nextTime();
+  const int64 event = parts_.events.nextDue();
+  if (feed.atEnd() && (!endsWithEvents_ || event == kUnsetTime)) return finishInstant();
+  const int64 record = feed.atEnd() ? kUnsetTime : feed.nextTime();
   const int64 close = parts_.quotes.nextClose();
   const int64 timer = parts_.timers.nextDue();
   const int64 trade = parts_.trade.nextDue();
-  const int64 next = std::min({record, close, timer, trade});
+  const int64 next = std::min({record, close, timer, trade, event});
   if (speed_ > 0 && !pace(next)) return true;
+  advanceTo(next);
   if (trade == next) {
-    advanceTo(trade);
+    // The settling that follows sees to it.
+  } else if (event == next) {
+    parts_.events.tellNext();
   } else if (timer == next) {
-    advanceTo(timer);
     parts_.timers.fireOne(parts_.clock.load(std::memory_order_relaxed));
   } else if (record == next) {
-    advanceTo(record);
     playRecord(feed);
   } else {
-    advanceTo(close);
     parts_.quotes.closeThrough(close);
   }
   settle();
@@ -92,7 +95,9 @@ void PlaybackDriver::playRecord(Feed& feed) {
 
 bool PlaybackDriver::finishInstant() {
   const int64 now = parts_.clock.load(std::memory_order_relaxed);
-  if (parts_.timers.nextDue() <= now) {
+  if (parts_.events.nextDue() <= now) {
+    parts_.events.tellNext();
+  } else if (parts_.timers.nextDue() <= now) {
     parts_.timers.fireOne(now);
   } else if (parts_.quotes.nextClose() <= now) {
     parts_.quotes.closeThrough(now);
@@ -113,8 +118,8 @@ void PlaybackDriver::advanceTo(int64 time) {
 void PlaybackDriver::settle() {
   do {
     waitQuiet();
-  } while (parts_.loop.runPosted() || parts_.quotes.serve() || parts_.trade.serve() ||
-           !parts_.pool.signal().quiet());
+  } while (parts_.loop.runPosted() || parts_.events.serve() || parts_.quotes.serve() ||
+           parts_.trade.serve() || !parts_.pool.signal().quiet());
 }
 
 void PlaybackDriver::waitQuiet() {
@@ -140,7 +145,7 @@ bool PlaybackDriver::pace(int64 time) {
   turn_.unlock();
   parts_.loop.runPostedUntil(due, [this] {
     return parts_.cancelled.load() || parts_.quotes.book().anyWaiting() ||
-           parts_.trade.anyWaiting();
+           parts_.trade.anyWaiting() || parts_.events.anyWaiting();
   });
   turn_.lock();
   parts_.pool.beginHelping();
@@ -163,8 +168,17 @@ void LiveDriver::run() {
     parts_.quotes.startAt(feed.firstTime());
   }
   parts_.trade.beginRun(shift);
+  parts_.events.beginRun(shift);
   play(feed, shift);
   parts_.trade.endRun();
+}
+
+void LiveDriver::serve() {
+  parts_.trade.serve();
+  const int64 now = duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
+  while (parts_.events.nextDue() <= now) parts_.events.tellNext();
+  while (parts_.events.serve()) {
+  }
 }
 
 void LiveDriver::play(Feed& feed, const TimeShift& shift) {
@@ -178,19 +192,18 @@ void LiveDriver::play(Feed& feed, const TimeShift& shift) {
       close = parts_.quotes.nextClose();
     }
     const int64 next = std::min(record, close);
-    const int64 trade = parts_.trade.nextDue();
-    const system_clock::time_point due{milliseconds(std::min(shift.shown(next), trade))};
+    const int64 own = ownDue();
+    const system_clock::time_point due{milliseconds(std::min(shift.shown(next), own))};
     if (system_clock::now() < due) {
       // What is served meanwhile may bring an earlier end of a bar, or put an order on its way.
       parts_.loop.runPostedUntil(due, [&] {
         const std::lock_guard turn(parts_.quotes.turn());
-        return parts_.cancelled.load() || parts_.quotes.nextClose() < next ||
-               parts_.trade.nextDue() != trade;
+        return parts_.cancelled.load() || parts_.quotes.nextClose() < next || ownDue() != own;
       });
       continue;
     }
     parts_.loop.runPosted();
-    parts_.trade.serve();
+    serve();
     if (system_clock::now() < system_clock::time_point{milliseconds(shift.shown(next))}) continue;
     const std::lock_guard turn(parts_.quotes.turn());
     parts_.quotes.passedUntil(next);

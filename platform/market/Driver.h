@@ -1,11 +1,13 @@
 #pragma once
 
+#include <algorithm>
 #include <atomic>
 #include <memory>
 
 #include "platform/core/ServiceLoop.h"
 #include "platform/core/Timers.h"
 #include "platform/core/WorkerPool.h"
+#include "platform/events/EventDesk.h"
 #include "platform/market/Feed.h"
 #include "platform/market/QuoteService.h"
 #include "platform/trade/TradeDesk.h"
@@ -19,6 +21,7 @@ struct DriverParts {
   TimerQueue& timers;
   QuoteService& quotes;
   TradeDesk& trade;
+  EventDesk& events;
   MarketStore& store;
   std::atomic<int64>& clock;  ///< The simulated time.
   std::atomic<bool>& cancelled;
@@ -34,9 +37,10 @@ struct DriverProgress {
 /// timer, each record and each bar that came to its end, it waits until all is digested and
 /// serves what was asked meanwhile. Strategy tasks run on this very thread while it waits.
 ///
-/// At one instant: first what is due on the trade side, then timers, then records, then bars that
-/// end by the clock alone. The exchange sees a record before the runners do, and what it tells is
-/// digested first: so nothing that a runner does on a record can meet that record.
+/// At one instant: first what is due on the trade side, then events, then timers, then records,
+/// then bars that end by the clock alone. The exchange sees a record before the runners do, and
+/// what it tells is digested first: so nothing that a runner does on a record can meet that record.
+/// What runners published is told before the requests and orders that they gave meanwhile.
 class PlaybackDriver {
  public:
   PlaybackDriver(DriverParts parts, double speed, DriverProgress& progress);
@@ -64,6 +68,7 @@ class PlaybackDriver {
   std::unique_lock<std::mutex> turn_;
   ServiceLoop::WallTime wallStart_;
   int64 dataStart_ = 0;
+  bool endsWithEvents_ = false;  ///< There are no records: the script is what is played.
 };
 
 /// Plays the feed in real time on the thread of the service loop, its first record now. Nobody is
@@ -76,6 +81,8 @@ class LiveDriver {
 
  private:
   void play(Feed& feed, const TimeShift& shift);
+  void serve();
+  int64 ownDue() const { return std::min(parts_.trade.nextDue(), parts_.events.nextDue()); }
 
   DriverParts parts_;
   const double speed_;

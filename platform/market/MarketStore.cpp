@@ -152,6 +152,12 @@ int64 MarketStore::beginTime() const {
   return first == kUnsetTime ? 0 : first;
 }
 
+bool MarketStore::hasRecords() const {
+  const std::lock_guard lock(mutex_);
+  return std::any_of(streams_.begin(), streams_.end(),
+                     [](const auto& stream) { return stream->rows() > 0; });
+}
+
 std::vector<MarketStream*> MarketStore::streams() const {
   const std::lock_guard lock(mutex_);
   std::vector<MarketStream*> all;

@@ -102,6 +102,7 @@ class MarketStore {
   MarketStream* sourceOf(int64 codeId, const TermPair& term) const;
   /// The first instant to be played; `from` if that is set, 0 without data.
   int64 beginTime() const;
+  bool hasRecords() const;
 
   std::vector<MarketStream*> streams() const;  ///< In the order they were added.
   int64 from() const { return from_; }

@@ -52,6 +52,25 @@ TEST(WorkerPool, shouldRunEachTaskOnceWithManyProducers) {
   for (const auto& count : runs) EXPECT_EQ(count.load(), 1);
 }
 
+TEST(WorkerPool, shouldTellATasksTreeAndDepth) {
+  WorkerPool pool;
+  pool.resize(2);
+  std::vector<TaskOrigin> seen(3);
+  pool.add([&] {
+    seen[0] = WorkerPool::currentOrigin();
+    pool.add([&] { seen[1] = WorkerPool::currentOrigin(); });
+  });
+  awaitQuiet(pool);
+  pool.add([&] { seen[2] = WorkerPool::currentOrigin(); });
+  awaitQuiet(pool);
+  EXPECT_EQ(seen[0].depth, 0u);
+  EXPECT_EQ(seen[1].root, seen[0].root);
+  EXPECT_EQ(seen[1].depth, 1u);
+  EXPECT_GT(seen[2].root, seen[0].root);
+  EXPECT_EQ(seen[2].depth, 0u);
+  EXPECT_EQ(WorkerPool::currentOrigin().root, 0u);
+}
+
 TEST(WorkerPool, shouldNotBeQuietUntilTasksThatTasksAddHaveRun) {
   WorkerPool pool;
   pool.resize(2);
