@@ -12,6 +12,22 @@
 #include "services/Common/IServiceRouter.h"
 
 namespace orvane {
+namespace {
+
+/// Releases one source of a strategy that is going. A service that throws costs its own source at
+/// most: the others are still released, and the process goes on.
+template <typename Source>
+void releaseSource(Source& source, const std::string& name) {
+  try {
+    source.release();
+  } catch (const std::exception& error) {
+    ORVANE_LOG(event, Error, name << ",release error,exception,msg=" << error.what());
+  } catch (...) {
+    ORVANE_LOG(event, Error, name << ",release error,system exception");
+  }
+}
+
+}  // namespace
 
 AbstractEventStrategy::AbstractEventStrategy(int mode) {
   dataSrc_ = std::make_shared<DataSrc>(mode);
@@ -23,11 +39,11 @@ AbstractEventStrategy::AbstractEventStrategy(int mode) {
 }
 
 AbstractEventStrategy::~AbstractEventStrategy() {
-  indexSrc_->release();
-  generalEventSrc_->release();
-  tradeSrc_->release();
-  quoteSrc_->release();
-  dataSrc_->release();
+  releaseSource(*indexSrc_, name_);
+  releaseSource(*generalEventSrc_, name_);
+  releaseSource(*tradeSrc_, name_);
+  releaseSource(*quoteSrc_, name_);
+  releaseSource(*dataSrc_, name_);
 }
 
 std::string AbstractEventStrategy::name() {

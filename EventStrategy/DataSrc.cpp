@@ -1,5 +1,6 @@
 #include "EventStrategy/DataSrc.h"
 
+#include "EventStrategy/Attempts.h"
 #include "EventStrategy/DataNotify.h"
 #include "EventStrategy/PublisherMode.h"
 #include "services/Common/IServiceRouter.h"
@@ -44,11 +45,12 @@ void DataSrc::subscribeDataSnapshot(const std::string& name, const std::string& 
 
 void DataSrc::unsubscribeDataSnapshot(const std::string& name, const std::string& target,
                                       int flags) {
+  const SnapshotKey key{target, name};
   {
     const std::lock_guard lock(dataMutex_);
+    if (snapshotCount(key) < 1) return;
     const std::lock_guard spin(snapshotLock_);
-    const auto it = snapshots_.find({target, name});
-    if (it == snapshots_.end() || it->second < 1) return;
+    const auto it = snapshots_.find(key);
     if (--it->second >= 1) return;
     snapshots_.erase(it);
   }
@@ -62,9 +64,13 @@ bool DataSrc::isSubscribeData(int requestId) {
 
 bool DataSrc::isSubscribeDataSnapshot(const std::string& name, const std::string& target) {
   const std::lock_guard lock(dataMutex_);
+  return snapshotCount({target, name}) >= 1;
+}
+
+int DataSrc::snapshotCount(const SnapshotKey& key) {
   const std::lock_guard spin(snapshotLock_);
-  const auto it = snapshots_.find({target, name});
-  return it != snapshots_.end() && it->second >= 1;
+  const auto it = snapshots_.find(key);
+  return it == snapshots_.end() ? 0 : it->second;
 }
 
 void DataSrc::release() {
@@ -75,8 +81,11 @@ void DataSrc::release() {
     const std::lock_guard spin(snapshotLock_);
     snapshots_.clear();
   }
-  for (const int requestId : requests) service()->unsubscribeData(requestId);
-  service()->unsubscribeAllSnapshots(shared_from_this());
+  detail::Attempts attempts;
+  for (const int requestId : requests)
+    attempts.take([&] { service()->unsubscribeData(requestId); });
+  attempts.take([this] { service()->unsubscribeAllSnapshots(shared_from_this()); });
+  attempts.finish();
 }
 
 void DataSrc::onSnapshot(const SnapshotKey& key, const Record& record) {

@@ -43,7 +43,8 @@ class DataSrc final : public IDataSrc,
   void unsubscribeDataSnapshot(const std::string& name, const std::string& target, int flags);
   bool isSubscribeData(int requestId);
   bool isSubscribeDataSnapshot(const std::string& name, const std::string& target);
-  /// Withdraws everything from the service. The object stays usable.
+  /// Withdraws everything from the service, whatever single withdrawals throw; then throws the
+  /// first of that. The object stays usable.
   void release();
 
   // IDataSrc
@@ -92,6 +93,9 @@ class DataSrc final : public IDataSrc,
 
  private:
   friend struct detail::TestAccess;
+
+  /// How many subscribers a snapshot has. Called with `dataMutex_` held.
+  int snapshotCount(const SnapshotKey& key);
 
   std::mutex notifyMutex_;
   DataNotify* notify_ = nullptr;  ///< Borrowed; guarded by `notifyMutex_`, held while called.

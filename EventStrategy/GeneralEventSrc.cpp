@@ -1,21 +1,11 @@
 #include "EventStrategy/GeneralEventSrc.h"
 
+#include "EventStrategy/Attempts.h"
 #include "EventStrategy/GeneralEventNotify.h"
+#include "EventStrategy/JoinedText.h"
 #include "EventStrategy/Log.h"
 
 namespace orvane {
-namespace {
-
-std::string joined(const std::list<std::string>& keys) {
-  std::string text;
-  for (const std::string& key : keys) {
-    if (!text.empty()) text += ',';
-    text += key;
-  }
-  return text;
-}
-
-}  // namespace
 
 GeneralEventSrc::GeneralEventSrc() = default;
 GeneralEventSrc::~GeneralEventSrc() = default;
@@ -33,9 +23,9 @@ void GeneralEventSrc::setNotify(GeneralEventNotify* notify) {
 void GeneralEventSrc::subscribeEvent(const std::string& target, const std::string& name,
                                      const std::list<std::string>& keys) {
   const std::lock_guard lock(mutex_);
-  ORVANE_LOG(
-      event, Debug,
-      name_ << ",subscribeEvent,target=" << target << ",name=" << name << ",keys=" << joined(keys));
+  ORVANE_LOG(event, Debug,
+             name_ << ",subscribeEvent,target=" << target << ",name=" << name
+                   << ",keys=" << joinedText(keys, [](const std::string& key) { return key; }));
   subscriptions_[target].insert(name);
   IGeneralEventManager::instance()->subscribe(shared_from_this(), target, {name}, keys, true);
 }
@@ -60,9 +50,11 @@ void GeneralEventSrc::unsubscribeAllEvent() {
 void GeneralEventSrc::release() {
   const std::lock_guard lock(mutex_);
   ORVANE_LOG(event, Debug, name_ << ",release,unsubscribeEvent begin");
-  IGeneralEventManager::instance()->unsubscribeAll(shared_from_this());
+  detail::Attempts attempts;
+  attempts.take([this] { IGeneralEventManager::instance()->unsubscribeAll(shared_from_this()); });
   ORVANE_LOG(event, Debug, name_ << ",release,unsubscribeEvent end");
   subscriptions_.clear();
+  attempts.finish();
 }
 
 ResultStatus GeneralEventSrc::publishEvent(const std::string& topic,

@@ -36,7 +36,8 @@ class GeneralEventSrc final : public IGeneralEventSrc,
                       const std::list<std::string>& keys);
   void unsubscribeEvent(const std::string& target, const std::string& name);
   void unsubscribeAllEvent();
-  /// Withdraws everything from the manager. The object stays usable.
+  /// Withdraws everything from the manager; what that throws is thrown once the books are empty.
+  /// The object stays usable.
   void release();
 
   ResultStatus publishEvent(const std::string& topic,

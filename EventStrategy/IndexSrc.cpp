@@ -1,5 +1,6 @@
 #include "EventStrategy/IndexSrc.h"
 
+#include "EventStrategy/Attempts.h"
 #include "EventStrategy/IndexNotify.h"
 #include "EventStrategy/Log.h"
 #include "shared/TextForms.h"
@@ -39,11 +40,14 @@ void IndexSrc::release() { withdrawAll(",release,unsubscribeElementChange,"); }
 
 void IndexSrc::withdrawAll(const char* tag) {
   const std::lock_guard lock(mutex_);
+  detail::Attempts attempts;
   for (const ICodeID& code : codes_) {
     ORVANE_LOG(event, Debug, name_ << tag << codeText(code));
-    IIndexTrade::instance()->unsubscribeElementChange(code, shared_from_this());
+    attempts.take(
+        [&] { IIndexTrade::instance()->unsubscribeElementChange(code, shared_from_this()); });
   }
   codes_.clear();
+  attempts.finish();
 }
 
 ResultStatus IndexSrc::indexElements(const ICodeID& code, std::list<IndexTradeElement>& elements) {

@@ -34,8 +34,9 @@ class IndexSrc final : public IIndexSrc,
 
   void subscribeElementChange(const ICodeID& code);
   void unsubscribeElementChange(const ICodeID& code);
+  /// Both withdraw every code from the service, whatever single withdrawals throw; then they throw
+  /// the first of that. The object stays usable.
   void unsubscribeAll();
-  /// Withdraws everything from the service. The object stays usable.
   void release();
 
   ResultStatus indexElements(const ICodeID& code, std::list<IndexTradeElement>& elements) override;

@@ -1,5 +1,6 @@
 #include "EventStrategy/QuoteSrc.h"
 
+#include "EventStrategy/Attempts.h"
 #include "EventStrategy/PublisherMode.h"
 #include "EventStrategy/QuoteNotify.h"
 #include "EventStrategy/TermSplit.h"
@@ -147,8 +148,11 @@ void QuoteSrc::release() {
   }
   IRealtimeQuoteService* service = realtime();
   if (service == nullptr) return;
-  for (const auto& [requestId, query] : requests) service->cancelRequest(requestId);
-  service->unsubscribeSpi(shared_from_this());
+  detail::Attempts attempts;
+  for (const auto& request : requests)
+    attempts.take([&] { service->cancelRequest(request.first); });
+  attempts.take([&] { service->unsubscribeSpi(shared_from_this()); });
+  attempts.finish();
 }
 
 bool QuoteSrc::findCode(int requestId, ICodeID& code) {

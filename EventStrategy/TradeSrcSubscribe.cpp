@@ -1,5 +1,6 @@
 // The subscriptions of the trade source.
 
+#include "EventStrategy/Attempts.h"
 #include "EventStrategy/EventTypes.h"
 #include "EventStrategy/Log.h"
 #include "EventStrategy/TradeSrc.h"
@@ -184,10 +185,17 @@ void TradeSrc::unsubAllDetail() {
 void TradeSrc::release() {
   const std::lock_guard lock(mutex_);
   ORVANE_LOG(event, Debug, name_ << ",release,unsubscribeTrade begin");
-  if (ITradeService* trade = service(); trade != nullptr) trade->unsubscribeAll(spi());
+  detail::Attempts attempts;
+  attempts.take([this] {
+    if (ITradeService* trade = service(); trade != nullptr) trade->unsubscribeAll(spi());
+  });
   ORVANE_LOG(event, Debug, name_ << ",release,unsubscribeTrade end");
   subInfos_.clear();
-  if (condService_ != nullptr) condService_->unsubscribeDetails(this);
+  // The condition service does not own its receivers: it must hear of this whatever went before.
+  attempts.take([this] {
+    if (condService_ != nullptr) condService_->unsubscribeDetails(this);
+  });
+  attempts.finish();
 }
 
 }  // namespace orvane

@@ -70,6 +70,30 @@ TEST_F(AbstractEventStrategyTest, shouldReleaseTheFiveSourcesInOrderAlsoIfItWasN
   EXPECT_THAT(firsts, ElementsAre("index", "event", "trade", "quote", "data"));
 }
 
+TEST_F(AbstractEventStrategyTest,
+       shouldReleaseEverySourceAndLogTheFailureWhenServicesThrowAsItGoes) {
+  strategy->setName("stg");
+  strategy->startEvent();
+  strategy->subscribeElementChange(codeOf(3));
+  strategy->stopEvent();
+  for (const char* operation : {"index.unsubscribeElementChange", "trade.unsubscribeAll",
+                                "quote.unsubscribeSpi", "data.unsubscribeAllSnapshots"})
+    platform.calls.onCall(operation, [operation] { throw std::runtime_error(operation); });
+  platform.calls.onCall("event.unsubscribeAll", [] { throw 5; });
+  platform.calls.clear();
+  logs.clear();
+  strategy.reset();
+  EXPECT_THAT(platform.calls.entries(),
+              ElementsAre("index.unsubscribeElementChange 3", "event.unsubscribeAll",
+                          "trade.unsubscribeAll", "cond.unsubscribeDetails", "quote.unsubscribeSpi",
+                          "data.unsubscribeAllSnapshots"));
+  for (const char* operation : {"index.unsubscribeElementChange", "trade.unsubscribeAll",
+                                "quote.unsubscribeSpi", "data.unsubscribeAllSnapshots"})
+    EXPECT_TRUE(
+        loggedOnce("Event", "ERROR", std::string("stg,release error,exception,msg=") + operation));
+  EXPECT_TRUE(loggedOnce("Event", "ERROR", "stg,release error,system exception"));
+}
+
 TEST_F(AbstractEventStrategyTest, shouldStopItsTimersWhenItGoesAndTheTimersLetGo) {
   strategy->createTimer(5, 1, 1, 1);
   const std::weak_ptr<TimerSrc> timers = TestAccess::timerSrc(*strategy);

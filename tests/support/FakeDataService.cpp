@@ -11,6 +11,12 @@ std::string keyText(const std::list<TargetNamePair>& keys) {
   return text;
 }
 
+std::string joined(const std::list<std::string>& texts) {
+  std::string all;
+  for (const std::string& text : texts) all += (all.empty() ? "" : ",") + text;
+  return all;
+}
+
 std::string requestText(const DataReq& request) {
   std::string text = request.name;
   for (const std::string& target : request.targets) text += "/" + target;
@@ -23,14 +29,20 @@ std::string requestText(const DataReq& request) {
 
 ResultStatus FakeDataService::dataDefines(std::list<DataDefine>& defines,
                                           const std::list<std::string>& names, int flags) {
-  for (const std::string& name : names) defines.push_back({name, {}, {}, {}, 0, 0, 0});
-  return calls_.record("data.dataDefines", std::to_string(flags));
+  if (definesAnswer)
+    defines = *definesAnswer;
+  else
+    for (const std::string& name : names) defines.push_back({name, {}, {}, {}, 0, 0, 0});
+  return calls_.record("data.dataDefines", joined(names) + " " + std::to_string(flags));
 }
 
 ResultStatus FakeDataService::dataBriefs(std::list<DataBrief>& briefs,
                                          const std::list<std::string>& names) {
-  for (const std::string& name : names) briefs.push_back({name, {}});
-  return calls_.record("data.dataBriefs");
+  if (briefsAnswer)
+    briefs = *briefsAnswer;
+  else
+    for (const std::string& name : names) briefs.push_back({name, {}});
+  return calls_.record("data.dataBriefs", joined(names));
 }
 
 ResultStatus FakeDataService::queryOp(const std::string& question, std::string& answer) {
@@ -48,6 +60,7 @@ ResultStatus FakeDataService::subscribeData(const DataReq& request,
     const std::lock_guard lock(mutex_);
     requests_[requestId] = {request, spi};
   }
+  keep(spi);
   return calls_.record("data.subscribeData",
                        std::to_string(requestId) + " " + requestText(request));
 }
@@ -62,20 +75,24 @@ void FakeDataService::subscribeSnapshot(const std::list<TargetNamePair>& keys,
     const std::lock_guard lock(mutex_);
     snapshotSpi_ = spi;
   }
+  keep(spi);
   calls_.record("data.subscribeSnapshot", keyText(keys) + " flags=" + std::to_string(flags));
 }
 
-void FakeDataService::unsubscribeAllSnapshots(const std::shared_ptr<DataSpi>&) {
+void FakeDataService::unsubscribeAllSnapshots(const std::shared_ptr<DataSpi>& spi) {
+  keep(spi);
   calls_.record("data.unsubscribeAllSnapshots");
 }
 
 void FakeDataService::unsubscribeSnapshot(const std::list<TargetNamePair>& keys,
-                                          const std::shared_ptr<DataSpi>&, int flags) {
+                                          const std::shared_ptr<DataSpi>& spi, int flags) {
+  keep(spi);
   calls_.record("data.unsubscribeSnapshot", keyText(keys) + " flags=" + std::to_string(flags));
 }
 
 ResultStatus FakeDataService::readLatest(const std::list<TargetNamePair>& keys,
-                                         std::list<LatestOfName>&, int flags) {
+                                         std::list<LatestOfName>& latest, int flags) {
+  latest.insert(latest.end(), latestAnswer.begin(), latestAnswer.end());
   return calls_.record("data.readLatest", keyText(keys) + " flags=" + std::to_string(flags));
 }
 
@@ -90,6 +107,16 @@ std::shared_ptr<DataSpi> FakeDataService::snapshotSpi() const {
   return snapshotSpi_;
 }
 
+std::vector<std::shared_ptr<DataSpi>> FakeDataService::spis() const {
+  const std::lock_guard lock(mutex_);
+  return spis_;
+}
+
+void FakeDataService::keep(const std::shared_ptr<DataSpi>& spi) {
+  const std::lock_guard lock(mutex_);
+  spis_.push_back(spi);
+}
+
 DataReq FakeDataService::request(int requestId) const {
   const std::lock_guard lock(mutex_);
   return requests_.at(requestId).request;
@@ -97,9 +124,11 @@ DataReq FakeDataService::request(int requestId) const {
 
 void FakeDataService::forget() {
   std::map<int, Request> requests;
+  std::vector<std::shared_ptr<DataSpi>> spis;
   std::shared_ptr<DataSpi> spi;
   const std::lock_guard lock(mutex_);
   requests.swap(requests_);
+  spis.swap(spis_);
   spi.swap(snapshotSpi_);
 }
 

@@ -2,6 +2,8 @@
 
 #include <map>
 #include <mutex>
+#include <optional>
+#include <vector>
 
 #include "services/Common/IDataService.h"
 #include "tests/support/CallLog.h"
@@ -9,11 +11,16 @@
 namespace orvane::support {
 
 /// A dictionary service that delivers nothing of its own accord. It notes every call as
-/// "data.<operation>", answers as scripted, and remembers the spi of each request and of the last
-/// snapshot subscription. Any thread may use it.
+/// "data.<operation>", answers as scripted, and keeps every spi that it was ever given, as a
+/// careless service does. Any thread may use it; fill in the answers before other threads do.
 class FakeDataService final : public IDataService {
  public:
   explicit FakeDataService(CallLog& calls) : calls_(calls) {}
+
+  /// What the questions of these names answer: unset, one entry for each name asked.
+  std::optional<std::list<DataDefine>> definesAnswer;
+  std::optional<std::list<DataBrief>> briefsAnswer;
+  std::list<LatestOfName> latestAnswer;  ///< What `readLatest` appends.
 
   ResultStatus dataDefines(std::list<DataDefine>& defines, const std::list<std::string>& names,
                            int flags) override;
@@ -35,6 +42,8 @@ class FakeDataService final : public IDataService {
   /// The spi of a request, and of the last snapshot subscription.
   std::shared_ptr<DataSpi> requestSpi(int requestId) const;
   std::shared_ptr<DataSpi> snapshotSpi() const;
+  /// Every spi that a subscription or a withdrawal brought, in order.
+  std::vector<std::shared_ptr<DataSpi>> spis() const;
   DataReq request(int requestId) const;
   void forget();
 
@@ -44,8 +53,11 @@ class FakeDataService final : public IDataService {
     std::shared_ptr<DataSpi> spi;
   };
 
+  void keep(const std::shared_ptr<DataSpi>& spi);
+
   CallLog& calls_;
   mutable std::mutex mutex_;
+  std::vector<std::shared_ptr<DataSpi>> spis_;
   std::map<int, Request> requests_;
   std::shared_ptr<DataSpi> snapshotSpi_;
 };

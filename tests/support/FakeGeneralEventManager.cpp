@@ -19,22 +19,26 @@ void FakeGeneralEventManager::subscribe(const std::shared_ptr<GeneralEventSpi>& 
     const std::lock_guard lock(mutex_);
     spi_ = spi;
   }
+  keep(spi);
   calls_.record("event.subscribe", target + " names=" + joined(names) + " keys=" + joined(keys) +
                                        " live=" + (live ? "1" : "0"));
 }
 
-void FakeGeneralEventManager::unsubscribeAll(const std::shared_ptr<GeneralEventSpi>&) {
+void FakeGeneralEventManager::unsubscribeAll(const std::shared_ptr<GeneralEventSpi>& spi) {
+  keep(spi);
   calls_.record("event.unsubscribeAll");
 }
 
-void FakeGeneralEventManager::unsubscribeTarget(const std::shared_ptr<GeneralEventSpi>&,
+void FakeGeneralEventManager::unsubscribeTarget(const std::shared_ptr<GeneralEventSpi>& spi,
                                                 const std::string& target) {
+  keep(spi);
   calls_.record("event.unsubscribeTarget", target);
 }
 
-void FakeGeneralEventManager::unsubscribe(const std::shared_ptr<GeneralEventSpi>&,
+void FakeGeneralEventManager::unsubscribe(const std::shared_ptr<GeneralEventSpi>& spi,
                                           const std::string& target,
                                           const std::list<std::string>& names) {
+  keep(spi);
   calls_.record("event.unsubscribe", target + " names=" + joined(names));
 }
 
@@ -50,10 +54,22 @@ std::shared_ptr<GeneralEventSpi> FakeGeneralEventManager::spi() const {
   return spi_;
 }
 
+std::vector<std::shared_ptr<GeneralEventSpi>> FakeGeneralEventManager::spis() const {
+  const std::lock_guard lock(mutex_);
+  return spis_;
+}
+
+void FakeGeneralEventManager::keep(const std::shared_ptr<GeneralEventSpi>& spi) {
+  const std::lock_guard lock(mutex_);
+  spis_.push_back(spi);
+}
+
 void FakeGeneralEventManager::forget() {
   std::shared_ptr<GeneralEventSpi> spi;
+  std::vector<std::shared_ptr<GeneralEventSpi>> spis;
   const std::lock_guard lock(mutex_);
   spi.swap(spi_);
+  spis.swap(spis_);
 }
 
 }  // namespace orvane::support

@@ -10,11 +10,13 @@ void FakeIndexTrade::subscribeElementChange(const ICodeID& code,
     const std::lock_guard lock(mutex_);
     spi_ = spi;
   }
+  keep(spi);
   calls_.record("index.subscribeElementChange", std::to_string(code.id));
 }
 
 void FakeIndexTrade::unsubscribeElementChange(const ICodeID& code,
-                                              const std::shared_ptr<IndexTradeSpi>&) {
+                                              const std::shared_ptr<IndexTradeSpi>& spi) {
+  keep(spi);
   calls_.record("index.unsubscribeElementChange", std::to_string(code.id));
 }
 
@@ -29,10 +31,22 @@ std::shared_ptr<IndexTradeSpi> FakeIndexTrade::spi() const {
   return spi_;
 }
 
+std::vector<std::shared_ptr<IndexTradeSpi>> FakeIndexTrade::spis() const {
+  const std::lock_guard lock(mutex_);
+  return spis_;
+}
+
+void FakeIndexTrade::keep(const std::shared_ptr<IndexTradeSpi>& spi) {
+  const std::lock_guard lock(mutex_);
+  spis_.push_back(spi);
+}
+
 void FakeIndexTrade::forget() {
   std::shared_ptr<IndexTradeSpi> spi;
+  std::vector<std::shared_ptr<IndexTradeSpi>> spis;
   const std::lock_guard lock(mutex_);
   spi.swap(spi_);
+  spis.swap(spis_);
 }
 
 }  // namespace orvane::support

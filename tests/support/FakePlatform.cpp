@@ -93,7 +93,7 @@ ICondService* FakePlatform::conditionService() {
 
 IPublisher* FakePlatform::createPublisher(RunnerModeFlag mode) {
   calls.record("publisher.create", std::to_string(mode));
-  return new FakePublisher(calls);
+  return new FakePublisher(calls, published);
 }
 
 std::shared_ptr<IGeneralEventManager> FakePlatform::generalEventManager() { return events; }
@@ -107,8 +107,13 @@ std::list<std::string> FakePlatform::targetsOfName(const std::string& name) {
 
 ResultStatus FakePlatform::readRecords(const std::string& target, const std::string& name,
                                        int64 begin, int64 end, std::list<Record>& records,
-                                       const std::function<bool()>& /*cancelled*/, int64 waitMs,
+                                       const std::function<bool()>& cancelled, int64 waitMs,
                                        int flags) {
+  dataRead.targets = {target};
+  dataRead.name = name;
+  dataRead.begin = begin;
+  dataRead.end = end;
+  dataRead.cancelled = cancelled();
   records.push_back({begin, end, name});
   return calls.record("data.readRecords", name + "/" + target + " wait=" + std::to_string(waitMs) +
                                               " flags=" + std::to_string(flags));
@@ -117,9 +122,16 @@ ResultStatus FakePlatform::readRecords(const std::string& target, const std::str
 ResultStatus FakePlatform::readTargets(const std::list<std::string>& targets,
                                        const std::string& name, int64 time,
                                        std::list<TargetRecord>& records,
-                                       const std::function<bool()>& /*cancelled*/, int64 waitMs,
+                                       const std::function<bool()>& cancelled, int64 waitMs,
                                        int flags) {
-  for (const std::string& target : targets) records.push_back({target, {{time, 0, name}}});
+  dataRead.targets = targets;
+  dataRead.name = name;
+  dataRead.begin = time;
+  dataRead.cancelled = cancelled();
+  if (dataRead.answer)
+    records = *dataRead.answer;
+  else
+    for (const std::string& target : targets) records.push_back({target, {{time, 0, name}}});
   return calls.record("data.readTargets",
                       name + " wait=" + std::to_string(waitMs) + " flags=" + std::to_string(flags));
 }

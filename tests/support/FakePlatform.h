@@ -3,6 +3,7 @@
 #include <atomic>
 #include <functional>
 #include <memory>
+#include <optional>
 
 #include "services/IPlatform.h"
 #include "tests/support/CallLog.h"
@@ -38,8 +39,21 @@ class FakePlatform final : public IPlatform {
   std::shared_ptr<FakeGeneralEventManager> events;
   FakeIndexTrade indexes;
   FakeSystemEvent system;
+  Published published;
   std::atomic<bool> timeEnabled{false};
   int64 zoneOffset = 8 * 3600 * 1000;  ///< Of the platform's own zone.
+
+  /// The last blocking read of dictionary data, and what the reads answer: unset, one record for
+  /// each target. Fill it in before other threads read.
+  struct DataRead {
+    std::list<std::string> targets;
+    std::string name;
+    int64 begin = 0;  ///< Or the time of a read of one instant.
+    int64 end = 0;
+    bool cancelled = false;  ///< What the caller's predicate answered.
+    std::optional<std::list<TargetRecord>> answer;
+  };
+  DataRead dataRead;
 
   /// Runs whenever the condition service is asked for: the moment at which a trade source is
   /// attached or detached. Set it before calls come.

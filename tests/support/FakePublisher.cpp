@@ -22,7 +22,8 @@ Living& living() {
 
 }  // namespace
 
-FakePublisher::FakePublisher(CallLog& calls) : calls_(calls) {
+FakePublisher::FakePublisher(CallLog& calls, Published& published)
+    : calls_(calls), published_(published) {
   const std::lock_guard lock(living().mutex);
   living().publishers.insert(this);
 }
@@ -57,33 +58,55 @@ ORVANE_FAKE_PUBLISHER_OP(12)
 ResultStatus FakePublisher::publishRecords(const std::string& name, const std::string& target,
                                            int valueType, const std::list<Record>& records,
                                            int flags, int64 tag) {
+  {
+    const std::lock_guard lock(published_.mutex);
+    published_.records = records;
+  }
   return calls_.record("publisher.publishRecords", name + " " + target + number(valueType) + " " +
                                                        sizeOf(records) + number(flags) +
                                                        number(tag));
 }
 
 ResultStatus FakePublisher::requestRange(const DataReq& request, int64 tag) {
+  {
+    const std::lock_guard lock(published_.mutex);
+    published_.request = request;
+  }
   return calls_.record("publisher.requestRange", request.name + number(tag));
 }
 
+void FakePublisher::keep(const std::list<IDepthMarketData>& quotes) {
+  const std::lock_guard lock(published_.mutex);
+  published_.quotes = quotes;
+}
+
+void FakePublisher::keep(const std::list<IKLine>& bars) {
+  const std::lock_guard lock(published_.mutex);
+  published_.bars = bars;
+}
+
 ResultStatus FakePublisher::publishQuoteList(const std::list<IDepthMarketData>& quotes, int flags) {
+  keep(quotes);
   return calls_.record("publisher.publishQuoteList", sizeOf(quotes) + number(flags));
 }
 
 ResultStatus FakePublisher::publishQuoteSeries(const ICodeID& code, const std::list<IKLine>& bars,
                                                int term, int flags) {
+  keep(bars);
   return calls_.record("publisher.publishQuoteSeries",
                        std::to_string(code.id) + " " + sizeOf(bars) + number(term) + number(flags));
 }
 
 ResultStatus FakePublisher::publishQuoteItems(const ICodeID& code,
                                               const std::list<IDepthMarketData>& ticks, int flags) {
+  keep(ticks);
   return calls_.record("publisher.publishQuoteItems",
                        std::to_string(code.id) + " " + sizeOf(ticks) + number(flags));
 }
 
 ResultStatus FakePublisher::publishQuoteItems2(const ICodeID& code, const std::list<IKLine>& bars,
                                                int flags) {
+  keep(bars);
   return calls_.record("publisher.publishQuoteItems2",
                        std::to_string(code.id) + " " + sizeOf(bars) + number(flags));
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <mutex>
 #include <string>
 
 #include "services/ov.publisher/IPublisher.h"
@@ -7,12 +8,38 @@
 
 namespace orvane::support {
 
+/// What the publishers of one platform were given last. Any thread may use it.
+struct Published {
+  std::list<Record> lastRecords() const {
+    const std::lock_guard lock(mutex);
+    return records;
+  }
+  DataReq lastRequest() const {
+    const std::lock_guard lock(mutex);
+    return request;
+  }
+  std::list<IDepthMarketData> lastQuotes() const {
+    const std::lock_guard lock(mutex);
+    return quotes;
+  }
+  std::list<IKLine> lastBars() const {
+    const std::lock_guard lock(mutex);
+    return bars;
+  }
+
+  mutable std::mutex mutex;
+  std::list<Record> records;
+  DataReq request;
+  std::list<IDepthMarketData> quotes;  ///< Or ticks.
+  std::list<IKLine> bars;
+};
+
 /// A publisher that publishes nothing. It notes every call as "publisher.<operation>", with its
 /// arguments, and its own end as "publisher.gone". Some owners never release theirs, so the ones
 /// alive stay reachable from a list of the process: a leak check finds real leaks only.
 class FakePublisher final : public IPublisher {
  public:
-  explicit FakePublisher(CallLog& calls);
+  FakePublisher(CallLog& calls, Published& published);
   ~FakePublisher() override;
 
   ResultStatus publisherOp1(ORVANE_PUBLISHER_OP_ARGS) override;
@@ -43,7 +70,11 @@ class FakePublisher final : public IPublisher {
   ResultStatus publishOp8(const std::string& key, const std::string& text, int flags) override;
 
  private:
+  void keep(const std::list<IDepthMarketData>& quotes);
+  void keep(const std::list<IKLine>& bars);
+
   CallLog& calls_;
+  Published& published_;
 };
 
 }  // namespace orvane::support

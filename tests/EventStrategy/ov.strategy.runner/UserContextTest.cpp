@@ -454,7 +454,7 @@ TEST_F(UserContextTest, shouldAddItsFlagsAndWaitsToTheDataOperations) {
       ElementsAre("publisher.publishRecords n t 3 1 132 0",
                   "data.readRecords n/t wait=60000 flags=33", "data.readTargets n wait=77 flags=33",
                   "data.readTargets n wait=60000 flags=33", "data.readLatest n/t flags=6",
-                  "publisher.requestRange n 0", "data.dataDefines 1"));
+                  "publisher.requestRange n 0", "data.dataDefines n 1"));
   EXPECT_EQ(byTarget.size(), 2u);
   EXPECT_EQ(record.text, "n");
 }
