@@ -26,12 +26,12 @@ sigset_t interruptSignals() {
 }  // namespace
 
 InterruptWatcher::InterruptWatcher() {
-  const sigset_t signals = interruptSignals();
-  pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-  signalFd_ = signalfd(-1, &signals, SFD_CLOEXEC);
+  const sigset_t interrupts = interruptSignals();
+  pthread_sigmask(SIG_BLOCK, &interrupts, nullptr);
+  signalFd_ = signalfd(-1, &interrupts, SFD_CLOEXEC);
   wakeFd_ = eventfd(0, EFD_CLOEXEC);
   if (signalFd_ < 0 || wakeFd_ < 0)
-    throw std::system_error(errno, std::generic_category(), "cannot watch for signals");
+    throw std::system_error(errno, std::generic_category(), "cannot watch for interrupts");
   thread_ = std::thread([this] { watch(); });
 }
 
@@ -43,8 +43,8 @@ InterruptWatcher::~InterruptWatcher() {
     thread_.detach();
   close(signalFd_);
   close(wakeFd_);
-  const sigset_t signals = interruptSignals();
-  pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
+  const sigset_t interrupts = interruptSignals();
+  pthread_sigmask(SIG_UNBLOCK, &interrupts, nullptr);
 }
 
 void InterruptWatcher::setHandler(std::function<void()> handler) {
