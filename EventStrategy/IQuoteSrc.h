@@ -66,9 +66,16 @@ class ORVANE_API IQuoteSrc {
                                      std::list<ICodeID>& codes) = 0;
   virtual ResultStatus setUserCodeProperty(const ICodeProperty& property) = 0;
 
-  /// Blocks for the bars of each range, `timeoutMs` at most. Code by code, the last batch.
+  /// Blocks for the bars of each range, until all are there or `timeoutMs` of real time have
+  /// passed. Answers, code by code, what came: a range that was refused or is late leaves no entry,
+  /// and of two ranges of one code the later answer is kept. Of a history in several batches only
+  /// the last counts; see docs/services.md for how to have it in one. Not to be called on a thread
+  /// of the service. It may be called inside a strategy's call-back.
   virtual std::map<ICodeID, std::vector<IKLine>> fetchBarsSync(const std::list<OVDataRange>& ranges,
                                                                int64 timeoutMs) = 0;
+  /// Has the platform put a code's stored data of a frequency in order, and blocks for the outcome,
+  /// `timeoutMs` of real time at most; without an answer by then code 0. What `value` means is the
+  /// platform's. A bad frequency takes the whole time, and then gives its status.
   virtual ResultStatus maintainDataSync(const ICodeID& code, const std::string& frequency,
                                         int64 value, int64 timeoutMs) = 0;
 

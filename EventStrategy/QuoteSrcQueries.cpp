@@ -1,6 +1,7 @@
 // The query side of the quote source: forwards to the code service, the realtime service and the
 // publisher. Each call goes through the router anew, since a platform may replace its services.
 
+#include "EventStrategy/QuoteGetSync.h"
 #include "EventStrategy/QuoteSrc.h"
 #include "services/Common/ICodeService.h"
 #include "services/Common/IServiceRouter.h"
@@ -160,13 +161,14 @@ ResultStatus QuoteSrc::setUserCodeProperty(const ICodeProperty& property) {
   return {};
 }
 
-std::map<ICodeID, std::vector<IKLine>> QuoteSrc::fetchBarsSync(const std::list<OVDataRange>&,
-                                                               int64) {
-  return {};
+std::map<ICodeID, std::vector<IKLine>> QuoteSrc::fetchBarsSync(const std::list<OVDataRange>& ranges,
+                                                               int64 timeoutMs) {
+  return detail::QuoteGetSync().fetchBars(ranges, timeoutMs);
 }
 
-ResultStatus QuoteSrc::maintainDataSync(const ICodeID&, const std::string&, int64, int64) {
-  return {23, statusMessage(23)};
+ResultStatus QuoteSrc::maintainDataSync(const ICodeID& code, const std::string& frequency,
+                                        int64 value, int64 timeoutMs) {
+  return detail::QuoteGetSync().maintainData(code, frequency, value, timeoutMs);
 }
 
 ResultStatus QuoteSrc::freqToTerm(const std::string& frequency, int64& term, bool& extraFlag) {

@@ -10,6 +10,7 @@
 #include "platform/core/Periods.h"
 #include "platform/core/PlatformPool.h"
 #include "platform/events/NoPublisher.h"
+#include "platform/market/NoDataMaintain.h"
 #include "platform/trade/EventSources.h"
 
 namespace orvane {
@@ -303,5 +304,7 @@ ResultStatus EmbeddedPlatform::readTargets(const std::list<std::string>&, const 
                                            int64, int) {
   return detail::notSupported();
 }
+
+IDataMaintain* EmbeddedPlatform::createDataMaintain() { return new detail::NoDataMaintain; }
 
 }  // namespace orvane

@@ -134,6 +134,7 @@ class ORVANE_API EmbeddedPlatform final : public IPlatform {
                            int64 time, std::list<TargetRecord>& records,
                            const std::function<bool()>& cancelled, int64 waitMs,
                            int flags) override;
+  IDataMaintain* createDataMaintain() override;
 
  private:
   class Impl;

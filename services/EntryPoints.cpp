@@ -11,6 +11,7 @@
 #include "services/Common/TradeUtils.h"
 #include "services/IPlatform.h"
 #include "services/QuoteClient/BarDataReadSyncWrapper.h"
+#include "services/QuoteClient/IDataMaintain.h"
 #include "services/QuoteClient/IGeneralEventManager.h"
 #include "services/QuoteClient/IIndexTrade.h"
 #include "services/QuoteClient/ISystemEvent.h"
@@ -83,6 +84,10 @@ std::shared_ptr<IGeneralEventManager> IGeneralEventManager::instance() {
 }
 
 IIndexTrade* IIndexTrade::instance() { return installedPlatform().indexTrade(); }
+
+IDataMaintain* IDataMaintain::Create() { return installedPlatform().createDataMaintain(); }
+
+void IDataMaintain::release(IDataMaintain* maintain) { delete maintain; }
 
 ISystemEvent* ISystemEvent::instance() { return installedPlatform().systemEvent(); }
 

@@ -13,6 +13,7 @@
 namespace orvane {
 
 class ICondService;
+class IDataMaintain;
 class IGeneralEventManager;
 class IIndexTrade;
 class IModuleLoader;
@@ -75,6 +76,8 @@ class ORVANE_API IPlatform {
                                    int64 time, std::list<TargetRecord>& records,
                                    const std::function<bool()>& cancelled, int64 waitMs,
                                    int flags) = 0;
+
+  virtual IDataMaintain* createDataMaintain() = 0;  ///< Owned by the caller.
 };
 
 /// Puts `platform` behind every static entry point; null takes the present one away. Returns the

@@ -3,6 +3,7 @@
 
 #include "services/Common/CmnFactory.h"
 #include "services/Common/DllLoader.h"
+#include "services/Common/IBlockingReceiver.h"
 #include "services/Common/ICodeService.h"
 #include "services/Common/IDataService.h"
 #include "services/Common/IRealtimeQuoteService.h"
@@ -11,6 +12,7 @@
 #include "services/Common/ITradeService.h"
 #include "services/Common/ThreadPoolBase.h"
 #include "services/Common/Timer.h"
+#include "services/QuoteClient/IDataMaintain.h"
 #include "services/QuoteClient/IGeneralEventManager.h"
 #include "services/QuoteClient/IIndexTrade.h"
 #include "services/QuoteClient/ISystemEvent.h"
@@ -31,10 +33,13 @@ ITradeService::~ITradeService() = default;
 IGeneralEventManager::~IGeneralEventManager() = default;
 IIndexTrade::~IIndexTrade() = default;
 ISystemEvent::~ISystemEvent() = default;
+IDataMaintain::~IDataMaintain() = default;
 IPublisher::~IPublisher() = default;
 
 ITimerNotify::ITimerNotify() = default;
 ITimerNotify::~ITimerNotify() = default;
+
+IBlockingReceiver::~IBlockingReceiver() = default;
 
 QuoteSpi::~QuoteSpi() = default;
 void QuoteSpi::onQuote(const IDepthMarketData&) {}
@@ -104,6 +109,13 @@ void TradeDataSpi::onDataReserved32() {}
 TradeEventSpi::~TradeEventSpi() = default;
 
 GeneralEventSpi::~GeneralEventSpi() = default;
+
+IDataMaintainSpi::~IDataMaintainSpi() = default;
+void IDataMaintainSpi::onMaintainReserved1() {}
+void IDataMaintainSpi::onMaintainReserved2() {}
+void IDataMaintainSpi::onMaintainReserved3() {}
+void IDataMaintainSpi::onMaintained(int, const ICodeID&, ITimeType, const ResultStatus&) {}
+void IDataMaintainSpi::onMaintainReserved5() {}
 
 IndexTradeSpi::~IndexTradeSpi() = default;
 void IndexTradeSpi::onIndexReserved1() {}

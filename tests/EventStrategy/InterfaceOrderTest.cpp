@@ -29,6 +29,7 @@
 #include "services/Common/IRealtimeQuoteService.h"
 #include "services/Common/ITimerNotify.h"
 #include "services/Common/ITradeService.h"
+#include "services/QuoteClient/IDataMaintain.h"
 #include "services/QuoteClient/IGeneralEventManager.h"
 #include "services/QuoteClient/IIndexTrade.h"
 #include "services/ov.publisher/IPublisher.h"
@@ -442,6 +443,17 @@ TEST(IndexTradeSpi, shouldHaveTheElementChangeAsItsNinthAndLastOperation) {
   static_assert(std::has_virtual_destructor_v<IndexTradeSpi>);
   EXPECT_EQ(slotOf(&IndexTradeSpi::onElementChange), 8 + 1);
   EXPECT_EQ(slotOf(&Probe::next), 9 + 1);
+}
+
+TEST(IDataMaintainSpi, shouldHaveThreeEmptyOperationsThenTheOutcomeThenAnEmptyOne) {
+  struct Probe : IDataMaintainSpi {
+    virtual void next() {}
+  };
+  static_assert(std::has_virtual_destructor_v<IDataMaintainSpi>);
+  using S = IDataMaintainSpi;
+  expectOrder({slotOf(&S::onMaintainReserved1), slotOf(&S::onMaintainReserved2),
+               slotOf(&S::onMaintainReserved3), slotOf(&S::onMaintained),
+               slotOf(&S::onMaintainReserved5), slotOf(&Probe::next)});
 }
 
 TEST(GeneralEventSpi, shouldHaveTwoOperationsWithTheDestructor) {

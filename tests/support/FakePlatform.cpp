@@ -15,7 +15,8 @@ FakePlatform::FakePlatform()
       conditions(calls),
       events(std::make_shared<FakeGeneralEventManager>(calls)),
       indexes(calls),
-      system(calls) {
+      system(calls),
+      maintenance(calls) {
   installPlatform(this);
 }
 
@@ -31,11 +32,16 @@ void FakePlatform::forgetSpis() {
   events->forget();
   indexes.forget();
   timers.forget();
+  maintenance.forget();
 }
 
 IServiceRouter* FakePlatform::router() { return &routes; }
 int64 FakePlatform::nowUtcMs() { return clock.now(); }
-int64 FakePlatform::sysNowUtcMs() { return sysClock.now(); }
+
+int64 FakePlatform::sysNowUtcMs() {
+  if (onSysNow) onSysNow();
+  return sysClock.now();
+}
 
 int64 FakePlatform::zoneOffsetMs(OVTimeZone zone, int64 /*utcMs*/) {
   return zone == OVTimeZone::Platform ? zoneOffset : 0;
@@ -80,7 +86,9 @@ IMDQuery FakePlatform::dataRangeToQuery(const OVDataRange& range) {
           static_cast<std::int32_t>(range.flags)};
 }
 
-ITimeType FakePlatform::timeTypeOf(int64 /*term*/) { return ITimeType::Day; }
+ITimeType FakePlatform::timeTypeOf(int64 term) {
+  return term == 60000 ? ITimeType::Minute : ITimeType::Day;
+}
 
 EventSourceId FakePlatform::eventSourceOf(const SourceId& source) {
   return static_cast<EventSourceId>(source.sourceType & 255);
@@ -135,5 +143,7 @@ ResultStatus FakePlatform::readTargets(const std::list<std::string>& targets,
   return calls.record("data.readTargets",
                       name + " wait=" + std::to_string(waitMs) + " flags=" + std::to_string(flags));
 }
+
+IDataMaintain* FakePlatform::createDataMaintain() { return maintenance.create(); }
 
 }  // namespace orvane::support

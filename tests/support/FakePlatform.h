@@ -8,6 +8,7 @@
 #include "services/IPlatform.h"
 #include "tests/support/CallLog.h"
 #include "tests/support/FakeCondService.h"
+#include "tests/support/FakeDataMaintain.h"
 #include "tests/support/FakeGeneralEventManager.h"
 #include "tests/support/FakeIndexTrade.h"
 #include "tests/support/FakeModuleLoader.h"
@@ -40,6 +41,7 @@ class FakePlatform final : public IPlatform {
   FakeIndexTrade indexes;
   FakeSystemEvent system;
   Published published;
+  MaintainDesk maintenance;
   std::atomic<bool> timeEnabled{false};
   int64 zoneOffset = 8 * 3600 * 1000;  ///< Of the platform's own zone.
 
@@ -58,6 +60,9 @@ class FakePlatform final : public IPlatform {
   /// Runs whenever the condition service is asked for: the moment at which a trade source is
   /// attached or detached. Set it before calls come.
   std::function<void()> onConditionService;
+
+  /// Runs before each look at the wall clock, on the thread that looks. Set it before calls come.
+  std::function<void()> onSysNow;
 
   FakeRealtimeQuoteService& quotes() { return routes.realtime; }
   FakeCodeService& codes() { return routes.codes; }
@@ -100,6 +105,7 @@ class FakePlatform final : public IPlatform {
                            int64 time, std::list<TargetRecord>& records,
                            const std::function<bool()>& cancelled, int64 waitMs,
                            int flags) override;
+  IDataMaintain* createDataMaintain() override;
 
  private:
   std::atomic<int> liveRefCounters_{0};

@@ -228,6 +228,21 @@ TEST_F(FakePlatformTest, shouldRememberSpisUntilItForgetsThem) {
   EXPECT_EQ(platform.quotes().quoteSpi(7), nullptr);
 }
 
+TEST_F(FakePlatformTest, shouldRememberTheSpiOfAMaintenanceAfterItsRelease) {
+  const auto spi = std::make_shared<IDataMaintainSpi>();
+  IDataMaintain* maintain = IDataMaintain::Create();
+  platform.calls.answer("maintain.maintain", {4, "no"});
+  EXPECT_EQ(maintain->maintain({7, 0, 0, "c"}, ITimeType::Hour, 9, spi, 5),
+            (ResultStatus{4, "no"}));
+  IDataMaintain::release(maintain);
+  EXPECT_EQ(platform.maintenance.spi(), spi);
+  EXPECT_THAT(platform.calls.entries("maintain."),
+              ElementsAre("maintain.create", "maintain.maintain 5 code=7 type=4 value=9",
+                          "maintain.release"));
+  platform.forgetSpis();
+  EXPECT_EQ(spi.use_count(), 1);
+}
+
 TEST_F(FakePlatformTest, shouldAnswerFromTheRecordsThatATestGave) {
   platform.codes().codes["A"] = {7, 0, 0, "A"};
   ICodeID code;

@@ -12,6 +12,7 @@
 #include "EventStrategy/GeneralEventSrc.h"
 #include "EventStrategy/IndexSrc.h"
 #include "EventStrategy/QuoteSrc.h"
+#include "EventStrategy/QuoteGetSyncSpi.h"
 #include "EventStrategy/TimerSrc.h"
 #include "EventStrategy/TradeSrc.h"
 #include "EventStrategy/ov.strategy.runner/RunnerContext.h"
@@ -54,6 +55,12 @@ struct TestAccess {
 
   // The other sources.
   static bool mutexIsFree(TimerSrc& src) { return isFree(src.mutex_); }
+  static bool hasBarsCallback(const QuoteGetSyncSpi& spi) { return bool(spi.barsCallback_); }
+  static bool hasTicksCallback(const QuoteGetSyncSpi& spi) { return bool(spi.ticksCallback_); }
+  static bool hasMaintainCallback(const QuoteGetSyncSpi& spi) {
+    return bool(spi.maintainCallback_);
+  }
+
   static std::size_t timerCount(TimerSrc& src) {
     const std::lock_guard lock(src.mutex_);
     return src.timers_.size();
