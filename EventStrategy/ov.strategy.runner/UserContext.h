@@ -170,6 +170,7 @@ class UserContext : public IContext {
   ResultStatus sendCompleted(const OrderRequest& request, int64 defaultSourceType,
                              const std::string& defaultSource, std::list<Order>& orders);
   static ResultStatus notSupported();
+  const std::string& runnerName() const;
 
   RunnerContext* const runnerContext_;
 
@@ -178,7 +179,6 @@ class UserContext : public IContext {
 
   static void log(detail::LogLevel level, const std::string& message, bool toStg,
                   const log4cxx::spi::LocationInfo& location);
-  const std::string& runnerName() const;
   void exitMarketData();
   void exitTrade();
   void exitData();

@@ -275,10 +275,12 @@ void FakeTradeService::unsubscribeAccount(const Spi&, const TradingAccountID& ac
 void FakeTradeService::unsubscribeAll(const Spi&) { calls_.record("trade.unsubscribeAll"); }
 
 ResultStatus FakeTradeService::attachAccount(const AccountRecord& account) {
+  lastAccount = account;
   return calls_.record("trade.attachAccount", account.id.text3);
 }
 
 ResultStatus FakeTradeService::detachAccount(const AccountRecord& account) {
+  lastAccount = account;
   return calls_.record("trade.detachAccount", account.id.text3);
 }
 

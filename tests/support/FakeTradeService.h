@@ -26,6 +26,7 @@ class FakeTradeService final : public ITradeService {
   Order lastOrder;              ///< What `cancelOrder` or `orderActionForward` was given last.
   HistoryQuery lastQuery;       ///< What `queryHistory` was given last.
   std::list<Order> sentOrders;  ///< What `sendOrder` answers.
+  AccountRecord lastAccount;    ///< What `attachAccount` or `detachAccount` was given last.
 
   ResultStatus sendOrder(const OrderRequest& request, std::list<Order>& out) override;
   ResultStatus cancelOrder(const Order& order) override;

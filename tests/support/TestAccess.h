@@ -5,18 +5,20 @@
 #include <mutex>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "EventStrategy/AbstractEventStrategy.h"
 #include "EventStrategy/DataSrc.h"
 #include "EventStrategy/GeneralEventSrc.h"
 #include "EventStrategy/IndexSrc.h"
-#include "EventStrategy/QuoteSrc.h"
 #include "EventStrategy/QuoteGetSyncSpi.h"
+#include "EventStrategy/QuoteSrc.h"
 #include "EventStrategy/TimerSrc.h"
 #include "EventStrategy/TradeSrc.h"
 #include "EventStrategy/ov.strategy.runner/RunnerContext.h"
 #include "EventStrategy/ov.strategy.runner/RunnerFactory.h"
+#include "EventStrategy/ov.strategy.runner/ServerUserContext.h"
 #include "EventStrategy/ov.strategy.runner/UserContext.h"
 
 namespace orvane::detail {
@@ -53,14 +55,14 @@ struct TestAccess {
   static bool notifyMutexIsFree(QuoteSrc& src) { return isFree(src.notifyMutex_); }
   static const QuoteNotify* notify(QuoteSrc& src) { return src.notify_; }
 
-  // The other sources.
-  static bool mutexIsFree(TimerSrc& src) { return isFree(src.mutex_); }
   static bool hasBarsCallback(const QuoteGetSyncSpi& spi) { return bool(spi.barsCallback_); }
   static bool hasTicksCallback(const QuoteGetSyncSpi& spi) { return bool(spi.ticksCallback_); }
   static bool hasMaintainCallback(const QuoteGetSyncSpi& spi) {
     return bool(spi.maintainCallback_);
   }
 
+  // The other sources.
+  static bool mutexIsFree(TimerSrc& src) { return isFree(src.mutex_); }
   static std::size_t timerCount(TimerSrc& src) {
     const std::lock_guard lock(src.mutex_);
     return src.timers_.size();
@@ -119,6 +121,15 @@ struct TestAccess {
   // The runner's context.
   static const RunnerState& state(RunnerContext& c) { return *c.state_; }
   static UserContext& context(RunnerContext& c) { return *c.context_; }
+  static ServerUserContext& serverContext(RunnerContext& c) {
+    return dynamic_cast<ServerUserContext&>(*c.context_);
+  }
+  static std::map<std::pair<int, std::string>, int> accountRefs(const ServerUserContext& c) {
+    return c.accountRefs_;
+  }
+  static std::map<std::string, int64> stats(const ServerUserContext& c) { return c.stats_; }
+  static int64 statResetMs(const ServerUserContext& c) { return c.statResetMs_; }
+  static int64 lastPublishMs(const ServerUserContext& c) { return c.lastPublishMs_; }
   static std::size_t strategyCount(RunnerContext& c) { return c.strategies_.size(); }
   static bool isScheduled(RunnerContext& c) {
     const std::lock_guard lock(c.mutex_);
