@@ -59,6 +59,7 @@ orvane_public_headers(orvane_platform
   platform/EmbeddedPlatform.h
   platform/dictionary/DictionaryOptions.h
   platform/events/EventOptions.h
+  platform/events/IndexFile.h
   platform/market/Series.h
   platform/market/files/DataFiles.h
   platform/reference/Instrument.h
