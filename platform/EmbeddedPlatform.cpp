@@ -9,9 +9,10 @@
 #include "platform/core/ModuleLoader.h"
 #include "platform/core/Periods.h"
 #include "platform/core/PlatformPool.h"
-#include "platform/events/NoPublisher.h"
+#include "platform/events/Publisher.h"
 #include "platform/market/NoDataMaintain.h"
 #include "platform/trade/EventSources.h"
+#include "shared/TextCodec.h"
 
 namespace orvane {
 namespace {
@@ -49,7 +50,10 @@ EmbeddedPlatform::Impl::Impl(PlatformOptions chosen)
       codes([this] { return now(); }, options.timeZone),
       generalEvents(std::make_shared<detail::GeneralEvents>(options.events, isPlayback(),
                                                             [this] { noteEvent(); })),
+      index(codes, isPlayback()),
+      systemEvents(*generalEvents),
       store(options.from, options.to, zone),
+      publications({store, codes, [this] { return now(); }, [this] { noteEvent(); }, isPlayback()}),
       quotes(store, codes, [this] { noteRequest(); }),
       tradeFile(storeOf(options.trade)),
       tradeState(options.trade),
@@ -57,15 +61,17 @@ EmbeddedPlatform::Impl::Impl(PlatformOptions chosen)
           tradeState, [this] { return now(); }, [this] { noteTradeRequest(); },
           [this](int64 time) { return dayOf(zone->toLocal(time)); }),
       desk(deskParts()),
-      eventDesk(*generalEvents, cancelled),
+      eventDesk(eventParts()),
       playback(parts(), options.speed, progress),
       live(parts(), options.speed, progress) {
   detail::PlatformPool::overrideThreads(options.poolThreads);
   resetClock();
-  if (isPlayback())
+  if (isPlayback()) {
+    codes.deferChanges([this] { noteEvent(); });
     answerer = std::make_unique<detail::OverdueAnswerer>(quotes);
-  else
+  } else {
     timerThread = std::make_unique<detail::TimerThread>(timers);
+  }
 }
 
 EmbeddedPlatform::Impl::~Impl() {
@@ -80,6 +86,10 @@ detail::DriverParts EmbeddedPlatform::Impl::parts() {
 detail::TradeDesk::Parts EmbeddedPlatform::Impl::deskParts() {
   return {tradeState, store,           options.trade, [this] { return now(); },
           cancelled,  tradeFile.get(), isPlayback()};
+}
+
+detail::EventDesk::Parts EmbeddedPlatform::Impl::eventParts() {
+  return {*generalEvents, index, publications, codes, quotes, desk, cancelled};
 }
 
 int64 EmbeddedPlatform::Impl::now() const { return isPlayback() ? clock.load() : wallNow(); }
@@ -104,12 +114,15 @@ void EmbeddedPlatform::Impl::noteTradeRequest() {
     loop.wake();
 }
 
+void EmbeddedPlatform::Impl::serveEvents() {
+  const std::lock_guard turn(quotes.turn());
+  while (eventDesk.serve()) {
+  }
+}
+
 void EmbeddedPlatform::Impl::noteEvent() {
   if (!isPlayback())
-    loop.post([this] {
-      while (eventDesk.serve()) {
-      }
-    });
+    loop.post([this] { serveEvents(); });
   else if (options.speed > 0)
     loop.wake();
 }
@@ -122,7 +135,7 @@ void EmbeddedPlatform::Impl::resetClock() {
   clock.store(begin);
   progress.now.store(begin);
   quotes.startAt(begin);
-  generalEvents->startAt(begin, options.to);
+  eventDesk.startAt(begin, options.to);
 }
 
 void EmbeddedPlatform::Impl::run(const std::function<void(const PlaybackProgress&)>& report) {
@@ -173,8 +186,7 @@ void EmbeddedPlatform::Impl::drain() {
           quotes.serve();
         }
         desk.serve();
-        while (eventDesk.serve()) {
-        }
+        serveEvents();
         desk.persist(true);
       }
     });
@@ -208,6 +220,20 @@ void EmbeddedPlatform::addTicks(TickSeries series) {
   impl_->resetClock();
 }
 
+void EmbeddedPlatform::addIndexes(const std::vector<IndexComposition>& compositions) {
+  impl_->index.add(compositions);
+  impl_->resetClock();
+}
+
+void EmbeddedPlatform::addPublished(const ICodeID& code, const std::string& frequency) {
+  int64 term = 0;
+  bool extraFlag = false;
+  ResultStatus status = detail::parseFrequency(frequency, term, extraFlag);
+  const std::lock_guard turn(impl_->quotes.turn());
+  if (status.code == 0) status = impl_->publications.makeKnown(code, term);
+  if (status.code != 0) throw std::invalid_argument(gbkToUtf8(status.message));
+}
+
 ResultStatus EmbeddedPlatform::publishEvent(const std::string& target, const std::string& name,
                                             const std::string& key,
                                             std::map<std::string, std::string> fields) {
@@ -224,6 +250,8 @@ void EmbeddedPlatform::run(const std::function<void(const PlaybackProgress&)>& p
 void EmbeddedPlatform::rewind() {
   {
     const std::lock_guard turn(impl_->quotes.turn());
+    impl_->eventDesk.dropWaiting();
+    impl_->codes.forgetChanges();
     impl_->quotes.rewind();
   }
   impl_->resetClock();
@@ -282,7 +310,8 @@ EventSourceId EmbeddedPlatform::eventSourceOf(const SourceId& source) {
 
 ICondService* EmbeddedPlatform::conditionService() { return nullptr; }
 IPublisher* EmbeddedPlatform::createPublisher(RunnerModeFlag) {
-  return new detail::NoPublisher(impl_->publishers);
+  return new detail::Publisher({impl_->publishers, impl_->publications, impl_->codes,
+                                *impl_->generalEvents, [this] { return nowUtcMs(); }});
 }
 
 std::shared_ptr<IGeneralEventManager> EmbeddedPlatform::generalEventManager() {

@@ -7,6 +7,7 @@
 
 #include "platform/dictionary/DictionaryOptions.h"
 #include "platform/events/EventOptions.h"
+#include "platform/events/IndexFile.h"
 #include "platform/market/Series.h"
 #include "platform/reference/Instrument.h"
 #include "platform/trade/TradeOptions.h"
@@ -69,6 +70,17 @@ class ORVANE_API EmbeddedPlatform final : public IPlatform {
   /// series for each code: a second one throws `std::invalid_argument`.
   void addBars(BarSeries series);
   void addTicks(TickSeries series);
+
+  /// Adds what indexes are made of, as `loadIndexes` reads it; after their instruments and only
+  /// before `run`. Throws `std::invalid_argument` with a UTF-8 text that begins with the place of
+  /// the composition if a code is not there, an index is made of itself, or has two compositions of
+  /// one time; nothing is added then.
+  void addIndexes(const std::vector<IndexComposition>& compositions);
+
+  /// Makes it known that runners will publish bars or ticks ("tick") of a code, so that others can
+  /// subscribe them before the first. Only before `run`. Throws `std::invalid_argument`, in UTF-8,
+  /// if the code is not there or fed by files, or the frequency is none.
+  void addPublished(const ICodeID& code, const std::string& frequency);
 
   /// Tells a general event, as soon as everything is quiet, to those who subscribed its target and
   /// name, and its key if they chose by keys; see `ScriptedEvent`. Texts are GBK. Any thread may

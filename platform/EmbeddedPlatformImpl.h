@@ -12,9 +12,10 @@
 #include "platform/dictionary/NoDataService.h"
 #include "platform/events/EventDesk.h"
 #include "platform/events/GeneralEvents.h"
-#include "platform/events/NoIndexTrade.h"
-#include "platform/events/NoSystemEvent.h"
+#include "platform/events/IndexService.h"
+#include "platform/events/Publications.h"
 #include "platform/events/PublisherBook.h"
+#include "platform/events/SystemEvents.h"
 #include "platform/market/Driver.h"
 #include "platform/market/MarketStore.h"
 #include "platform/market/OverdueAnswerer.h"
@@ -47,6 +48,7 @@ class EmbeddedPlatform::Impl final : public IServiceRouter, public IQuoteHub {
   void noteRequest();
   void noteTradeRequest();
   void noteEvent();
+  void serveEvents();
   void resetClock();
   void run(const std::function<void(const PlaybackProgress&)>& progress);
   void drain();
@@ -64,11 +66,12 @@ class EmbeddedPlatform::Impl final : public IServiceRouter, public IQuoteHub {
   detail::CodeService codes;
   detail::NoDataService data;
   const std::shared_ptr<detail::GeneralEvents> generalEvents;
-  detail::NoIndexTrade index;
+  detail::IndexService index;
   const std::shared_ptr<detail::PublisherBook> publishers =
       std::make_shared<detail::PublisherBook>();
-  detail::NoSystemEvent systemEvents;
+  detail::SystemEvents systemEvents;
   detail::MarketStore store;
+  detail::Publications publications;
   detail::QuoteService quotes;
   const std::unique_ptr<detail::SqliteStore> tradeFile;  ///< Null without a store.
   detail::TradeState tradeState;
@@ -86,6 +89,7 @@ class EmbeddedPlatform::Impl final : public IServiceRouter, public IQuoteHub {
  private:
   detail::DriverParts parts();
   detail::TradeDesk::Parts deskParts();
+  detail::EventDesk::Parts eventParts();
 };
 
 }  // namespace orvane

@@ -36,6 +36,8 @@ class BarBuilder {
 
   /// The end of the open bar's interval; the highest time without one.
   int64 openEnd() const { return open_ ? end_ : kUnsetTime; }
+  /// The end of the last complete bar; the lowest time without one.
+  int64 lastEnd() const { return lastEnd_; }
 
  private:
   void enter(int64 begin, int tradingDay, std::vector<IKLine>& out);

@@ -26,6 +26,11 @@ void PlaybackDriver::begin() {
   turn_ = std::unique_lock(parts_.quotes.turn());
   parts_.quotes.setQuietWait([this] { waitQuiet(); });
   parts_.trade.setQuietWait([this] { waitQuiet(); });
+  parts_.events.setReportsWait([this] {
+    do {
+      waitQuiet();
+    } while (parts_.trade.serve() || !parts_.pool.signal().quiet());
+  });
   parts_.pool.beginHelping();
 }
 
@@ -33,6 +38,7 @@ void PlaybackDriver::end() {
   parts_.pool.endHelping();
   parts_.quotes.setQuietWait(nullptr);
   parts_.trade.setQuietWait(nullptr);
+  parts_.events.setReportsWait(nullptr);
   turn_.unlock();
 }
 
@@ -175,6 +181,7 @@ void LiveDriver::run() {
 
 void LiveDriver::serve() {
   parts_.trade.serve();
+  const std::lock_guard turn(parts_.quotes.turn());
   const int64 now = duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
   while (parts_.events.nextDue() <= now) parts_.events.tellNext();
   while (parts_.events.serve()) {

@@ -26,6 +26,11 @@ void DerivedSeries::skipSent(int64 closedThrough) {
 }
 
 void DerivedSeries::addRow(std::size_t row) {
+  // What was published late changes no bar that is complete.
+  if (base_.published() != nullptr) {
+    const int64 time = base_.timeAt(row);
+    if (base_.isTicks() ? time < builder_.lastEnd() : time <= builder_.lastEnd()) return;
+  }
   if (base_.isTicks())
     addTick(row);
   else
@@ -46,8 +51,10 @@ void DerivedSeries::addTick(std::size_t row) {
     const double before = sameDay ? cell(total, row - 1) : 0;
     return now >= before ? now - before : now;
   };
+  // Whoever publishes a price means it, also without a volume.
   const bool hasVolume =
-      base_.column(TickColumn::Volume) >= 0 || base_.column(TickColumn::TotalVolume) >= 0;
+      base_.published() == nullptr &&
+      (base_.column(TickColumn::Volume) >= 0 || base_.column(TickColumn::TotalVolume) >= 0);
   BarBuilder::Trade trade;
   trade.time = ticks.times[row];
   trade.tradingDay = ticks.tradingDays[row];
@@ -70,6 +77,17 @@ MarketStream::MarketStream(std::shared_ptr<const TickSeries> ticks, std::size_t 
       columns_[static_cast<std::size_t>(ticks_->columns[i].column)] = static_cast<int>(i);
 }
 
+MarketStream::MarketStream(std::shared_ptr<PublishedSeries> published, std::size_t order)
+    : bars_(published->bars()),
+      ticks_(published->ticks()),
+      published_(std::move(published)),
+      order_(order) {
+  columns_.fill(-1);
+  if (ticks_ == nullptr) return;
+  for (std::size_t i = 0; i < ticks_->columns.size(); ++i)
+    columns_[static_cast<std::size_t>(ticks_->columns[i].column)] = static_cast<int>(i);
+}
+
 std::size_t MarketStream::lowerBound(int64 time) const {
   std::size_t low = 0;
   for (std::size_t high = rows(); low < high;) {
@@ -89,6 +107,7 @@ void MarketStore::add(std::shared_ptr<const BarSeries> bars) {
   if (bars->periodMs <= 0)
     throw std::invalid_argument(bars->origin + ": the period is not above 0");
   const std::lock_guard lock(mutex_);
+  refusePublished(bars->code.id, bars->origin);
   for (const MarketStream* known : byCode_[bars->code.id])
     if (known->periodMs() == bars->periodMs)
       throw std::invalid_argument(bars->origin + ": bars of this code and period were given by " +
@@ -101,11 +120,20 @@ void MarketStore::add(std::shared_ptr<const TickSeries> ticks) {
   if (ticks->tradingDays.size() != rows || ticks->cells.size() != rows * ticks->columns.size())
     throw std::invalid_argument(ticks->origin + ": the columns differ in length");
   const std::lock_guard lock(mutex_);
+  refusePublished(ticks->code.id, ticks->origin);
   for (const MarketStream* known : byCode_[ticks->code.id])
     if (known->isTicks())
       throw std::invalid_argument(ticks->origin + ": ticks of this code were given by " +
                                   known->ticks().origin);
   addStream(std::make_unique<MarketStream>(std::move(ticks), streams_.size()));
+}
+
+void MarketStore::refusePublished(int64 codeId, const std::string& origin) const {
+  const auto at = byCode_.find(codeId);
+  if (at == byCode_.end()) return;
+  for (const MarketStream* known : at->second)
+    if (known->published() != nullptr)
+      throw std::invalid_argument(origin + ": this code is fed by publications");
 }
 
 MarketStream& MarketStore::addStream(std::unique_ptr<MarketStream> stream) {
@@ -148,14 +176,41 @@ int64 MarketStore::beginTime() const {
   const std::lock_guard lock(mutex_);
   int64 first = kUnsetTime;
   for (const auto& stream : streams_)
-    if (stream->rows() > 0) first = std::min(first, stream->timeAt(0));
+    if (stream->published() == nullptr && stream->rows() > 0)
+      first = std::min(first, stream->timeAt(0));
   return first == kUnsetTime ? 0 : first;
 }
 
 bool MarketStore::hasRecords() const {
   const std::lock_guard lock(mutex_);
-  return std::any_of(streams_.begin(), streams_.end(),
-                     [](const auto& stream) { return stream->rows() > 0; });
+  return std::any_of(streams_.begin(), streams_.end(), [](const auto& stream) {
+    return stream->published() == nullptr && stream->rows() > 0;
+  });
+}
+
+MarketStream* MarketStore::exactOf(int64 codeId, int64 periodMs) const {
+  const std::lock_guard lock(mutex_);
+  const auto at = byCode_.find(codeId);
+  if (at == byCode_.end()) return nullptr;
+  for (MarketStream* stream : at->second)
+    if (stream->periodMs() == periodMs) return stream;
+  return nullptr;
+}
+
+bool MarketStore::hasFileOf(int64 codeId) const {
+  const std::lock_guard lock(mutex_);
+  const auto at = byCode_.find(codeId);
+  return at != byCode_.end() &&
+         std::any_of(at->second.begin(), at->second.end(),
+                     [](const MarketStream* stream) { return stream->published() == nullptr; });
+}
+
+MarketStream& MarketStore::publishedOf(const ICodeID& code, int64 periodMs,
+                                       const std::string& timeZone) {
+  if (MarketStream* known = exactOf(code.id, periodMs)) return *known;
+  const std::lock_guard lock(mutex_);
+  return addStream(std::make_unique<MarketStream>(
+      std::make_shared<PublishedSeries>(code, periodMs, timeZone), streams_.size()));
 }
 
 std::vector<MarketStream*> MarketStore::streams() const {
@@ -188,8 +243,10 @@ std::shared_ptr<const ZoneRules> MarketStore::zoneOf(const MarketStream& stream)
 }
 
 void MarketStore::rewind(int64 closedThrough) {
-  for (MarketStream* stream : streams())
+  for (MarketStream* stream : streams()) {
+    if (stream->published() != nullptr) stream->published()->clear();
     stream->known.store(from_ == kUnsetTime ? 0 : stream->lowerBound(from_));
+  }
   for (auto& series : derived_) {
     auto fresh =
         std::make_unique<DerivedSeries>(series->base(), series->term(), zoneOf(series->base()));

@@ -10,6 +10,7 @@
 #include "platform/core/ZoneRules.h"
 #include "platform/market/BarBuilder.h"
 #include "platform/market/MarketRequest.h"
+#include "platform/market/PublishedSeries.h"
 #include "platform/market/Series.h"
 
 namespace orvane::detail {
@@ -48,13 +49,18 @@ class DerivedSeries {
   std::size_t rows_ = 0;  ///< Rows of the stream that were taken in.
 };
 
-/// One series in the feed. The data never change; `known` is how many rows were played or are
-/// history, readable by any thread. The lists are for whoever has the turn.
+/// One series in the feed. The data never change, but that a published series grows; `known` is how
+/// many rows were played or are history, readable by any thread. The lists are for whoever has the
+/// turn.
 class MarketStream {
  public:
   MarketStream(std::shared_ptr<const BarSeries> bars, std::size_t order);
   MarketStream(std::shared_ptr<const TickSeries> ticks, std::size_t order);
 
+  MarketStream(std::shared_ptr<PublishedSeries> published, std::size_t order);
+
+  /// The series if runners publish it; null if it came from files.
+  PublishedSeries* published() const { return published_.get(); }
   bool isTicks() const { return ticks_ != nullptr; }
   const BarSeries& bars() const { return *bars_; }
   const TickSeries& ticks() const { return *ticks_; }
@@ -66,6 +72,12 @@ class MarketStream {
   /// When a row is known: a tick at its time, a bar at its end.
   int64 timeAt(std::size_t row) const {
     return isTicks() ? ticks_->times[row] : bars_->bars[row].words[kline::EndTime];
+  }
+  /// Makes `tick` the record of a row; false if a rewind took it away. Any thread may call it.
+  bool fillTick(std::size_t row, IDepthMarketData& tick) const {
+    if (published_ != nullptr) return published_->fillTick(row, tick);
+    ticks_->fill(row, tick);
+    return true;
   }
   /// Whether bars can be made of it.
   bool hasPrices() const { return !isTicks() || column(TickColumn::LastPrice) >= 0; }
@@ -81,6 +93,7 @@ class MarketStream {
  private:
   std::shared_ptr<const BarSeries> bars_;
   std::shared_ptr<const TickSeries> ticks_;
+  std::shared_ptr<PublishedSeries> published_;
   std::array<int, 18> columns_{};  ///< By `TickColumn`.
   std::size_t order_;
 };
@@ -100,15 +113,22 @@ class MarketStore {
   MarketStream* ticksOf(int64 codeId) const;
   /// The stream that bars of a period are taken or made from; null if they cannot be made.
   MarketStream* sourceOf(int64 codeId, const TermPair& term) const;
+  /// The stream of a code and a period, 0 for ticks; null without one.
+  MarketStream* exactOf(int64 codeId, int64 periodMs) const;
+  /// Whether files feed a code.
+  bool hasFileOf(int64 codeId) const;
   /// The first instant to be played; `from` if that is set, 0 without data.
   int64 beginTime() const;
-  bool hasRecords() const;
+  bool hasRecords() const;  ///< Whether files gave any.
 
   std::vector<MarketStream*> streams() const;  ///< In the order they were added.
   int64 from() const { return from_; }
   int64 to() const { return to_; }
 
   // For whoever has the turn.
+
+  /// The stream that runners publish of a code and a period, 0 for ticks; made if it is not there.
+  MarketStream& publishedOf(const ICodeID& code, int64 periodMs, const std::string& timeZone);
 
   /// The bars of a period made from `base`, which know what it knows.
   DerivedSeries& derive(MarketStream& base, const TermPair& term, int64 closedThrough);
@@ -118,6 +138,7 @@ class MarketStore {
 
  private:
   std::shared_ptr<const ZoneRules> zoneOf(const MarketStream& stream) const;
+  void refusePublished(int64 codeId, const std::string& origin) const;
   MarketStream& addStream(std::unique_ptr<MarketStream> stream);
 
   const int64 from_;

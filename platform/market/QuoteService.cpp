@@ -102,8 +102,7 @@ ResultStatus QuoteService::getQuote(const ICodeID& code, IDepthMarketData& quote
   if (ResultStatus status = codes_.codeNameOf(code, name); status.code != 0) return status;
   const MarketStream* stream = store_.ticksOf(code.id);
   const std::size_t known = stream == nullptr ? 0 : stream->known.load();
-  if (known == 0) return statusWith(4, codeText(code));
-  stream->ticks().fill(known - 1, quote);
+  if (known == 0 || !stream->fillTick(known - 1, quote)) return statusWith(4, codeText(code));
   const std::lock_guard lock(shiftMutex_);
   shift_.show(quote);
   return {};
@@ -235,7 +234,7 @@ void QuoteService::serveTicks(const std::shared_ptr<MarketRequest>& request, boo
   sendHistory(
       *request, last - first, kTicksPerBatch, lockstep, batch,
       [&](std::size_t at, IDepthMarketData& tick) {
-        stream.ticks().fill(first + at, tick);
+        stream.fillTick(first + at, tick);
         shift_.show(tick);
       },
       [&](QuoteSpi& spi, const std::vector<IDepthMarketData>& part, int flags) {
@@ -302,7 +301,7 @@ void QuoteService::deliverBar(const RequestList& live, std::size_t count, const 
 }
 
 void QuoteService::deliverTick(MarketStream& stream, std::size_t row) {
-  stream.ticks().fill(row, oneTick_[0]);
+  stream.fillTick(row, oneTick_[0]);
   shift_.show(oneTick_[0]);
   const int64 time = oneTick_[0].block1[quote::Time];
   const std::size_t count = stream.live.size();

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cmath>
+
 #include "platform/fields/KLineView.h"
 #include "platform/fields/QuoteView.h"
 
@@ -17,6 +19,14 @@ class TimeShift {
     if (!on_) return time;
     if (speed_ == 1) return time - dataStart_ + shownStart_;
     return shownStart_ + static_cast<int64>(static_cast<double>(time - dataStart_) / speed_);
+  }
+  /// The time in the data that is shown as `time`.
+  int64 inData(int64 time) const {
+    if (!on_) return time;
+    if (speed_ == 1) return time - shownStart_ + dataStart_;
+    // Up, so that it is shown as this very time again.
+    return dataStart_ +
+           static_cast<int64>(std::ceil(static_cast<double>(time - shownStart_) * speed_));
   }
   void show(IKLine& bar) const {
     if (!on_) return;

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <charconv>
 #include <set>
+#include <tuple>
+#include <utility>
 
 #include "platform/core/Periods.h"
 #include "platform/core/ZoneRules.h"
@@ -33,6 +35,23 @@ bool isCurrency(const std::string& name) {
          std::find(currencyNames.begin(), currencyNames.end(), name) != currencyNames.end();
 }
 
+/// What users can change of a code's properties.
+constexpr std::tuple kUserFields{
+    &ICodeProperty::name,     &ICodeProperty::timeZone,   &ICodeProperty::sessions,
+    &ICodeProperty::currency, &ICodeProperty::priceTick,  &ICodeProperty::multiplier,
+    &ICodeProperty::lotSize,  &ICodeProperty::marginRate, &ICodeProperty::feePerLot,
+    &ICodeProperty::feeRate,  &ICodeProperty::decimals};
+
+template <typename Visit>
+void eachUserField(Visit visit) {
+  std::apply([&](auto... field) { (visit(field), ...); }, kUserFields);
+}
+
+auto orderOf(const ICodeProperty& property) {
+  return std::apply([&](auto... field) { return std::tuple(property.code.id, property.*field...); },
+                    kUserFields);
+}
+
 /// A text that was not found.
 ResultStatus missing(const std::string& text) { return statusWith(22, text); }
 
@@ -59,6 +78,7 @@ ICodeID CodeService::add(const Instrument& instrument) {
     entry.code = code;
     entry.instrument = instrument;
     entry.history = {{0, propertyOf(entry)}};
+    entry.held = {entry.history[0].property};
   }
   publishMarkets();
   return code;
@@ -277,19 +297,68 @@ ResultStatus CodeService::correctUserProp(ICodeProperty& property) {
   return {};
 }
 
+void CodeService::change(Entry& entry, const ICodeProperty& wanted, int64 time) {
+  // Whoever changes one property hands in all, the others as he once read them. So what held
+  // before is not meant, if something else in it is new.
+  ICodeProperty changed = entry.history.back().property;
+  const auto heldBefore = [&](auto field) {
+    return std::any_of(entry.held.begin(), entry.held.end(),
+                       [&](const ICodeProperty& held) { return held.*field == wanted.*field; });
+  };
+  bool anyNew = false;
+  eachUserField([&](auto field) { anyNew = anyNew || !heldBefore(field); });
+  eachUserField([&](auto field) {
+    if (!anyNew || !heldBefore(field)) changed.*field = wanted.*field;
+  });
+  changed.time = time;
+  // A change at the time of the last one takes its place.
+  if (entry.history.size() > 1 && entry.history.back().time == time) entry.history.pop_back();
+  entry.history.push_back({time, changed});
+  entry.held.push_back(std::move(changed));
+}
+
 ResultStatus CodeService::setUserCodeProperties(const std::vector<ICodeProperty>& properties) {
   const int64 time = now_();
-  const std::lock_guard lock(mutex_);
-  for (const ICodeProperty& property : properties)
-    if (entries_.count(property.code.id) == 0) return missing(property.code.code);
-  for (const ICodeProperty& property : properties) {
-    auto& history = entries_[property.code.id].history;
-    // A change at the time of the last one takes its place.
-    if (history.size() > 1 && history.back().time == time) history.pop_back();
-    history.push_back({time, property});
-    history.back().property.time = time;
+  {
+    const std::lock_guard lock(mutex_);
+    for (const ICodeProperty& property : properties)
+      if (entries_.count(property.code.id) == 0) return missing(property.code.code);
+    if (onChangeWaiting_ == nullptr) {
+      for (const ICodeProperty& property : properties)
+        change(entries_[property.code.id], property, time);
+      return {};
+    }
+    changes_.insert(changes_.end(), properties.begin(), properties.end());
+    changesWaiting_.store(true);
   }
+  onChangeWaiting_();
   return {};
+}
+
+void CodeService::takeChanges() {
+  if (!changesWaiting_.load()) return;
+  const int64 time = now_();
+  const std::lock_guard lock(mutex_);
+  changesWaiting_.store(false);
+  std::stable_sort(
+      changes_.begin(), changes_.end(),
+      [](const ICodeProperty& a, const ICodeProperty& b) { return orderOf(a) < orderOf(b); });
+  for (const ICodeProperty& wanted : changes_) change(entries_[wanted.code.id], wanted, time);
+  changes_.clear();
+}
+
+void CodeService::dropChanges() {
+  const std::lock_guard lock(mutex_);
+  changesWaiting_.store(false);
+  changes_.clear();
+}
+
+void CodeService::forgetChanges() {
+  const std::lock_guard lock(mutex_);
+  for (auto& [id, entry] : entries_) {
+    entry.history.resize(1);
+    entry.held.resize(1);
+  }
 }
 
 // Links, markets and categories.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <functional>
 #include <map>
 #include <mutex>
@@ -27,6 +28,16 @@ class CodeService final : public ICodeService {
   /// Adds or replaces an instrument, publishes its market's name, and returns its code. Throws
   /// `std::invalid_argument`, in UTF-8, if a field is wrong or an id is taken.
   ICodeID add(const Instrument& instrument);
+
+  /// From now on what users change waits for `takeChanges`, so that all runners see it at one
+  /// moment. `onWaiting` is called, with no lock held, when something waits. Before the first use.
+  void deferChanges(std::function<void()> onWaiting) { onChangeWaiting_ = std::move(onWaiting); }
+  bool anyChangeWaiting() const { return changesWaiting_.load(); }
+  /// Takes the changes in, in an order that does not depend on who was faster.
+  void takeChanges();
+  void dropChanges();
+  /// Forgets what users changed.
+  void forgetChanges();
 
   ResultStatus codeNameOf(const ICodeID& code, std::string& name) override;
   ResultStatus codeIdOf(const std::string& text, ICodeID& code) override;
@@ -60,8 +71,11 @@ class CodeService final : public ICodeService {
     ICodeID code;
     Instrument instrument;
     std::vector<ITimeCodeProp> history;  ///< Ascending by time; the first holds from the start.
+    std::vector<ICodeProperty> held;     ///< All that ever held, also for no time at all.
   };
   using Link = std::string Instrument::*;
+
+  static void change(Entry& entry, const ICodeProperty& wanted, int64 time);
 
   int marketOf(const std::string& name);
   ICodeProperty propertyOf(const Entry& entry) const;
@@ -73,7 +87,10 @@ class CodeService final : public ICodeService {
 
   const std::function<int64()> now_;
   const std::string timeZone_;
+  std::function<void()> onChangeWaiting_;  ///< Null: changes hold at once.
+  std::atomic<bool> changesWaiting_{false};
   mutable std::mutex mutex_;  ///< Guards what follows.
+  std::vector<ICodeProperty> changes_;
   std::map<int64, Entry> entries_;
   std::vector<std::string> markets_;  ///< The name of market m stands at m - 1.
 };

@@ -22,8 +22,9 @@ void TradeFeed::lookAtStreams() {
     lines_[stream->order()].stream = stream;
     if (!tellsPrices(*stream)) continue;
     const auto [at, isNew] = byCode_.try_emplace(stream->code().id, stream->order());
-    // Ticks have the period 0.
-    if (!isNew && stream->periodMs() < lines_[at->second].stream->periodMs())
+    // Ticks have the period 0. Of what runners publish the first series stays: it may be fed now.
+    if (!isNew && stream->published() == nullptr &&
+        stream->periodMs() < lines_[at->second].stream->periodMs())
       at->second = stream->order();
   }
 }
@@ -50,7 +51,7 @@ void TradeFeed::feedNext(const MarketStream& stream, PaperExchange& exchange, in
 void TradeFeed::feed(const MarketStream& stream, std::size_t row, PaperExchange& exchange,
                      int64 now) {
   if (stream.isTicks()) {
-    stream.ticks().fill(row, tick_);
+    stream.fillTick(row, tick_);
     shift_.show(tick_);
     exchange.onTick(stream.code().id, tick_, now);
     return;

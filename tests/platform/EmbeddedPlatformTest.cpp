@@ -6,7 +6,6 @@
 #include "services/Common/ITradeService.h"
 #include "services/Common/QuoteUtils.h"
 #include "services/QuoteClient/BarDataReadSyncWrapper.h"
-#include "services/QuoteClient/IIndexTrade.h"
 #include "services/ov.publisher/IPublisher.h"
 #include "shared/CodeTables.h"
 #include "tests/platform/market/PlatformFixture.h"
@@ -53,10 +52,8 @@ TEST(EmbeddedPlatform, shouldAnswerThatItDoesNotSupportWhatIsNotThereYet) {
   EXPECT_TRUE(refused(platform->router()->quoteHub()->dataService()->subscribeData({}, {}, 1)));
   std::list<Record> records;
   EXPECT_TRUE(refused(BarDataReadSyncWrapper::getRecords("t", "n", 0, 1, records, nullptr, 10, 0)));
-  std::list<IndexTradeElement> elements;
-  EXPECT_TRUE(refused(IIndexTrade::instance()->indexElements({}, elements)));
   const std::unique_ptr<IPublisher> publisher(IPublisher::create(0));
-  EXPECT_TRUE(refused(publisher->publisherOp1("", "", 0, 0, "", 0, 0)));
+  EXPECT_TRUE(refused(publisher->publisherOp5("", "", 0, 0, "", 0, 0)));
 }
 
 TEST(EmbeddedPlatform, shouldLoadModulesAndAskTheHookForTheirSymbols) {
