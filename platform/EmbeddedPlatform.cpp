@@ -10,7 +10,6 @@
 #include "platform/core/Periods.h"
 #include "platform/core/PlatformPool.h"
 #include "platform/events/Publisher.h"
-#include "platform/market/NoDataMaintain.h"
 #include "platform/trade/EventSources.h"
 #include "shared/TextCodec.h"
 
@@ -61,6 +60,7 @@ EmbeddedPlatform::Impl::Impl(PlatformOptions chosen)
           tradeState, [this] { return now(); }, [this] { noteTradeRequest(); },
           [this](int64 time) { return dayOf(zone->toLocal(time)); }),
       desk(deskParts()),
+      maintenance(store, codes, quotes.turn()),
       eventDesk(eventParts()),
       playback(parts(), options.speed, progress),
       live(parts(), options.speed, progress) {
@@ -334,6 +334,8 @@ ResultStatus EmbeddedPlatform::readTargets(const std::list<std::string>&, const 
   return detail::notSupported();
 }
 
-IDataMaintain* EmbeddedPlatform::createDataMaintain() { return new detail::NoDataMaintain; }
+IDataMaintain* EmbeddedPlatform::createDataMaintain() {
+  return new detail::DataMaintain(impl_->maintenance);
+}
 
 }  // namespace orvane

@@ -17,6 +17,7 @@
 #include "platform/events/PublisherBook.h"
 #include "platform/events/SystemEvents.h"
 #include "platform/market/Driver.h"
+#include "platform/market/Maintenance.h"
 #include "platform/market/MarketStore.h"
 #include "platform/market/OverdueAnswerer.h"
 #include "platform/market/QuoteService.h"
@@ -77,6 +78,7 @@ class EmbeddedPlatform::Impl final : public IServiceRouter, public IQuoteHub {
   detail::TradeState tradeState;
   detail::TradeService trade;
   detail::TradeDesk desk;
+  detail::Maintenance maintenance;
   detail::EventDesk eventDesk;
   std::shared_ptr<detail::TimerQueue> timers = std::make_shared<detail::TimerQueue>();
 
