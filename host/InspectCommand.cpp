@@ -93,8 +93,10 @@ InspectCommand::InspectCommand(CLI::App& parent) {
       "recognised and assumed. If it is wrong, say how the file is to be read, and use the same\n"
       "options with \"orvane run\".");
   command_->add_option("files", files_, "Data files")->required()->type_name("FILE");
-  auto* bars = command_->add_flag("--bars", onlyBars_, "They are bars");
-  command_->add_flag("--ticks", onlyTicks_, "They are ticks")->excludes(bars);
+  auto* bars = command_->add_flag("--bars", onlyBars_, "They are bars")->disable_flag_override();
+  command_->add_flag("--ticks", onlyTicks_, "They are ticks")
+      ->disable_flag_override()
+      ->excludes(bars);
   reading_.addTo(*command_);
 }
 

@@ -1,21 +1,19 @@
 #include "host/LogSetup.h"
 
+#include <fcntl.h>
 #include <fmt/core.h>
-#include <log4cxx/basicconfigurator.h>
-#include <log4cxx/consoleappender.h>
-#include <log4cxx/fileappender.h>
-#include <log4cxx/helpers/pool.h>
 #include <log4cxx/level.h>
 #include <log4cxx/logger.h>
 #include <log4cxx/logmanager.h>
-#include <log4cxx/patternlayout.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <filesystem>
-#include <fstream>
 #include <memory>
+#include <system_error>
 
 #include "host/InputError.h"
+#include "host/LineAppender.h"
 
 namespace orvane {
 namespace {
@@ -31,9 +29,21 @@ log4cxx::LevelPtr levelOf(const std::string& name) {
 
 /// The lines carry level, logger and time themselves. On a terminal, each first wipes the line of
 /// progress that may stand there.
-std::string patternOf(const LogOptions& options) {
-  const bool isTerminal = options.file.empty() && isatty(STDERR_FILENO) != 0;
-  return isTerminal ? "\r\033[K%m%n" : "%m%n";
+std::shared_ptr<LineAppender> consoleAppender() {
+  const bool isTerminal = isatty(STDERR_FILENO) != 0;
+  return std::make_shared<LineAppender>("the standard error", isTerminal ? "\r\033[K" : "",
+                                        STDERR_FILENO, false);
+}
+
+/// Opening a pipe that nobody reads must fail and not wait; writing to one may wait.
+std::shared_ptr<LineAppender> fileAppender(const std::string& path) {
+  const int descriptor =
+      open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NONBLOCK, 0666);
+  if (descriptor < 0)
+    throw InputError(fmt::format("--log: \"{}\" cannot be written: {}", path,
+                                 std::generic_category().message(errno)));
+  fcntl(descriptor, F_SETFL, fcntl(descriptor, F_GETFL) & ~O_NONBLOCK);
+  return std::make_shared<LineAppender>("--log " + path, "", descriptor, true);
 }
 
 }  // namespace
@@ -51,34 +61,15 @@ void checkLogFile(const LogOptions& options) {
   if (!isGood) throw InputError(fmt::format("--log: \"{}\" cannot be written", options.file));
 }
 
-void setUpLog(const LogOptions& options) {
-  const auto layout = std::make_shared<log4cxx::PatternLayout>(patternOf(options));
-  log4cxx::helpers::Pool pool;
-  log4cxx::AppenderPtr appender;
-  if (options.file.empty()) {
-    const auto console = std::make_shared<log4cxx::ConsoleAppender>();
-    console->setLayout(layout);
-    console->setTarget(log4cxx::ConsoleAppender::getSystemErr());
-    console->setEncoding("UTF-8");
-    console->activateOptions(pool);
-    appender = console;
-  } else {
-    if (!std::ofstream(options.file, std::ios::app))
-      throw InputError(fmt::format("--log: \"{}\" cannot be written", options.file));
-    const auto file = std::make_shared<log4cxx::FileAppender>();
-    file->setLayout(layout);
-    file->setOption("ENCODING", "UTF-8");
-    file->setAppend(false);
-    file->setFile(options.file);
-    file->activateOptions(pool);
-    appender = file;
-  }
+std::shared_ptr<const LineAppender> setUpLog(const LogOptions& options) {
+  const auto appender = options.file.empty() ? consoleAppender() : fileAppender(options.file);
   log4cxx::LogManager::resetConfiguration();
   const auto root = log4cxx::Logger::getRootLogger();
-  root->addAppender(appender);
+  root->addAppender(log4cxx::AppenderPtr(appender));
   root->setLevel(levelOf(options.level));
   for (const char* name : {"Stg", "StgF"})
     log4cxx::Logger::getLogger(name)->setLevel(levelOf(options.strategyLevel));
+  return appender;
 }
 
 }  // namespace orvane

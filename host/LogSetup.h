@@ -1,8 +1,11 @@
 #pragma once
 
+#include <memory>
 #include <string>
 
 namespace orvane {
+
+class LineAppender;
 
 /// Where log lines go and which.
 struct LogOptions {
@@ -14,8 +17,9 @@ struct LogOptions {
 /// Throws `InputError` if the file cannot be written; leaves it as it is.
 void checkLogFile(const LogOptions& options);
 
-/// Configures the loggers of the process. Lines are UTF-8, whatever the locale. Throws
-/// `InputError` if the file cannot be written.
-void setUpLog(const LogOptions& options);
+/// Configures the loggers of the process. Lines are UTF-8, whatever the locale. Answers what the
+/// lines go through, which knows of those that got lost. Throws `InputError` if the file cannot be
+/// written; loggers and file are as they were then.
+std::shared_ptr<const LineAppender> setUpLog(const LogOptions& options);
 
 }  // namespace orvane

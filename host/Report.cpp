@@ -8,9 +8,10 @@
 #include <QJsonDocument>
 #include <QSaveFile>
 #include <filesystem>
-#include <stdexcept>
+#include <string_view>
 
 #include "host/InputError.h"
+#include "host/PublicationReport.h"
 #include "host/TimeArgument.h"
 #include "host/TradeCsv.h"
 #include "host/TradeReport.h"
@@ -111,6 +112,9 @@ QJsonObject runnerObject(const RunnerOutcome& runner) {
   result["span"] =
       QJsonObject{{"begin", timeOrNull(record.firstTime)}, {"end", timeOrNull(record.lastTime)}};
   result["trading"] = tradingReport(runner);
+  result["server"] = runner.plan.isServer;
+  result["records"] = recordsReport(record);
+  result["published"] = publishedReport(record);
   result["exceptions"] =
       QJsonObject{{"count", count(record.exceptions)}, {"first", qt(record.firstException)}};
   return result;
@@ -161,6 +165,9 @@ std::string runnerText(const RunnerOutcome& runner) {
   if (record.exceptions != 0)
     text += fmt::format("  exceptions         {:>12}, the first in {}\n", record.exceptions,
                         record.firstException);
+  text += publicationText(record);
+  if (runner.plan.isServer)
+    text += fmt::format("  statistics         {}\n", gbkToUtf8(record.statisticsLine));
   for (const auto& [key, value] : runner.state.envs)
     text += fmt::format("  {:<18} {:>12}\n", key, value);
   if (!runner.digest.empty()) text += fmt::format("  digest             {}\n", runner.digest);
@@ -193,6 +200,7 @@ QJsonObject makeReport(const RunOutcome& outcome) {
           {"runners", runners},
           {"accounts", accountsReport(outcome)},
           {"total", totalReport(outcome)},
+          {"failures", texts(outcome.failures)},
           {"timing", QJsonObject{{"loadSeconds", outcome.loadSeconds},
                                  {"elapsedSeconds", elapsed},
                                  {"eventsPerSecond", perSecond(outcome.events(), elapsed)},
@@ -212,25 +220,34 @@ void checkReportFolder(const std::string& folder) {
     throw InputError(fmt::format("--report: the folder \"{}\" cannot be written", folder));
 }
 
+void makeReportFolder(const std::string& folder) {
+  if (!QDir().mkpath(qt(folder)))
+    throw InputError(fmt::format("--report: the folder \"{}\" cannot be made", folder));
+}
+
 namespace {
 
 /// A file that appears whole: readers and interrupted runs never see half of one.
-void writeWhole(const std::string& folder, const char* name, const QByteArray& text) {
-  QSaveFile file(qt(folder) + '/' + name);
-  if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size() || !file.commit())
-    throw std::runtime_error(fmt::format("{}/{}: cannot be written: {}", folder, name,
-                                         file.errorString().toStdString()));
+void writeWhole(const std::string& path, const QByteArray& text, RunOutcome& outcome) {
+  QSaveFile file(qt(path));
+  if (file.open(QIODevice::WriteOnly) && file.write(text) == text.size() && file.commit()) return;
+  outcome.failures.push_back(
+      fmt::format("{}: cannot be written: {}", path, file.errorString().toStdString()));
 }
 
 }  // namespace
 
-void writeReport(const std::string& folder, const RunOutcome& outcome) {
-  if (!QDir().mkpath(qt(folder)))
-    throw std::runtime_error(fmt::format("{}: the folder cannot be made", folder));
-  writeWhole(folder, "trades.csv", QByteArray::fromStdString(tradesCsv(outcome)));
-  writeWhole(folder, "equity.csv", QByteArray::fromStdString(equityCsv(outcome)));
-  writeWhole(folder, "report.json",
-             QJsonDocument(makeReport(outcome)).toJson(QJsonDocument::Indented));
+void writeReport(const std::string& folder, RunOutcome& outcome) {
+  // The report comes last, since it tells what went wrong before it.
+  for (const char* name : kReportFiles) {
+    const std::string_view which = name;
+    const QByteArray text =
+        which == "trades.csv" ? QByteArray::fromStdString(tradesCsv(outcome))
+        : which == "equity.csv"
+            ? QByteArray::fromStdString(equityCsv(outcome))
+            : QJsonDocument(makeReport(outcome)).toJson(QJsonDocument::Indented);
+    writeWhole(folder + '/' + name, text, outcome);
+  }
 }
 
 std::string summaryText(const RunOutcome& outcome) {

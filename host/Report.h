@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QJsonObject>
+#include <array>
 #include <string>
 
 #include "host/RunSession.h"
@@ -15,9 +16,16 @@ QJsonObject makeReport(const RunOutcome& outcome);
 /// yet. Changes nothing. Throws `InputError`.
 void checkReportFolder(const std::string& folder);
 
-/// Writes "trades.csv", "equity.csv" and "report.json" into a folder, which is made if need be:
-/// each whole or not at all, the report last. Throws `std::runtime_error`.
-void writeReport(const std::string& folder, const RunOutcome& outcome);
+/// Makes the folder if need be. Throws `InputError`.
+void makeReportFolder(const std::string& folder);
+
+/// The files of a report, in the order in which they are written.
+inline constexpr std::array<const char*, 3> kReportFiles = {"trades.csv", "equity.csv",
+                                                            "report.json"};
+
+/// Writes them into a folder that is there: each whole or not at all. One that cannot be written
+/// becomes a failure of the run, and the others are written all the same.
+void writeReport(const std::string& folder, RunOutcome& outcome);
 
 /// The summary for a person, several lines.
 std::string summaryText(const RunOutcome& outcome);

@@ -5,11 +5,15 @@
 #include <chrono>
 #include <filesystem>
 
+#include "host/Console.h"
 #include "host/DataSet.h"
+#include "host/EventConfig.h"
+#include "host/FileRoles.h"
 #include "host/InputError.h"
 #include "host/InstrumentInputs.h"
 #include "host/InterruptWatcher.h"
 #include "host/JsonInput.h"
+#include "host/LineAppender.h"
 #include "host/ProgressLine.h"
 #include "host/Report.h"
 #include "host/RunConfig.h"
@@ -58,6 +62,9 @@ RunCommand::RunCommand(CLI::App& parent) {
       ->group(what);
   command_->add_option("--name", name_, "Name of the runner (default: the module's)")->group(what);
   command_->add_option("--order-source", orderSource_, "Create source of its orders")->group(what);
+  command_->add_flag("--server", isServer_, "Server run: it may publish, attaches accounts, counts")
+      ->disable_flag_override()
+      ->group(what);
 
   const std::string data = "Market data";
   command_->add_option("-b,--bars", bars_, "Bar files; those of one code make one series")
@@ -72,6 +79,9 @@ RunCommand::RunCommand(CLI::App& parent) {
       ->type_name("INSTRUMENT")
       ->group(data);
   reading_.addTo(*command_);
+  command_->add_option("--events", events_, "Script of general events")
+      ->type_name("FILE.json")
+      ->group(data);
 
   const std::string how = "How to play";
   command_->add_option("--from", from_, "Begin here; what lies before is history")
@@ -82,6 +92,7 @@ RunCommand::RunCommand(CLI::App& parent) {
       ->type_name("N[x]")
       ->group(how);
   command_->add_flag("--live", isLive_, "Live mode: the system's clock, the feed in real time")
+      ->disable_flag_override()
       ->group(how);
   command_
       ->add_option("--threads", threads_, "Threads that run strategies (default: by the machine)")
@@ -126,8 +137,14 @@ RunCommand::RunCommand(CLI::App& parent) {
   command_->add_option("--store", store_, "SQLite database to keep orders, fills and equity in")
       ->type_name("FILE")
       ->group(out);
-  command_->add_flag("--no-digest", noDigest_, "Do not hash the call-backs")->group(out);
-  command_->add_flag("-q,--quiet", isQuiet_, "No summary")->group(out);
+  command_
+      ->add_option("--dictionary", dictionary_, "Database to keep published dictionary records in")
+      ->type_name("FILE")
+      ->group(out);
+  command_->add_flag("--no-digest", noDigest_, "Do not hash the call-backs")
+      ->disable_flag_override()
+      ->group(out);
+  command_->add_flag("-q,--quiet", isQuiet_, "No summary")->disable_flag_override()->group(out);
   command_->add_option("--log", log_.file, "Write log lines to a file and not to standard error")
       ->type_name("FILE")
       ->group(out);
@@ -176,7 +193,9 @@ RunPlan RunCommand::makePlan() const {
                                         {!bars_.empty(), "--bars"},
                                         {!ticks_.empty(), "--ticks"},
                                         {!instruments_.empty(), "--instrument"},
-                                        {!orderSource_.empty(), "--order-source"}})
+                                        {!orderSource_.empty(), "--order-source"},
+                                        {isServer_, "--server"},
+                                        {!events_.empty(), "--events"}})
       if (given)
         throw InputError(fmt::format(
             "{} cannot be given together with a configuration; put it into {}", option, config_));
@@ -193,6 +212,7 @@ RunPlan RunCommand::makePlan() const {
     runner.strategy = strategy_;
     runner.name = name_;
     runner.orderSource = orderSource_;
+    runner.isServer = isServer_;
     if (!params_.empty()) runner.params = jsonObjectArgument(params_, "--params");
     plan.runners.push_back(std::move(runner));
     for (const std::string& given : instruments_) {
@@ -206,6 +226,10 @@ RunPlan RunCommand::makePlan() const {
     }
     addData(plan, bars_, DataFileRequest::Kind::Bars);
     addData(plan, ticks_, DataFileRequest::Kind::Ticks);
+    if (!events_.empty()) {
+      plan.events = eventsOfFile(events_);
+      plan.eventFiles.push_back(events_);
+    }
   }
   addOptions(plan);
   if (plan.data.empty())
@@ -224,6 +248,7 @@ void RunCommand::addOptions(RunPlan& plan) const {
   if (noDigest_) plan.withDigest = false;
   if (!capital_.empty()) plan.startBalance = capital_;
   if (!store_.empty()) plan.trade.storePath = store_;
+  if (!dictionary_.empty()) plan.dictionaryFile = dictionary_;
   TradeOptions& trade = plan.trade;
   for (const auto& [given, target] : {std::pair{&feePerLot_, &trade.feePerLot},
                                       {&feeRate_, &trade.feeRate},
@@ -235,10 +260,29 @@ void RunCommand::addOptions(RunPlan& plan) const {
   if (reportLatencyMs_ > 0) trade.reportLatencyMs = reportLatencyMs_;
 }
 
-int RunCommand::execute() {
-  const RunPlan plan = makePlan();
+void RunCommand::checkFiles(const RunPlan& plan) const {
+  const auto role = [this](const std::string& key, bool isOption) {
+    return isOption ? "--" + key : config_ + ": " + key;
+  };
+  std::vector<FileRole> written = {{"--log", log_.file},
+                                   {role("store", !store_.empty()), plan.trade.storePath},
+                                   {role("dictionary", !dictionary_.empty()), plan.dictionaryFile}};
+  if (!plan.reportFolder.empty())
+    for (const char* name : kReportFiles)
+      written.push_back(
+          {role("report", !report_.empty()) + "'s " + name, plan.reportFolder + "/" + name});
+  std::vector<FileRole> read = {{"the configuration", config_}};
+  for (const DataInput& input : plan.data)
+    for (const std::string& path : input.paths) read.push_back({"the market data", path});
+  for (const std::string& path : plan.eventFiles) read.push_back({"the events", path});
+  checkFileRoles(written, read);
   if (!plan.reportFolder.empty()) checkReportFolder(plan.reportFolder);
   checkLogFile(log_);
+}
+
+int RunCommand::execute() {
+  const RunPlan plan = makePlan();
+  checkFiles(plan);
   ProgressLine progress;
   const auto began = std::chrono::steady_clock::now();
   DataSet data = loadDataSet(
@@ -248,16 +292,28 @@ int RunCommand::execute() {
   progress.clear();
 
   InterruptWatcher interrupts;
-  // The log of an earlier run stays as it is when this one is refused.
-  RunOutcome outcome =
-      runSession(plan, std::move(data), interrupts, progress, [this] { setUpLog(log_); });
+  std::shared_ptr<const LineAppender> log;
+  RunOutcome outcome = runSession(plan, std::move(data), interrupts, progress, [&] {
+    // The log of an earlier run stays as it is when this one is refused.
+    if (!plan.reportFolder.empty()) makeReportFolder(plan.reportFolder);
+    log = setUpLog(log_);
+  });
   outcome.loadSeconds = loadSeconds;
+  if (std::string lost = log->failure(); !lost.empty()) outcome.failures.push_back(lost);
+  // Before anything is shown: who reads the summary may go away in its midst.
+  if (!plan.reportFolder.empty()) writeReport(plan.reportFolder, outcome);
+  tell(outcome);
+  return outcome.exitCode();
+}
+
+void RunCommand::tell(RunOutcome& outcome) const {
   for (const RunnerOutcome& runner : outcome.runners)
     if (runner.state.status == RunnerError)
-      fmt::print(stderr, "orvane: {}: {}\n", runner.plan.name, runner.state.message);
-  if (!isQuiet_) fmt::print("{}", summaryText(outcome));
-  if (!plan.reportFolder.empty()) writeReport(plan.reportFolder, outcome);
-  return outcome.exitCode();
+      complain(runner.plan.name + ": " + runner.state.message);
+  if (!isQuiet_) say(summaryText(outcome));
+  if (std::string failure = outputFailure(); !failure.empty())
+    outcome.failures.push_back(std::move(failure));
+  for (const std::string& failure : outcome.failures) complain(failure);
 }
 
 }  // namespace orvane

@@ -7,6 +7,7 @@
 #include "host/LogSetup.h"
 #include "host/ReadingOptions.h"
 #include "host/RunPlan.h"
+#include "host/RunSession.h"
 
 namespace orvane {
 
@@ -23,6 +24,9 @@ class RunCommand {
  private:
   RunPlan makePlan() const;
   void addOptions(RunPlan& plan) const;
+  void checkFiles(const RunPlan& plan) const;
+  /// Shows what became of the run.
+  void tell(RunOutcome& outcome) const;
   void addData(RunPlan& plan, const std::vector<std::string>& files,
                DataFileRequest::Kind kind) const;
 
@@ -31,9 +35,9 @@ class RunCommand {
   std::vector<std::string> bars_, ticks_, instruments_;
   ReadingOptions reading_;
   std::string from_, to_, speed_, report_;
-  bool isLive_ = false, noDigest_ = false, isQuiet_ = false;
+  bool isServer_ = false, isLive_ = false, noDigest_ = false, isQuiet_ = false;
   int threads_ = -1;
-  std::string capital_, feePerLot_, feeRate_, marginRate_, slippage_, store_;
+  std::string capital_, feePerLot_, feeRate_, marginRate_, slippage_, store_, dictionary_, events_;
   int slippageTicks_ = 0, entryLatencyMs_ = 0, reportLatencyMs_ = 0;
   LogOptions log_;
 };

@@ -8,6 +8,8 @@
 #include <filesystem>
 #include <set>
 
+#include "host/ConfigPaths.h"
+#include "host/EventConfig.h"
 #include "host/InputError.h"
 #include "host/InstrumentInputs.h"
 #include "host/JsonInput.h"
@@ -19,12 +21,6 @@ namespace orvane {
 namespace {
 
 namespace fs = std::filesystem;
-
-/// A name in the configuration, relative to the folder that the configuration stands in.
-std::string besides(const std::string& configPath, const std::string& name) {
-  if (fs::path(name).is_absolute()) return name;
-  return (fs::path(configPath).parent_path() / name).string();
-}
 
 /// An object, or the name of a file that holds one.
 QJsonObject objectOrFile(JsonReader& reader, const char* key, const std::string& configPath) {
@@ -47,6 +43,7 @@ RunnerPlan readRunner(const QJsonValue& json, const std::string& place,
   result.name = reader.text("name");
   result.orderSource = reader.text("orderSource");
   result.account = reader.text("account");
+  result.isServer = reader.flag("server", false);
   result.limits = readLimits(reader);
   result.params = objectOrFile(reader, "params", configPath);
   reader.close();
@@ -126,6 +123,9 @@ void readRunConfig(const std::string& path, RunPlan& plan) {
   readData(reader, "ticks", DataFileRequest::Kind::Ticks, path, plan);
   readInstruments(reader, path, plan);
   readTrade(reader, path, plan);
+  if (const std::string file = reader.text("dictionary"); !file.empty())
+    plan.dictionaryFile = besides(path, file);
+  readEvents(reader, path, plan);
   plan.timeZone = reader.text("timeZone");
   if (!plan.timeZone.empty()) checkTimeZone(plan.timeZone, reader.place("timeZone"));
   plan.from = reader.text("from");

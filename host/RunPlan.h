@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/events/EventOptions.h"
 #include "platform/market/files/DataFiles.h"
 #include "platform/reference/Instrument.h"
 #include "platform/trade/TradeOptions.h"
@@ -16,8 +17,9 @@ struct RunnerPlan {
   std::string strategy;    ///< As the user wrote it.
   std::string modulePath;  ///< The file that it was found at.
   std::string orderSource;
-  std::string account;  ///< The account that it trades on.
-  RiskLimits limits;    ///< Without its source.
+  std::string account;    ///< The account that it trades on.
+  RiskLimits limits;      ///< Without its source.
+  bool isServer = false;  ///< Publishes and works on accounts that the host offers.
   QJsonObject params;
 };
 
@@ -27,6 +29,13 @@ struct ConnectionPlan {
   std::string account;
   std::string time;
   bool isUp = false;
+};
+
+/// A general event of the script, its time as the user wrote it.
+struct EventPlan {
+  std::string place;  ///< Where it stands, for messages, UTF-8.
+  std::string time;   ///< UTF-8.
+  ScriptedEvent event;
 };
 
 /// Files of one kind that are read in one way.
@@ -60,6 +69,9 @@ struct RunPlan {
   bool withDigest = true;
   TradeOptions trade;  ///< Sources, limits and the script are put in when the run begins.
   std::vector<ConnectionPlan> connections;
+  std::string dictionaryFile;  ///< UTF-8; empty: records live in memory.
+  std::vector<EventPlan> events;
+  std::vector<std::string> eventFiles;  ///< Where they were read, UTF-8.
   std::string startBalance;  ///< Of accounts that nobody described; empty: the exchange's.
 };
 

@@ -32,14 +32,36 @@ struct SeriesRecord {
   TickGlance firstTick, lastTick;
 };
 
-/// What one run of one strategy received. Written by the strategy's tap, call by call; read by the
-/// host once its runner is quiet.
+/// How many items a strategy gave to the publisher.
+struct PublishedCount {
+  std::uint64_t live = 0;     ///< With bit 0 of the flags.
+  std::uint64_t history = 0;  ///< Without it.
+  std::uint64_t refused = 0;  ///< Of both, those that were not taken.
+
+  std::uint64_t sum() const { return live + history + refused; }
+};
+
+/// What a run received of one target of one dictionary.
+struct DictionaryRecord {
+  std::uint64_t records = 0;    ///< By `onDic`.
+  std::uint64_t snapshots = 0;  ///< By `onDicSnapshot`.
+  std::uint64_t deletions = 0;  ///< By `onDicDeleted`.
+  /// The keys of the first and the last record that came, in order of their coming.
+  int64 firstKey = 0, lastKey = 0;
+};
+
+/// What one run of one strategy received and published. Written by the strategy's tap, call by
+/// call; read by the host once its runner is quiet.
 struct RunRecord {
   std::array<std::uint64_t, kCallKinds> calls{};
   std::uint64_t bars = 0, ticks = 0;
   int64 firstTime = kUnsetTime, lastTime = kUnsetTime;  ///< Of the market data, UTC milliseconds.
   /// By code id and frequency; of quotes under the frequency "".
   std::map<std::pair<int64, std::string>, SeriesRecord> series;
+  /// By the dictionary's name and the target, GBK.
+  std::map<std::pair<std::string, std::string>, DictionaryRecord> dictionaries;
+  PublishedCount publishedQuotes, publishedBars, publishedRecords;
+  std::string statisticsLine;  ///< What a server run said at its end; empty for others.
   std::uint64_t exceptions = 0;
   std::string firstException;      ///< "onQuote: what it said", UTF-8.
   std::unique_ptr<Digest> digest;  ///< Null where it is switched off.

@@ -6,19 +6,22 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <list>
 #include <memory>
 #include <stdexcept>
 
 #include "EventStrategy/ov.strategy.runner/IRunner.h"
 #include "EventStrategy/ov.strategy.runner/IRunnerFactory.h"
+#include "EventStrategy/ov.strategy.runner/IRunnerGlobal.h"
+#include "host/FreshFiles.h"
 #include "host/InputError.h"
-#include "host/InstrumentInputs.h"
 #include "host/JsonInput.h"
+#include "host/PlatformSetup.h"
 #include "host/StrategyTap.h"
-#include "host/TimeArgument.h"
-#include "host/TradeConfig.h"
 #include "platform/EmbeddedPlatform.h"
 #include "platform/fields/CapitalView.h"
+#include "services/Common/IServiceRouter.h"
+#include "services/Common/ITradeService.h"
 #include "shared/TextCodec.h"
 
 namespace orvane {
@@ -32,67 +35,6 @@ class Installed {
   Installed(const Installed&) = delete;
   Installed& operator=(const Installed&) = delete;
 };
-
-PlatformOptions platformOptions(const RunPlan& plan, const DataSet& data) {
-  PlatformOptions options;
-  options.mode = plan.isLive ? PlatformOptions::Mode::Live : PlatformOptions::Mode::Playback;
-  options.poolThreads = plan.threads;
-  options.timeZone = plan.timeZone.empty() ? data.timeZone() : plan.timeZone;
-  options.speed = plan.speed;
-  if (!plan.from.empty()) options.from = parseTimeArgument(plan.from, options.timeZone, "--from");
-  if (!plan.to.empty()) options.to = parseTimeArgument(plan.to, options.timeZone, "--to");
-  if (options.from != kUnsetTime && options.to != kUnsetTime && options.from >= options.to)
-    throw InputError(
-        fmt::format("--from: \"{}\" does not lie before --to \"{}\"", plan.from, plan.to));
-  options.trade = tradeOptions(plan, options.timeZone);
-  return options;
-}
-
-void addInstruments(EmbeddedPlatform& platform, const RunPlan& plan) {
-  for (const InstrumentInput& input : plan.instruments) {
-    try {
-      platform.addInstrument(input.instrument);
-    } catch (const std::invalid_argument& error) {
-      throw InputError(fmt::format("{}: {}", input.origin, error.what()));
-    }
-  }
-}
-
-/// The code of a series: a known instrument, or a new one of which nothing else is known.
-ICodeID codeOf(EmbeddedPlatform& platform, const RunPlan& plan, const std::string& codeText,
-               const std::string& timeZone, const std::string& origin) {
-  ICodeID code;
-  if (platform.findCode(utf8ToGbk(codeText), code)) return code;
-  Instrument instrument;
-  setCodeText(instrument, codeText);
-  if (platform.findCode(instrument.code, code)) return code;
-  if (plan.instrumentsAreComplete)
-    throw InputError(fmt::format("{}: unknown code \"{}\": the instruments file does not have it",
-                                 origin, codeText));
-  instrument.timeZone = timeZone;
-  try {
-    return platform.addInstrument(instrument);
-  } catch (const std::invalid_argument& error) {
-    throw InputError(fmt::format("{}: {}", origin, error.what()));
-  }
-}
-
-void addSeries(EmbeddedPlatform& platform, const RunPlan& plan, DataSet data) {
-  try {
-    for (LoadedBars& loaded : data.bars) {
-      auto& series = loaded.series;
-      series.code = codeOf(platform, plan, loaded.code, series.timeZone, series.origin);
-      platform.addBars(std::move(series));
-    }
-    for (LoadedTicks& loaded : data.ticks) {
-      auto& series = loaded.series;
-      series.code = codeOf(platform, plan, loaded.code, series.timeZone, series.origin);
-      platform.addTicks(std::move(series));
-    }
-  } catch (const std::invalid_argument& error) {
-    throw InputError(error.what());
-  }
-}
 
 /// The value of the parameter "data" that `subscribeAll` of the strategy kit reads.
 QJsonArray dataParameter(const std::vector<SeriesSummary>& data) {
@@ -145,15 +87,19 @@ void addTrading(const RunPlan& plan, RunOutcome& outcome) {
   }
 }
 
-/// A platform whose options may be wrong.
-std::unique_ptr<EmbeddedPlatform> makePlatform(const PlatformOptions& options) {
-  try {
-    return std::make_unique<EmbeddedPlatform>(options);
-  } catch (const std::invalid_argument& error) {
-    throw InputError(error.what());
-  } catch (const std::runtime_error& error) {
-    throw InputError(error.what());
+/// Server runs find the accounts of the run in the library's store: each under its own counter
+/// type, and under 0 for those who name none.
+void offerAccounts(EmbeddedPlatform& platform) {
+  std::list<AccountRecord> records;
+  for (const AccountLinks& links : platform.router()->tradeService()->accountRecords({}, 0)) {
+    AccountRecord record;
+    record.id = links.id;
+    record.tradingAccounts = links.tradingAccounts;
+    records.push_back(record);
+    record.id.counterType = 0;
+    records.push_back(std::move(record));
   }
+  IRunnerGlobal::instance()->setAccounts(records);
 }
 
 /// One runner with the ear that the host lends it.
@@ -184,15 +130,17 @@ std::uint64_t RunOutcome::records() const {
 
 int RunOutcome::exitCode() const {
   if (isInterrupted) return kExitInterrupted;
+  if (!failures.empty()) return kExitRunFailed;
   const bool isGood = std::ranges::all_of(runners, [](const RunnerOutcome& runner) {
     return runner.state.status == RunnerStopped || runner.state.status == RunnerFinished;
   });
   return isGood ? kExitSuccess : kExitRunFailed;
 }
 
-RunOutcome runSession(const RunPlan& plan, DataSet data, InterruptWatcher& interrupts,
-                      ProgressLine& progress, const std::function<void()>& whenAccepted) {
-  const PlatformOptions options = platformOptions(plan, data);
+namespace {
+
+/// What is known of a run before it begins.
+RunOutcome outcomeOf(const RunPlan& plan, const PlatformOptions& options, const DataSet& data) {
   RunOutcome outcome;
   outcome.isLive = plan.isLive;
   outcome.from = options.from;
@@ -201,70 +149,104 @@ RunOutcome runSession(const RunPlan& plan, DataSet data, InterruptWatcher& inter
   outcome.threads = plan.threads;
   outcome.speed = plan.speed;
   outcome.data = data.summaries();
+  return outcome;
+}
 
+/// The parameters that each runner starts with.
+std::vector<QJsonObject> parametersOf(const RunPlan& plan, const EmbeddedPlatform& platform,
+                                      const std::vector<SeriesSummary>& data) {
+  std::vector<QJsonObject> result;
+  const QJsonArray offered = dataParameter(data);
+  for (const RunnerPlan& runner : plan.runners) {
+    result.push_back(startParameters(platform, runner, offered));
+    result.back()["account"] = QString::fromStdString(runner.account);
+  }
+  return result;
+}
+
+/// Makes and starts a runner; `onOver` is called when its run has ended.
+LiveRunner startRunner(const RunnerPlan& plan, const QJsonObject& parameters,
+                       std::function<void()> onOver) {
+  constexpr int kServerMode = 1;
+  LiveRunner live;
+  live.name = utf8ToGbk(plan.name);
+  live.watch = std::make_shared<RunnerWatch>(std::move(onOver));
+  live.runner =
+      IRunnerFactory::instance()->createRunner(live.name, plan.isServer ? kServerMode : 0);
+  live.runner->setStrategyPath(utf8ToGbk(plan.modulePath));
+  live.runner->setOrderSource(utf8ToGbk(plan.orderSource));
+  live.runner->setSpi(live.watch);
+  live.runner->start(parameters);
+  return live;
+}
+
+/// Ends a runner that was stopped, and tells what became of it.
+RunnerOutcome endRunner(LiveRunner& live, const RunnerPlan& plan, const QJsonObject& parameters,
+                        const RunRecords& records) {
+  RunnerOutcome its;
+  its.plan = plan;
+  its.plan.params = parameters;
+  its.state = live.watch->state();
+  its.record = records.find(live.name);
+  if (const auto record = records.find(live.name); record && record->digest)
+    its.digest = record->digest->text();
+  IRunnerFactory::instance()->destroyRunner(live.name);
+  live.runner.reset();
+  return its;
+}
+
+/// Plays the data. What could not be kept of it is a failure of the run and no end of it.
+void play(EmbeddedPlatform& platform, const RunPlan& plan, InterruptWatcher& interrupts,
+          ProgressLine& progress, RunOutcome& outcome) {
+  try {
+    platform.run([&](const PlaybackProgress& now) {
+      progress.showRun(now, plan.isLive);
+      if (interrupts.isInterrupted()) platform.cancel();
+    });
+  } catch (const std::runtime_error& error) {
+    outcome.failures.emplace_back(error.what());
+  }
+}
+
+}  // namespace
+
+RunOutcome runSession(const RunPlan& plan, DataSet data, InterruptWatcher& interrupts,
+                      ProgressLine& progress, const std::function<void()>& whenAccepted) {
+  const PlatformOptions options = platformOptions(plan, data);
+  RunOutcome outcome = outcomeOf(plan, options, data);
   RunRecords records(plan.withDigest);
   StrategyTap tap(records);
-  const auto made = makePlatform(options);
+  FreshFiles fresh({options.trade.storePath, options.dictionary.file});
+  const auto made = makePlatform(plan, options, std::move(data));
   EmbeddedPlatform& platform = *made;
-  addInstruments(platform, plan);
-  addSeries(platform, plan, std::move(data));
-  std::vector<QJsonObject> parameters;
-  const QJsonArray offered = dataParameter(outcome.data);
-  for (const RunnerPlan& runner : plan.runners)
-    parameters.push_back(startParameters(platform, runner, offered));
-  for (std::size_t i = 0; i < parameters.size(); ++i)
-    parameters[i]["account"] = QString::fromStdString(plan.runners[i].account);
+  const std::vector<QJsonObject> parameters = parametersOf(plan, platform, outcome.data);
   platform.setSymbolHook(
       [&tap](const std::string& symbol, void* address) { return tap.hook(symbol, address); });
 
   whenAccepted();
+  fresh.keep();
   const Installed installed(platform);
+  offerAccounts(platform);
   interrupts.setHandler([&platform] { platform.cancel(); });
   const auto began = std::chrono::steady_clock::now();
 
   // Once no runner is left, the rest of the data is of no use.
   std::atomic<std::size_t> left = plan.runners.size();
   std::vector<LiveRunner> runners;
-  for (std::size_t i = 0; i < plan.runners.size(); ++i) {
-    const RunnerPlan& its = plan.runners[i];
-    LiveRunner live;
-    live.name = utf8ToGbk(its.name);
-    live.watch = std::make_shared<RunnerWatch>([&left, &platform] {
+  for (std::size_t i = 0; i < plan.runners.size(); ++i)
+    runners.push_back(startRunner(plan.runners[i], parameters[i], [&left, &platform] {
       if (--left == 0) platform.cancel();
-    });
-    live.runner = IRunnerFactory::instance()->createRunner(live.name, 0);
-    live.runner->setStrategyPath(utf8ToGbk(its.modulePath));
-    live.runner->setOrderSource(utf8ToGbk(its.orderSource));
-    live.runner->setSpi(live.watch);
-    live.runner->start(parameters[i]);
-    runners.push_back(std::move(live));
-  }
+    }));
   platform.drain();
-  if (left != 0 && !interrupts.isInterrupted()) {
-    platform.run([&](const PlaybackProgress& now) {
-      progress.showRun(now, plan.isLive);
-      if (interrupts.isInterrupted()) platform.cancel();
-    });
-  }
+  if (left != 0 && !interrupts.isInterrupted()) play(platform, plan, interrupts, progress, outcome);
   outcome.elapsedSeconds = secondsSince(began);
   progress.clear();
   interrupts.setHandler({});
 
   for (LiveRunner& live : runners) live.runner->stop();
   platform.drain();
-  for (std::size_t i = 0; i < runners.size(); ++i) {
-    LiveRunner& live = runners[i];
-    RunnerOutcome its;
-    its.plan = plan.runners[i];
-    its.plan.params = parameters[i];
-    its.state = live.watch->state();
-    const auto record = records.find(live.name);
-    if (record && record->digest) its.digest = record->digest->text();
-    its.record = record;
-    IRunnerFactory::instance()->destroyRunner(live.name);
-    live.runner.reset();
-    outcome.runners.push_back(std::move(its));
-  }
+  for (std::size_t i = 0; i < runners.size(); ++i)
+    outcome.runners.push_back(endRunner(runners[i], plan.runners[i], parameters[i], records));
   platform.drain();
   outcome.isInterrupted = interrupts.isInterrupted();
   outcome.accounts = platform.tradeResults();

@@ -36,6 +36,8 @@ struct RunOutcome {
   std::vector<SeriesSummary> data;
   std::vector<RunnerOutcome> runners;
   std::vector<AccountResult> accounts;
+  /// What could not be written, one UTF-8 message each.
+  std::vector<std::string> failures;
   // What differs from one run to the next.
   double loadSeconds = 0;
   double elapsedSeconds = 0;

@@ -23,6 +23,11 @@ struct OrderIds {
 struct OrderId {
   int64 id;
 };
+struct PublicationAnswer {
+  ResultStatus status;
+};
+
+constexpr int kLiveBit = 1;
 
 void put(CallEncoder& out, RequestId id) { out.requestId(id.id); }
 void put(CallEncoder& out, TimerId id) { out.timerId(id.id); }
@@ -30,6 +35,10 @@ void put(CallEncoder& out, OrderId id) { out.orderId(id.id); }
 void put(CallEncoder& out, const OrderIds& list) {
   out.value(static_cast<int64>(list.ids.size()));
   for (const int64 id : list.ids) out.orderId(id);
+}
+void put(CallEncoder& out, const PublicationAnswer& answer) {
+  const bool isTaken = answer.status.code == 0;
+  out.value(isTaken ? ResultStatus() : answer.status);
 }
 void put(CallEncoder& out, bool flag) { out.value(std::int32_t{flag}); }
 void put(CallEncoder& out, const QJsonObject& object) { out.value(compactJson(object)); }
@@ -54,18 +63,30 @@ void put(CallEncoder& out, const Value& value) {
 
 template <typename Do, typename... Arguments>
 auto TapContext::act(ActionKind kind, const Do& doIt, const Arguments&... arguments) {
-  const bool heard = isHeard();
-  if (heard) {
-    encoder_.begin(kind);
-    (put(encoder_, arguments), ...);
+  const bool written = isWritten();
+  if (written) {
+    encoder_->begin(kind);
+    (put(*encoder_, arguments), ...);
   }
   if constexpr (std::is_void_v<decltype(doIt())>) {
     doIt();
   } else {
     auto answer = doIt();
-    if (heard) put(encoder_, answer);
+    if (written) put(*encoder_, answer);
     return answer;
   }
+}
+
+template <typename Do, typename... Arguments>
+ResultStatus TapContext::publish(ActionKind kind, PublishedCount& count, std::size_t items,
+                                 int flags, const Do& doIt, const Arguments&... arguments) {
+  const PublicationAnswer answer = act(
+      kind, [&] { return PublicationAnswer{doIt()}; }, arguments..., flags);
+  if (isHeard())
+    (answer.status.code != 0   ? count.refused
+     : (flags & kLiveBit) != 0 ? count.live
+                               : count.history) += items;
+  return answer.status;
 }
 
 void TapContext::setError(const std::string& message) {
@@ -210,30 +231,30 @@ void TapContext::stopTimer(int timerId) {
 }
 
 ResultStatus TapContext::publishQuoteList(const std::list<IDepthMarketData>& quotes, int flags) {
-  return act(
-      ActionKind::PublishQuoteList, [&] { return inner_.publishQuoteList(quotes, flags); }, quotes,
-      flags);
+  return publish(
+      ActionKind::PublishQuoteList, record_.publishedQuotes, quotes.size(), flags,
+      [&] { return inner_.publishQuoteList(quotes, flags); }, quotes);
 }
 
 ResultStatus TapContext::publishQuoteSeries(const ICodeID& code, const std::list<IKLine>& bars,
                                             int term, int flags) {
-  return act(
-      ActionKind::PublishQuoteSeries,
-      [&] { return inner_.publishQuoteSeries(code, bars, term, flags); }, code, bars, term, flags);
+  return publish(
+      ActionKind::PublishQuoteSeries, record_.publishedBars, bars.size(), flags,
+      [&] { return inner_.publishQuoteSeries(code, bars, term, flags); }, code, bars, term);
 }
 
 ResultStatus TapContext::publishQuoteItems(const ICodeID& code,
                                            const std::list<IDepthMarketData>& ticks, int flags) {
-  return act(
-      ActionKind::PublishQuoteItems, [&] { return inner_.publishQuoteItems(code, ticks, flags); },
-      code, ticks, flags);
+  return publish(
+      ActionKind::PublishQuoteItems, record_.publishedQuotes, ticks.size(), flags,
+      [&] { return inner_.publishQuoteItems(code, ticks, flags); }, code, ticks);
 }
 
 ResultStatus TapContext::publishQuoteItems2(const ICodeID& code, const std::list<IKLine>& bars,
                                             int flags) {
-  return act(
-      ActionKind::PublishQuoteItems2, [&] { return inner_.publishQuoteItems2(code, bars, flags); },
-      code, bars, flags);
+  return publish(
+      ActionKind::PublishQuoteItems2, record_.publishedBars, bars.size(), flags,
+      [&] { return inner_.publishQuoteItems2(code, bars, flags); }, code, bars);
 }
 
 ResultStatus TapContext::publishOp5(const std::string& key, const std::string& text, int flags) {
@@ -276,7 +297,7 @@ ResultStatus TapContext::sendOrderIds(const OrderRequest& request, std::list<int
   std::list<int64> made;
   ResultStatus status = act(
       ActionKind::SendOrderIds, [&] { return inner_.sendOrderIds(request, made); }, request);
-  if (isHeard()) put(encoder_, OrderIds{made});
+  if (isWritten()) put(*encoder_, OrderIds{made});
   orderIds.splice(orderIds.end(), made);
   return status;
 }
@@ -284,7 +305,7 @@ ResultStatus TapContext::sendOrderIds(const OrderRequest& request, std::list<int
 ResultStatus TapContext::sendOrder(const OrderRequest& request, std::list<Order>& orders) {
   ResultStatus status = act(
       ActionKind::SendOrder, [&] { return inner_.sendOrder(request, orders); }, request);
-  if (isHeard()) put(encoder_, orders);
+  if (isWritten()) put(*encoder_, orders);
   return status;
 }
 
@@ -303,10 +324,10 @@ ResultStatus TapContext::orderActionForward(const Order& order, int action) {
 ResultStatus TapContext::publishRecords(const std::string& name, const std::string& target,
                                         int valueType, const std::list<Record>& records,
                                         int flags) {
-  return act(
-      ActionKind::PublishRecords,
+  return publish(
+      ActionKind::PublishRecords, record_.publishedRecords, records.size(), flags,
       [&] { return inner_.publishRecords(name, target, valueType, records, flags); }, name, target,
-      valueType, records, flags);
+      valueType, records);
 }
 
 void TapContext::requestRange(const std::string& name, const std::string& target, int64 begin,

@@ -6,20 +6,25 @@
 #include "EventStrategy/ov.strategy.runner/IContext.h"
 #include "host/ActionKind.h"
 #include "host/CallEncoder.h"
+#include "host/RunRecord.h"
 
 namespace orvane {
 
-/// Stands between a strategy and its context: writes what the strategy does, with the answers,
-/// into the digest of its run, and forwards every call unchanged.
+/// Stands between a strategy and its context: counts what the strategy publishes, writes what it
+/// does, with the answers, into the digest of its run if there is one, and forwards every call
+/// unchanged.
 ///
 /// Queries and log lines are not written: they change nothing, and their texts may hold numbers
 /// that are unique in the process. Neither is what is done outside a call-back or on a thread of
-/// the strategy's own, whose order nobody can repeat.
+/// the strategy's own, whose order nobody can repeat. Of a publication that went well the message
+/// is not written: it is how much waits in a queue that all runners share.
 ///
-/// Belongs to a `TapStrategy`; the context and the encoder outlive it.
+/// Belongs to a `TapStrategy`; context, record and encoder outlive it.
 class TapContext final : public IContext {
  public:
-  TapContext(IContext& inner, CallEncoder& encoder) : inner_(inner), encoder_(encoder) {}
+  /// `encoder` is null where there is no digest.
+  TapContext(IContext& inner, RunRecord& record, CallEncoder* encoder)
+      : inner_(inner), record_(record), encoder_(encoder) {}
 
   /// While one exists, what its thread does is written.
   class Call {
@@ -199,10 +204,17 @@ class TapContext final : public IContext {
   template <typename Do, typename... Arguments>
   auto act(ActionKind kind, const Do& doIt, const Arguments&... arguments);
 
+  /// The same for a publication of `items` things, which it counts.
+  template <typename Do, typename... Arguments>
+  ResultStatus publish(ActionKind kind, PublishedCount& count, std::size_t items, int flags,
+                       const Do& doIt, const Arguments&... arguments);
+
   bool isHeard() const { return caller_.load() == std::this_thread::get_id(); }
+  bool isWritten() const { return encoder_ != nullptr && isHeard(); }
 
   IContext& inner_;
-  CallEncoder& encoder_;
+  RunRecord& record_;
+  CallEncoder* const encoder_;
   std::atomic<std::thread::id> caller_{};  ///< Who is inside a call-back.
 };
 

@@ -15,6 +15,7 @@ std::string compactJson(const QJsonObject& object) {
 }
 
 constexpr char kTickFrequency[] = "tick";
+constexpr char kStatisticsKey[] = "#STAT#";
 
 }  // namespace
 
@@ -40,13 +41,9 @@ void TapStrategy::pass(CallKind kind, IContext* context, const Encode& encode,
   }
   if (!inner_) return;
   try {
-    if (!encoder_) {
-      forward(*inner_, context);
-    } else {
-      if (!tapContext_) tapContext_.emplace(*context, *encoder_);
-      const TapContext::Call call(*tapContext_);
-      forward(*inner_, &*tapContext_);
-    }
+    if (!tapContext_) tapContext_.emplace(*context, *record_, encoder_ ? &*encoder_ : nullptr);
+    const TapContext::Call call(*tapContext_);
+    forward(*inner_, &*tapContext_);
   } catch (const std::exception& error) {
     noteException(kind, error.what());
     throw;
@@ -102,6 +99,15 @@ void TapStrategy::noteTick(const IDepthMarketData& tick, const std::string& freq
   if (found.records++ == 0) found.firstTick = found.lastTick;
   ++record_->ticks;
   noteTime(view.time());
+}
+
+DictionaryRecord& TapStrategy::dictionary(const std::string& name, const std::string& target) {
+  return record_->dictionaries[{name, target}];
+}
+
+void TapStrategy::noteRecord(DictionaryRecord& found, const Record& record) {
+  if (found.records + found.snapshots == 0) found.firstKey = record.key;
+  found.lastKey = record.key;
 }
 
 void TapStrategy::onStart(IContext* context, const QJsonObject& params) {
@@ -266,6 +272,9 @@ void TapStrategy::onFill(IContext* context, const OrderFill& fill) {
 
 void TapStrategy::onDicSnapshot(IContext* context, const std::string& name, const std::string& key,
                                 const Record& record) {
+  DictionaryRecord& found = dictionary(name, key);
+  noteRecord(found, record);
+  ++found.snapshots;
   pass(
       CallKind::DicSnapshot, context,
       [&](CallEncoder& out) {
@@ -279,6 +288,11 @@ void TapStrategy::onDicSnapshot(IContext* context, const std::string& name, cons
 void TapStrategy::onDic(IContext* context, const std::string& name, const std::string& key,
                         const std::list<Record>& records, const ResultStatus& status,
                         int batchFlag) {
+  DictionaryRecord& found = dictionary(name, key);
+  for (const Record& record : records) {
+    noteRecord(found, record);
+    ++found.records;
+  }
   pass(
       CallKind::Dic, context,
       [&](CallEncoder& out) {
@@ -293,6 +307,7 @@ void TapStrategy::onDic(IContext* context, const std::string& name, const std::s
 
 void TapStrategy::onDicDeleted(IContext* context, const std::string& name, const std::string& key,
                                int64 value1, int64 value2) {
+  ++dictionary(name, key).deletions;
   pass(
       CallKind::DicDeleted, context,
       [&](CallEncoder& out) {
@@ -315,9 +330,19 @@ void TapStrategy::onTimer(IContext* context, int timerId, int64 value) {
 }
 
 void TapStrategy::onStop(IContext* context) {
-  pass(
-      CallKind::Stop, context, [](CallEncoder&) {},
-      [&](IStrategy& to, IContext* its) { to.onStop(its); });
+  // The last moment at which a context can be asked; what `onStop` publishes counts too.
+  const auto takeStatistics = [&] {
+    record_->statisticsLine = context->env(kStatisticsKey, std::string());
+  };
+  try {
+    pass(
+        CallKind::Stop, context, [](CallEncoder&) {},
+        [&](IStrategy& to, IContext* its) { to.onStop(its); });
+  } catch (...) {
+    takeStatistics();
+    throw;
+  }
+  takeStatistics();
 }
 
 }  // namespace orvane

@@ -68,6 +68,8 @@ class TapStrategy final : public IStrategy {
   void noteBars(const ICodeID& code, const std::string& frequency, const std::vector<IKLine>& bars);
   void noteTick(const IDepthMarketData& tick, const std::string& frequency);
   void noteTime(int64 utcMs);
+  static void noteRecord(DictionaryRecord& found, const Record& record);
+  DictionaryRecord& dictionary(const std::string& name, const std::string& target);
   SeriesRecord& series(const ICodeID& code, const std::string& frequency, bool isTicks);
 
   std::unique_ptr<IStrategy> inner_;
@@ -75,7 +77,7 @@ class TapStrategy final : public IStrategy {
   RunRecords& records_;
   std::shared_ptr<RunRecord> record_;
   std::optional<CallEncoder> encoder_;    ///< Empty where there is no digest.
-  std::optional<TapContext> tapContext_;  ///< What the strategy gets where there is one.
+  std::optional<TapContext> tapContext_;  ///< What the strategy gets.
   SeriesRecord* lastSeries_ = nullptr;    ///< The one found last: most calls are of it again.
 };
 

@@ -4,10 +4,10 @@
 
 #include <QJsonArray>
 #include <algorithm>
-#include <filesystem>
 #include <limits>
 #include <set>
 
+#include "host/ConfigPaths.h"
 #include "host/InputError.h"
 #include "host/TimeArgument.h"
 #include "shared/CodeTables.h"
@@ -103,12 +103,7 @@ void readTrade(JsonReader& reader, const std::string& configPath, RunPlan& plan)
   }
   plan.startBalance = reader.decimal("capital");
   const std::string store = reader.text("store");
-  if (!store.empty()) {
-    const std::filesystem::path path(store);
-    plan.trade.storePath = path.is_absolute()
-                               ? store
-                               : (std::filesystem::path(configPath).parent_path() / path).string();
-  }
+  if (!store.empty()) plan.trade.storePath = besides(configPath, store);
   const QJsonValue trade = reader.value("trade");
   if (trade.isUndefined()) return;
   JsonReader exchange(trade, reader.place("trade"));

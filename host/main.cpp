@@ -1,8 +1,9 @@
-#include <fmt/core.h>
-
 #include <CLI/CLI.hpp>
+#include <csignal>
 #include <exception>
+#include <string>
 
+#include "host/Console.h"
 #include "host/GenerateCommand.h"
 #include "host/InputError.h"
 #include "host/InspectCommand.h"
@@ -11,6 +12,17 @@
 #include "platform/market/files/DataFiles.h"
 
 namespace {
+
+/// What is wrong with the command line. Where a flag was given a value, the parser leaves out
+/// which.
+std::string faultOf(const CLI::ParseError& error, int argc, char** argv) {
+  const std::string text = error.what();
+  const auto end = text.find(" was given a disallowed flag override");
+  for (int i = 1; i < argc && end != std::string::npos; ++i)
+    if (std::string(argv[i]).starts_with("--" + text.substr(0, end) + "="))
+      return std::string(argv[i]) + ": a flag takes no value";
+  return text;
+}
 
 int runCommandLine(int argc, char** argv) {
   CLI::App app("Plays market data through event-driven trading strategies.", "orvane");
@@ -24,27 +36,38 @@ int runCommandLine(int argc, char** argv) {
   } catch (const CLI::Success& done) {
     return app.exit(done);
   } catch (const CLI::ParseError& error) {
-    fmt::print(stderr, "orvane: {}\nRun with --help for more information.\n", error.what());
+    orvane::complain(faultOf(error, argc, argv) + "\nRun with --help for more information.");
     return orvane::kExitBadInput;
   }
   if (run.isChosen()) return run.execute();
-  if (generate.isChosen()) return generate.execute();
-  return inspect.execute();
+  const int code = generate.isChosen() ? generate.execute() : inspect.execute();
+  const std::string failure = orvane::outputFailure();
+  if (failure.empty()) return code;
+  orvane::complain(failure);
+  return orvane::kExitRunFailed;
+}
+
+/// A pipe that its reader closed and a file that may not grow are errors of one write, told like
+/// any other, and not the death of a run with all its results.
+void outliveFailedWrites() {
+  std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGXFSZ, SIG_IGN);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+  outliveFailedWrites();
   try {
     return runCommandLine(argc, argv);
   } catch (const orvane::DataFileError& error) {
-    fmt::print(stderr, "orvane: {}\n", error.what());
+    orvane::complain(error.what());
     return orvane::kExitBadInput;
   } catch (const orvane::InputError& error) {
-    fmt::print(stderr, "orvane: {}\n", error.what());
+    orvane::complain(error.what());
     return orvane::kExitBadInput;
   } catch (const std::exception& error) {
-    fmt::print(stderr, "orvane: {}\n", error.what());
+    orvane::complain(error.what());
     return orvane::kExitRunFailed;
   }
 }

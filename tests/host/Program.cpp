@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <fmt/core.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -14,8 +15,8 @@
 
 namespace orvane::test {
 
-ProgramResult runProgram(const std::vector<std::string>& arguments,
-                         const std::string& interruptOn) {
+ProgramResult runProgram(const std::vector<std::string>& arguments, const std::string& interruptOn,
+                         const ProgramLimits& limits) {
   const TempFolder folder;
   const std::string errPath = folder / "err";
   std::vector<std::string> all = {ORVANE_TEST_PROGRAM};
@@ -31,6 +32,12 @@ ProgramResult runProgram(const std::vector<std::string>& arguments,
     const int err = open(errPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
     dup2(pipeEnds[1], STDOUT_FILENO);
     dup2(err, STDERR_FILENO);
+    if (!limits.outFile.empty()) dup2(open(limits.outFile.c_str(), O_WRONLY), STDOUT_FILENO);
+    if (limits.mostFileBytes > 0) {
+      const auto most = static_cast<rlim_t>(limits.mostFileBytes);
+      const rlimit limit{most, most};
+      setrlimit(RLIMIT_FSIZE, &limit);
+    }
     execv(argv[0], argv.data());
     _exit(127);
   }

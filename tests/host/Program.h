@@ -13,10 +13,16 @@ struct ProgramResult {
   std::string out, err;
 };
 
+/// What stands in the command's way.
+struct ProgramLimits {
+  std::string outFile;     ///< Where its standard output goes, and not to `out`.
+  long mostFileBytes = 0;  ///< No file may grow beyond; 0: no limit.
+};
+
 /// Runs the command with these arguments and waits for it. If `interruptOn` is not empty, the
 /// command is sent SIGINT as soon as its standard output has that text.
 ProgramResult runProgram(const std::vector<std::string>& arguments,
-                         const std::string& interruptOn = {});
+                         const std::string& interruptOn = {}, const ProgramLimits& limits = {});
 
 /// The path of a module that these tests build.
 std::string testModule(const std::string& name);

@@ -53,8 +53,8 @@ TEST_F(Program, shouldEndWithSuccessAndASummaryWhenARunIsStoppedAtTheEndOfTheDat
 TEST_F(Program, shouldWriteAllDocumentedKeysOfTheReport) {
   ASSERT_EQ(run("sma_cross", {"-p", R"({"fast": 2, "slow": 4})"}).exitCode, kExitSuccess);
   EXPECT_EQ(report().keys(),
-            (QStringList{"accounts", "data", "format", "from", "mode", "outcome", "runners",
-                         "timeZone", "timing", "to", "total", "version"}));
+            (QStringList{"accounts", "data", "failures", "format", "from", "mode", "outcome",
+                         "runners", "timeZone", "timing", "to", "total", "version"}));
   EXPECT_EQ(report()["outcome"].toString(), "completed");
   EXPECT_EQ(report()["mode"].toString(), "playback");
   EXPECT_EQ(report()["timing"].toObject().keys(),
@@ -62,8 +62,11 @@ TEST_F(Program, shouldWriteAllDocumentedKeysOfTheReport) {
                          "speed", "threads"}));
   EXPECT_EQ(runner().keys(),
             (QStringList{"bars", "digest", "env", "eventCount", "events", "exceptions", "message",
-                         "name", "notifications", "params", "series", "span", "status", "strategy",
-                         "ticks", "trading"}));
+                         "name", "notifications", "params", "published", "records", "series",
+                         "server", "span", "status", "strategy", "ticks", "trading"}));
+  EXPECT_TRUE(runner()["published"].isNull());
+  EXPECT_EQ(runner()["records"].toArray().size(), 0);
+  EXPECT_EQ(report()["failures"].toArray().size(), 0);
   EXPECT_EQ(runner()["bars"].toInt(), 30);
   EXPECT_EQ(runner()["env"].toObject()["bars"].toString(), "30");
   EXPECT_EQ(runner()["digest"].toString().size(), 32);

@@ -1,0 +1,102 @@
+#include "host/PlatformSetup.h"
+
+#include <fmt/core.h>
+
+#include <stdexcept>
+#include <utility>
+
+#include "host/EventConfig.h"
+#include "host/InputError.h"
+#include "host/InstrumentInputs.h"
+#include "host/TimeArgument.h"
+#include "host/TradeConfig.h"
+#include "shared/TextCodec.h"
+
+namespace orvane {
+namespace {
+
+void addInstruments(EmbeddedPlatform& platform, const RunPlan& plan) {
+  for (const InstrumentInput& input : plan.instruments) {
+    try {
+      platform.addInstrument(input.instrument);
+    } catch (const std::invalid_argument& error) {
+      throw InputError(fmt::format("{}: {}", input.origin, error.what()));
+    }
+  }
+}
+
+/// The code of a series: a known instrument, or a new one of which nothing else is known.
+ICodeID codeOf(EmbeddedPlatform& platform, const RunPlan& plan, const std::string& codeText,
+               const std::string& timeZone, const std::string& origin) {
+  ICodeID code;
+  if (platform.findCode(utf8ToGbk(codeText), code)) return code;
+  Instrument instrument;
+  setCodeText(instrument, codeText);
+  if (platform.findCode(instrument.code, code)) return code;
+  if (plan.instrumentsAreComplete)
+    throw InputError(fmt::format("{}: unknown code \"{}\": the instruments file does not have it",
+                                 origin, codeText));
+  instrument.timeZone = timeZone;
+  try {
+    return platform.addInstrument(instrument);
+  } catch (const std::invalid_argument& error) {
+    throw InputError(fmt::format("{}: {}", origin, error.what()));
+  }
+}
+
+void addSeries(EmbeddedPlatform& platform, const RunPlan& plan, DataSet data) {
+  try {
+    for (LoadedBars& loaded : data.bars) {
+      auto& series = loaded.series;
+      series.code = codeOf(platform, plan, loaded.code, series.timeZone, series.origin);
+      platform.addBars(std::move(series));
+    }
+    for (LoadedTicks& loaded : data.ticks) {
+      auto& series = loaded.series;
+      series.code = codeOf(platform, plan, loaded.code, series.timeZone, series.origin);
+      platform.addTicks(std::move(series));
+    }
+  } catch (const std::invalid_argument& error) {
+    throw InputError(error.what());
+  }
+}
+
+/// A platform whose options may be wrong.
+std::unique_ptr<EmbeddedPlatform> platformOf(const PlatformOptions& options) {
+  try {
+    return std::make_unique<EmbeddedPlatform>(options);
+  } catch (const std::invalid_argument& error) {
+    throw InputError(error.what());
+  } catch (const std::runtime_error& error) {
+    throw InputError(error.what());
+  }
+}
+
+}  // namespace
+
+PlatformOptions platformOptions(const RunPlan& plan, const DataSet& data) {
+  PlatformOptions options;
+  options.mode = plan.isLive ? PlatformOptions::Mode::Live : PlatformOptions::Mode::Playback;
+  options.poolThreads = plan.threads;
+  options.timeZone = plan.timeZone.empty() ? data.timeZone() : plan.timeZone;
+  options.speed = plan.speed;
+  if (!plan.from.empty()) options.from = parseTimeArgument(plan.from, options.timeZone, "--from");
+  if (!plan.to.empty()) options.to = parseTimeArgument(plan.to, options.timeZone, "--to");
+  if (options.from != kUnsetTime && options.to != kUnsetTime && options.from >= options.to)
+    throw InputError(
+        fmt::format("--from: \"{}\" does not lie before --to \"{}\"", plan.from, plan.to));
+  options.trade = tradeOptions(plan, options.timeZone);
+  options.dictionary.file = plan.dictionaryFile;
+  options.events = eventOptions(plan, options.timeZone);
+  return options;
+}
+
+std::unique_ptr<EmbeddedPlatform> makePlatform(const RunPlan& plan, const PlatformOptions& options,
+                                               DataSet data) {
+  auto platform = platformOf(options);
+  addInstruments(*platform, plan);
+  addSeries(*platform, plan, std::move(data));
+  return platform;
+}
+
+}  // namespace orvane

@@ -1,0 +1,130 @@
+// What cannot be written is told, and takes nothing else along.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <QJsonArray>
+#include <filesystem>
+
+#include "host/InputError.h"
+#include "tests/host/Program.h"
+
+namespace orvane {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+
+class FailedWrite : public testing::Test {
+ protected:
+  test::ProgramResult run(std::vector<std::string> more, const test::ProgramLimits& limits = {}) {
+    std::vector<std::string> all = {
+        "run", "-s",           "sma_cross", "-p",   R"({"fast": 2, "slow": 4})",
+        "-b",  "A.X=" + bars_, "--report",  report_};
+    all.insert(all.end(), more.begin(), more.end());
+    return test::runProgram(all, {}, limits);
+  }
+
+  /// The report tells of the failure, and the rest of it stands there as ever.
+  void expectReported(const std::string& failure) const {
+    const QJsonObject report = test::readReport(report_);
+    EXPECT_EQ(report["outcome"].toString(), "failed");
+    EXPECT_THAT(report["failures"].toArray()[0].toString().toStdString(), HasSubstr(failure));
+    EXPECT_EQ(report["runners"].toArray()[0].toObject()["bars"].toInt(), 30);
+    EXPECT_TRUE(fs::exists(report_ + "/trades.csv"));
+    EXPECT_TRUE(fs::exists(report_ + "/equity.csv"));
+  }
+
+  const test::TempFolder folder_;
+  const std::string bars_ = folder_.write("bars.csv", test::barsCsv());
+  const std::string report_ = folder_ / "report";
+};
+
+TEST_F(FailedWrite, shouldPlayOnAndReportWhenTheLogIsFull) {
+  const auto result = run({"--log", "/dev/full"});
+  EXPECT_EQ(result.exitCode, kExitRunFailed);
+  EXPECT_THAT(result.err, HasSubstr("orvane: --log /dev/full: "));
+  EXPECT_THAT(result.err, HasSubstr("could not be written: No space left on device"));
+  EXPECT_THAT(result.out, HasSubstr("runner sma_cross (sma_cross): Stopped"));
+  expectReported("/dev/full");
+}
+
+TEST_F(FailedWrite, shouldPlayOnAndReportWhenTheStoreCannotGrow) {
+  const std::string store = folder_ / "store.db";
+  ASSERT_EQ(run({"--store", store}).exitCode, kExitSuccess);
+  const auto size = static_cast<long>(fs::file_size(store));
+  ASSERT_GT(size, static_cast<long>(fs::file_size(report_ + "/report.json")));
+  fs::remove_all(report_);
+  const auto result = run({"--store", store}, {{}, size});
+  EXPECT_EQ(result.exitCode, kExitRunFailed) << result.out;
+  EXPECT_THAT(result.err, HasSubstr("orvane: store " + store));
+  expectReported(store);
+}
+
+TEST_F(FailedWrite, shouldWriteTheOtherFilesWhenOneOfTheReportCannotBeWritten) {
+  fs::create_directories(report_ + "/trades.csv");
+  const auto result = run({});
+  EXPECT_EQ(result.exitCode, kExitRunFailed);
+  EXPECT_THAT(result.err, HasSubstr("trades.csv: cannot be written"));
+  EXPECT_THAT(result.out, HasSubstr("Stopped"));
+  expectReported("trades.csv");
+}
+
+TEST_F(FailedWrite, shouldWriteTheReportWhenNobodyTakesTheSummary) {
+  const auto result = run({}, {"/dev/full", 0});
+  EXPECT_EQ(result.exitCode, kExitRunFailed);
+  EXPECT_THAT(result.err, HasSubstr("the standard output could not be written"));
+  EXPECT_EQ(test::readReport(report_)["runners"].toArray().size(), 1);
+}
+
+TEST_F(FailedWrite, shouldFailEveryCommandWhoseOutputIsLost) {
+  const auto result = test::runProgram({"inspect", bars_}, {}, {"/dev/full", 0});
+  EXPECT_EQ(result.exitCode, kExitRunFailed);
+  EXPECT_THAT(result.err, HasSubstr("orvane: "));
+}
+
+TEST_F(FailedWrite, shouldRefuseALogThatNobodyReadsAndNotWaitForAReader) {
+  const std::string pipe = folder_ / "pipe";
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  const auto result = run({"--log", pipe});
+  EXPECT_EQ(result.exitCode, kExitBadInput);
+  EXPECT_THAT(result.err, HasSubstr("--log: \"" + pipe + "\" cannot be written"));
+}
+
+TEST_F(FailedWrite, shouldRefuseAReportFolderThatCannotBeMadeBeforeAnythingRuns) {
+  const auto result =
+      test::runProgram({"run", "-s", "sma_cross", "-b", bars_, "--report", "/proc/orvane/report"});
+  EXPECT_EQ(result.exitCode, kExitBadInput);
+  EXPECT_THAT(result.err, HasSubstr("--report"));
+  EXPECT_EQ(result.out, "");
+}
+
+TEST_F(FailedWrite, shouldLeaveNoDatabaseOfARunThatIsRefused) {
+  const std::string store = folder_ / "store.db";
+  const auto result = run({"--store", store, "--params", R"({"data": [{"code": "NOPE"}]})"});
+  EXPECT_EQ(result.exitCode, kExitBadInput);
+  EXPECT_FALSE(fs::exists(store));
+}
+
+TEST_F(FailedWrite, shouldRefuseOneFileForTwoThings) {
+  const std::string file = folder_ / "one.db";
+  const auto expectRefused = [&](const std::vector<std::string>& more, const std::string& text) {
+    const auto result = run(more);
+    EXPECT_EQ(result.exitCode, kExitBadInput);
+    EXPECT_THAT(result.err, HasSubstr(text));
+    EXPECT_FALSE(fs::exists(report_));
+  };
+  expectRefused({"--store", file, "--dictionary", (folder_ / "x/../one.db")},
+                "--store: \"" + file + "\" is the file of --dictionary too");
+  expectRefused({"--store", file, "--log", file}, "is the file of --store too");
+  expectRefused({"--log", bars_}, "is the file of the market data too");
+  expectRefused({"--log", report_ + "/report.json"}, "is the file of --report's report.json too");
+  fs::create_symlink(bars_, folder_ / "link");
+  expectRefused({"--store", folder_ / "link"}, "is the file of the market data too");
+  EXPECT_EQ(test::readFile(bars_), test::barsCsv());
+  EXPECT_FALSE(fs::exists(file));
+}
+
+}  // namespace
+}  // namespace orvane
