@@ -19,7 +19,8 @@ bool EventDesk::serve() {
     return false;
   }
   parts_.codes.takeChanges();
-  if (MarketStream* stream = parts_.publications.takeNext()) {
+  const auto onHistory = [this](MarketStream& stream) { parts_.quotes.passOver(stream); };
+  if (MarketStream* stream = parts_.publications.takeNext(onHistory)) {
     play(*stream);
     return true;
   }

@@ -195,7 +195,7 @@ bool Publications::appendRow(MarketStream& stream, Publication& publication, std
   return true;
 }
 
-MarketStream* Publications::takeNext() {
+MarketStream* Publications::takeNext(const std::function<void(MarketStream&)>& onHistory) {
   if (anyWaiting()) takeIn();
   while (!admitted_.empty()) {
     Publication& first = admitted_.front();
@@ -206,6 +206,7 @@ MarketStream* Publications::takeNext() {
       if (first.isLive) return &stream;
       stream.known.fetch_add(1);
     }
+    if (!first.isLive) onHistory(stream);
     admitted_.pop_front();
     nextRow_ = 0;
   }

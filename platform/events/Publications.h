@@ -63,8 +63,8 @@ class Publications {
   /// As `announce`, at once.
   ResultStatus makeKnown(const ICodeID& code, int64 periodMs);
   /// Takes in what waits, up to a row that is to be told, and returns the stream whose next row
-  /// that is; null when nothing is left.
-  MarketStream* takeNext();
+  /// that is; null when nothing is left. `onHistory` is told which stream knows more by now.
+  MarketStream* takeNext(const std::function<void(MarketStream&)>& onHistory);
   void dropWaiting();
   /// The feed is about to be played: from now on the times of data mean something in live mode.
   void beginRun(const TimeShift& shift);

@@ -282,6 +282,14 @@ void QuoteService::deliverNext(MarketStream& stream) {
   --delivering_;
 }
 
+void QuoteService::passOver(MarketStream& stream) {
+  for (DerivedSeries* series : stream.derived) {
+    series->catchUp(closedThrough_);
+    series->sent = series->bars().size();
+    noteOpenEnd(*series);
+  }
+}
+
 void QuoteService::deliverBar(const RequestList& live, std::size_t count, const IKLine& bar) {
   oneBar_[0] = bar;
   shift_.show(oneBar_[0]);

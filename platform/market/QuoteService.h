@@ -57,6 +57,8 @@ class QuoteService final : public IRealtimeQuoteService {
 
   /// Makes the next row of a stream known and delivers it, with the bars that it completes.
   void deliverNext(MarketStream& stream);
+  /// Rows of a stream became known that are told to nobody.
+  void passOver(MarketStream& stream);
   /// The earliest end of an open derived bar; it may name one that is closed already.
   int64 nextClose() const { return nextClose_; }
   /// Everything that lies before `time` is over; bars are not delivered by this.

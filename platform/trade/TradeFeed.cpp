@@ -29,10 +29,23 @@ void TradeFeed::lookAtStreams() {
   }
 }
 
+void TradeFeed::adoptStreams() {
+  lookAtStreams();
+  std::erase_if(unfed_, [this](int64 codeId) {
+    const auto at = byCode_.find(codeId);
+    if (at == byCode_.end()) return false;
+    lines_[at->second].isActive = true;
+    return true;
+  });
+}
+
 void TradeFeed::begin(int64 codeId, PaperExchange& exchange) {
   lookAtStreams();
   const auto at = byCode_.find(codeId);
-  if (at == byCode_.end()) return;
+  if (at == byCode_.end()) {
+    unfed_.insert(codeId);
+    return;
+  }
   Line& line = lines_[at->second];
   if (line.isActive) return;
   line.isActive = true;

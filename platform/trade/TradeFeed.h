@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <set>
 #include <unordered_map>
 #include <vector>
 
@@ -23,7 +24,9 @@ class TradeFeed {
   int64 shown(int64 time) const { return shift_.shown(time); }
 
   /// Whether the next record of a stream is to be fed.
-  bool isFed(const MarketStream& stream) const {
+  bool isFed(const MarketStream& stream) {
+    // Runners may begin to publish a code in which orders wait already.
+    if (stream.order() >= lines_.size() && !unfed_.empty()) adoptStreams();
     return stream.order() < lines_.size() && lines_[stream.order()].isActive;
   }
   /// Feeds the next record of a stream, which is not known to anybody yet.
@@ -34,7 +37,10 @@ class TradeFeed {
   void begin(int64 codeId, PaperExchange& exchange);
 
   /// As if nothing had been fed.
-  void reset() { lines_.clear(); }
+  void reset() {
+    lines_.clear();
+    unfed_.clear();
+  }
 
  private:
   struct Line {
@@ -43,12 +49,14 @@ class TradeFeed {
     std::size_t fed = 0;  ///< All rows below it are the exchange's past.
   };
   void lookAtStreams();
+  void adoptStreams();
   void feed(const MarketStream& stream, std::size_t row, PaperExchange& exchange, int64 now);
 
   const MarketStore& store_;
   TimeShift shift_;
   std::vector<Line> lines_;                        ///< By the stream's order.
   std::unordered_map<int64, std::size_t> byCode_;  ///< The order of the stream that is fed.
+  std::set<int64> unfed_;  ///< Codes in which somebody trades and that no stream feeds.
   IDepthMarketData tick_;
 };
 

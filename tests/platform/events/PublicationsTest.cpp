@@ -253,6 +253,56 @@ TEST(Publications, shouldFillOrdersThatStoodBeforeAndNoneThatAnswerTheRecord) {
   EXPECT_THAT(held, ElementsAre(0, 0, 0, 1));
 }
 
+TEST(Publications, shouldFillAnOrderThatWaitedBeforeAnybodyPublishedItsCode) {
+  Setting on(3, tradeOptions());
+  auto publisher = makePublisher();
+  const TradingAccountID account = *tradeOf(on.platform).tradingAccounts().begin();
+  auto runner = on.eachMinute([&](int minute) {
+    std::list<Order> orders;
+    if (minute == 1)
+      tradeOf(on.platform).sendOrder(makeRequest(account, on.p, order::Direction::Buy), orders);
+    else
+      publisher->publishQuoteItems(on.p, {makeTick({}, kMonday + minute * kMinute, 100, 5)}, kLive);
+  });
+  on.platform->run();
+  Position held;
+  tradeOf(on.platform).getPosition(account, on.p, held);
+  EXPECT_EQ(PositionView(held).longSide().volume(), 1);
+}
+
+TEST(Publications, shouldNotTellLongerBarsThatAreMadeOfHistory) {
+  Setting on(2);
+  on.platform->addPublished(on.p, "1m");
+  auto publisher = makePublisher();
+  auto reader = std::make_shared<RecordingSpi>();
+  on.platform.quotes().subscribeBars(makeQuery(on.p), kFiveMinutes, reader, 1);
+  on.platform->drain();
+  publisher->publishQuoteItems2(on.p, {barOf(-6, 1), barOf(-1, 1)}, 0);
+  auto runner = on.eachMinute(
+      [&](int minute) { publisher->publishQuoteItems2(on.p, {barOf(minute, minute)}, kLive); });
+  on.platform->run();
+  EXPECT_THAT(reader->lines(), ElementsAre("@0:01 bar#1 flags=16"));
+  auto late = std::make_shared<RecordingSpi>();
+  on.platform.quotes().subscribeBars(makeQuery(on.p), kFiveMinutes, late, 2);
+  on.platform->drain();
+  EXPECT_EQ(late->bars().size(), 2u);
+}
+
+TEST(Publications, shouldChangeNoLongerBarThatIsCompleteWhenABarComesLate) {
+  Setting on(7);
+  on.platform->addPublished(on.p, "1m");
+  auto publisher = makePublisher();
+  auto reader = std::make_shared<RecordingSpi>();
+  on.platform.quotes().subscribeBars(makeQuery(on.p), kFiveMinutes, reader, 1);
+  auto runner = on.eachMinute([&](int minute) {
+    if (minute == 1) publisher->publishQuoteItems2(on.p, {barOf(1, 1)}, kLive);
+    if (minute == 7) publisher->publishQuoteItems2(on.p, {barOf(3, 3), barOf(7, 7)}, kLive);
+  });
+  on.platform->run();
+  ASSERT_EQ(reader->bars().size(), 1u);
+  EXPECT_EQ(KLineView(reader->bars()[0]).high(), 1);
+}
+
 TEST(Publications, shouldBeForgottenOnARewindAndPlayedAgain) {
   Setting on(2);
   on.platform->addPublished(on.p, "1m");
