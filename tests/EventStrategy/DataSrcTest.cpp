@@ -313,6 +313,7 @@ class DataSrcThreads : public DataSrcTest {};
 
 TEST_F(DataSrcThreads, shouldBlockADetachUntilTheCallBackInProgressHasReturned) {
   subscribe(7);
+  ASSERT_TRUE(src->isSubscribeData(7));
   std::latch inside(1);
   std::latch leave(1);
   std::atomic<bool> returned{false};
@@ -337,6 +338,7 @@ TEST_F(DataSrcThreads, shouldBlockADetachUntilTheCallBackInProgressHasReturned) 
 
 TEST_F(DataSrcThreads, shouldSubscribeWhileACallOfTheNotifyIsInProgress) {
   subscribe(7);
+  ASSERT_TRUE(src->isSubscribeData(7));
   std::latch inside(1);
   std::latch leave(1);
   notify.hook = [&] {

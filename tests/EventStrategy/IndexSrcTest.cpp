@@ -61,7 +61,7 @@ TEST_F(IndexSrcTest, shouldCallTheServiceTwiceButHoldOneEntryForTheSameCodeTwice
 TEST_F(IndexSrcTest, shouldTakeTwoRecordsOfOneIdAndDifferentTextsForOneCode) {
   src->subscribeElementChange(codeOf(7, "A"));
   src->subscribeElementChange(codeOf(7, "B"));
-  EXPECT_EQ(codes().size(), 1u);
+  ASSERT_EQ(codes().size(), 1u);
   EXPECT_EQ(codes().begin()->code, "A");
   change(codeOf(7, "C"));
   EXPECT_THAT(notify.take(), ElementsAre("7 C [3=30,4=40,]"));
@@ -257,6 +257,7 @@ TEST_F(IndexSrcThreads, shouldDeliverAChangeThatArrivesDuringASubscribeAfterIt) 
 
 TEST_F(IndexSrcThreads, shouldBlockADetachUntilTheCallBackInProgressHasReturned) {
   src->subscribeElementChange(codeOf(7));
+  ASSERT_EQ(codes().size(), 1u);
   std::latch inside(1);
   std::latch leave(1);
   std::atomic<bool> returned{false};
