@@ -2,6 +2,8 @@
 
 #include <vector>
 
+#include "EventStrategy/Attempts.h"
+
 namespace orvane {
 
 TimerSrc::TimerSrc() = default;
@@ -15,7 +17,9 @@ TimerSrc::~TimerSrc() {
       timers_.erase(timers_.begin());
     }
   }
-  for (const std::shared_ptr<Timer>& timer : left) timer->stop();
+  // What is thrown here is told to nobody: a destructor that throws ends the process.
+  detail::Attempts attempts;
+  for (const std::shared_ptr<Timer>& timer : left) attempts.take([&] { timer->stop(); });
 }
 
 void TimerSrc::setNotify(ITimerNotify* notify) {
@@ -51,7 +55,9 @@ void TimerSrc::stopAllTimer() {
     const std::lock_guard lock(mutex_);
     all.swap(timers_);
   }
-  for (const auto& [id, timer] : all) timer->stop();
+  detail::Attempts attempts;
+  for (const auto& entry : all) attempts.take([&] { entry.second->stop(); });
+  attempts.finish();
 }
 
 bool TimerSrc::isTimerExist(int id) {

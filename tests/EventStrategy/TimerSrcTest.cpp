@@ -3,6 +3,7 @@
 #include <latch>
 #include <memory>
 #include <mutex>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
@@ -156,6 +157,36 @@ TEST_F(TimerSrcTest, shouldStopATimerThatNeverRanInItsDestructor) {
 }
 
 // Locks.
+
+TEST_F(TimerSrcTest, shouldOutliveATimerWhoseStopThrowsInItsDestructor) {
+  platform.calls.onCall("timer.stop", [] { throw std::runtime_error("hostile"); });
+  {
+    TimerSrc unowned;
+    EXPECT_THROW(unowned.createTimer(5, 1, 1, 1), std::bad_weak_ptr);
+    EXPECT_THROW(unowned.createTimer(6, 1, 1, 1), std::bad_weak_ptr);
+    platform.calls.clear();
+  }
+  EXPECT_THAT(platform.calls.entries("timer.stop"), ElementsAre("timer.stop 5", "timer.stop 6"));
+  platform.calls.onCall("timer.stop", {});
+}
+
+TEST_F(TimerSrcTest, shouldStopTheOtherTimersWhenOneStopThrowsAndThenThrowTheFirst) {
+  for (const int id : {5, 6, 7}) src->createTimer(id, 1, 1, 1);
+  platform.calls.clear();
+  int stops = 0;
+  platform.calls.onCall("timer.stop",
+                        [&stops] { throw std::runtime_error("stop " + std::to_string(++stops)); });
+  std::string thrown;
+  try {
+    src->stopAllTimer();
+  } catch (const std::runtime_error& error) {
+    thrown = error.what();
+  }
+  EXPECT_EQ(thrown, "stop 1");
+  EXPECT_EQ(platform.calls.count("timer.stop"), 3);
+  EXPECT_EQ(TestAccess::timerCount(*src), 0u);
+  platform.calls.onCall("timer.stop", {});
+}
 
 TEST_F(TimerSrcTest, shouldHoldNoLockWhileATimerIsStartedOrStopped) {
   int checks = 0;
