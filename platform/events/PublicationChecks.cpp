@@ -54,7 +54,7 @@ class Check {
   }
   void tradingDay(int value) {
     std::int64_t day = 0;
-    if (fault_.empty() && !dayOfNumber(value, day))
+    if (fault_.empty() && value != 0 && !dayOfNumber(value, day))
       fault_ = "trading day " + std::to_string(value) + " is not a date";
   }
   void when(bool wrong, const std::string& fault) {

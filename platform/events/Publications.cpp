@@ -1,11 +1,13 @@
 #include "platform/events/Publications.h"
 
 #include <algorithm>
+#include <chrono>
 #include <iostream>
 #include <iterator>
 #include <utility>
 
 #include "platform/core/Periods.h"
+#include "platform/core/ZoneRules.h"
 #include "platform/events/PublicationChecks.h"
 #include "services/Common/ICodeService.h"
 #include "shared/TextCodec.h"
@@ -18,6 +20,30 @@ namespace {
 constexpr int64 kLongestPeriodMs = 366LL * 86'400'000;
 
 ResultStatus wrong(const std::string& what) { return statusWith(-2, what); }
+
+/// The calendar day, YYYYMMDD, of a time in a zone.
+std::int32_t dayOf(const std::string& timeZone, int64 time) {
+  using namespace std::chrono;
+  const auto zone = ZoneRules::find(timeZone);
+  const milliseconds local(zone == nullptr ? time : zone->toLocal(time));
+  const year_month_day date{floor<days>(sys_time<milliseconds>{local})};
+  return static_cast<int>(date.year()) * 10'000 +
+         static_cast<std::int32_t>(static_cast<unsigned>(date.month()) * 100 +
+                                   static_cast<unsigned>(date.day()));
+}
+
+/// A trading day that is not told is the local one.
+void tellDay(IDepthMarketData& tick, const std::string& timeZone) {
+  const QuoteView view(tick);
+  if (view.tradingDay() == 0)
+    QuoteWriter(tick).set(quote::TradingDay, dayOf(timeZone, view.time()));
+}
+
+void tellDay(IKLine& bar, const std::string& timeZone) {
+  const KLineView view(bar);
+  if (view.tradingDay() == 0)
+    KLineWriter(bar).setDayAndFlags(dayOf(timeZone, view.endTime() - 1), view.flags());
+}
 
 std::string placeOf(const char* list, std::size_t at) {
   return std::string(list) + "[" + std::to_string(at) + "]: ";
@@ -79,6 +105,7 @@ ResultStatus Publications::publishTicks(int publisher, const std::list<IDepthMar
     last->second = time;
     publication.ticks.push_back(tick);
     publication.ticks.back().code = publication.code;
+    tellDay(publication.ticks.back(), publication.timeZone);
     publications.push_back(std::move(publication));
   }
   put(std::move(publications), lastTimes);
@@ -112,6 +139,7 @@ ResultStatus Publications::publishBars(int publisher, const ICodeID& code,
     if (view.endTime() <= last) return wrong(place + "it does not end after the bar before");
     last = view.endTime();
     publication.bars.push_back(bar);
+    tellDay(publication.bars.back(), publication.timeZone);
   }
   std::vector<Publication> publications;
   publications.push_back(std::move(publication));

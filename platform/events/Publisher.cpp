@@ -1,32 +1,15 @@
 #include "platform/events/Publisher.h"
 
-#include <chrono>
 #include <utility>
 
 #include "platform/core/NotSupported.h"
 #include "platform/core/Periods.h"
-#include "platform/core/ZoneRules.h"
 #include "platform/fields/QuoteView.h"
 #include "platform/market/files/NumberParser.h"
 #include "services/Common/ICodeService.h"
 #include "services/QuoteClient/IGeneralEventManager.h"
 
 namespace orvane::detail {
-namespace {
-
-/// The calendar day, YYYYMMDD, of a time in a zone.
-std::int32_t dayOf(const std::string& timeZone, int64 time) {
-  using namespace std::chrono;
-  const auto zone = ZoneRules::find(timeZone);
-  const milliseconds local(zone == nullptr ? time : zone->toLocal(time));
-  const year_month_day date{floor<days>(sys_time<milliseconds>{local})};
-  return static_cast<int>(date.year()) * 10'000 +
-         static_cast<std::int32_t>(static_cast<unsigned>(date.month()) * 100 +
-                                   static_cast<unsigned>(date.day()));
-}
-
-}  // namespace
-
 Publisher::Publisher(Parts parts)
     : parts_(std::move(parts)), number_(parts_.market.addPublisher()) {
   parts_.book->add(this);
@@ -77,14 +60,12 @@ ResultStatus Publisher::publishPrice(const std::string& codeText, const std::str
   double value = 0;
   if (!NumberParser().parse(price, value))
     return statusWith(-2, "price \"" + price + "\" is not a number");
-  const int64 now = parts_.now();
   IDepthMarketData tick;
   QuoteWriter writer(tick);
-  writer.setTime(now);
+  writer.setTime(parts_.now());
   writer.set(quote::LastPrice, value);
   writer.set(quote::Volume, volume);
   writer.set(quote::Turnover, value * volume * property.multiplier);
-  writer.set(quote::TradingDay, dayOf(property.timeZone, now));
   writer.set(quote::Flags, quote::kHasTrade);
   return parts_.market.publishTicks(number_, {tick}, &code, Publications::kLiveFlag);
 }
