@@ -24,9 +24,13 @@ ROOMS = {
     "tests": None,
 }
 # Parts of rooms with rules of their own: carried fields, which strategy writers use too, and what
-# a strategy module and its host agree on.
+# a strategy module and its host agree on: the interfaces, and the base that a strategy writer may
+# derive a source of events from.
 FIELDS = "platform/fields/"
-CONTRACT = {"EventStrategy/ov.strategy.runner/IContext.h",
+CONTRACT = {"EventStrategy/AbstractEventStrategy.h",
+            "EventStrategy/IEvent.h",
+            "EventStrategy/IQuoteSrc.h",
+            "EventStrategy/ov.strategy.runner/IContext.h",
             "EventStrategy/ov.strategy.runner/IStrategy.h"}
 INCLUDE = re.compile(r'^\s*#\s*include\s*[<"]([^>"]+)[>"]')
 
@@ -87,7 +91,9 @@ def self_test():
         ("sdk/Strategy.h", "EventStrategy/ov.strategy.runner/IRunner.h", True),
         ("examples/sma_cross/SmaCross.cpp", "orvane/shared/Types.h", True),
         ("examples/sma_cross/SmaCross.cpp", "orvane/sdk/Strategy.h", False),
+        ("sdk/BarFetcher.h", "EventStrategy/QuoteSrc.h", True),
         ("sdk/Strategy.h", "EventStrategy/ov.strategy.runner/IContext.h", False),
+        ("sdk/BarFetcher.h", "EventStrategy/AbstractEventStrategy.h", False),
         ("sdk/Strategy.h", "platform/fields/QuoteView.h", False),
         ("EventStrategy/ov.strategy.runner/Runner.cpp", "EventStrategy/IEvent.h", False),
         ("platform/core/Clock.cpp", "services/IPlatform.h", False),
