@@ -58,7 +58,9 @@ class EmbeddedPlatform::Impl final : public IServiceRouter, public IQuoteHub {
   const std::shared_ptr<const detail::ZoneRules> zone;
   detail::WorkerPool& pool = detail::WorkerPool::shared();
   SymbolHook symbolHook;
-  std::atomic<int> requestIds{0};
+  /// Far above the ids that strategies choose for themselves: a cancel says no more than the id.
+  static constexpr int kFirstDrawnId = 1'000'000'000;
+  std::atomic<int> requestIds{kFirstDrawnId};
   std::atomic<int> timerIds{0};
   std::atomic<int64> clock{0};
   std::atomic<bool> cancelled{false};

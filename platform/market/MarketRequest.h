@@ -6,6 +6,7 @@
 #include <memory>
 #include <vector>
 
+#include "services/Common/IBlockingReceiver.h"
 #include "services/Common/IRealtimeQuoteService.h"
 
 namespace orvane::detail {
@@ -13,9 +14,12 @@ namespace orvane::detail {
 /// One receiver of call-backs, with what its requests have in common. `round` and `serving` are
 /// for whoever has the turn.
 struct Subscriber {
-  explicit Subscriber(std::shared_ptr<QuoteSpi> receiver) : spi(std::move(receiver)) {}
+  explicit Subscriber(std::shared_ptr<QuoteSpi> receiver)
+      : spi(std::move(receiver)),
+        blocks(dynamic_cast<const IBlockingReceiver*>(spi.get()) != nullptr) {}
 
   const std::shared_ptr<QuoteSpi> spi;
+  const bool blocks;        ///< Somebody waits for it, so nothing may wait for quiet first.
   std::uint64_t round = 0;  ///< The round in which it was called last; see `CallRounds`.
   bool serving = false;     ///< The history of one of its requests is being delivered.
 };

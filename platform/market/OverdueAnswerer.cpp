@@ -1,6 +1,12 @@
 #include "platform/market/OverdueAnswerer.h"
 
 namespace orvane::detail {
+namespace {
+
+/// How often the thread looks for what has waited too long.
+constexpr std::chrono::milliseconds kTurn{10};
+
+}  // namespace
 
 OverdueAnswerer::OverdueAnswerer(QuoteService& quotes)
     : quotes_(quotes), thread_([this] { work(); }) {}
@@ -15,29 +21,29 @@ OverdueAnswerer::~OverdueAnswerer() {
 }
 
 void OverdueAnswerer::noteRequest() {
-  if (watching_.exchange(true)) return;
+  if (watching_.exchange(true) && !quotes_.book().anyBlocking()) return;
   const std::lock_guard lock(mutex_);
   changed_.notify_all();
 }
 
 void OverdueAnswerer::work() {
+  const RequestBook& book = quotes_.book();
   std::unique_lock lock(mutex_);
   int idleTurns = 0;
+  bool hurry = true;
   while (!closing_) {
     if (!watching_.load()) {
       changed_.wait(lock, [this] { return closing_ || watching_.load(); });
       idleTurns = 0;
       continue;
     }
-    changed_.wait_for(lock, kPatience, [this] { return closing_; });
+    changed_.wait_for(lock, kTurn, [&] { return closing_ || (hurry && book.anyBlocking()); });
     if (closing_) return;
     lock.unlock();
-    RequestBook& book = quotes_.book();
     if (book.anyWaiting() || book.endedMark()) {
       idleTurns = 0;
-      // Whoever has the turn may be delivering for long; it serves requests itself afterwards.
-      const std::unique_lock turn(quotes_.turn(), std::try_to_lock);
-      if (turn.owns_lock()) quotes_.serveOverdue(std::chrono::steady_clock::now() - kPatience);
+      // What blocks and yet cannot be served is no reason to look again at once.
+      hurry = answer() || !book.anyBlocking();
     } else if (++idleTurns > 100) {
       watching_.store(false);
       // A request that came just before found the thread watching.
@@ -45,6 +51,17 @@ void OverdueAnswerer::work() {
     }
     lock.lock();
   }
+}
+
+bool OverdueAnswerer::answer() {
+  std::unique_lock turn(quotes_.turn(), std::defer_lock);
+  // Whoever has the turn may be delivering for long, and serves requests itself afterwards. But
+  // for the runner that blocks it waits, and lets go of the turn meanwhile.
+  if (quotes_.book().anyBlocking())
+    turn.lock();
+  else if (!turn.try_lock())
+    return false;
+  return quotes_.serveOverdue(std::chrono::steady_clock::now() - kPatience);
 }
 
 }  // namespace orvane::detail

@@ -12,11 +12,12 @@ namespace orvane::detail {
 /// Answers the requests of strategies that block inside a call-back until their answer is there.
 ///
 /// In playback requests are served when all runners are quiet; a runner that blocks for an answer
-/// never becomes so. This thread serves what waited for more than `kPatience`. The market stands
-/// still meanwhile, so an answer is the same whenever it is given.
+/// never becomes so. This thread serves, at once, those whose receiver says that somebody blocks
+/// for it, and whatever else waited for more than `kPatience`. The market stands still meanwhile,
+/// so an answer is the same whenever it is given.
 class OverdueAnswerer {
  public:
-  static constexpr std::chrono::milliseconds kPatience{10};
+  static constexpr std::chrono::milliseconds kPatience{100};
 
   explicit OverdueAnswerer(QuoteService& quotes);
   ~OverdueAnswerer();
@@ -28,6 +29,8 @@ class OverdueAnswerer {
 
  private:
   void work();
+  /// Whether anything was served.
+  bool answer();
 
   QuoteService& quotes_;
   std::atomic<bool> watching_{false};

@@ -4,6 +4,7 @@
 #include <exception>
 #include <iostream>
 #include <string>
+#include <utility>
 
 #include "platform/core/Periods.h"
 #include "services/Common/ICodeService.h"
@@ -121,10 +122,14 @@ bool QuoteService::serve() {
   }
 }
 
-void QuoteService::serveOverdue(std::chrono::steady_clock::time_point latest) {
+bool QuoteService::serveOverdue(std::chrono::steady_clock::time_point latest) {
   if (delivering_ == 0 && book_.endedMark()) sweep();
-  while (const std::shared_ptr<MarketRequest> request = book_.takeOverdue(latest))
+  bool any = false;
+  while (const std::shared_ptr<MarketRequest> request = book_.takeOverdue(latest)) {
+    any = true;
     serveOne(request, false);
+  }
+  return any;
 }
 
 void QuoteService::sweep() {
@@ -247,7 +252,7 @@ void QuoteService::serveTicks(const std::shared_ptr<MarketRequest>& request, boo
 
 template <typename Call>
 void QuoteService::callSpi(Subscriber& who, bool lockstep, Call call) {
-  if (lockstep) rounds_.enter(who.round);
+  if (lockstep && !who.blocks) rounds_.enter(who.round);
   try {
     call(*who.spi);
   } catch (const std::exception& error) {
@@ -262,23 +267,24 @@ void QuoteService::deliverNext(MarketStream& stream) {
   stream.known.store(row + 1, std::memory_order_release);
   rounds_.begin();
   ++delivering_;
-  // Requests that come in while a receiver is waited for have this record in their history, so
-  // only those that stand now are called.
-  const std::size_t standing = stream.derived.size();
-  if (!stream.live.empty()) {
+  // Everything that this record brings is known before anybody is called: what a runner asks for
+  // meanwhile is answered alike, whoever else is there to be called first. And requests that come
+  // in meanwhile have it all in their history, so only those that stand now are called.
+  const std::size_t receivers = stream.live.size();
+  for (DerivedSeries* series : stream.derived) {
+    series->catchUp(closedThrough_);
+    noteOpenEnd(*series);
+    // A bar that a tick completed goes out when all records of that instant are through; one that
+    // a shorter bar completed, at once.
+    if (!stream.isTicks()) makeKnown(*series);
+  }
+  if (receivers > 0) {
     if (stream.isTicks())
       deliverTick(stream, row);
     else
-      deliverBar(stream.live, stream.live.size(), stream.bars().bars[row]);
+      deliverBar(stream.live, receivers, stream.bars().bars[row]);
   }
-  for (std::size_t i = 0; i < standing; ++i) {
-    DerivedSeries& series = *stream.derived[i];
-    series.catchUp(closedThrough_);
-    noteOpenEnd(series);
-    // A bar that a tick completed goes out when all records of that instant are through; one that
-    // a shorter bar completed, at once.
-    if (!stream.isTicks()) deliverDerived(series);
-  }
+  deliverKnown();
   --delivering_;
 }
 
@@ -331,12 +337,16 @@ void QuoteService::deliverTick(MarketStream& stream, std::size_t row) {
   }
 }
 
-void QuoteService::deliverDerived(DerivedSeries& series) {
-  const std::size_t first = series.sent;
-  series.sent = series.bars().size();
-  const std::size_t count = series.live.size();
-  for (std::size_t at = first; at < series.bars().size(); ++at)
-    deliverBar(series.live, count, IKLine(series.bars()[at]));
+void QuoteService::makeKnown(DerivedSeries& series) {
+  const std::size_t first = std::exchange(series.sent, series.bars().size());
+  if (first < series.sent) known_.push_back({&series, first, series.sent, series.live.size()});
+}
+
+void QuoteService::deliverKnown() {
+  for (const KnownBars& known : known_)
+    for (std::size_t at = known.first; at < known.last; ++at)
+      deliverBar(known.series->live, known.receivers, IKLine(known.series->bars()[at]));
+  known_.clear();
 }
 
 void QuoteService::noteOpenEnd(const DerivedSeries& series) {
@@ -358,9 +368,10 @@ void QuoteService::closeThrough(int64 time) {
   });
   for (DerivedSeries* series : all) {
     series->closeAt(time);
-    deliverDerived(*series);
+    makeKnown(*series);
     noteOpenEnd(*series);
   }
+  deliverKnown();
   --delivering_;
 }
 

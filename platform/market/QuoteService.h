@@ -52,8 +52,9 @@ class QuoteService final : public IRealtimeQuoteService {
   /// Serves all waiting requests, and those that come meanwhile. Returns whether there was
   /// anything to do.
   bool serve();
-  /// Serves, without waiting for quiet, the requests that have waited since before `latest`.
-  void serveOverdue(std::chrono::steady_clock::time_point latest);
+  /// Serves, without waiting for quiet, the requests that somebody blocks for and those that have
+  /// waited since before `latest`. Returns whether there were any.
+  bool serveOverdue(std::chrono::steady_clock::time_point latest);
 
   /// Makes the next row of a stream known and delivers it, with the bars that it completes.
   void deliverNext(MarketStream& stream);
@@ -88,7 +89,8 @@ class QuoteService final : public IRealtimeQuoteService {
   void callSpi(Subscriber& who, bool lockstep, Call call);
   void deliverBar(const RequestList& live, std::size_t count, const IKLine& bar);
   void deliverTick(MarketStream& stream, std::size_t row);
-  void deliverDerived(DerivedSeries& series);
+  void makeKnown(DerivedSeries& series);
+  void deliverKnown();
   void noteOpenEnd(const DerivedSeries& series);
 
   MarketStore& store_;
@@ -101,6 +103,13 @@ class QuoteService final : public IRealtimeQuoteService {
   TimeShift shift_;
   mutable std::mutex shiftMutex_;  ///< Guards `shift_` against `getQuote` alone.
   int delivering_ = 0;             ///< Above 0 while lists of requests are being walked.
+  /// Complete bars that are known already, but not delivered: of a series, for so many of its
+  /// requests, those that stood when the bars became known.
+  struct KnownBars {
+    DerivedSeries* series;
+    std::size_t first, last, receivers;
+  };
+  std::vector<KnownBars> known_;
   int64 closedThrough_ = -kUnsetTime;
   int64 nextClose_ = kUnsetTime;
   std::vector<IKLine> oneBar_{1};

@@ -18,6 +18,7 @@ void RequestBook::add(std::shared_ptr<MarketRequest> request,
     request->who = holder.who;
     holder.requests.push_back(request);
     if (request->kind != MarketRequest::Kind::Quote) byId_[request->id].holders.push_back(request);
+    if (request->who->blocks) blockingCount_.fetch_add(1);
     waiting_.push_back(std::move(request));
     waitingCount_.store(waiting_.size());
   }
@@ -90,29 +91,29 @@ void RequestBook::endLocked(const std::shared_ptr<MarketRequest>& request) {
   if (slot->second.holders.empty()) byId_.erase(slot);
 }
 
+std::shared_ptr<MarketRequest> RequestBook::takeLocked(
+    std::deque<std::shared_ptr<MarketRequest>>::iterator at) {
+  std::shared_ptr<MarketRequest> request = std::move(*at);
+  waiting_.erase(at);
+  waitingCount_.store(waiting_.size());
+  if (request->who->blocks) blockingCount_.fetch_sub(1);
+  return request;
+}
+
 std::shared_ptr<MarketRequest> RequestBook::takeNext() {
   const std::lock_guard lock(mutex_);
-  if (waiting_.empty()) return nullptr;
-  std::shared_ptr<MarketRequest> request = std::move(waiting_.front());
-  waiting_.pop_front();
-  waitingCount_.store(waiting_.size());
-  return request;
+  return waiting_.empty() ? nullptr : takeLocked(waiting_.begin());
 }
 
 std::shared_ptr<MarketRequest> RequestBook::takeOverdue(
     std::chrono::steady_clock::time_point latest) {
   const std::lock_guard lock(mutex_);
   std::set<const QuoteSpi*> passed;
-  for (auto at = waiting_.begin(); at != waiting_.end() && (*at)->posted <= latest; ++at) {
+  for (auto at = waiting_.begin(); at != waiting_.end(); ++at) {
     const Subscriber& who = *(*at)->who;
-    if (who.serving || !passed.insert(who.spi.get()).second) {
-      passed.insert(who.spi.get());
-      continue;
-    }
-    std::shared_ptr<MarketRequest> request = std::move(*at);
-    waiting_.erase(at);
-    waitingCount_.store(waiting_.size());
-    return request;
+    const bool isOldest = passed.insert(who.spi.get()).second;
+    const bool isDue = who.blocks || (*at)->posted <= latest;
+    if (isOldest && isDue && !who.serving) return takeLocked(at);
   }
   return nullptr;
 }

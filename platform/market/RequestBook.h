@@ -36,10 +36,12 @@ class RequestBook {
   void finish(const std::shared_ptr<MarketRequest>& request);
 
   bool anyWaiting() const { return waitingCount_.load() != 0; }
+  /// Whether a request waits that somebody blocks for.
+  bool anyBlocking() const { return blockingCount_.load() != 0; }
   /// The oldest waiting request; null without one.
   std::shared_ptr<MarketRequest> takeNext();
-  /// The oldest waiting request that was posted before `latest` and whose receiver is not being
-  /// served and has no older one waiting.
+  /// The oldest waiting request that somebody blocks for or that was posted before `latest`, and
+  /// whose receiver is not being served and has no older one waiting.
   std::shared_ptr<MarketRequest> takeOverdue(std::chrono::steady_clock::time_point latest);
 
   /// Whether requests were ended since the last call, so that lists are to be swept.
@@ -56,9 +58,12 @@ class RequestBook {
     std::size_t cancels = 0;
   };
   void endLocked(const std::shared_ptr<MarketRequest>& request);
+  std::shared_ptr<MarketRequest> takeLocked(
+      std::deque<std::shared_ptr<MarketRequest>>::iterator at);
 
   const std::function<void()> onChange_;
   std::atomic<std::size_t> waitingCount_{0};
+  std::atomic<std::size_t> blockingCount_{0};  ///< Of those that wait.
   std::atomic<bool> endedSome_{false};
   mutable std::mutex mutex_;  ///< Guards what follows.
   std::deque<std::shared_ptr<MarketRequest>> waiting_;
