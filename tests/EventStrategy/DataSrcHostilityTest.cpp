@@ -250,7 +250,7 @@ class DataSrcHostility : public DataSrcTest {
 };
 
 TEST_F(DataSrcHostility, shouldAgreeWithItsModelWhateverTheServiceDoes) {
-  const int runs = randomRuns(1000);
+  const int runs = randomRuns(500);
   int delivered = 0, dropped = 0, thrown = 0, refused = 0, replaced = 0;
   for (int run = 1; run <= runs; ++run) {
     SCOPED_TRACE("seed " + std::to_string(run));
