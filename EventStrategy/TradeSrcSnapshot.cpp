@@ -36,7 +36,7 @@ ResultStatus TradeSrc::fetchAccountState(const TradingAccountID& account, Accoun
   if ((eventMask_ & EventTypePosition) != 0)
     status = service()->getPositions(account, state.positions, kSnapshotMask);
   if (status.code == 0 && (eventMask_ & EventTypeStrategyPosition) != 0)
-    status = service()->getSourcePositions(account, state.sourcePositions);
+    status = service()->sourcePositions(account, state.sourcePositions);
   if (status.code == 0 && (eventMask_ & EventTypeOrder) != 0)
     status = service()->ordersOfAccount(account, state.orders);
   if (status.code == 0 && (eventMask_ & EventTypeFill) != 0)

@@ -68,8 +68,8 @@ ResultStatus TradeService::getSourcePosition(const TradingAccountID& account,
   });
 }
 
-ResultStatus TradeService::getSourcePositions(const TradingAccountID& account,
-                                              std::list<SourcePosition>& positions) {
+ResultStatus TradeService::sourcePositions(const TradingAccountID& account,
+                                           std::list<SourcePosition>& positions) {
   return ask(account, [&] {
     const Ledger* ledger = state_.exchange.ledger(account.accountKey);
     for (const int64 codeId : ledger->codes())

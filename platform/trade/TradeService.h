@@ -40,8 +40,8 @@ class TradeService final : public ITradeService {
                             int mask) override;
   ResultStatus getSourcePosition(const TradingAccountID& account, const std::string& source,
                                  const ICodeID& code, SourcePosition& position) override;
-  ResultStatus getSourcePositions(const TradingAccountID& account,
-                                  std::list<SourcePosition>& positions) override;
+  ResultStatus sourcePositions(const TradingAccountID& account,
+                               std::list<SourcePosition>& positions) override;
   ResultStatus getCapital(const TradingAccountID& account, TradingAccount& capital) override;
   ResultStatus getOrder(int64 orderId, Order& order) override;
   ResultStatus ordersByCode(const TradingAccountID& account, const ICodeID& code,

@@ -91,8 +91,8 @@ class ORVANE_API ITradeService {
                                     int mask) = 0;
   virtual ResultStatus getSourcePosition(const TradingAccountID& account, const std::string& source,
                                          const ICodeID& code, SourcePosition& position) = 0;
-  virtual ResultStatus getSourcePositions(const TradingAccountID& account,
-                                          std::list<SourcePosition>& positions) = 0;
+  virtual ResultStatus sourcePositions(const TradingAccountID& account,
+                                       std::list<SourcePosition>& positions) = 0;
   virtual ResultStatus getCapital(const TradingAccountID& account, TradingAccount& capital) = 0;
   virtual ResultStatus getOrder(int64 orderId, Order& order) = 0;
   virtual ResultStatus ordersByCode(const TradingAccountID& account, const ICodeID& code,

@@ -10,8 +10,8 @@ class TradeSrcSnapshot : public TradeSrcTest {
   TradeSrcSnapshot() {
     FakeTradeService& service = platform.trade();
     service.positions = {positionOf(1), positionOf(2)};
-    service.sourcePositions = {sourcePositionOf(1), sourcePositionOf(1, "other"),
-                               sourcePositionOf(2)};
+    service.sourcePositionRecords = {sourcePositionOf(1), sourcePositionOf(1, "other"),
+                                     sourcePositionOf(2)};
     service.orders = {orderOf(12, 1, 1, "own", 20), orderOf(11, 3, 1, "own", 10),
                       orderOf(13, 1, 2, "own", 5), orderOf(14, 1, 1, "other", 5)};
     service.fills = {fillOf("f2", 1, "own", 9), fillOf("f1", 1, "own", 9),
@@ -30,7 +30,7 @@ TEST_F(TradeSrcSnapshot, shouldAskTheServiceInThisOrderAndWithTheMaskOfAReplay) 
   source->subscribeTrade(account);
   const auto calls = tradeCalls();
   const std::vector<std::string> tail(calls.end() - 4, calls.end());
-  EXPECT_THAT(tail, ElementsAre("trade.getPositions 5 mask=262176", "trade.getSourcePositions 5",
+  EXPECT_THAT(tail, ElementsAre("trade.getPositions 5 mask=262176", "trade.sourcePositions 5",
                                 "trade.ordersOfAccount 5", "trade.fillsOfAccount 5"));
   EXPECT_TRUE(loggedOnce("Event", "DEBUG", "stg,sendSnapshot begin"));
   EXPECT_TRUE(loggedOnce("Event", "DEBUG", "stg,sendSnapshot end"));
@@ -73,7 +73,7 @@ TEST_F(TradeSrcSnapshot, shouldDeliverNothingWhenTheLastQueryFails) {
 }
 
 TEST_F(TradeSrcSnapshot, shouldStopAtTheFirstQueryThatFails) {
-  platform.calls.answer("trade.getSourcePositions", {-6, "down"});
+  platform.calls.answer("trade.sourcePositions", {-6, "down"});
   source->subscribeTrade(account);
   EXPECT_EQ(platform.calls.count("trade.ordersOfAccount"), 0);
   EXPECT_EQ(platform.calls.count("trade.fillsOfAccount"), 0);

@@ -58,8 +58,7 @@ ResultStatus FakeTradeService::getPosition(const TradingAccountID& account, cons
 
 ResultStatus FakeTradeService::getPositions(const TradingAccountID& account,
                                             std::list<Position>& out, int mask) {
-  const ResultStatus status =
-      calls_.record("trade.getPositions", keyOf(account) + " mask=" + std::to_string(mask));
+  const ResultStatus status = query("trade.getPositions", account, " mask=" + std::to_string(mask));
   take(status, positions, out);
   return status;
 }
@@ -70,19 +69,19 @@ ResultStatus FakeTradeService::getSourcePosition(const TradingAccountID& account
   const ResultStatus status =
       calls_.record("trade.getSourcePosition", keyOf(account, code) + " " + source);
   if (status.code != 0) return status;
-  const auto it =
-      std::find_if(sourcePositions.begin(), sourcePositions.end(), [&](const SourcePosition& each) {
+  const auto it = std::find_if(
+      sourcePositionRecords.begin(), sourcePositionRecords.end(), [&](const SourcePosition& each) {
         return each.account == account && each.code == code && each.createSource == source;
       });
-  if (it == sourcePositions.end()) return missing();
+  if (it == sourcePositionRecords.end()) return missing();
   position = *it;
   return {};
 }
 
-ResultStatus FakeTradeService::getSourcePositions(const TradingAccountID& account,
-                                                  std::list<SourcePosition>& out) {
-  const ResultStatus status = calls_.record("trade.getSourcePositions", keyOf(account));
-  take(status, sourcePositions, out);
+ResultStatus FakeTradeService::sourcePositions(const TradingAccountID& account,
+                                               std::list<SourcePosition>& out) {
+  const ResultStatus status = query("trade.sourcePositions", account);
+  take(status, sourcePositionRecords, out);
   return status;
 }
 
@@ -142,7 +141,7 @@ ResultStatus FakeTradeService::ordersByKey(const TradingAccountID& account, cons
 
 ResultStatus FakeTradeService::ordersOfAccount(const TradingAccountID& account,
                                                std::list<Order>& out) {
-  const ResultStatus status = calls_.record("trade.ordersOfAccount", keyOf(account));
+  const ResultStatus status = query("trade.ordersOfAccount", account);
   take(status, orders, out);
   return status;
 }
@@ -162,7 +161,7 @@ ResultStatus FakeTradeService::fillsByCode(const TradingAccountID& account, cons
 
 ResultStatus FakeTradeService::fillsOfAccount(const TradingAccountID& account,
                                               std::list<OrderFill>& out) {
-  const ResultStatus status = calls_.record("trade.fillsOfAccount", keyOf(account));
+  const ResultStatus status = query("trade.fillsOfAccount", account);
   take(status, fills, out);
   return status;
 }
@@ -181,6 +180,13 @@ std::list<AccountLinks> FakeTradeService::accountRecords(const std::string& acco
                                                          int counterType) {
   calls_.record("trade.accountRecords", account + " " + std::to_string(counterType));
   return links;
+}
+
+ResultStatus FakeTradeService::query(const char* operation, const TradingAccountID& account,
+                                     const std::string& more) {
+  ResultStatus status = onAccountQuery ? onAccountQuery(account) : ResultStatus();
+  const ResultStatus scripted = calls_.record(operation, keyOf(account) + more);
+  return scripted.code != 0 ? scripted : status;
 }
 
 void FakeTradeService::subscribe(const char* operation, const Spi& spi,

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <mutex>
 
 #include "services/Common/ITradeService.h"
@@ -17,7 +18,7 @@ class FakeTradeService final : public ITradeService {
   std::list<Order> orders;
   std::list<OrderFill> fills;
   std::list<Position> positions;
-  std::list<SourcePosition> sourcePositions;
+  std::list<SourcePosition> sourcePositionRecords;
   std::list<HistoryDayRecord> history;
   std::list<AccountLinks> links;
   std::vector<TradingAccountID> accounts;
@@ -27,6 +28,10 @@ class FakeTradeService final : public ITradeService {
   HistoryQuery lastQuery;       ///< What `queryHistory` was given last.
   std::list<Order> sentOrders;  ///< What `sendOrder` answers.
   AccountRecord lastAccount;    ///< What `attachAccount` or `detachAccount` was given last.
+
+  /// Runs before each query for the whole of an account: it may fill the records above, and its
+  /// status is the answer unless the query's own was scripted.
+  std::function<ResultStatus(const TradingAccountID&)> onAccountQuery;
 
   ResultStatus sendOrder(const OrderRequest& request, std::list<Order>& out) override;
   ResultStatus cancelOrder(const Order& order) override;
@@ -38,8 +43,8 @@ class FakeTradeService final : public ITradeService {
                             int mask) override;
   ResultStatus getSourcePosition(const TradingAccountID& account, const std::string& source,
                                  const ICodeID& code, SourcePosition& position) override;
-  ResultStatus getSourcePositions(const TradingAccountID& account,
-                                  std::list<SourcePosition>& out) override;
+  ResultStatus sourcePositions(const TradingAccountID& account,
+                               std::list<SourcePosition>& out) override;
   ResultStatus getCapital(const TradingAccountID& account, TradingAccount& out) override;
   ResultStatus getOrder(int64 orderId, Order& order) override;
   ResultStatus ordersByCode(const TradingAccountID& account, const ICodeID& code,
@@ -107,6 +112,8 @@ class FakeTradeService final : public ITradeService {
   void forget();
 
  private:
+  ResultStatus query(const char* operation, const TradingAccountID& account,
+                     const std::string& more = {});
   void subscribe(const char* operation, const std::shared_ptr<TradeEventSpi>& spi,
                  const std::string& arguments);
 

@@ -415,7 +415,7 @@ TEST_F(UserContextTest, shouldAnswerThePositionOfTheAccountOrOfTheSource) {
   part.createSource = "src";
   part.value1 = 3;
   platform.trade().positions = {whole};
-  platform.trade().sourcePositions = {part};
+  platform.trade().sourcePositionRecords = {part};
   Position position;
   EXPECT_EQ(user.getPosition(accountOf(5), codeOf(7), position, ""), ResultStatus());
   EXPECT_EQ(position.value1, 10);

@@ -144,7 +144,7 @@ TEST(Connection, shouldAnswerQuestionsWithNotConnectedWhileItIsDown) {
     EXPECT_EQ(service.getPosition(account, platform.code, position), down);
     EXPECT_EQ(service.getPositions(account, positions, 32), down);
     EXPECT_EQ(service.getSourcePosition(account, "S", platform.code, part), down);
-    EXPECT_EQ(service.getSourcePositions(account, parts), down);
+    EXPECT_EQ(service.sourcePositions(account, parts), down);
     EXPECT_EQ(service.getCapital(account, capital), down);
     EXPECT_EQ(service.queryHistory(history, days), down);
     EXPECT_EQ(platform.cancel(1'000'000'001), down);

@@ -174,7 +174,7 @@ TEST(TradeService, shouldFillAMarketOrderAtTheNextOpenAndShowItInEveryQuery) {
   EXPECT_EQ(service.getPositions(platform.account(), positions, 0x40020).code, 0);
   EXPECT_EQ(positions.size(), 1u);
   std::list<SourcePosition> parts;
-  EXPECT_EQ(service.getSourcePositions(platform.account(), parts).code, 0);
+  EXPECT_EQ(service.sourcePositions(platform.account(), parts).code, 0);
   EXPECT_EQ(parts.size(), 1u);
   TradingAccount capital;
   EXPECT_EQ(service.getCapital(platform.account(), capital).code, 0);
