@@ -2,6 +2,7 @@
 
 #include <QMap>
 #include <QString>
+#include <atomic>
 #include <list>
 #include <map>
 #include <memory>
@@ -57,7 +58,8 @@ class TradeSrc final : public ITradeSrc,
   void onRelatedCodeIdChange(const std::vector<ICodeID>& codes);
   void subDetail(const CondId& condition);
   void unsubAllDetail();
-  /// Withdraws everything from the services. The object stays usable.
+  /// Withdraws everything from the services, also if the trade service throws, which is passed on.
+  /// The object stays usable.
   void release();
 
   // ITradeSrc
@@ -150,8 +152,9 @@ class TradeSrc final : public ITradeSrc,
   std::shared_ptr<TradeEventSpi> spi() { return shared_from_this(); }
 
   std::mutex mutex_;  ///< Guards everything below; held while a service or `notify_` is called.
-  EventTradeNotify* notify_ = nullptr;   ///< Borrowed.
-  ICondService* condService_ = nullptr;  ///< Fetched each time `setNotify` runs; may be null.
+  EventTradeNotify* notify_ = nullptr;  ///< Borrowed.
+  /// Fetched each time `setNotify` runs; may be null. Atomic, for it is read without the mutex too.
+  std::atomic<ICondService*> condService_ = nullptr;
   std::string name_;
   bool notifyQuick_ = true;  ///< `TradeSrcSubInfo::quick` of the accounts to come.
   std::map<std::string, CreateSourceTradeInfo> createSourceInfos_;

@@ -174,12 +174,12 @@ void TradeSrc::subDetail(const CondId& condition) {
   ORVANE_LOG(event, Debug,
              name_ << ",subDetail," << condition.third << "|" << condition.first << "|"
                    << utf8ToGbk(condition.text.toStdString()) << "|" << condition.second);
-  if (condService_ != nullptr) condService_->subscribeDetail(condition, this);
+  if (ICondService* conditions = condService_) conditions->subscribeDetail(condition, this);
 }
 
 void TradeSrc::unsubAllDetail() {
   ORVANE_LOG(event, Debug, name_ << ",unsubAllDetail");
-  if (condService_ != nullptr) condService_->unsubscribeDetails(this);
+  if (ICondService* conditions = condService_) conditions->unsubscribeDetails(this);
 }
 
 void TradeSrc::release() {
@@ -193,7 +193,7 @@ void TradeSrc::release() {
   subInfos_.clear();
   // The condition service does not own its receivers: it must hear of this whatever went before.
   attempts.take([this] {
-    if (condService_ != nullptr) condService_->unsubscribeDetails(this);
+    if (ICondService* conditions = condService_) conditions->unsubscribeDetails(this);
   });
   attempts.finish();
 }

@@ -1,4 +1,4 @@
-// The change of a strategy's codes, the widening by an order, and history in spans.
+// The change of a strategy's codes while accounts are subscribed.
 
 #include "tests/EventStrategy/TradeSrcFixture.h"
 
@@ -59,17 +59,6 @@ TEST_F(TradeSrcCodes, shouldKeepACodeThatAnOrderWasPlacedInAndOnlySetTheBitWhenI
   EXPECT_THAT(tradeCalls(), ElementsAre("trade.sendOrder 5 1"));
 }
 
-TEST_F(TradeSrcCodes, shouldSubscribeACodeOutsideTheRelatedOnesWhenAnOrderIsPlacedInIt) {
-  order(9);
-  EXPECT_THAT(tradeCalls(),
-              ElementsAre("trade.subscribePosition 5 9", "trade.subscribeSourcePosition own 5 9",
-                          "trade.subscribeOrderBySourceName own 5 9",
-                          "trade.subscribeFillBySourceName own 5 9", "trade.sendOrder 5 9"));
-  platform.calls.clear();
-  source->onRelatedCodeIdChange({codeOf(1), codeOf(9)});
-  EXPECT_THAT(tradeCalls(), IsEmpty());
-}
-
 TEST_F(TradeSrcCodes, shouldEndAnOrderSubscriptionThatStrategyPositionsAloneNeverMade) {
   configure(EventTypeStrategyPosition);
   source->onRelatedCodeIdChange({});
@@ -96,95 +85,139 @@ TEST_F(TradeSrcCodes, shouldJustReplaceTheCodesWhenNoAccountIsSubscribed) {
   EXPECT_EQ(platform.calls.count("trade.subscribePosition 5 1"), 0);
 }
 
-TEST_F(TradeSrcCodes, shouldSendAnOrderForAnAccountThatWasNeverSubscribedWithoutSubscribing) {
-  account.accountKey = 6;
-  order(9);
-  EXPECT_THAT(tradeCalls(), ElementsAre("trade.sendOrder 6 9"));
-}
-
-class TradeSrcHistory : public TradeSrcTest {
- protected:
-  static constexpr int64 kDay = 86'400'000;
-  static constexpr int64 kJanuary = 1'609'459'200'000;  // 2021-01-01 UTC.
-
-  void put(std::int32_t date) {
-    HistoryDayRecord record;
-    record.account = account;
-    record.entries.push_back({date, {}, {}});
-    platform.trade().history = {record};
-  }
-
-  /// The spans that the service was asked for, without the probe.
-  std::vector<std::pair<int64, int64>> spansOf(HistoryQuery query) {
-    std::vector<std::pair<int64, int64>> spans;
-    masks.clear();
-    platform.calls.onCall("trade.queryHistory", [&] {
-      masks.push_back(platform.trade().lastQuery.mask);
-      spans.emplace_back(platform.trade().lastQuery.begin, platform.trade().lastQuery.end);
+TEST_F(TradeSrcCodes, shouldLogEachUnsubscribeBeforeItsCallUnderTheMutex) {
+  std::vector<std::string> calledAfter;
+  for (const char* operation :
+       {"unsubscribeSourcePosition", "unsubscribeOrderBySourceName", "unsubscribeFillBySourceName",
+        "unsubscribePosition", "subscribePosition"})
+    platform.calls.onCall(std::string("trade.") + operation, [&, operation] {
+      EXPECT_FALSE(TestAccess::mutexIsFree(*source)) << operation;
+      calledAfter.push_back(eventLines().back());
     });
-    status = source->queryHistory(query, days);
-    platform.calls.onCall("trade.queryHistory", {});
-    if (!spans.empty()) spans.erase(spans.begin());
-    return spans;
-  }
-
-  std::list<HistoryDayRecord> days;
-  std::vector<int> masks;
-  ResultStatus status;
-};
-
-TEST_F(TradeSrcHistory, shouldAskInSpansOfHalfAYearFromThirtyDaysBeforeTheFirstDay) {
-  put(20210131);
-  HistoryQuery query;
-  query.mask = 1089;
-  query.begin = 0;
-  query.end = kJanuary + 200 * kDay;
-  const int64 half = kJanuary + 180 * kDay;
-  EXPECT_THAT(spansOf(query),
-              ElementsAre(std::pair(kJanuary, half), std::pair(half + 1, query.end)));
-  EXPECT_THAT(masks, ElementsAre(1041, 1089, 1089));
-  ASSERT_EQ(days.size(), 1u);  // One account: its entries are joined.
-  EXPECT_EQ(days.front().entries.size(), 2u);
-  EXPECT_EQ(status.code, 0);
+  source->onRelatedCodeIdChange({codeOf(2, "B"), codeOf(3, "D")});
+  const std::string a = accountLog();
+  EXPECT_THAT(calledAfter,
+              ElementsAre(",unsubscribeSourcePosition,own," + a + ",A.",
+                          ",unsubscribeOrderBySourceName,own," + a + ",A.",
+                          ",unsubscribeFillBySourceName,own," + a + ",A.",
+                          ",unsubscribePosition," + a + ",A.", ",subscribePosition," + a + ",B.",
+                          ",subscribePosition," + a + ",D."));
+  const std::vector<std::string> lines = eventLines();
+  EXPECT_EQ(lines[0], ",onRelatedCodeIdChange begin,B.,D.");
+  EXPECT_EQ(lines[1], ",onRelatedCodeIdChange,sub=B.,D.,unsub=A.");
+  EXPECT_EQ(lines.back(), ",onRelatedCodeIdChange end");
 }
 
-TEST_F(TradeSrcHistory, shouldBeginNoEarlierThanItWasAsked) {
-  put(20210131);
-  HistoryQuery query;
-  query.begin = kJanuary + 5;
-  query.end = kJanuary + 10;
-  EXPECT_THAT(spansOf(query), ElementsAre(std::pair(kJanuary + 5, kJanuary + 10)));
+TEST_F(TradeSrcCodes, shouldLogTheListAsGivenButTheDifferenceInCodeOrderAndOnce) {
+  source->onRelatedCodeIdChange({codeOf(9, "I"), codeOf(2, "B"), codeOf(9, "J")});
+  EXPECT_TRUE(eventLogged(",onRelatedCodeIdChange begin,I.,B.,J."));
+  EXPECT_TRUE(eventLogged(",onRelatedCodeIdChange,sub=B.,I.,unsub=A."));
+  EXPECT_EQ(TestAccess::relatedCodes(*source), (std::set<ICodeID>{codeOf(2), codeOf(9)}));
 }
 
-TEST_F(TradeSrcHistory, shouldProbeWithTheMaskThatFitsTheRequest) {
-  HistoryQuery query;
-  query.mask = 2;
-  spansOf(query);
-  EXPECT_EQ(masks.front(), 1042);
-  query.mask = 0x100000;
-  spansOf(query);
-  EXPECT_EQ(masks.front(), 0x100410);
+TEST_F(TradeSrcCodes, shouldWalkTheCodesOutsideAndTheAccountsInside) {
+  source->subscribeTrade(accountOf(3, "other"));
+  source->onRelatedCodeIdChange({codeOf(1), codeOf(2)});
+  configure(EventTypePosition);
+  platform.calls.clear();
+  source->onRelatedCodeIdChange({codeOf(7), codeOf(8)});
+  EXPECT_THAT(tradeCalls(),
+              ElementsAre("trade.unsubscribePosition 3 1", "trade.unsubscribePosition 5 1",
+                          "trade.unsubscribePosition 3 2", "trade.unsubscribePosition 5 2",
+                          "trade.subscribePosition 3 7", "trade.subscribePosition 5 7",
+                          "trade.subscribePosition 3 8", "trade.subscribePosition 5 8"));
 }
 
-TEST_F(TradeSrcHistory, shouldAskForNothingWhenNoDayIsOnRecord) {
-  platform.trade().history.clear();
-  HistoryQuery query;
-  query.end = kJanuary;
-  EXPECT_THAT(spansOf(query), IsEmpty());
-  EXPECT_EQ(status.code, 0);
+TEST_F(TradeSrcCodes, shouldWalkTheCreateSourcesOfACodeInOrder) {
+  source->setCreateSourceTradeInfo({{"b", {EventTypeOrder, 0, {}}}, {"a", {EventTypeFill, 0, {}}}});
+  source->onRelatedCodeIdChange({codeOf(1), codeOf(2)});
+  platform.calls.clear();
+  source->onRelatedCodeIdChange({codeOf(3)});
+  EXPECT_THAT(tradeCalls(), ElementsAre("trade.unsubscribeFillBySourceName a 5 2",
+                                        "trade.unsubscribeOrderBySourceName b 5 2",
+                                        "trade.subscribeFillBySourceName a 5 3",
+                                        "trade.subscribeOrderBySourceName b 5 3"));
 }
 
-TEST_F(TradeSrcHistory, shouldReturnAFailureAtOnceAndKeepWhatItHas) {
-  put(20210131);
-  HistoryQuery query;
-  query.end = kJanuary + 1000 * kDay;
-  int calls = 0;
-  platform.calls.onCall("trade.queryHistory", [&] {
-    if (++calls == 2) platform.calls.answer("trade.queryHistory", {-23, "late"});
-  });
-  const ResultStatus failed = source->queryHistory(query, days);
-  EXPECT_EQ(failed.code, -23);
-  EXPECT_LE(calls, 3);
+TEST_F(TradeSrcCodes, shouldTakeTheRelatedBitAloneFromACodeThatWasOrderedIn) {
+  order(1);
+  source->onRelatedCodeIdChange({});
+  EXPECT_EQ(marks().positionCodes.at(1), SubFromOrder);
+  EXPECT_EQ(marks().sourceCodes.at("own").at(1), SubFromOrder);
+  source->onRelatedCodeIdChange({codeOf(1)});
+  EXPECT_EQ(marks().positionCodes.at(1), SubFromOrder | SubFromRelated);
+}
+
+TEST_F(TradeSrcCodes, shouldKeepThePositionOfACodeThatOnlyAnotherCreateSourceOrderedIn) {
+  source->setCreateSourceTradeInfo(
+      {{"own", {kEverything, 0, {}}}, {"alt", {EventTypeFill, 0, {}}}});
+  OrderRequest request;
+  request.account = account;
+  request.code = codeOf(1);
+  request.source.createSource = "alt";
+  std::list<Order> sent;
+  source->sendOrder(request, sent);
+  platform.calls.clear();
+  source->onRelatedCodeIdChange({});
+  EXPECT_THAT(tradeCalls(), ElementsAre("trade.unsubscribeSourcePosition own 5 1",
+                                        "trade.unsubscribeOrderBySourceName own 5 1",
+                                        "trade.unsubscribeFillBySourceName own 5 1"));
+  EXPECT_EQ(marks().positionCodes.at(1), SubFromOrder);
+}
+
+TEST_F(TradeSrcCodes, shouldGiveNoCodesToACreateSourceThatCameAfterThemUntilACodeChanges) {
+  source->setCreateSourceTradeInfo(
+      {{"own", {kEverything, 0, {}}}, {"new", {EventTypeOrder, 0, {}}}});
+  source->onRelatedCodeIdChange({codeOf(1)});
+  EXPECT_THAT(tradeCalls(), IsEmpty());
+  source->onRelatedCodeIdChange({codeOf(1), codeOf(2)});
+  EXPECT_EQ(platform.calls.count("trade.subscribeOrderBySourceName new 5 2"), 1);
+  EXPECT_EQ(platform.calls.count("trade.subscribeOrderBySourceName new 5 1"), 0);
+  source->subscribeTrade(accountOf(6, "later"));
+  EXPECT_EQ(platform.calls.count("trade.subscribeOrderBySourceName new 6 1"), 1);
+}
+
+TEST_F(TradeSrcCodes, shouldErasePositionCodesWithoutACallWhenNobodyWantsPositions) {
+  configure(EventTypeOrder);
+  source->onRelatedCodeIdChange({});
+  EXPECT_EQ(platform.calls.count("trade.unsubscribePosition"), 0);
+  EXPECT_TRUE(marks().positionCodes.empty());
+}
+
+TEST_F(TradeSrcCodes, shouldEndNoFillSubscriptionOfACreateSourceThatWantsOrdersAlone) {
+  configure(EventTypeOrder);
+  source->onRelatedCodeIdChange({});
+  EXPECT_THAT(tradeCalls(), ElementsAre("trade.unsubscribeOrderBySourceName own 5 1"));
+}
+
+TEST_F(TradeSrcCodes, shouldKeepAnEmptiedMapOfCodesUnderItsCreateSource) {
+  source->onRelatedCodeIdChange({});
+  ASSERT_TRUE(marks().sourceCodes.contains("own"));
+  EXPECT_TRUE(marks().sourceCodes.at("own").empty());
+}
+
+TEST_F(TradeSrcCodes, shouldNotTouchTheMarksOfTheWholeAccount) {
+  source->addSubscribeTradeByCreateSource("own", "x");
+  source->addSubscribeTradeByCreateId("own", 2);
+  platform.calls.clear();
+  source->onRelatedCodeIdChange({});
+  source->onRelatedCodeIdChange({codeOf(4)});
+  EXPECT_EQ(marks().orderSources, std::set<std::string>{"x"});
+  EXPECT_EQ(marks().fillSources, std::set<std::string>{"x"});
+  EXPECT_EQ(marks().orderEventSourceIds, 2);
+  EXPECT_EQ(marks().fillEventSourceIds, 2);
+  EXPECT_EQ(platform.calls.count("trade.subscribeStatus"), 0);
+  EXPECT_EQ(platform.calls.count("trade.unsubscribeAccount"), 0);
+}
+
+TEST_F(TradeSrcCodes, shouldReplayNothingForANewCode) {
+  platform.trade().positions = {positionOf(2)};
+  platform.trade().orders = {orderOf(1, 1, 2)};
+  notify.take();
+  source->onRelatedCodeIdChange({codeOf(1), codeOf(2)});
+  EXPECT_THAT(notify.take(), IsEmpty());
+  tellStatus(16);  // The next reconnect brings them.
+  EXPECT_THAT(notify.take(), ElementsAre("position 2", "order 1", "status 16"));
 }
 
 }  // namespace

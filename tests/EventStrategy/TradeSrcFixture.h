@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -7,11 +8,13 @@
 #include "EventStrategy/EventTradeNotify.h"
 #include "EventStrategy/EventTypes.h"
 #include "EventStrategy/TradeSrc.h"
+#include "shared/TextForms.h"
 #include "tests/EventStrategy/LibraryTest.h"
 
 namespace orvane::support {
 
-/// Keeps what a trade source delivers, in order, as lines such as "order 7".
+/// Keeps what a trade source delivers, in order, as lines such as "order 7". A hook runs before a
+/// line is kept, with no lock held here; if it throws, the delivery fails and nothing is kept.
 class RecordingTradeNotify final : public EventTradeNotify {
  public:
   void onRtnPosition(const Position& position) override {
@@ -27,6 +30,8 @@ class RecordingTradeNotify final : public EventTradeNotify {
   }
   void onRtnCapital(const TradingAccount&) override { add("capital"); }
 
+  std::function<void(const std::string&)> onLine;  ///< Set it before other threads deliver.
+
   std::vector<std::string> take() {
     const std::lock_guard lock(mutex_);
     return std::exchange(lines_, {});
@@ -34,6 +39,7 @@ class RecordingTradeNotify final : public EventTradeNotify {
 
  private:
   void add(std::string line) {
+    if (onLine) onLine(line);
     const std::lock_guard lock(mutex_);
     lines_.push_back(std::move(line));
   }
@@ -51,8 +57,7 @@ class TradeSrcTest : public LibraryTest {
 
   TradeSrcTest() {
     source->setName("stg");
-    account.accountKey = 5;
-    account.account = "acc";
+    account = accountOf(5, "acc");
     configure(kEverything);
     source->setRelatedCodeId({codeOf(1, "A")});
     source->setNotify(&notify);
@@ -70,7 +75,17 @@ class TradeSrcTest : public LibraryTest {
     source->setCreateSourceTradeInfo({{"own", info}});
   }
 
-  Order orderOf(int64 id, int status, int64 codeId = 1, const std::string& from = "own",
+  static TradingAccountID accountOf(int key, const std::string& text) {
+    TradingAccountID result;
+    result.accountKey = key;
+    result.account = text;
+    return result;
+  }
+
+  /// As the log writes it, in UTF-8.
+  std::string accountLog() const { return utf8FromGbk(accountText(account)); }
+
+  Order orderOf(int64 id, int status = 0, int64 codeId = 1, const std::string& from = "own",
                 int64 time = 0) const {
     Order order;
     order.id = id;
@@ -110,12 +125,28 @@ class TradeSrcTest : public LibraryTest {
   }
 
   /// The service tells a status of the account.
-  void tellStatus(int code) {
+  void tellStatus(int code) { tellStatus(code, {account}); }
+
+  void tellStatus(int code, const std::vector<TradingAccountID>& accounts) {
     AccountStatusInfo info;
     info.statusCode = code;
-    info.accounts = {account};
+    info.accounts = accounts;
     static_cast<TradeMsgSpi&>(*source).onRspStatus({}, info);
   }
+
+  bool eventLogged(const std::string& text) { return loggedOnce("Event", "DEBUG", "stg" + text); }
+
+  /// The messages of the trade source, without level and logger, in order.
+  std::vector<std::string> eventLines() {
+    std::vector<std::string> lines = logs.messages("Event");
+    const std::size_t prefix = LogCapture::message("Event", "DEBUG", "stg").size();
+    for (std::string& line : lines) line.erase(0, prefix);
+    return lines;
+  }
+
+  /// The account's entry in the source's table.
+  TradeSrcSubInfo marks() { return marks(account); }
+  TradeSrcSubInfo marks(const TradingAccountID& of) { return TestAccess::subInfos(*source).at(of); }
 
   std::vector<std::string> tradeCalls() { return platform.calls.entries("trade."); }
 

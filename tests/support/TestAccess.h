@@ -104,6 +104,14 @@ struct TestAccess {
   static bool notifyQuick(TradeSrc& src) { return src.notifyQuick_; }
   static std::set<ICodeID> relatedCodes(TradeSrc& src) { return src.relatedCodes_; }
   static std::string name(TradeSrc& src) { return src.name_; }
+  static std::map<TradingAccountID, TradeSrcSubInfo> subInfos(TradeSrc& src) {
+    const std::lock_guard lock(src.mutex_);
+    return src.subInfos_;
+  }
+  static void sendSnapshot(TradeSrc& src, const TradingAccountID& account) {
+    const std::lock_guard lock(src.mutex_);
+    src.sendSnapshot(account, src.subInfos_.at(account));
+  }
   static std::string name(GeneralEventSrc& src) { return src.name_; }
   static std::string name(IndexSrc& src) { return src.name_; }
 
