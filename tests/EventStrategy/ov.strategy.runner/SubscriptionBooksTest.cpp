@@ -242,6 +242,32 @@ TEST_F(SubscriptionBooks, shouldAddTheCreateIdEachTimeButSubscribeTheAccountOnce
   EXPECT_EQ(platform.calls.count("trade.subscribeStatus"), 1);
 }
 
+TEST_F(SubscriptionBooks, shouldSubscribeANewAccountBeforeItsSourceIsToldOfTheCodes) {
+  startRun();
+  user.subscribeTrade(accountOf(5, "0815"), codeOf(2, "B"));
+  std::vector<std::string> order;
+  for (const std::string& line : logs.messages())
+    for (const char* part : {",subscribe trade,0815", ",subscribeByAccount end",
+                             ",subscribe trade,B.CFFEX", ",onRelatedCodeIdChange begin,B.CFFEX"})
+      if (line.ends_with(part)) order.push_back(part);
+  EXPECT_THAT(order,
+              ElementsAre(",subscribe trade,0815", ",subscribeByAccount end",
+                          ",subscribe trade,B.CFFEX", ",onRelatedCodeIdChange begin,B.CFFEX"));
+}
+
+TEST_F(SubscriptionBooks, shouldAddTheCreateIdBeforeTheAccountSoThatItsFirstPictureHasItsOrders) {
+  startRun();
+  Order manual;
+  manual.id = 71;
+  manual.account = accountOf(5, "0815");
+  manual.source.sourceType = 2;
+  platform.trade().orders = {manual};
+  user.subscribeTrade(manual.account, EventSourceId{2});
+  pool.runAll();
+  EXPECT_EQ(script->count("onOrder"), 1);
+  EXPECT_EQ(platform.calls.count("trade.subscribeOrderByEventSourceId 2 5"), 1);
+}
+
 TEST_F(SubscriptionBooks, shouldForwardSetNotifyQuickToTheTradeSource) {
   user.setNotifyQuick(false);
   EXPECT_FALSE(TestAccess::notifyQuick(TestAccess::trades(*runner)));
