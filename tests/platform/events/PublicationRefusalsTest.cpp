@@ -136,5 +136,18 @@ TEST(PublicationRefusals, shouldSayWhatIsWrongWithAQuote) {
       HasSubstr("quotes[1]: its time is before that of the quote before"));
 }
 
+TEST(PublicationRefusals, shouldAnswerThatItDoesNotSupportWhatHasNoMeaningHere) {
+  PublishingPlayback on;
+  auto publisher = makePublisher();
+  using Operation = decltype(&IPublisher::publisherOp5);
+  for (const Operation operation :
+       {&IPublisher::publisherOp5, &IPublisher::publisherOp6, &IPublisher::publisherOp7,
+        &IPublisher::publisherOp8, &IPublisher::publisherOp9, &IPublisher::publisherOp10,
+        &IPublisher::publisherOp11, &IPublisher::publisherOp12})
+    EXPECT_EQ((publisher.get()->*operation)("P.X", "1", 0, 0, "", 0, 0).code, 23);
+  EXPECT_THAT(publisher->publishOp7("means", "text", 0).message,
+              HasSubstr("key \"means\" has no slash"));
+}
+
 }  // namespace
 }  // namespace orvane::testing
