@@ -155,6 +155,11 @@ std::optional<Money> moneyOf(std::string_view decimal) {
 std::optional<Price> priceOf(double value) { return nearest<Price, 10>(value); }
 std::optional<Volume> volumeOf(double value) { return nearest<Volume, 8>(value); }
 
+std::optional<Volume> marketVolumeOf(double value) {
+  if (!(value > 0)) return std::nullopt;
+  return volumeOf(value).value_or(Volume{std::numeric_limits<int64>::max()});
+}
+
 double toDouble(Price price) { return nearestDouble(price.units, 10); }
 double toDouble(Volume volume) { return nearestDouble(volume.units, 8); }
 double toDouble(Multiplier multiplier) { return nearestDouble(multiplier.units, 4); }

@@ -52,6 +52,20 @@ std::optional<Money> moneyOf(std::string_view decimal);
 std::optional<Price> priceOf(double value);
 std::optional<Volume> volumeOf(double value);
 
+/// A volume that market data tell; empty if they tell none, which is 0, below 0 or no number. What
+/// is beyond the range counts as the largest volume.
+std::optional<Volume> marketVolumeOf(double value);
+
+/// The sum, or the end of the range that it would go beyond.
+template <typename Units, int kDecimals, typename Tag>
+Fixed<Units, kDecimals, Tag> cappedSum(Fixed<Units, kDecimals, Tag> a,
+                                       Fixed<Units, kDecimals, Tag> b) {
+  Units sum = 0;
+  if (!__builtin_add_overflow(a.units, b.units, &sum)) return {sum};
+  constexpr Units kHighest = static_cast<Units>(~(Units{1} << (sizeof(Units) * 8 - 1)));
+  return {b.units < 0 ? -kHighest : kHighest};
+}
+
 /// The nearest double.
 double toDouble(Price price);
 double toDouble(Volume volume);

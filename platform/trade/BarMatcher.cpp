@@ -1,9 +1,33 @@
 #include "platform/trade/BarMatcher.h"
 
+#include <algorithm>
+
+#include "platform/fields/KLineView.h"
+
 namespace orvane::detail {
 
+std::optional<ExactBar> exactBarOf(const IKLine& bar, int64 previousEnd) {
+  const KLineView view(bar);
+  ExactBar exact;
+  const auto read = [](double value, Price& price) {
+    price = priceOf(value).value_or(Price{});
+    return price.isPositive();
+  };
+  if (!read(view.open(), exact.open) || !read(view.high(), exact.high) ||
+      !read(view.low(), exact.low) || !read(view.close(), exact.close))
+    return std::nullopt;
+  if (!view.isQuoteBar()) {
+    exact.volume = marketVolumeOf(view.volume());
+    if (view.volume() == 0 && exact.high == exact.low) exact.volume = Volume{};
+  }
+  exact.end = view.endTime();
+  exact.begin = std::min(std::max(view.beginTime(), previousEnd), exact.end);
+  exact.day = view.tradingDay();
+  return exact;
+}
+
 Price slipped(const WorkingOrder& order, Price price, Price slippage) {
-  if (order.isBuy()) return price + slippage;
+  if (order.isBuy()) return cappedSum(price, slippage);
   return price > slippage ? price - slippage : price;
 }
 

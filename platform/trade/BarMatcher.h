@@ -11,11 +11,18 @@ namespace orvane::detail {
 /// A bar as exact numbers.
 struct ExactBar {
   Price open, high, low, close;
-  Volume volume;
-  int64 begin = 0;  ///< Not before the previous bar of the series ended.
+  std::optional<Volume> volume;  ///< Empty: not told.
+  int64 begin = 0;               ///< Not before the previous bar of the series ended.
   int64 end = 0;
   int day = 0;
 };
+
+/// Reads a bar; empty if it has a price that is not above 0 or out of range: nothing is dealt in
+/// then. `previousEnd` is the end of the bar before it.
+///
+/// Its volume is not told if it is no number or below 0, or 0 although the price moved; neither
+/// does a bar made of bid and ask tell one.
+std::optional<ExactBar> exactBarOf(const IKLine& bar, int64 previousEnd);
 
 /// Where and when a bar fills an order.
 struct BarMatch {

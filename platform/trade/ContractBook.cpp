@@ -48,7 +48,11 @@ void ContractBook::add(const ICodeID& code, const Instrument& instrument) {
   Contract& contract = contracts_[code.id];
   contract.sessions.emplace(instrument.sessions, instrument.timeZone);
   contract.terms = terms;
-  contract.slippage = {slippage_.units + terms.tick.units * slippageTicks_};
+  Price inTicks;
+  if (__builtin_mul_overflow(terms.tick.units, int64{slippageTicks_}, &inTicks.units))
+    throw std::invalid_argument("slippageTicks: " + std::to_string(slippageTicks_) + " of " +
+                                text(terms.tick) + " are too large");
+  contract.slippage = cappedSum(slippage_, inTicks);
 }
 
 Contract* ContractBook::find(int64 codeId) {

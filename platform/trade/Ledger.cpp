@@ -12,8 +12,15 @@ namespace {
 constexpr int kNoMoney = 21;
 constexpr int kNoPosition = 38;
 constexpr int kOutOfRange = -2;
-/// 10^14: money reaches 1.7 x 10^16, so sums stay in range while prices rise a hundredfold.
-constexpr Money kMostTurnover{Int128{1'000'000'000'000'000'000} * 1'000'000'000'000'000'000};
+/// So that volumes of an account can be added up, and prices can rise.
+constexpr Volume kMostVolume{1'000'000'000'000'000'000};
+constexpr Money kMostTurnover{Ledger::kMostStart.units / 10};
+/// Closed and floating profit are cash that came and went and the value of what is held, so both
+/// are in range when these are; settlements move money between the two.
+constexpr Money kMostTraded{Ledger::kMostStart.units / 2 * 5};
+constexpr Money kMostValue = kMostTraded;
+constexpr Money kMostMargin = Ledger::kMostStart;
+constexpr Money kMostFees = Ledger::kMostStart;
 
 Word word(double value) { return std::bit_cast<Word>(value); }
 
@@ -34,12 +41,16 @@ std::optional<Ledger::Need> Ledger::needOf(const ContractTerms& terms, Price pri
   const auto turnover = turnoverOf(price, volume, terms.multiplier);
   if (!turnover) return std::nullopt;
   const auto margin = shareOf(*turnover, terms.marginRate);
+  const auto fee = feeOf(terms, *turnover, volume);
+  if (!margin || !fee) return std::nullopt;
+  return Need{*turnover, *margin, *fee};
+}
+
+std::optional<Money> Ledger::feeOf(const ContractTerms& terms, Money turnover, Volume volume) {
   const auto byLot = chargeOf(terms.feePerLot, volume);
-  const auto byTurnover = shareOf(*turnover, terms.feeRate);
-  if (!margin || !byLot || !byTurnover) return std::nullopt;
-  Money fee;
-  if (__builtin_add_overflow(byLot->units, byTurnover->units, &fee.units)) return std::nullopt;
-  return Need{*turnover, *margin, fee};
+  const auto byTurnover = shareOf(turnover, terms.feeRate);
+  if (!byLot || !byTurnover) return std::nullopt;
+  return cappedSum(*byLot, *byTurnover);
 }
 
 PositionSide& Ledger::sideOf(SourceBook& book, const Claim& claim) {
@@ -52,6 +63,10 @@ std::optional<Refusal> Ledger::freeze(const Claim& claim) {
 }
 
 std::optional<Refusal> Ledger::freezeMoney(const Claim& claim) {
+  if (claim.volume > kMostVolume - committedVolume_)
+    return Refusal{kOutOfRange, "too much volume: asked for " + text(claim.volume) +
+                                    ", the account holds and awaits " + text(committedVolume_) +
+                                    " of at most " + text(kMostVolume)};
   const auto need = needOf(*claim.terms, claim.price, claim.volume);
   if (!need || need->turnover > kMostTurnover - committed_ ||
       std::max(need->margin, need->fee) > kMostTurnover)
@@ -63,6 +78,7 @@ std::optional<Refusal> Ledger::freezeMoney(const Claim& claim) {
   holds_[claim.orderId] = {claim, claim.volume, wanted, need->turnover};
   frozen_ += wanted;
   committed_ += need->turnover;
+  committedVolume_ += claim.volume;
   return std::nullopt;
 }
 
@@ -99,6 +115,7 @@ void Ledger::release(int64 orderId) {
   if (opens(hold.claim)) {
     frozen_ -= hold.money;
     committed_ -= hold.turnover;
+    committedVolume_ -= hold.left;
   } else {
     sideOf(bookOf(hold.claim), hold.claim).unfreeze(hold.left, closesToday(hold.claim));
   }
@@ -108,6 +125,32 @@ void Ledger::release(int64 orderId) {
 Money Ledger::frozenOf(int64 orderId) const {
   const auto at = holds_.find(orderId);
   return at == holds_.end() ? Money{} : at->second.money;
+}
+
+std::optional<Refusal> Ledger::checkFills(int64 orderId, std::span<const FillPiece> pieces) const {
+  const auto at = holds_.find(orderId);
+  if (at == holds_.end()) return std::nullopt;
+  const Claim& claim = at->second.claim;
+  const auto code = codes_.find(claim.terms->code.id);
+  const bool isMarked = code != codes_.end() && code->second.markPrice;
+  Money traded = traded_, fees = fees_, margin = margin_, value = value_;
+  for (const auto& [price, volume] : pieces) {
+    const Price mark = isMarked ? *code->second.markPrice : pieces.front().price;
+    const auto turnover = turnoverOf(price, volume, claim.terms->multiplier);
+    const auto fee = turnover ? feeOf(*claim.terms, *turnover, volume) : std::nullopt;
+    bool fits = fee && *turnover <= kMostTraded - traded && *fee <= kMostFees - fees;
+    if (fits && opens(claim)) {
+      const auto need = shareOf(*turnover, claim.terms->marginRate);
+      const auto worth = turnoverOf(mark, volume, claim.terms->multiplier);
+      fits = need && *need <= kMostMargin - margin && worth && *worth <= kMostValue - value;
+      if (fits) margin += *need;
+      if (fits) value += *worth;
+    }
+    if (!fits) return Refusal{kOutOfRange, "too large: " + text(volume) + " at " + text(price)};
+    traded += *turnover;
+    fees += *fee;
+  }
+  return std::nullopt;
 }
 
 Booking Ledger::fill(int64 orderId, Price price, Volume volume) {
@@ -120,7 +163,7 @@ Booking Ledger::fill(int64 orderId, Price price, Volume volume) {
 
   Booking booking;
   booking.turnover = turnoverOf(price, volume, terms.multiplier).value_or(Money{});
-  booking.fee = needOf(terms, price, volume).value_or(Need{}).fee;
+  booking.fee = feeOf(terms, booking.turnover, volume).value_or(Money{});
 
   hold.left -= volume;
   const Money marginBefore = side.margin();
@@ -132,10 +175,12 @@ Booking Ledger::fill(int64 orderId, Price price, Volume volume) {
     frozen_ += kept - hold.money;
     hold.money = kept;
     committed_ += rest.turnover - hold.turnover;
+    // The volume is held now, and was awaited before.
     hold.turnover = rest.turnover;
     side.open(terms, price, volume);
   } else {
     side.unfreeze(volume, closesToday(hold.claim));
+    committedVolume_ -= volume;
     const Money cost = side.close(terms, volume, closesToday(hold.claim));
     booking.profit = isAboutLong(hold.claim) ? booking.turnover - cost : cost - booking.turnover;
   }
@@ -145,6 +190,7 @@ Booking Ledger::fill(int64 orderId, Price price, Volume volume) {
   book.fees += booking.fee;
   closedProfit_ += booking.profit;
   fees_ += booking.fee;
+  traded_ += booking.turnover;
   if (!hold.left.isPositive()) holds_.erase(at);
 
   CodeBook& code = codes_[terms.code.id];
@@ -153,8 +199,18 @@ Booking Ledger::fill(int64 orderId, Price price, Volume volume) {
   return booking;
 }
 
+std::optional<Money> Ledger::valueOf(const CodeBook& code, Price price) {
+  Volume volume;
+  for (const auto& [name, book] : code.sources)
+    volume += book.longSide.volume() + book.shortSide.volume();
+  return turnoverOf(price, volume, code.terms->multiplier);
+}
+
 void Ledger::revalue(CodeBook& code) {
   code.isHeld = false;
+  const Money value = valueOf(code, *code.markPrice).value_or(Money{});
+  value_ += value - code.value;
+  code.value = value;
   for (auto& [name, book] : code.sources) {
     const Money now = book.longSide.floating(*code.terms, *code.markPrice) +
                       book.shortSide.floating(*code.terms, *code.markPrice);
@@ -167,19 +223,38 @@ void Ledger::revalue(CodeBook& code) {
 void Ledger::mark(int64 codeId, Price price) {
   const auto at = codes_.find(codeId);
   if (at == codes_.end() || at->second.markPrice == price) return;
-  at->second.markPrice = price;
-  if (at->second.isHeld) revalue(at->second);
+  CodeBook& code = at->second;
+  if (code.isHeld) {
+    const auto value = valueOf(code, price);
+    if (!value || *value > kMostValue - (value_ - code.value)) return;
+  }
+  code.markPrice = price;
+  if (code.isHeld) revalue(code);
+}
+
+bool Ledger::settlementFits(const CodeBook& code) const {
+  Money margin = margin_;
+  for (const auto& [name, book] : code.sources) {
+    for (const PositionSide* side : {&book.longSide, &book.shortSide}) {
+      const auto turnover = turnoverOf(*code.markPrice, side->volume(), code.terms->multiplier);
+      const auto restated = turnover ? shareOf(*turnover, code.terms->marginRate) : std::nullopt;
+      if (!restated) return false;
+      margin = cappedSum(margin, *restated - side->margin());
+    }
+  }
+  return margin <= kMostMargin;
 }
 
 bool Ledger::beginDay(int64 codeId, bool settles) {
   const auto at = codes_.find(codeId);
   if (at == codes_.end() || !at->second.isHeld) return false;
   CodeBook& code = at->second;
+  settles = settles && code.markPrice && settlementFits(code);
   bool isChanged = false;
   for (auto& [name, book] : code.sources) {
     for (PositionSide* side : {&book.longSide, &book.shortSide}) {
       isChanged = isChanged || side->today().isPositive() || (settles && !side->isEmpty());
-      if (settles && code.markPrice) {
+      if (settles) {
         const Money marginBefore = side->margin();
         const Money turnoverBefore = side->openTurnover();
         const Money profit = side->settle(*code.terms, *code.markPrice);

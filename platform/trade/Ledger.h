@@ -2,6 +2,7 @@
 
 #include <map>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -30,6 +31,12 @@ struct Claim {
   Price price;  ///< That money is held back at; of a market order the last one known.
 };
 
+/// A fill that is about to be booked.
+struct FillPiece {
+  Price price;
+  Volume volume;
+};
+
 /// What a fill did to an account.
 struct Booking {
   Money turnover;
@@ -48,27 +55,40 @@ struct Booking {
 ///   available = equity - margin - frozen;
 /// - closed profit, fees, margin, floating profit and frozen are the sums over codes and sources;
 /// - a side's volume = today + yesterday = opened - closed; frozen volume is never above it.
+///
+/// No amount ever leaves the range of `Money`: a start balance is at most 10^15, what is held and
+/// awaited at most 10^10 of volume and 10^14 of turnover, and `checkFills` keeps the rest.
 class Ledger {
  public:
+  static constexpr Money kMostStart{Int128{10'000'000'000'000'000'000U} *
+                                    1'000'000'000'000'000'000};
+
   Ledger(TradingAccountID account, Money start);
 
   const TradingAccountID& account() const { return account_; }
 
   /// Holds back what the order needs: money of an opening one, volume of a closing one. Answers
-  /// why not if there is not enough, or if an account would hold and await more than 10^14 of
-  /// turnover; nothing is changed then.
+  /// why not if there is not enough, or if the account would hold and await more than 10^10 of
+  /// volume or 10^14 of turnover; nothing is changed then.
   std::optional<Refusal> freeze(const Claim& claim);
   /// Gives back what the rest of an order still holds; for an order that is over.
   void release(int64 orderId);
   /// What an order's rest holds back.
   Money frozenOf(int64 orderId) const;
-  /// Books a fill of an order that `freeze` let in, and frees its share of what was held back.
+  /// Why fills, all of them, cannot be booked, though the order was let in: the account would have
+  /// dealt in more than 2.5 x 10^15 of turnover since the start, hold more than that at the last
+  /// prices, or have more than 10^15 of margin or of fees.
+  std::optional<Refusal> checkFills(int64 orderId, std::span<const FillPiece> pieces) const;
+  /// Books a fill that `checkFills` has nothing against, of an order that `freeze` let in, and
+  /// frees its share of what was held back.
   Booking fill(int64 orderId, Price price, Volume volume);
 
-  /// Takes the last price of a code.
+  /// Takes the last price of a code; none at which what is held would be worth more than
+  /// 2.5 x 10^15, then the one before stays.
   void mark(int64 codeId, Price price);
   /// A new trading day of a code: today's part becomes yesterday's. Settles it first, at the last
-  /// price, if `settles`. Answers whether a position changed.
+  /// price, if `settles` and its margin would not be out of range. Answers whether a position
+  /// changed.
   bool beginDay(int64 codeId, bool settles);
 
   Money balance() const;
@@ -108,6 +128,7 @@ class Ledger {
     const ContractTerms* terms = nullptr;
     std::optional<Price> markPrice;
     bool isHeld = false;
+    Money value;  ///< Of both sides at the mark price, added up.
     std::map<std::string, SourceBook> sources;
   };
   /// What an order at work holds back.
@@ -122,11 +143,14 @@ class Ledger {
   };
 
   static std::optional<Need> needOf(const ContractTerms& terms, Price price, Volume volume);
+  static std::optional<Money> feeOf(const ContractTerms& terms, Money turnover, Volume volume);
   static PositionSide& sideOf(SourceBook& book, const Claim& claim);
   std::optional<Refusal> freezeMoney(const Claim& claim);
   std::optional<Refusal> freezeVolume(const Claim& claim);
   SourceBook& bookOf(const Claim& claim);
   void revalue(CodeBook& code);
+  static std::optional<Money> valueOf(const CodeBook& code, Price price);
+  bool settlementFits(const CodeBook& code) const;
   void fillSide(Position& position, const CodeBook& code, const std::vector<const SourceBook*>& of,
                 bool isLong) const;
   void fillRecord(int64 codeId, const CodeBook& code, const std::vector<const SourceBook*>& of,
@@ -136,6 +160,9 @@ class Ledger {
   Money start_;
   Money closedProfit_, fees_, margin_, frozen_, floating_;
   Money committed_;  ///< Turnover of what is held, and of what opening orders may still open.
+  Volume committedVolume_;  ///< The same in volume.
+  Money traded_;            ///< Turnover of all fills.
+  Money value_;             ///< Of all that is held, long and short added up, at the mark prices.
   std::map<int64, CodeBook> codes_;
   std::map<int64, Hold> holds_;  ///< By order id.
 };

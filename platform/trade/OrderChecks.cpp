@@ -26,11 +26,16 @@ Refusal badNumber(const char* what, Enum value) {
   return bad(std::string("bad ") + what + ": " + std::to_string(static_cast<std::int32_t>(value)));
 }
 
+/// What is wrong with a number that is none of the exchange's.
+Refusal badSize(const char* name, double value) {
+  return bad(std::string("bad ") + name + ": " + numberText(value) +
+             (value > 1 ? " is too large" : " is not above 0"));
+}
+
 /// The price that a kind of order needs, and its name.
 std::optional<Refusal> readPrice(double value, const char* name, Price& price) {
   const auto exact = priceOf(value);
-  if (!exact || !exact->isPositive())
-    return bad(std::string("bad ") + name + ": " + numberText(value) + " is not above 0");
+  if (!exact || !exact->isPositive()) return badSize(name, value);
   price = *exact;
   return std::nullopt;
 }
@@ -57,8 +62,7 @@ std::optional<Refusal> readOrder(WorkingOrder& order) {
   if (!isOneOf(order.offset, order::Offset::CloseToday)) return badNumber("offset", order.offset);
 
   const auto volume = volumeOf(view.volume());
-  if (!volume || !volume->isPositive())
-    return bad("bad volume: " + numberText(view.volume()) + " is not above 0");
+  if (!volume || !volume->isPositive()) return badSize("volume", view.volume());
   order.volume = *volume;
   if (order.type == order::Type::Limit)
     return readPrice(view.limitPrice(), "limit price", order.limit);

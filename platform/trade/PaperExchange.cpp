@@ -8,6 +8,7 @@
 #include "platform/fields/QuoteView.h"
 #include "platform/trade/BarMatcher.h"
 #include "platform/trade/ContractBook.h"
+#include "platform/trade/FillRecord.h"
 #include "platform/trade/RiskGuard.h"
 #include "platform/trade/TickMarket.h"
 
@@ -17,8 +18,7 @@ namespace {
 constexpr char kDefaultStart[] = "1000000";
 constexpr int kNotThere = 22;
 constexpr int kClosedSession = 37;
-/// Fills of one order have ids of their own, so that an id does not depend on other orders.
-constexpr int64 kFillsPerOrder = 100'000;
+constexpr Rate kWhole{10'000'000'000};
 
 Word word(double value) { return std::bit_cast<Word>(value); }
 
@@ -34,9 +34,9 @@ class PaperExchange::Impl {
         barMatcher(options.limitFill) {
     if (options.barVolumeShare.empty()) return;
     volumeShare = rateOf(options.barVolumeShare);
-    if (!volumeShare || !volumeShare->isPositive())
+    if (!volumeShare || !volumeShare->isPositive() || *volumeShare > kWhole)
       throw std::invalid_argument("barVolumeShare: \"" + options.barVolumeShare +
-                                  "\" is not a decimal number above 0");
+                                  "\" is not a decimal number above 0 and up to 1");
   }
 
   struct Account {
@@ -54,11 +54,13 @@ class PaperExchange::Impl {
   std::optional<Refusal> checkRisk(const WorkingOrder& order, const Contract& contract, int64 now);
   void beginDay(Contract& contract, int day, int64 time);
   void meet(Contract& contract, WorkingOrder& order) const;
-  bool matchBar(Contract& contract, const ExactBar& bar, WorkingOrder& order,
+  void matchBar(Contract& contract, const ExactBar& bar, WorkingOrder& order,
                 std::optional<Volume>& capacity);
   void endImmediate(WorkingOrder& order, int64 time);
   void markAll(Contract& contract, Price price);
-  void fill(WorkingOrder& order, Price price, Volume volume, bool hadRested, int64 time, int day);
+  bool fill(WorkingOrder& order, Price price, Volume volume, bool hadRested, int64 time, int day);
+  void matchTick(Contract& contract, TickMarket& market, WorkingOrder& order, int64 now);
+  void giveUp(WorkingOrder& order, const Refusal& why, int64 time);
   void finish(WorkingOrder& order, order::Status status, int64 time);
   void tell(const WorkingOrder& order, int64 time);
   void tellCapital(const WorkingOrder& order, int64 time);
@@ -137,13 +139,14 @@ std::optional<Refusal> PaperExchange::Impl::checkRisk(const WorkingOrder& order,
   const bool opens = order.offset == order::Offset::Open;
   RiskGuard::Standing standing;
   for (const auto& [key, account] : accounts) {
-    standing.held += account.ledger.volumeOf(source, contract.terms.code.id, order.isBuy());
-    standing.result += account.ledger.resultOf(source);
+    standing.held = cappedSum(
+        standing.held, account.ledger.volumeOf(source, contract.terms.code.id, order.isBuy()));
+    standing.result = cappedSum(standing.result, account.ledger.resultOf(source));
   }
   for (const WorkingOrder& other : contract.orders)
     if (!other.isOver && other.record.source.createSource == source &&
         other.offset == order::Offset::Open && other.direction == order.direction)
-      standing.opening += other.left();
+      standing.opening = cappedSum(standing.opening, other.left());
   return guard.check(source, opens, order.volume, standing, now);
 }
 
@@ -191,9 +194,8 @@ void PaperExchange::Impl::onBar(Contract& contract, const ExactBar& bar, int64 n
   beginDay(contract, bar.day, std::min(bar.begin, now));
   if (!contract.orders.empty()) {
     std::optional<Volume> capacity;
-    if (volumeShare) {
-      const auto share =
-          static_cast<Int128>(bar.volume.units) * volumeShare->units / Int128{10'000'000'000};
+    if (volumeShare && bar.volume) {
+      const Int128 share = Int128{bar.volume->units} * volumeShare->units / kWhole.units;
       capacity = Volume{static_cast<int64>(share)};
     }
     // What is sure at the open comes first, then what the range allows: stops before limits.
@@ -222,24 +224,23 @@ void PaperExchange::Impl::onBar(Contract& contract, const ExactBar& bar, int64 n
   markAll(contract, bar.close);
 }
 
-bool PaperExchange::Impl::matchBar(Contract& contract, const ExactBar& bar, WorkingOrder& order,
+void PaperExchange::Impl::matchBar(Contract& contract, const ExactBar& bar, WorkingOrder& order,
                                    std::optional<Volume>& capacity) {
   const auto match = barMatcher.match(order, bar, contract.slippage);
-  if (!match) return false;
+  if (!match) return;
   if (order.type == order::Type::Stop) order.isTriggered = true;
   Volume volume = order.left();
   if (capacity) {
     const int64 lot = std::max<int64>(1, order.terms->lot.units);
     const Volume whole{capacity->units / lot * lot};
-    if (order.timeInForce == order::TimeInForce::FillOrKill && whole < volume) return false;
+    if (order.timeInForce == order::TimeInForce::FillOrKill && whole < volume) return;
     volume = std::min(volume, whole);
-    *capacity -= volume;
   }
-  if (!volume.isPositive()) return false;
+  if (!volume.isPositive()) return;
   const bool hadRested =
       order.type == order::Type::Limit && match->time != bar.begin && order.arrival <= bar.begin;
-  fill(order, match->price, volume, hadRested, match->time, contract.day);
-  return true;
+  if (fill(order, match->price, volume, hadRested, match->time, contract.day) && capacity)
+    *capacity -= volume;
 }
 
 void PaperExchange::Impl::onTick(Contract& contract, const IDepthMarketData& tick, int64 now) {
@@ -256,13 +257,26 @@ void PaperExchange::Impl::onTick(Contract& contract, const IDepthMarketData& tic
       endImmediate(order, now);
       continue;
     }
-    const bool wholeOnly = order.timeInForce == order::TimeInForce::FillOrKill;
-    for (const TickMatch& match : market.match(order, contract.slippage, wholeOnly))
-      fill(order, match.price, match.volume, match.hadRested, now, contract.day);
+    matchTick(contract, market, order, now);
     endImmediate(order, now);
   }
   sweep(contract);
   if (const auto price = market.mark()) markAll(contract, *price);
+}
+
+void PaperExchange::Impl::matchTick(Contract& contract, TickMarket& market, WorkingOrder& order,
+                                    int64 now) {
+  const bool wholeOnly = order.timeInForce == order::TimeInForce::FillOrKill;
+  const std::vector<TickMatch> matches = market.match(order, contract.slippage, wholeOnly);
+  if (wholeOnly) {
+    std::vector<FillPiece> pieces;
+    for (const TickMatch& match : matches) pieces.push_back({match.price, match.volume});
+    if (const auto refusal = order.ledger->checkFills(order.record.id, pieces))
+      giveUp(order, *refusal, now);
+  }
+  for (const TickMatch& match : matches)
+    if (order.isOver || !fill(order, match.price, match.volume, match.hadRested, now, contract.day))
+      market.giveBack(order, match);
 }
 
 void PaperExchange::Impl::endImmediate(WorkingOrder& order, int64 time) {
@@ -278,8 +292,13 @@ void PaperExchange::Impl::markAll(Contract& contract, Price price) {
 
 // What happens to an order at work.
 
-void PaperExchange::Impl::fill(WorkingOrder& order, Price price, Volume volume, bool hadRested,
+bool PaperExchange::Impl::fill(WorkingOrder& order, Price price, Volume volume, bool hadRested,
                                int64 time, int day) {
+  const FillPiece piece{price, volume};
+  if (const auto refusal = order.ledger->checkFills(order.record.id, {&piece, 1})) {
+    giveUp(order, *refusal, time);
+    return false;
+  }
   const Booking booking = order.ledger->fill(order.record.id, price, volume);
   order.filled += volume;
   order.turnover += booking.turnover;
@@ -300,32 +319,21 @@ void PaperExchange::Impl::fill(WorkingOrder& order, Price price, Volume volume, 
       static_cast<std::int32_t>(isWhole ? order::Status::Filled : order::Status::PartlyFilled);
   tell(order, time);
 
-  OrderFill told;
-  told.id = record.id * kFillsPerOrder + order.fills;
-  told.account = record.account;
-  told.code = record.code;
-  told.source = record.source;
-  told.pair = record.pair;
-  told.orderRef = record.orderRef;
-  told.direction() = static_cast<std::int32_t>(order.direction);
-  told.ints[fill::OffsetAt] = static_cast<std::int32_t>(order.offset);
+  OrderFill told = fillRecord(order, booking, price, volume);
   told.ints[fill::LiquidityAt] = hadRested ? 1 : 0;
-  told.fillText = std::to_string(told.id);
   told.fillTime() = time;
-  told.setPrice(toDouble(price));
-  told.values[fill::Volume] = word(toDouble(volume));
-  told.values[fill::Fee] = word(toDouble(booking.fee));
-  told.numbers[fill::OrderTime] = OrderView(record).insertTime();
-  told.numbers[fill::OrderVolume] = record.values[order::Volume];
-  told.numbers[fill::OrderFilledVolume] = record.values[order::FilledVolume];
-  told.numbers[fill::Turnover] = word(toDouble(booking.turnover));
-  told.numbers[fill::Profit] = word(toDouble(booking.profit));
   told.numbers[fill::TradingDay] = day;
-  told.numbers[fill::OrderId] = record.id;
   const std::int32_t key = record.account.accountKey;
   add(time, std::move(told));
   add(time, TradeEvent::PositionChanged{key, record.code.id, record.source.createSource});
   tellCapital(order, time);
+  return true;
+}
+
+void PaperExchange::Impl::giveUp(WorkingOrder& order, const Refusal& why, int64 time) {
+  order.record.text5 = why.text;
+  order.record.ints[order::ReasonAt] = why.code;
+  finish(order, order.fills == 0 ? order::Status::Rejected : order::Status::Cancelled, time);
 }
 
 void PaperExchange::Impl::finish(WorkingOrder& order, order::Status status, int64 time) {
@@ -363,8 +371,10 @@ PaperExchange::~PaperExchange() = default;
 
 void PaperExchange::addAccount(const TradingAccountID& account, const std::string& startBalance) {
   const auto start = moneyOf(std::string_view(startBalance.empty() ? kDefaultStart : startBalance));
-  if (!start)
-    throw std::invalid_argument("startBalance: \"" + startBalance + "\" is not a decimal number");
+  if (!start || *start > Ledger::kMostStart || *start < -Ledger::kMostStart)
+    throw std::invalid_argument("startBalance: \"" + startBalance +
+                                "\" is not a decimal number of at most " +
+                                text(Ledger::kMostStart));
   impl_->accounts.try_emplace(account.accountKey,
                               Impl::Account{account, *start, Ledger(account, *start)});
 }
@@ -382,22 +392,10 @@ void PaperExchange::cancel(int64 orderId, const SourceId& by, int64 now) {
 void PaperExchange::onBar(int64 codeId, const IKLine& bar, int64 previousEnd, int64 now) {
   Contract* const contract = impl_->contracts.find(codeId);
   if (contract == nullptr) return;
-  const KLineView view(bar);
-  const auto open = priceOf(view.open());
-  const auto high = priceOf(view.high());
-  const auto low = priceOf(view.low());
-  const auto close = priceOf(view.close());
-  if (!open || !high || !low || !close) return;
-  ExactBar exact;
-  exact.open = *open;
-  exact.high = *high;
-  exact.low = *low;
-  exact.close = *close;
-  exact.volume = volumeOf(view.volume()).value_or(Volume{});
-  exact.begin = std::max(view.beginTime(), previousEnd);
-  exact.end = view.endTime();
-  exact.day = view.tradingDay();
-  impl_->onBar(*contract, exact, now);
+  if (const auto exact = exactBarOf(bar, previousEnd))
+    impl_->onBar(*contract, *exact, now);
+  else
+    impl_->beginDay(*contract, KLineView(bar).tradingDay(), now);
 }
 
 void PaperExchange::onTick(int64 codeId, const IDepthMarketData& tick, int64 now) {

@@ -48,7 +48,7 @@ std::optional<Refusal> RiskGuard::check(const std::string& source, bool opens, V
     return Refusal{kNotAllowed, "risk limit: order volume " + text(volume) + " is above " +
                                     text(*limits.maxOrder)};
   if (!opens) return std::nullopt;
-  const Volume after = standing.held + standing.opening + volume;
+  const Volume after = cappedSum(cappedSum(standing.held, standing.opening), volume);
   if (limits.maxPosition && after > *limits.maxPosition)
     return Refusal{kNotAllowed, "risk limit: position " + text(after) +
                                     " with orders at work would be above " +

@@ -1,7 +1,6 @@
 #include "platform/trade/TickMarket.h"
 
 #include <algorithm>
-#include <limits>
 
 #include "platform/fields/QuoteView.h"
 #include "platform/trade/BarMatcher.h"
@@ -12,10 +11,6 @@ namespace {
 bool isAtLeastAsGood(bool isBuy, Price offered, Price wanted) {
   return isBuy ? offered <= wanted : offered >= wanted;
 }
-
-/// The size of a level whose source does not tell one: as much as anybody wants.
-constexpr Volume kUnknownSize{std::numeric_limits<int64>::max()};
-constexpr bool isKnown(Volume size) { return size.units < kUnknownSize.units / 2; }
 
 /// Whole lots alone are dealt in.
 Volume wholeLots(Volume volume, const ContractTerms& terms) {
@@ -29,10 +24,8 @@ TickMarket::TickMarket(const IDepthMarketData& tick, TradeOptions::Queue queue) 
   const QuoteView view(tick);
   const auto add = [](Ladder& ladder, double price, double size) {
     const auto exactPrice = priceOf(price);
-    const auto exactSize = volumeOf(size);
     if (exactPrice && exactPrice->isPositive())
-      ladder.push_back(
-          {*exactPrice, exactSize && !exactSize->isZero() ? *exactSize : kUnknownSize});
+      ladder.push_back({*exactPrice, marketVolumeOf(size)});
   };
   const int bidLevels = view.hasBid() ? std::clamp(view.bidLevels(), 0, 10) : 0;
   const int askLevels = view.hasAsk() ? std::clamp(view.askLevels(), 0, 10) : 0;
@@ -45,8 +38,16 @@ TickMarket::TickMarket(const IDepthMarketData& tick, TradeOptions::Queue queue) 
   if (view.hasTrade()) {
     last_ = priceOf(view.lastPrice());
     if (last_ && !last_->isPositive()) last_.reset();
-    traded_ = volumeOf(view.volume()).value_or(Volume{});
+    // A trade whose size is not told moves no queue: who stood before is not known to be gone.
+    traded_ = marketVolumeOf(view.volume()).value_or(Volume{});
   }
+}
+
+Volume TickMarket::take(Level& level, Volume wanted, const ContractTerms& terms) {
+  if (!level.volume) return wanted;
+  const Volume taken = std::min(wanted, wholeLots(*level.volume, terms));
+  *level.volume -= taken;
+  return taken;
 }
 
 std::optional<Price> TickMarket::mark() const {
@@ -70,7 +71,6 @@ bool TickMarket::triggers(const WorkingOrder& order) const {
 std::vector<TickMatch> TickMarket::match(WorkingOrder& order, Price slippage, bool wholeOnly) {
   Volume left = order.left();
   std::vector<TickMatch> matches;
-  const Ladder before = wholeOnly ? otherSide(order) : Ladder{};
   if (order.hasRested) {
     matchResting(order, left, matches);
     if (left.isPositive()) eatQueue(order, left, matches);
@@ -78,7 +78,7 @@ std::vector<TickMatch> TickMarket::match(WorkingOrder& order, Price slippage, bo
     matches = walk(order, slippage, left);
   }
   if (wholeOnly && left.isPositive()) {
-    otherSide(order) = before;
+    for (const TickMatch& match : matches) giveBack(order, match);
     return {};
   }
   if (left.isPositive() && !order.takesAnyPrice()) takePlace(order);
@@ -96,15 +96,15 @@ std::vector<TickMatch> TickMarket::walk(WorkingOrder& order, Price slippage, Vol
     if (!matches.empty()) left = {};
     return matches;
   }
-  for (Level& level : otherSide(order)) {
-    if (!left.isPositive()) break;
+  Ladder& ladder = otherSide(order);
+  for (std::size_t at = 0; at < ladder.size() && left.isPositive(); ++at) {
+    Level& level = ladder[at];
     if (!order.takesAnyPrice() && !isAtLeastAsGood(order.isBuy(), level.price, order.limit)) break;
-    const Volume taken = std::min(left, wholeLots(level.volume, *order.terms));
+    const Volume taken = take(level, left, *order.terms);
     if (!taken.isPositive()) continue;
-    level.volume -= taken;
     left -= taken;
     const Price price = order.takesAnyPrice() ? slipped(order, level.price, slippage) : level.price;
-    matches.push_back({price, taken});
+    matches.push_back({price, taken, false, at});
   }
   return matches;
 }
@@ -117,13 +117,14 @@ void TickMarket::matchResting(const WorkingOrder& order, Volume& left,
     left = {};
     return;
   }
-  for (Level& level : otherSide(order)) {
-    if (!left.isPositive() || !isAtLeastAsGood(order.isBuy(), level.price, order.limit)) return;
-    const Volume taken = std::min(left, wholeLots(level.volume, *order.terms));
+  Ladder& ladder = otherSide(order);
+  for (std::size_t at = 0; at < ladder.size() && left.isPositive(); ++at) {
+    Level& level = ladder[at];
+    if (!isAtLeastAsGood(order.isBuy(), level.price, order.limit)) return;
+    const Volume taken = take(level, left, *order.terms);
     if (!taken.isPositive()) continue;
-    level.volume -= taken;
     left -= taken;
-    matches.push_back({order.limit, taken, true});
+    matches.push_back({order.limit, taken, true, at});
   }
 }
 
@@ -137,7 +138,16 @@ void TickMarket::eatQueue(WorkingOrder& order, Volume& left, std::vector<TickMat
   // What this order takes is not there for the next one at the price.
   traded_ -= taken;
   left -= taken;
-  matches.push_back({order.limit, taken, true});
+  matches.push_back({order.limit, taken, true, TickMatch::kByTrade});
+}
+
+void TickMarket::giveBack(const WorkingOrder& order, const TickMatch& match) {
+  if (match.from == TickMatch::kByTrade) {
+    traded_ += match.volume;
+  } else if (match.from != TickMatch::kThroughAll) {
+    std::optional<Volume>& shown = otherSide(order)[match.from].volume;
+    if (shown) *shown += match.volume;
+  }
 }
 
 void TickMarket::takePlace(WorkingOrder& order) const {
@@ -161,8 +171,8 @@ void TickMarket::takePlace(WorkingOrder& order) const {
   }
   const auto shown = std::ranges::find(own, order.limit, &Level::price);
   if (shown != own.end()) {
-    if (!isKnown(shown->volume)) return;
-    order.ahead = order.ahead ? std::min(*order.ahead, shown->volume) : shown->volume;
+    if (!shown->volume) return;
+    order.ahead = order.ahead ? std::min(*order.ahead, *shown->volume) : *shown->volume;
     return;
   }
   const bool isDeeper =

@@ -12,9 +12,15 @@ namespace orvane::detail {
 
 /// What a tick fills of an order, in one piece.
 struct TickMatch {
+  static constexpr std::size_t kByTrade = 99;
+  static constexpr std::size_t kThroughAll = 100;
+
   Price price;
   Volume volume;
   bool hadRested = false;
+  /// The number of the level it came from, or by the trade at its price, or by one that uses
+  /// nothing up.
+  std::size_t from = kThroughAll;
 };
 
 /// One tick as a market to trade in: the levels shown and the volume traded. What one order takes
@@ -35,12 +41,16 @@ class TickMarket {
   /// What the tick fills now of an order that comes to the market or rests, and how it stands in
   /// the queue afterwards. Nothing is taken unless the order is filled whole if `wholeOnly`.
   std::vector<TickMatch> match(WorkingOrder& order, Price slippage, bool wholeOnly);
+  /// Gives back what an order does not take after all.
+  void giveBack(const WorkingOrder& order, const TickMatch& match);
 
  private:
   struct Level {
     Price price;
-    Volume volume;
+    std::optional<Volume> volume;  ///< Empty: not told, as much as anybody wants.
   };
+  /// Takes what there is, in whole lots, up to `wanted`.
+  static Volume take(Level& level, Volume wanted, const ContractTerms& terms);
   using Ladder = std::vector<Level>;
 
   bool hasDepth() const { return !bids_.empty() || !asks_.empty(); }

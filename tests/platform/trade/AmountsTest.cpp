@@ -64,5 +64,25 @@ TEST(Amounts, shouldRoundSharesHalfAwayFromZeroToEightDecimals) {
             "4.5");
 }
 
+TEST(Amounts, shouldReadTheVolumesOfAMarketOrThatNoneIsTold) {
+  EXPECT_EQ(marketVolumeOf(1.5), Volume{150'000'000});
+  for (const double none : {0.0, -0.0, -1.0, std::nan(""), -HUGE_VAL})
+    EXPECT_FALSE(marketVolumeOf(none)) << none;
+  for (const double many : {9.3e10, 1e300, HUGE_VAL})
+    EXPECT_EQ(marketVolumeOf(many), Volume{std::numeric_limits<int64>::max()}) << many;
+  EXPECT_EQ(marketVolumeOf(1e-9), Volume{});  // Told, and less than what is dealt in.
+}
+
+TEST(Amounts, shouldCapASumAtTheEndOfItsRange) {
+  constexpr int64 kHighest = std::numeric_limits<int64>::max();
+  EXPECT_EQ(cappedSum(Volume{1}, Volume{2}), Volume{3});
+  EXPECT_EQ(cappedSum(Volume{kHighest}, Volume{1}), Volume{kHighest});
+  EXPECT_EQ(cappedSum(Volume{-kHighest}, Volume{-5}), Volume{-kHighest});
+  EXPECT_EQ(cappedSum(Volume{kHighest}, Volume{-5}), Volume{kHighest - 5});
+  const Money most{~(Int128{1} << 127)};
+  EXPECT_EQ(cappedSum(most, most), most);
+  EXPECT_EQ(cappedSum(-most, -most), -most);
+}
+
 }  // namespace
 }  // namespace orvane::detail

@@ -1,5 +1,8 @@
 // Orders against bars.
 
+#include <cmath>
+#include <stdexcept>
+
 #include "tests/platform/trade/ExchangeFixture.h"
 
 namespace orvane::testing {
@@ -28,8 +31,113 @@ TEST_F(BarMatching, shouldNeverFillByTheBarThatTheOrderAnswersOrByOneBeforeIt) {
   bar(0, 10, 11, 9, 10.5);
   buy(1, 10);
   EXPECT_THAT(take(), IsEmpty());
-  exchange->onBar(code.id, {}, 0, 10);  // A bar that ended when the order came.
+  lastEnd = 0;
+  bar(0, 10, 11, 9, 10.5);  // A bar that ended when the order came.
   EXPECT_THAT(take(), IsEmpty());
+}
+
+TEST_F(BarMatching, shouldNotDealInABarWithAPriceOfZeroOrBelowOrTooLarge) {
+  buy(1, 0);
+  bar(0, 0, 0, 0, 0);
+  bar(1, 10, 10, -1, 10);
+  bar(2, 10, 1e9, 10, 10);
+  EXPECT_THAT(take(), IsEmpty());
+  bar(3, 10, 10, 10, 10);
+  EXPECT_THAT(take(), ElementsAre("1 1@10 t=30"));
+}
+
+TEST_F(BarMatching, shouldLetTheDayGoOnByABarThatIsNotDealtIn) {
+  place(orderOf(kBuy, 1, order::Type::Limit, 5, order::Offset::Open, order::TimeInForce::Day), 0);
+  bar(0, 10, 10, 10, 10);
+  bar(1, 0, 0, 0, 0, 100, 20210105);
+  EXPECT_THAT(take(), ElementsAre("1 expired"));
+}
+
+TEST_F(BarMatching, shouldNotPutAFillBehindTheEndOfABarThatItsPredecessorCovers) {
+  buy(1, 0);
+  lastEnd = 50;
+  bar(1, 10, 10, 10, 10);
+  EXPECT_THAT(take(), ElementsAre("1 1@10 t=20"));
+}
+
+TEST_F(BarMatching, shouldFillAnyVolumeFromABarWhoseVolumeIsNotTold) {
+  options.barVolumeShare = "0.1";
+  open();
+  for (const double volume : {std::nan(""), -5.0, 0.0}) {
+    buy(5e9, 0);
+    buy(4e9, 0);
+    bar(0, 10, 11, 10, 11, volume);
+    EXPECT_EQ(take().size(), 2u) << volume;
+    lastEnd = -1;
+    open();
+  }
+}
+
+TEST_F(BarMatching, shouldFillNothingFromABarInWhichNobodyTraded) {
+  options.barVolumeShare = "0.1";
+  open();
+  buy(5, 0);
+  bar(0, 10, 10, 10, 10, 0);
+  EXPECT_THAT(take(), IsEmpty());
+}
+
+TEST_F(BarMatching, shouldTakeAVolumeOutOfRangeForTheLargest) {
+  options.barVolumeShare = "0.1";
+  open();
+  for (const double volume : {1e300, HUGE_VAL}) {
+    buy(9'000'000'000, 0);
+    buy(1'000'000'000, 0);
+    bar(0, 10, 11, 10, 11, volume);
+    // A tenth of the largest, which is a little above 9.2e10.
+    EXPECT_THAT(take(), ElementsAre(::testing::HasSubstr(" 9000000000@10 t=0"),
+                                    ::testing::HasSubstr(" 223372036.854776@10 t=0")));
+    lastEnd = -1;
+    open();
+  }
+}
+
+TEST_F(BarMatching, shouldRefuseAShareOfABarsVolumeThatIsNone) {
+  for (const std::string share : {"0", "-0.1", "1.0000000001", "2", "nan", "half", "1e-1"}) {
+    options.barVolumeShare = share;
+    try {
+      open();
+      ADD_FAILURE() << share << " was taken";
+    } catch (const std::invalid_argument& error) {
+      EXPECT_EQ(error.what(),
+                "barVolumeShare: \"" + share + "\" is not a decimal number above 0 and up to 1");
+    }
+  }
+  options.barVolumeShare = "1";
+  open();
+}
+
+TEST_F(BarMatching, shouldEndAnOrderWhoseFillWouldBeTooLarge) {
+  buy(9e9, 0);  // Before there is a price.
+  bar(0, 9e8, 9e8, 9e8, 9e8);
+  EXPECT_THAT(take(), ElementsAre("1 rejected: too large: 9000000000 at 900000000"));
+  EXPECT_FALSE(exchange->isBusy(code.id));
+  EXPECT_TRUE(ledger().closedProfit().isZero());
+}
+
+TEST_F(BarMatching, shouldCancelTheRestOfAnOrderWhoseNextFillWouldBeTooLarge) {
+  options.barVolumeShare = "1";
+  open();
+  buy(9e9, 0);
+  bar(0, 1, 1, 1, 1, 2);
+  bar(1, 9e8, 9e8, 9e8, 9e8, 9e9);
+  EXPECT_THAT(take(), ElementsAre("1 2@1 t=0", "1 cancelled: too large: 8999999998 at 900000000"));
+}
+
+TEST_F(BarMatching, shouldKeepASlippedPriceInRange) {
+  options.slippage = "900000000";
+  open();
+  buy(1e-8, 0);
+  sell(1e-8, 0, order::Offset::Open);
+  bar(0, 9e8, 9e8, 9e8, 9e8);
+  EXPECT_EQ(take().size(), 2u);
+  options.slippageTicks = 2'000'000'000;
+  instrument.priceTick = "1";
+  EXPECT_THROW(open(), std::invalid_argument);
 }
 
 TEST_F(BarMatching, shouldMeetTheCloseAloneOfABarThatWasRunning) {

@@ -110,5 +110,110 @@ TEST_F(LedgerTest, shouldRefuseOrdersWhoseTurnoversTogetherWouldNotFit) {
   EXPECT_FALSE(freeze(5, order::Direction::Sell, order::Offset::Open, many, at(100'000)));
 }
 
+TEST_F(LedgerTest, shouldHoldAndAwaitAtMostTenToTheTenOfVolume) {
+  terms.marginRate = {};
+  terms.feePerLot = {};
+  const Price cheap{1};
+  const auto open = [&](int64 id, double volume) {
+    const auto refusal =
+        freeze(id, order::Direction::Buy, order::Offset::Open, *volumeOf(volume), cheap);
+    return refusal ? refusal->text : "";
+  };
+  EXPECT_EQ(open(1, 10'000'000'000), "");
+  const std::string text =
+      "too much volume: asked for 1, the account holds and awaits 10000000000 of at most "
+      "10000000000";
+  EXPECT_EQ(open(2, 1), text);
+  EXPECT_FALSE(open(3, 90'000'000'000).empty());
+  ledger.fill(1, cheap, *volumeOf(6e9));
+  EXPECT_EQ(open(4, 1), text);
+  ledger.release(1);
+  EXPECT_EQ(open(5, 4e9), "");
+  EXPECT_EQ(open(6, 1), text);
+  ASSERT_FALSE(freeze(7, order::Direction::Sell, order::Offset::Close, *volumeOf(6e9), cheap));
+  EXPECT_EQ(open(8, 1), text);  // What closes is still held.
+  ledger.fill(7, cheap, *volumeOf(2e9));
+  EXPECT_EQ(open(9, 2e9), "");
+  EXPECT_EQ(open(10, 1), text);
+}
+
+TEST_F(LedgerTest, shouldRefuseAFillThatWouldTakeAnAmountOutOfRange) {
+  terms.feePerLot = {};
+  terms.marginRate = {};
+  const auto refusalOf = [&](Price price, Volume volume) {
+    const FillPiece piece{price, volume};
+    const auto refusal = ledger.checkFills(1, {&piece, 1});
+    return refusal ? refusal->text : "";
+  };
+  ASSERT_FALSE(freeze(1, order::Direction::Buy, order::Offset::Open, lots(9'000'000'000), at(1)));
+  EXPECT_EQ(refusalOf(at(900'000'000), lots(9'000'000'000)), "too large: 9000000000 at 900000000");
+  EXPECT_EQ(refusalOf(at(2'500'000), lots(1'000'000'000)), "");
+  EXPECT_EQ(refusalOf(at(2'500'001), lots(1'000'000'000)), "too large: 1000000000 at 2500001");
+  ledger.fill(1, at(2'500'000), lots(500'000'000));
+  // All turnover since the start counts, and so does what is held, at the last price.
+  EXPECT_EQ(refusalOf(at(2'500'000), lots(500'000'000)), "");
+  EXPECT_EQ(refusalOf(at(2'500'000), lots(500'000'001)), "too large: 500000001 at 2500000");
+  EXPECT_EQ(refusalOf(at(1), lots(500'000'001)), "too large: 500000001 at 1");
+}
+
+TEST_F(LedgerTest, shouldRefuseAFillWhoseMarginOrFeeWouldBeOutOfRange) {
+  terms.marginRate = *rateOf(std::string_view("100"));
+  terms.feePerLot = {};
+  const auto isRefused = [&](std::vector<FillPiece> pieces) {
+    return ledger.checkFills(1, pieces).has_value();
+  };
+  ledger = Ledger(TradingAccountID{}, Ledger::kMostStart);
+  ASSERT_FALSE(freeze(1, order::Direction::Buy, order::Offset::Open, lots(100), at(1)));
+  EXPECT_FALSE(isRefused({{at(100'000'000), lots(100'000)}}));
+  EXPECT_TRUE(isRefused({{at(100'000'000), lots(100'001)}}));
+  EXPECT_TRUE(isRefused({{at(100'000'000), lots(100'000)}, {at(1), lots(1)}}));
+  terms.marginRate = {};
+  terms.feeRate = *rateOf(std::string_view("100"));
+  EXPECT_FALSE(isRefused({{at(100'000'000), lots(100'000)}}));
+  EXPECT_TRUE(isRefused({{at(100'000'000), lots(100'001)}}));
+  EXPECT_TRUE(isRefused({{at(100'000'000), lots(100'000)}, {at(1), lots(1)}}));
+}
+
+TEST_F(LedgerTest, shouldLetAPositionBeClosedThatCouldNotBeOpenedAtThatPrice) {
+  terms.marginRate = *rateOf(std::string_view("100"));
+  ledger = Ledger(TradingAccountID{}, Ledger::kMostStart);
+  hold(1, lots(1'000'000), at(100));
+  ASSERT_FALSE(freeze(2, order::Direction::Sell, order::Offset::Close, lots(1'000'000), at(1)));
+  // A margin for it would be 2 x 10^17.
+  const FillPiece piece{at(2'000'000'000 / 4), lots(1'000'000)};
+  EXPECT_FALSE(ledger.checkFills(2, {&piece, 1}));
+  EXPECT_EQ(ledger.fill(2, piece.price, piece.volume).fee, money("2000000"));
+  EXPECT_EQ(ledger.closedProfit(), money("499999900000000"));
+}
+
+TEST_F(LedgerTest, shouldKeepTheLastPriceAtWhichWhatIsHeldCanBeReckoned) {
+  terms.feePerLot = {};
+  terms.marginRate = {};
+  hold(1, lots(1'000'000'000), at(100));
+  ledger.mark(1, at(2'500'000));
+  EXPECT_EQ(ledger.floatingProfit(), money("2499900000000000"));
+  ledger.mark(1, at(2'500'001));
+  EXPECT_EQ(ledger.floatingProfit(), money("2499900000000000"));
+  ledger.mark(1, at(900'000'000));
+  EXPECT_EQ(ledger.floatingProfit(), money("2499900000000000"));
+  ledger.mark(1, at(99));
+  EXPECT_EQ(ledger.floatingProfit(), money("-1000000000"));
+}
+
+TEST_F(LedgerTest, shouldNotSettleWhereTheMarginWouldBeOutOfRange) {
+  terms.feePerLot = {};
+  terms.marginRate = *rateOf(std::string_view("10"));
+  ledger = Ledger(TradingAccountID{}, Ledger::kMostStart);
+  hold(1, lots(1'000'000), at(100));
+  ledger.mark(1, at(100'000'001));
+  EXPECT_TRUE(ledger.beginDay(1, true));
+  EXPECT_TRUE(ledger.closedProfit().isZero());
+  EXPECT_EQ(ledger.margin(), money("1000000000"));
+  ledger.mark(1, at(100'000'000));
+  EXPECT_TRUE(ledger.beginDay(1, true));
+  EXPECT_EQ(ledger.margin(), Ledger::kMostStart);
+  EXPECT_EQ(ledger.closedProfit(), money("99999900000000"));
+}
+
 }  // namespace
 }  // namespace orvane::detail

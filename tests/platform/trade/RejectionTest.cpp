@@ -1,5 +1,7 @@
 // Why orders are refused, each with its own text.
 
+#include <cmath>
+
 #include "tests/platform/trade/ExchangeFixture.h"
 
 namespace orvane::testing {
@@ -44,6 +46,15 @@ TEST_F(Rejection, shouldNameABadVolume) {
   EXPECT_EQ(reasonOf(orderOf(kBuy, 0)), "rejected: bad volume: 0 is not above 0");
   EXPECT_EQ(reasonOf(orderOf(kBuy, -1)), "rejected: bad volume: -1 is not above 0");
   EXPECT_EQ(reasonOf(orderOf(kBuy, 0.7)), "rejected: bad volume: 0.7 is not a multiple of 0.5");
+}
+
+TEST_F(Rejection, shouldSayThatANumberIsTooLarge) {
+  EXPECT_EQ(reasonOf(orderOf(kBuy, 1e12)), "rejected: bad volume: 1000000000000 is too large");
+  EXPECT_EQ(reasonOf(orderOf(kBuy, 1, order::Type::Limit, 1e9)),
+            "rejected: bad limit price: 1000000000 is too large");
+  EXPECT_EQ(reasonOf(orderOf(kBuy, 1, order::Type::Stop, HUGE_VAL)),
+            "rejected: bad stop price: inf is too large");
+  EXPECT_EQ(reasonOf(orderOf(kBuy, 1e-9)), "rejected: bad volume: 0.000000001 is not above 0");
 }
 
 TEST_F(Rejection, shouldNameABadPrice) {
@@ -140,6 +151,43 @@ TEST_F(Rejection, shouldNameEachRiskLimitAndGoOn) {
   EXPECT_EQ(reasonOf(orderOf(kBuy, 1), 6000), "rejected: risk limit: loss 150 is above 100");
   EXPECT_EQ(reasonOf(orderOf(kSell, 1, order::Type::Market, 0, order::Offset::Close), 6000),
             "not rejected");
+}
+
+TEST_F(Rejection, shouldNameTheVolumeThatAnAccountMayHoldAndAwait) {
+  place(orderOf(kBuy, 9e9), 0);
+  EXPECT_THAT(take(), IsEmpty());
+  EXPECT_EQ(reasonOf(orderOf(kSell, 2e9)),
+            "rejected: too much volume: asked for 2000000000, the account holds and awaits "
+            "9000000000 of at most 10000000000");
+  EXPECT_EQ(reasonOf(orderOf(kSell, 1e9)), "not rejected");
+}
+
+TEST_F(Rejection, shouldNotWrapTheVolumeThatARiskLimitLooksAt) {
+  options.limits = {{"S", "", "92000000000", "", 0}};
+  open();
+  for (int key = 1; key <= 9; ++key) {
+    account.accountKey = key;
+    exchange->addAccount(account, "");
+    place(orderOf(kBuy, 9.9e9), 0);
+  }
+  EXPECT_THAT(take(), IsEmpty());
+  const std::string tooMuch =
+      "rejected: risk limit: position 92233720368.54775807 with orders at work would be above "
+      "92000000000";
+  EXPECT_EQ(reasonOf(orderOf(kBuy, 9.9e9)), tooMuch);  // All of it at work,
+  bar(0, 1, 1, 1, 1);
+  EXPECT_EQ(take().size(), 9u);
+  EXPECT_EQ(reasonOf(orderOf(kBuy, 9.9e9), 10), tooMuch);  // or held.
+  EXPECT_EQ(reasonOf(orderOf(kBuy, 90e9), 10), tooMuch);
+}
+
+TEST_F(Rejection, shouldRefuseAStartBalanceOutOfRange) {
+  startBalance = "1000000000000000";
+  open();
+  startBalance = "1000000000000000.01";
+  EXPECT_THROW(open(), std::invalid_argument);
+  startBalance = "-1000000000000001";
+  EXPECT_THROW(open(), std::invalid_argument);
 }
 
 }  // namespace

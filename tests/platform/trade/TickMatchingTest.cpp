@@ -1,5 +1,7 @@
 // Orders against ticks with depth.
 
+#include <cmath>
+
 #include "tests/platform/trade/ExchangeFixture.h"
 
 namespace orvane::testing {
@@ -46,6 +48,58 @@ TEST_F(TickMatching, shouldTakeALevelOfSizeZeroForOneOfUnknownSize) {
   buy(7, 0);
   tick(1, {{9, 0}}, {{10, 0}});
   EXPECT_THAT(take(), ElementsAre("1 7@10 t=1"));
+}
+
+TEST_F(TickMatching, shouldNeverUseUpALevelOfUnknownSize) {
+  for (const double size : {0.0, -1.0, std::nan("")}) {
+    for (int i = 0; i < 2; ++i) buy(5e9, 0);
+    tick(1, {{9, 0}}, {{10, size}, {11, 5}});
+    EXPECT_THAT(take(), ElementsAre(::testing::EndsWith(" 5000000000@10 t=1"),
+                                    ::testing::EndsWith(" 5000000000@10 t=1")));
+    open();
+  }
+}
+
+TEST_F(TickMatching, shouldTakeASizeOutOfRangeForTheLargestAndNotForNone) {
+  for (const double size : {1e300, HUGE_VAL}) {
+    limit(kBuy, 9, 0, 3);
+    tick(1, {{9, size}}, {{10, 3}});
+    tick(2, {{9, size}}, {{10, 3}}, 9, 90e9);
+    EXPECT_THAT(take(), IsEmpty());  // It stands behind more than was traded.
+    tick(3, {{9, 1}}, {{10, 3}}, 9, size);
+    EXPECT_THAT(take(), ElementsAre(::testing::EndsWith(" 3@9 t=3")));
+    open();
+  }
+}
+
+TEST_F(TickMatching, shouldMoveNoQueueByATradeOfUnknownSize) {
+  limit(kBuy, 9, 0, 3);
+  tick(1, {{9, 1}}, {{10, 3}});
+  tick(2, {{9, 1}}, {{10, 3}}, 9, 0);
+  tick(3, {{9, 1}}, {{10, 3}}, 9, std::nan(""));
+  EXPECT_THAT(take(), IsEmpty());
+}
+
+TEST_F(TickMatching, shouldEndAnOrderAtTheFirstLevelThatIsTooLarge) {
+  buy(6e9, 0);
+  tick(1, {}, {{1, 5}, {9e8, 5e9}, {9.1e8, 5}});
+  EXPECT_THAT(take(), ElementsAre("1 5@1 t=1", "1 cancelled: too large: 5000000000 at 900000000"));
+}
+
+TEST_F(TickMatching, shouldLeaveToTheNextWhatAnOrderThatIsTooLargeDidNotTake) {
+  buy(6e9, 0);
+  buy(1, 0);
+  tick(1, {}, {{9e8, 5e9}, {9.1e8, 5}});
+  EXPECT_THAT(take(),
+              ElementsAre("1 rejected: too large: 5000000000 at 900000000", "2 1@900000000 t=1"));
+}
+
+TEST_F(TickMatching, shouldNotFillAPartOfAFillOrKillOrderThatIsTooLarge) {
+  place(orderOf(kBuy, 6e9, order::Type::Market, 0, order::Offset::Open,
+                order::TimeInForce::FillOrKill),
+        0);
+  tick(1, {}, {{1, 5}, {9e8, 6e9}});
+  EXPECT_THAT(take(), ElementsAre("1 rejected: too large: 5999999995 at 900000000"));
 }
 
 TEST_F(TickMatching, shouldFillTheMarketablePartOfALimitOrderAtTheLevelsPrices) {
