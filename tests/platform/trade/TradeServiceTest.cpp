@@ -182,6 +182,35 @@ TEST(TradeService, shouldFillAMarketOrderAtTheNextOpenAndShowItInEveryQuery) {
   EXPECT_EQ(CapitalView(capital).equity(), 1'000'014);
 }
 
+TEST(TradeService, shouldNotLookAtWhatTheExchangeMakesWhereARequestBringsIt) {
+  TradePlatform platform;
+  OrderRequest request = makeLimit(platform.account(), platform.code, Direction::Buy, 0.5, 2);
+  request.value1 = 99;
+  request.text5 = "why";
+  OrderWriter writer(request);
+  writer.setStatus(order::Status::Filled);
+  request.ints[order::ReasonAt] = 5;
+  for (const auto at : {order::UpdateTime, order::FilledVolume, order::ArrivalTime, order::Turnover,
+                        order::Fee, order::FrozenMoney, order::TradingDay})
+    writer.set(at, 123);
+  platform.send(request);
+  platform->run();
+  std::list<Order> orders;
+  platform.service().ordersOfAccount(platform.account(), orders);
+  ASSERT_EQ(orders.size(), 1u);
+  const OrderView view(orders.front());
+  EXPECT_EQ(view.status(), order::Status::Working);
+  EXPECT_EQ(view.reason(), 0);
+  EXPECT_EQ(view.message(), "");
+  EXPECT_EQ(view.filledVolume(), 0);
+  EXPECT_EQ(view.turnover(), 0);
+  EXPECT_EQ(view.fee(), 0);
+  EXPECT_EQ(view.frozenMoney(), 0);
+  EXPECT_EQ(view.meanFillPrice(), 0);
+  EXPECT_EQ(view.insertTime(), kMonday + kMinute);
+  EXPECT_EQ(view.arrivalTime(), kMonday + kMinute);
+}
+
 TEST(TradeService, shouldAnswerNotThereForWhatWasNeverTraded) {
   TradePlatform platform;
   ITradeService& service = platform.service();
