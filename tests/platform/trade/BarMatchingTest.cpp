@@ -290,6 +290,17 @@ TEST_F(TimeInForce, shouldFillAFillOrKillOrderWholeOrNotAtAll) {
   EXPECT_THAT(take(), ElementsAre("1 expired", "2 3@10 t=0"));
 }
 
+TEST_F(TimeInForce, shouldNotTakeADayThatGoesBackForANewOne) {
+  buy(1, 0);
+  bar(0, 10, 10, 10, 10, 100, 20210105);
+  place(orderOf(kSell, 1, order::Type::Limit, 50, order::Offset::CloseToday), 10);
+  placeWith(order::TimeInForce::Day, 5, 10);
+  take();
+  bar(1, 10, 10, 10, 10, 100, 20210104);
+  bar(2, 10, 10, 10, 10, 100, 20210105);
+  EXPECT_THAT(take(), IsEmpty());
+}
+
 TEST_F(TimeInForce, shouldEndAClosingOrderForTodaysPartWhenTheDayChanges) {
   buy(2, 0);
   bar(0, 10, 10, 10, 10);

@@ -143,7 +143,7 @@ RandomMarket::Bar RandomMarket::nextBar(Code& code) {
   bar.previousEnd = code.lastEnd < 0 ? begin : code.lastEnd;
   naive.begin = std::min(std::max(begin, bar.previousEnd), naive.end);
   code.lastEnd = now;
-  naive.day = code.day;
+  naive.day = code.day - (chance(2) ? 1 : 0);
   naive.open = code.middle + (below(7) - 3) * code.step;
   naive.close = chance(20) ? naive.open : code.middle + (below(7) - 3) * code.step;
   naive.high = std::max(naive.open, naive.close) + (chance(40) ? 0 : below(4) * code.step);
@@ -159,7 +159,7 @@ RandomMarket::Bar RandomMarket::nextBar(Code& code) {
   const bool isQuoteBar = chance(5);
   naive.volume = isQuoteBar ? std::nullopt : volume;
   writer.set(kline::Volume, number);
-  writer.setDayAndFlags(code.day, isQuoteBar ? kline::kQuoteBar : 0);
+  writer.setDayAndFlags(naive.day, isQuoteBar ? kline::kQuoteBar : 0);
   if (chance(3)) {
     naive.isDealtIn = false;
     writer.set(oneOf<kline::Word>({kline::Open, kline::High, kline::Low, kline::Close}),
@@ -196,8 +196,8 @@ RandomMarket::Tick RandomMarket::nextTick(Code& code) {
   NaiveTick& naive = tick.naive;
   QuoteWriter writer(tick.record);
   writer.setTime(now);
-  writer.set(quote::TradingDay, code.day);
-  naive.day = code.day;
+  naive.day = code.day - (chance(2) ? 1 : 0);
+  writer.set(quote::TradingDay, naive.day);
   naive.bids = ladder(code, true, tick.record);
   naive.asks = ladder(code, false, tick.record);
   const int64 last = code.middle + (below(7) - 3) * code.step;

@@ -167,6 +167,29 @@ TEST_F(TickMatching, shouldStandInFrontWhereThatIsChosen) {
   EXPECT_THAT(take(), ElementsAre("1 1@9 t=2"));
 }
 
+TEST_F(TickMatching, shouldNotGiveTheVolumeOfOneTradeTwice) {
+  options.queue = TradeOptions::Queue::Front;
+  open();
+  limit(kBuy, 9, 0, 2);
+  limit(kBuy, 9, 0, 2);
+  tick(1, {{9, 500}}, {{10, 3}});
+  tick(2, {{9, 500}}, {{10, 3}}, 9, 3);
+  EXPECT_THAT(take(), ElementsAre("1 2@9 t=2", "2 1@9 t=2"));
+}
+
+TEST_F(TickMatching, shouldLeaveToTheNextTheTradeThatAnOrderThatIsTooLargeDidNotTake) {
+  options.queue = TradeOptions::Queue::Front;
+  open();
+  buy(1, 0);
+  tick(1, {{8, 1}}, {{9, 1}});
+  limit(kBuy, 9, 1, 10'000'000);
+  limit(kBuy, 9, 1, 2);
+  tick(2, {{9, 5}}, {{10, 5}}, 9e8, 1);  // At this price so many cannot be reckoned.
+  take();
+  tick(3, {{9, 5}}, {{10, 5}}, 9, 10'000'000);
+  EXPECT_THAT(take(), ElementsAre("2 rejected: too large: 10000000 at 9", "3 2@9 t=3"));
+}
+
 TEST_F(TickMatching, shouldTriggerAStopByTheLastPriceAndFillItInTheSameTick) {
   stop(kBuy, 11, 0);
   tick(1, {{9, 5}}, {{12, 5}}, 10, 1);
