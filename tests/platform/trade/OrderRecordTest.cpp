@@ -1,5 +1,7 @@
 // What the records of orders, positions and capital carry, position by position.
 
+#include <algorithm>
+
 #include "tests/platform/trade/ExchangeFixture.h"
 
 namespace orvane::testing {
@@ -185,6 +187,24 @@ TEST_F(OrderRecord, shouldReadAndWriteEveryPositionByName) {
   EXPECT_EQ(view.tradingDay(), 20210104);
   EXPECT_EQ(view.reason(), 11);
   EXPECT_EQ(view.message(), "why");
+}
+
+TEST_F(OrderRecord, shouldTellOfTheCapitalWhenAnOrderHoldsBackMoneyAndWhenItGivesItBack) {
+  const auto capitalEvents = [&] {
+    return std::ranges::count_if(exchange->takeEvents(), [](const TradeEvent& event) {
+      return std::holds_alternative<TradeEvent::CapitalChanged>(event.what);
+    });
+  };
+  const int64 opening = limit(kBuy, 5, 0);
+  EXPECT_EQ(capitalEvents(), 1);
+  exchange->cancel(opening, {}, 1);
+  EXPECT_EQ(capitalEvents(), 1);
+  buy(1, 2);
+  bar(1, 10, 10, 10, 10);
+  EXPECT_EQ(capitalEvents(), 2);
+  const int64 closing = place(orderOf(kSell, 1, order::Type::Limit, 50, order::Offset::Close), 20);
+  exchange->cancel(closing, {}, 21);
+  EXPECT_EQ(capitalEvents(), 0);
 }
 
 TEST_F(OrderRecord, shouldCarryBothSidesOfAPosition) {
