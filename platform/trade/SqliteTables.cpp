@@ -1,10 +1,8 @@
 #include "platform/trade/SqliteTables.h"
 
 #include <bit>
-#include <chrono>
-#include <cstdio>
-#include <stdexcept>
 
+#include "platform/core/SqliteFile.h"
 #include "platform/fields/CapitalView.h"
 #include "platform/fields/FillView.h"
 #include "platform/fields/OrderView.h"
@@ -18,7 +16,6 @@ namespace {
 /// "ORVS": says in the file's head whose database it is.
 constexpr int kApplicationId = 0x4F525653;
 constexpr int kTablesVersion = 1;
-constexpr int kBusyWaitMs = 5000;
 
 constexpr const char* kTables = R"(
 CREATE TABLE runs(
@@ -65,25 +62,7 @@ CREATE TABLE connections(
   PRIMARY KEY(run_id, number));
 )";
 
-int64 wallNow() {
-  using namespace std::chrono;
-  return duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
-}
-
-std::string isoTime(int64 utcMs) {
-  using namespace std::chrono;
-  const sys_time<milliseconds> time{milliseconds(utcMs)};
-  const auto day = floor<days>(time);
-  const year_month_day date{day};
-  const hh_mm_ss clock{time - day};
-  char text[40];
-  std::snprintf(
-      text, sizeof text, "%04d-%02u-%02uT%02d:%02d:%02d.%03dZ", static_cast<int>(date.year()),
-      static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
-      static_cast<int>(clock.hours().count()), static_cast<int>(clock.minutes().count()),
-      static_cast<int>(clock.seconds().count()), static_cast<int>(clock.subseconds().count()));
-  return text;
-}
+constexpr SqliteFormat kFormat{kApplicationId, kTablesVersion, kTables};
 
 template <std::size_t N>
 const char* nameOf(const char* const (&names)[N], std::int32_t at) {
@@ -103,32 +82,6 @@ std::string codeName(const ICodeID& code) {
   return text;
 }
 
-/// Fills the parameters of a statement one after another, and runs it.
-class Row {
- public:
-  explicit Row(SQLite::Statement& statement) : statement_(statement) {
-    statement_.reset();
-    statement_.clearBindings();
-  }
-  template <typename Value>
-  Row& add(const Value& value) {
-    statement_.bind(++at_, value);
-    return *this;
-  }
-  Row& text(const std::string& gbk) { return add(gbkToUtf8(gbk)); }
-  Row& time(int64 utcMs) { return add(utcMs).add(isoTime(utcMs)); }
-  /// A time, or nothing at all.
-  Row& timeOrNull(int64 utcMs) { return utcMs != 0 ? time(utcMs) : skip(2); }
-  /// A number, or nothing at all if there is none.
-  Row& numberOrNull(double value, bool isThere) { return isThere ? add(value) : skip(1); }
-  Row& skip(int columns) { return at_ += columns, *this; }
-  void run() { statement_.exec(); }
-
- private:
-  SQLite::Statement& statement_;
-  int at_ = 0;
-};
-
 std::string insertInto(const char* table, int columns) {
   std::string text = std::string("INSERT OR REPLACE INTO ") + table + " VALUES(?";
   for (int i = 1; i < columns; ++i) text += ",?";
@@ -137,41 +90,14 @@ std::string insertInto(const char* table, int columns) {
 
 }  // namespace
 
-SQLite::Database SqliteStore::Tables::opened(const std::string& path) {
-  SQLite::Database database(path, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE, kBusyWaitMs);
-  const int tables = database.execAndGet("SELECT count(*) FROM sqlite_master").getInt();
-  if (tables != 0) {
-    if (database.execAndGet("PRAGMA application_id").getInt() != kApplicationId)
-      throw std::runtime_error("it is the database of another program");
-    if (database.execAndGet("PRAGMA user_version").getInt() != kTablesVersion)
-      throw std::runtime_error("its tables are those of another version");
-  }
-  return database;
-}
-
-SqliteStore::Tables::Tables(const std::string& path) : database_(opened(path)) {
-  database_.exec("PRAGMA journal_mode = WAL; PRAGMA synchronous = NORMAL");
-  // Two programs may come at once: only the first one makes the tables.
-  begin();
-  if (database_.execAndGet("SELECT count(*) FROM sqlite_master").getInt() == 0) {
-    database_.exec("PRAGMA application_id = " + std::to_string(kApplicationId) +
-                   "; PRAGMA user_version = " + std::to_string(kTablesVersion));
-    database_.exec(kTables);
-  }
-  commit();
+SqliteStore::Tables::Tables(const std::string& path) : database_(openSqlite(path, kFormat)) {
+  // What the end of a run brings to the disk may wait until then.
+  database_.exec("PRAGMA synchronous = NORMAL");
   putCapital_.emplace(database_, insertInto("accounts", 14));
   putOrder_.emplace(database_, insertInto("orders", 29));
   putFill_.emplace(database_, insertInto("fills", 20));
   putEquity_.emplace(database_, insertInto("equity", 8));
   putConnection_.emplace(database_, insertInto("connections", 6));
-}
-
-void SqliteStore::Tables::rollback() noexcept {
-  try {
-    database_.exec("ROLLBACK");
-  } catch (const SQLite::Exception&) {
-    // SQLite rolls back by itself after some errors; there is nothing to roll back then.
-  }
 }
 
 void SqliteStore::Tables::sync() {
@@ -184,8 +110,8 @@ void SqliteStore::Tables::add(const StoredRun& run) {
       database_,
       "INSERT INTO runs(mode, begin_ms, begin_at, last_ms, last_at, started_at, written_at) "
       "VALUES(?,?,?,?,?,?,?)");
-  const std::string wall = isoTime(wallNow());
-  Row(statement)
+  const std::string wall = isoTime(wallClockMs());
+  SqliteRow(statement)
       .add(run.isPlayback ? "playback" : "live")
       .time(run.time)
       .time(run.time)
@@ -200,14 +126,14 @@ void SqliteStore::Tables::add(const StoredRun& run) {
 
 void SqliteStore::Tables::add(const Completion& /*completion*/) {
   SQLite::Statement statement(database_, "UPDATE runs SET is_complete = 1 WHERE run_id = ?");
-  Row(statement).add(run_).run();
+  SqliteRow(statement).add(run_).run();
 }
 
 void SqliteStore::Tables::add(const StoredNews& news) {
   for (const Order& order : news.orders) addOrder(order);
   for (const OrderFill& fill : news.fills) addFill(fill);
   for (const StoredNews::Equity& row : news.equity)
-    Row(*putEquity_)
+    SqliteRow(*putEquity_)
         .add(run_)
         .add(row.account)
         .text(row.source)
@@ -217,7 +143,7 @@ void SqliteStore::Tables::add(const StoredNews& news) {
         .add(row.point.exposure)
         .run();
   for (const StoredNews::Connection& row : news.connections)
-    Row(*putConnection_)
+    SqliteRow(*putConnection_)
         .add(run_)
         .add(++connections_)
         .add(row.account)
@@ -227,14 +153,14 @@ void SqliteStore::Tables::add(const StoredNews& news) {
   for (const TradingAccount& capital : news.capitals) addCapital(capital);
   SQLite::Statement statement(
       database_, "UPDATE runs SET last_ms = ?, last_at = ?, written_at = ? WHERE run_id = ?");
-  Row(statement).time(news.time).add(isoTime(wallNow())).add(run_).run();
+  SqliteRow(statement).time(news.time).add(isoTime(wallClockMs())).add(run_).run();
 }
 
 void SqliteStore::Tables::addCapital(const TradingAccount& capital) {
   const CapitalView view(capital);
   const TradingAccountID& account = capital.account;
   const auto currency = static_cast<std::size_t>(account.currency);
-  Row(*putCapital_)
+  SqliteRow(*putCapital_)
       .add(run_)
       .add(account.accountKey)
       .text(account.account)
@@ -254,7 +180,7 @@ void SqliteStore::Tables::addCapital(const TradingAccount& capital) {
 
 void SqliteStore::Tables::addOrder(const Order& order) {
   const OrderView view(order);
-  Row row(*putOrder_);
+  SqliteRow row(*putOrder_);
   row.add(run_).add(order.id).add(order.account.accountKey).add(order.code.id);
   row.add(codeName(order.code)).text(order.source.createSource).text(order.orderRef);
   row.add(nameOf(kSides, order.ints[order::DirectionAt]));
@@ -268,14 +194,16 @@ void SqliteStore::Tables::addOrder(const Order& order) {
   row.add(view.turnover()).add(view.fee());
   row.add(order.status()).add(nameOf(kStates, order.status()));
   row.add(view.reason()).text(view.message());
-  row.time(view.insertTime()).timeOrNull(view.arrivalTime()).time(view.updateTime());
+  row.time(view.insertTime())
+      .timeOrNull(view.arrivalTime(), view.arrivalTime() != 0)
+      .time(view.updateTime());
   if (view.tradingDay() != 0) row.add(view.tradingDay());
   row.run();
 }
 
 void SqliteStore::Tables::addFill(const OrderFill& fill) {
   const FillView view(fill);
-  Row row(*putFill_);
+  SqliteRow row(*putFill_);
   row.add(run_).add(++fills_).add(fill.id).text(fill.fillText).add(view.orderId());
   row.add(fill.account.accountKey).add(fill.code.id).add(codeName(fill.code));
   row.text(fill.source.createSource);

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "platform/core/SqliteFile.h"
 #include "platform/trade/SqliteStore.h"
 
 namespace orvane::detail {
@@ -18,7 +19,7 @@ class SqliteStore::Tables {
 
   void begin() { database_.exec("BEGIN IMMEDIATE"); }
   void commit() { database_.exec("COMMIT"); }
-  void rollback() noexcept;
+  void rollback() noexcept { rollBack(database_); }
   /// Brings everything that was committed to the disk, into the database file itself.
   void sync();
 
@@ -27,7 +28,6 @@ class SqliteStore::Tables {
   void add(const Completion& completion);
 
  private:
-  static SQLite::Database opened(const std::string& path);
   void addCapital(const TradingAccount& capital);
   void addOrder(const Order& order);
   void addFill(const OrderFill& fill);
