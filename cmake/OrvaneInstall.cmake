@@ -58,6 +58,8 @@ orvane_public_headers(EventStrategy
 orvane_public_headers(orvane_platform
   platform/EmbeddedPlatform.h
   platform/dictionary/DictionaryOptions.h
+  platform/dictionary/RecordFile.h
+  platform/dictionary/RecordPublication.h
   platform/events/EventOptions.h
   platform/events/IndexFile.h
   platform/market/Series.h

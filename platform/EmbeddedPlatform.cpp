@@ -2,8 +2,10 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <filesystem>
 #include <mutex>
 #include <stdexcept>
+#include <system_error>
 
 #include "platform/EmbeddedPlatformImpl.h"
 #include "platform/core/ModuleLoader.h"
@@ -32,6 +34,17 @@ std::unique_ptr<detail::SqliteStore> storeOf(const TradeOptions& options) {
   return std::make_unique<detail::SqliteStore>(options.storePath);
 }
 
+/// Whether two paths (UTF-8), of which either may be empty, name one file.
+bool isSameFile(const std::string& one, const std::string& other) {
+  if (one.empty() || other.empty()) return false;
+  std::error_code error;
+  if (std::filesystem::equivalent(one, other, error) && !error) return true;
+  const auto first = std::filesystem::weakly_canonical(one, error);
+  if (error) return one == other;
+  const auto second = std::filesystem::weakly_canonical(other, error);
+  return error ? one == other : first == second;
+}
+
 /// The calendar day, YYYYMMDD, of a local time.
 std::int32_t dayOf(int64 localMs) {
   using namespace std::chrono;
@@ -54,6 +67,7 @@ EmbeddedPlatform::Impl::Impl(PlatformOptions chosen)
       store(options.from, options.to, zone),
       publications({store, codes, [this] { return now(); }, [this] { noteEvent(); }, isPlayback()}),
       quotes(store, codes, [this] { noteRequest(); }),
+      data(dictionaryParts()),
       tradeFile(storeOf(options.trade)),
       tradeState(options.trade),
       trade(
@@ -80,7 +94,7 @@ EmbeddedPlatform::Impl::~Impl() {
 }
 
 detail::DriverParts EmbeddedPlatform::Impl::parts() {
-  return {loop, pool, *timers, quotes, desk, eventDesk, store, clock, cancelled};
+  return {loop, pool, *timers, quotes, desk, eventDesk, data, store, clock, cancelled};
 }
 
 detail::TradeDesk::Parts EmbeddedPlatform::Impl::deskParts() {
@@ -90,6 +104,20 @@ detail::TradeDesk::Parts EmbeddedPlatform::Impl::deskParts() {
 
 detail::EventDesk::Parts EmbeddedPlatform::Impl::eventParts() {
   return {*generalEvents, index, publications, codes, quotes, desk, cancelled};
+}
+
+detail::DictionaryService::Parts EmbeddedPlatform::Impl::dictionaryParts() {
+  if (isSameFile(options.trade.storePath, options.dictionary.file))
+    throw std::invalid_argument("dictionary: \"" + options.dictionary.file +
+                                "\" is the store of the trade side");
+  return {isPlayback(),
+          options.dictionary.file,
+          [this] { return now(); },
+          [this] { return hasTime.load(); },
+          [this] { return pool.signal().quiet() && !loop.onLoopThread(); },
+          [this] { noteDictionaryRequest(); },
+          [this] { loop.post([this] { data.sweep(); }); },
+          cancelled};
 }
 
 int64 EmbeddedPlatform::Impl::now() const { return isPlayback() ? clock.load() : wallNow(); }
@@ -127,12 +155,20 @@ void EmbeddedPlatform::Impl::noteEvent() {
     loop.wake();
 }
 
+void EmbeddedPlatform::Impl::noteDictionaryRequest() {
+  if (!isPlayback())
+    loop.post([this] { data.serve(); });
+  else if (options.speed > 0)
+    loop.wake();
+}
+
 void EmbeddedPlatform::Impl::resetClock() {
   const std::lock_guard turn(quotes.turn());
   int64 begin = store.beginTime();
   const bool eventsAlone = options.from == kUnsetTime && !store.hasRecords();
   if (eventsAlone && generalEvents->firstTime() != kUnsetTime) begin = generalEvents->firstTime();
   clock.store(begin);
+  hasTime.store(!eventsAlone || generalEvents->firstTime() != kUnsetTime);
   progress.now.store(begin);
   quotes.startAt(begin);
   eventDesk.startAt(begin, options.to);
@@ -173,7 +209,7 @@ void EmbeddedPlatform::Impl::run(const std::function<void(const PlaybackProgress
 void EmbeddedPlatform::Impl::drain() {
   const auto settled = [this] {
     return pool.signal().quiet() && !quotes.book().anyWaiting() && !quotes.book().endedMark() &&
-           !eventDesk.anyWaiting();
+           !eventDesk.anyWaiting() && !data.anyWaiting();
   };
   do {
     pool.signal().wait([this] { return pool.signal().quiet(); });
@@ -185,6 +221,7 @@ void EmbeddedPlatform::Impl::drain() {
           const std::lock_guard turn(quotes.turn());
           quotes.serve();
         }
+        data.serve();
         desk.serve();
         serveEvents();
         desk.persist(true);
@@ -241,6 +278,10 @@ ResultStatus EmbeddedPlatform::publishEvent(const std::string& target, const std
   return impl_->generalEvents->publishEvent(target, fields, name);
 }
 
+void EmbeddedPlatform::addRecords(const std::vector<RecordPublication>& records) {
+  impl_->data.load(records);
+}
+
 void EmbeddedPlatform::setSymbolHook(SymbolHook hook) { impl_->symbolHook = std::move(hook); }
 
 void EmbeddedPlatform::run(const std::function<void(const PlaybackProgress&)>& progress) {
@@ -255,7 +296,16 @@ void EmbeddedPlatform::rewind() {
     impl_->quotes.rewind();
   }
   impl_->resetClock();
-  impl_->loop.runAndWait([this] { impl_->desk.rewind(); });
+  std::string failure;
+  impl_->loop.runAndWait([this, &failure] {
+    impl_->desk.rewind();
+    try {
+      impl_->data.rewind();
+    } catch (const std::exception& error) {
+      failure = error.what();
+    }
+  });
+  if (!failure.empty()) throw std::runtime_error(failure);
 }
 
 void EmbeddedPlatform::cancel() {
@@ -311,7 +361,7 @@ EventSourceId EmbeddedPlatform::eventSourceOf(const SourceId& source) {
 ICondService* EmbeddedPlatform::conditionService() { return nullptr; }
 IPublisher* EmbeddedPlatform::createPublisher(RunnerModeFlag) {
   return new detail::Publisher({impl_->publishers, impl_->publications, impl_->codes,
-                                *impl_->generalEvents, [this] { return nowUtcMs(); }});
+                                *impl_->generalEvents, impl_->data, [this] { return nowUtcMs(); }});
 }
 
 std::shared_ptr<IGeneralEventManager> EmbeddedPlatform::generalEventManager() {
@@ -320,18 +370,24 @@ std::shared_ptr<IGeneralEventManager> EmbeddedPlatform::generalEventManager() {
 
 IIndexTrade* EmbeddedPlatform::indexTrade() { return &impl_->index; }
 ISystemEvent* EmbeddedPlatform::systemEvent() { return &impl_->systemEvents; }
-std::list<std::string> EmbeddedPlatform::targetsOfName(const std::string&) { return {}; }
 
-ResultStatus EmbeddedPlatform::readRecords(const std::string&, const std::string&, int64, int64,
-                                           std::list<Record>&, const std::function<bool()>&, int64,
-                                           int) {
-  return detail::notSupported();
+std::list<std::string> EmbeddedPlatform::targetsOfName(const std::string& name) {
+  return impl_->data.targetsOfName(name);
 }
 
-ResultStatus EmbeddedPlatform::readTargets(const std::list<std::string>&, const std::string&, int64,
-                                           std::list<TargetRecord>&, const std::function<bool()>&,
-                                           int64, int) {
-  return detail::notSupported();
+ResultStatus EmbeddedPlatform::readRecords(const std::string& target, const std::string& name,
+                                           int64 begin, int64 end, std::list<Record>& records,
+                                           const std::function<bool()>& cancelled, int64 waitMs,
+                                           int /*flags*/) {
+  return impl_->data.readRecords({name, target, begin, end}, records, cancelled, waitMs);
+}
+
+ResultStatus EmbeddedPlatform::readTargets(const std::list<std::string>& targets,
+                                           const std::string& name, int64 time,
+                                           std::list<TargetRecord>& records,
+                                           const std::function<bool()>& cancelled, int64 waitMs,
+                                           int /*flags*/) {
+  return impl_->data.readTargets(targets, name, time, records, cancelled, waitMs);
 }
 
 IDataMaintain* EmbeddedPlatform::createDataMaintain() {

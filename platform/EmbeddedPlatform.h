@@ -4,8 +4,10 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "platform/dictionary/DictionaryOptions.h"
+#include "platform/dictionary/RecordPublication.h"
 #include "platform/events/EventOptions.h"
 #include "platform/events/IndexFile.h"
 #include "platform/market/Series.h"
@@ -54,7 +56,7 @@ struct PlaybackProgress {
 class ORVANE_API EmbeddedPlatform final : public IPlatform {
  public:
   /// Throws `std::invalid_argument` if an option is wrong, and `std::runtime_error`, which names
-  /// the path, if the trade store cannot be written; both in UTF-8.
+  /// the path, if the trade store or the dictionary cannot be written; both in UTF-8.
   explicit EmbeddedPlatform(PlatformOptions options = {});
   ~EmbeddedPlatform() override;
 
@@ -89,6 +91,13 @@ class ORVANE_API EmbeddedPlatform final : public IPlatform {
                             const std::string& key = {},
                             std::map<std::string, std::string> fields = {});
 
+  /// Adds dictionary records, only before the first runner is made. What the dictionary's file
+  /// holds already, alike in all parts, is not added again. In playback a record is seen from the
+  /// later of its key, which is a time, and its publication's `time` on; in live mode at once.
+  /// Throws `std::invalid_argument` if a name or target is empty, and `std::runtime_error`, which
+  /// names the path, if they cannot be stored; both in UTF-8, and nothing is added then.
+  void addRecords(const std::vector<RecordPublication>& records);
+
   /// Is asked for each symbol that a module loader found; what it returns is handed out in its
   /// place. Lets a host stand between the runner and a strategy.
   using SymbolHook = std::function<void*(const std::string& symbol, void* address)>;
@@ -103,7 +112,9 @@ class ORVANE_API EmbeddedPlatform final : public IPlatform {
 
   /// Takes playback back to its start, as if nothing had been played: the clock, the feed, and
   /// the history. Only while every runner is quiet; standing requests and timers go on as they
-  /// are. Reset the runners after it, and `run` plays everything again.
+  /// are. Reset the runners after it, and `run` plays everything again. Dictionary records that
+  /// runners published are gone, also from the file; throws `std::runtime_error`, in UTF-8, which
+  /// names the path, if that cannot be written.
   void rewind();
 
   /// Ends `run` before the next instant. Any thread may call it, also a strategy's.

@@ -9,7 +9,7 @@
 #include "platform/core/Timers.h"
 #include "platform/core/WorkerPool.h"
 #include "platform/core/ZoneRules.h"
-#include "platform/dictionary/NoDataService.h"
+#include "platform/dictionary/DictionaryService.h"
 #include "platform/events/EventDesk.h"
 #include "platform/events/GeneralEvents.h"
 #include "platform/events/IndexService.h"
@@ -50,6 +50,7 @@ class EmbeddedPlatform::Impl final : public IServiceRouter, public IQuoteHub {
   void noteTradeRequest();
   void noteEvent();
   void serveEvents();
+  void noteDictionaryRequest();
   void resetClock();
   void run(const std::function<void(const PlaybackProgress&)>& progress);
   void drain();
@@ -67,7 +68,6 @@ class EmbeddedPlatform::Impl final : public IServiceRouter, public IQuoteHub {
   detail::DriverProgress progress;
 
   detail::CodeService codes;
-  detail::NoDataService data;
   const std::shared_ptr<detail::GeneralEvents> generalEvents;
   detail::IndexService index;
   const std::shared_ptr<detail::PublisherBook> publishers =
@@ -76,6 +76,8 @@ class EmbeddedPlatform::Impl final : public IServiceRouter, public IQuoteHub {
   detail::MarketStore store;
   detail::Publications publications;
   detail::QuoteService quotes;
+  std::atomic<bool> hasTime{false};  ///< Whether the simulated clock shows a time of the data.
+  detail::DictionaryService data;
   const std::unique_ptr<detail::SqliteStore> tradeFile;  ///< Null without a store.
   detail::TradeState tradeState;
   detail::TradeService trade;
@@ -94,6 +96,7 @@ class EmbeddedPlatform::Impl final : public IServiceRouter, public IQuoteHub {
   detail::DriverParts parts();
   detail::TradeDesk::Parts deskParts();
   detail::EventDesk::Parts eventParts();
+  detail::DictionaryService::Parts dictionaryParts();
 };
 
 }  // namespace orvane

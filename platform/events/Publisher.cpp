@@ -11,7 +11,9 @@
 
 namespace orvane::detail {
 Publisher::Publisher(Parts parts)
-    : parts_(std::move(parts)), number_(parts_.market.addPublisher()) {
+    : parts_(std::move(parts)),
+      number_(parts_.market.addPublisher()),
+      dictionary_(parts_.dictionary) {
   parts_.book->add(this);
 }
 
@@ -72,12 +74,15 @@ ResultStatus Publisher::publishPrice(const std::string& codeText, const std::str
 
 // Dictionary data.
 
-ResultStatus Publisher::publishRecords(const std::string&, const std::string&, int,
-                                       const std::list<Record>&, int, int64) {
-  return notSupported();
+ResultStatus Publisher::publishRecords(const std::string& name, const std::string& target,
+                                       int valueType, const std::list<Record>& records, int flags,
+                                       int64 tag) {
+  return dictionary_.publishRecords(name, target, valueType, records, flags, tag);
 }
 
-ResultStatus Publisher::requestRange(const DataReq&, int64) { return notSupported(); }
+ResultStatus Publisher::requestRange(const DataReq& request, int64 tag) {
+  return dictionary_.requestRange(request, tag);
+}
 
 // Short forms.
 

@@ -3,6 +3,7 @@
 #include <functional>
 #include <memory>
 
+#include "platform/dictionary/DictionaryWriter.h"
 #include "platform/events/Publications.h"
 #include "platform/events/PublisherBook.h"
 #include "services/ov.publisher/IPublisher.h"
@@ -23,6 +24,7 @@ class Publisher final : public IPublisher {
     Publications& market;
     ICodeService& codes;
     IGeneralEventManager& events;
+    DictionaryService& dictionary;
     std::function<int64()> now;
   };
   /// Stands in the book as long as it lives.
@@ -64,6 +66,7 @@ class Publisher final : public IPublisher {
 
   const Parts parts_;
   const int number_;
+  DictionaryWriter dictionary_;
 };
 
 }  // namespace orvane::detail

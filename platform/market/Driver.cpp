@@ -31,6 +31,7 @@ void PlaybackDriver::begin() {
       waitQuiet();
     } while (parts_.trade.serve() || !parts_.pool.signal().quiet());
   });
+  parts_.dictionary.setQuietWait([this] { waitQuiet(); });
   parts_.pool.beginHelping();
 }
 
@@ -39,6 +40,7 @@ void PlaybackDriver::end() {
   parts_.quotes.setQuietWait(nullptr);
   parts_.trade.setQuietWait(nullptr);
   parts_.events.setReportsWait(nullptr);
+  parts_.dictionary.setQuietWait(nullptr);
   turn_.unlock();
 }
 
@@ -49,6 +51,7 @@ void PlaybackDriver::run() {
   begin();
   parts_.trade.beginRun({});
   parts_.events.beginRun({});
+  parts_.dictionary.beginRun();
   endsWithEvents_ = !parts_.store.hasRecords();
   settle();
   wallStart_ = system_clock::now();
@@ -73,13 +76,16 @@ bool PlaybackDriver::step(Feed& feed) {
   const int64 close = parts_.quotes.nextClose();
   const int64 timer = parts_.timers.nextDue();
   const int64 trade = parts_.trade.nextDue();
-  const int64 next = std::min({record, close, timer, trade, event});
+  const int64 dictionary = parts_.dictionary.nextDue();
+  const int64 next = std::min({record, close, timer, trade, event, dictionary});
   if (speed_ > 0 && !pace(next)) return true;
   advanceTo(next);
   if (trade == next) {
     // The settling that follows sees to it.
   } else if (event == next) {
     parts_.events.tellNext();
+  } else if (dictionary == next) {
+    // Likewise.
   } else if (timer == next) {
     parts_.timers.fireOne(parts_.clock.load(std::memory_order_relaxed));
   } else if (record == next) {
@@ -124,8 +130,8 @@ void PlaybackDriver::advanceTo(int64 time) {
 void PlaybackDriver::settle() {
   do {
     waitQuiet();
-  } while (parts_.loop.runPosted() || parts_.events.serve() || parts_.quotes.serve() ||
-           parts_.trade.serve() || !parts_.pool.signal().quiet());
+  } while (parts_.loop.runPosted() || parts_.events.serve() || parts_.dictionary.serve() ||
+           parts_.quotes.serve() || parts_.trade.serve() || !parts_.pool.signal().quiet());
 }
 
 void PlaybackDriver::waitQuiet() {
@@ -151,7 +157,8 @@ bool PlaybackDriver::pace(int64 time) {
   turn_.unlock();
   parts_.loop.runPostedUntil(due, [this] {
     return parts_.cancelled.load() || parts_.quotes.book().anyWaiting() ||
-           parts_.trade.anyWaiting() || parts_.events.anyWaiting();
+           parts_.trade.anyWaiting() || parts_.events.anyWaiting() ||
+           parts_.dictionary.anyWaiting();
   });
   turn_.lock();
   parts_.pool.beginHelping();
@@ -175,6 +182,7 @@ void LiveDriver::run() {
   }
   parts_.trade.beginRun(shift);
   parts_.events.beginRun(shift);
+  parts_.dictionary.beginRun();
   play(feed, shift);
   parts_.trade.endRun();
 }

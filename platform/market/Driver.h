@@ -7,6 +7,7 @@
 #include "platform/core/ServiceLoop.h"
 #include "platform/core/Timers.h"
 #include "platform/core/WorkerPool.h"
+#include "platform/dictionary/DictionaryService.h"
 #include "platform/events/EventDesk.h"
 #include "platform/market/Feed.h"
 #include "platform/market/QuoteService.h"
@@ -22,6 +23,7 @@ struct DriverParts {
   QuoteService& quotes;
   TradeDesk& trade;
   EventDesk& events;
+  DictionaryService& dictionary;
   MarketStore& store;
   std::atomic<int64>& clock;  ///< The simulated time.
   std::atomic<bool>& cancelled;
@@ -37,10 +39,11 @@ struct DriverProgress {
 /// timer, each record and each bar that came to its end, it waits until all is digested and
 /// serves what was asked meanwhile. Strategy tasks run on this very thread while it waits.
 ///
-/// At one instant: first what is due on the trade side, then events, then timers, then records,
-/// then bars that end by the clock alone. The exchange sees a record before the runners do, and
-/// what it tells is digested first: so nothing that a runner does on a record can meet that record.
-/// What runners published is told before the requests and orders that they gave meanwhile.
+/// At one instant: first what is due on the trade side, then events, then dictionary records, then
+/// timers, then market records, then bars that end by the clock alone. The exchange sees a record
+/// before the runners do, and what it tells is digested first: so nothing that a runner does on a
+/// record can meet that record. What runners published is told before the requests and orders that
+/// they gave meanwhile.
 class PlaybackDriver {
  public:
   PlaybackDriver(DriverParts parts, double speed, DriverProgress& progress);
