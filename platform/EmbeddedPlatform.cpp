@@ -34,15 +34,20 @@ std::unique_ptr<detail::SqliteStore> storeOf(const TradeOptions& options) {
   return std::make_unique<detail::SqliteStore>(options.storePath);
 }
 
+/// The file that a path leads to, also where nothing stands yet.
+std::filesystem::path resolved(std::filesystem::path path) {
+  std::error_code error;
+  for (int links = 0; links < 40 && std::filesystem::is_symlink(path, error); ++links)
+    path = path.parent_path() / std::filesystem::read_symlink(path, error);
+  const auto whole = std::filesystem::weakly_canonical(std::filesystem::absolute(path), error);
+  return error ? path : whole;
+}
+
 /// Whether two paths (UTF-8), of which either may be empty, name one file.
 bool isSameFile(const std::string& one, const std::string& other) {
   if (one.empty() || other.empty()) return false;
   std::error_code error;
-  if (std::filesystem::equivalent(one, other, error) && !error) return true;
-  const auto first = std::filesystem::weakly_canonical(one, error);
-  if (error) return one == other;
-  const auto second = std::filesystem::weakly_canonical(other, error);
-  return error ? one == other : first == second;
+  return std::filesystem::equivalent(one, other, error) || resolved(one) == resolved(other);
 }
 
 /// The calendar day, YYYYMMDD, of a local time.

@@ -1,12 +1,15 @@
 #include "platform/core/SqliteFile.h"
 
 #include <sqlite3.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
 #include <stdexcept>
+#include <string_view>
 #include <system_error>
 
 #include "shared/TextCodec.h"
@@ -28,6 +31,13 @@ void check(SQLite::Database& database, const SqliteFormat& format) {
     throw std::runtime_error("its tables are those of another version");
 }
 
+bool hasHead(const std::filesystem::path& file) {
+  constexpr std::string_view kHead("SQLite format 3\0", 16);
+  std::string begin(kHead.size(), ' ');
+  std::ifstream(file, std::ios::binary).read(begin.data(), static_cast<int>(begin.size()));
+  return begin == kHead;
+}
+
 /// Looks without the right to write: a stranger's file, and its log, stay as they are.
 void lookAt(const std::string& path, const SqliteFormat& format) {
   const std::filesystem::path file(path);
@@ -37,11 +47,18 @@ void lookAt(const std::string& path, const SqliteFormat& format) {
     const std::filesystem::path folder = file.parent_path();
     if (!folder.empty() && !std::filesystem::is_directory(folder, error))
       throw std::runtime_error("its folder does not exist");
+    const std::string where = folder.empty() ? "." : folder.string();
+    if (access(where.c_str(), W_OK | X_OK) != 0)
+      throw std::runtime_error("its folder cannot be written");
     return;
   }
   if (std::filesystem::is_directory(status)) throw std::runtime_error("it is a folder");
   if (!std::filesystem::is_regular_file(status)) throw std::runtime_error("it is no plain file");
+  if (access(path.c_str(), R_OK) != 0) throw std::runtime_error("it cannot be read");
+  if (access(path.c_str(), W_OK) != 0) throw std::runtime_error("it cannot be written");
   if (std::filesystem::file_size(file, error) == 0) return;
+  // SQLite takes a file that is shorter than a head for an empty one, and would write over it.
+  if (!hasHead(file)) throw std::runtime_error("it is no database");
   SQLite::Database database(path, SQLite::OPEN_READONLY, kBusyWaitMs);
   check(database, format);
 }

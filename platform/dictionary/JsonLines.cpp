@@ -3,8 +3,8 @@
 namespace orvane::detail {
 
 JsonLines::JsonLines(std::string_view text, std::string_view key) : text_(text) {
-  if (key.empty()) return readList();
-  if (peek() != '{') return;
+  if (key.empty()) readList();
+  if (key.empty() || peek() != '{') return;
   ++at_;
   while (peek() == '"') {
     const std::string_view name = takeString();

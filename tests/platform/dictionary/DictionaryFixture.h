@@ -1,8 +1,5 @@
 #pragma once
 
-#include <stdlib.h>
-
-#include <filesystem>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -13,29 +10,12 @@
 #include "services/Common/IDataService.h"
 #include "services/QuoteClient/BarDataReadSyncWrapper.h"
 #include "services/ov.publisher/IPublisher.h"
+#include "tests/platform/dictionary/TempFolder.h"
 #include "tests/platform/market/PlatformFixture.h"
 
 namespace orvane::testing {
 
 using Lines = std::vector<std::string>;
-
-/// A folder that is gone with the test.
-class TempFolder {
- public:
-  TempFolder() {
-    std::string pattern =
-        (std::filesystem::temp_directory_path() / "orvane-dictionary-XXXXXX").string();
-    path_ = mkdtemp(pattern.data());
-  }
-  ~TempFolder() { std::filesystem::remove_all(path_); }
-  TempFolder(const TempFolder&) = delete;
-  TempFolder& operator=(const TempFolder&) = delete;
-
-  std::string file(const std::string& name) const { return (path_ / name).string(); }
-
- private:
-  std::filesystem::path path_;
-};
 
 inline std::string textOf(const std::list<Record>& records) {
   std::string text;
@@ -83,8 +63,8 @@ class DataRecorder : public DataSpi {
   /// Called on the service's thread after each line.
   std::function<void(const std::string& line)> onLine;
 
- protected:
-  virtual void add(const std::string& line) {
+ private:
+  void add(const std::string& line) {
     {
       const std::lock_guard lock(mutex_);
       lines_.push_back(line);
@@ -92,9 +72,38 @@ class DataRecorder : public DataSpi {
     if (onLine) onLine(line);
   }
 
- private:
   mutable std::mutex mutex_;
   Lines lines_;
+};
+
+/// Hands what comes to a runner's stand-in, which handles it on the pool.
+class RunnerData final : public DataSpi {
+ public:
+  explicit RunnerData(std::shared_ptr<RunnerSpi> runner) : runner_(std::move(runner)) {}
+
+  void onSnapshot(const SnapshotKey& key, const Record& record) override {
+    runner_->push("snapshot " + key.target + " " + record.text);
+  }
+  void onProgress(int id, int sent, int total) override {
+    runner_->push("progress#" + std::to_string(id) + " " + std::to_string(sent) + "/" +
+                  std::to_string(total));
+  }
+  void onData(int id, const DataResult& result, const ResultStatus&, int flags, int64) override {
+    std::string line = "data#" + std::to_string(id);
+    for (const TargetRecord& each : result.targets) {
+      line += " " + each.target;
+      for (const Record& record : each.records)
+        line += " " + RecordingSpi::relative(record.key) + "=" + record.text;
+    }
+    runner_->push(line + " f" + std::to_string(flags));
+  }
+  void onDelete(int id, const SnapshotKey& key, int64 first, int64, int64 count) override {
+    runner_->push("delete#" + std::to_string(id) + " " + key.target + " " +
+                  RecordingSpi::relative(first) + " n" + std::to_string(count));
+  }
+
+ private:
+  const std::shared_ptr<RunnerSpi> runner_;
 };
 
 inline IDataService& dictionary() { return *IServiceRouter::instance()->quoteHub()->dataService(); }
