@@ -23,6 +23,11 @@ int64 wallNow() {
   return duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
 }
 
+int64 steadyNow() {
+  using namespace std::chrono;
+  return duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
+}
+
 std::shared_ptr<const detail::ZoneRules> zoneOrThrow(const std::string& name) {
   auto zone = detail::ZoneRules::find(name);
   if (zone == nullptr) throw std::invalid_argument("timeZone: \"" + name + "\" is not a time zone");
@@ -122,6 +127,7 @@ detail::DictionaryService::Parts EmbeddedPlatform::Impl::dictionaryParts() {
           [this] { return pool.signal().quiet() && !loop.onLoopThread(); },
           [this] { noteDictionaryRequest(); },
           [this] { loop.post([this] { data.sweep(); }); },
+          steadyNow,
           cancelled};
 }
 

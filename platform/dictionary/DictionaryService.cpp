@@ -3,7 +3,6 @@
 #include "platform/dictionary/DictionaryService.h"
 
 #include <algorithm>
-#include <chrono>
 #include <exception>
 #include <iterator>
 #include <stdexcept>
@@ -58,25 +57,27 @@ Summary summaryOf(DictionaryTables& tables, const std::string& name, const Dicti
   return summary;
 }
 
-/// Whether a read may go on. Asked with no lock held.
+/// Whether a read may go on. Asked with no lock held. A playback sets no bound: what a strategy
+/// sees there must not depend on how fast the machine is.
 class Patience {
  public:
-  Patience(const DictionaryService::Cancel& cancelled, int64 waitMs)
-      : cancelled_(cancelled), waitMs_(waitMs), begin_(std::chrono::steady_clock::now()) {}
+  Patience(const std::function<int64()>& clock, const DictionaryService::Cancel& cancelled,
+           int64 waitMs)
+      : clock_(clock), cancelled_(cancelled), waitMs_(waitMs), begin_(clock()) {}
 
   /// The status that ends the read; code 0 while it may go on.
   ResultStatus status() const {
     if (cancelled_ && cancelled_()) return statusWith(kIgnored, "cancelled");
-    const auto passed = std::chrono::steady_clock::now() - begin_;
-    if (waitMs_ > 0 && passed / std::chrono::milliseconds(1) >= waitMs_)
+    if (waitMs_ > 0 && clock_() - begin_ >= waitMs_)
       return statusWith(kTimedOut, std::to_string(waitMs_) + " ms");
     return {};
   }
 
  private:
+  const std::function<int64()>& clock_;
   const DictionaryService::Cancel& cancelled_;
   const int64 waitMs_;
-  const std::chrono::steady_clock::time_point begin_;
+  const int64 begin_;
 };
 
 }  // namespace
@@ -198,7 +199,7 @@ ResultStatus DictionaryService::readLatest(const std::list<TargetNamePair>& keys
 
 ResultStatus DictionaryService::readRecords(const RecordRange& range, std::list<Record>& records,
                                             const Cancel& cancelled, int64 waitMs) {
-  const Patience patience(cancelled, waitMs);
+  const Patience patience(parts_.steadyMs, cancelled, parts_.isPlayback ? 0 : waitMs);
   return answer([&](DictionaryView view) {
     std::list<Record> found;
     StoredRecord last;
@@ -222,7 +223,7 @@ ResultStatus DictionaryService::readTargets(const std::list<std::string>& target
                                             const std::string& name, int64 time,
                                             std::list<TargetRecord>& records,
                                             const Cancel& cancelled, int64 waitMs) {
-  const Patience patience(cancelled, waitMs);
+  const Patience patience(parts_.steadyMs, cancelled, parts_.isPlayback ? 0 : waitMs);
   return answer([&](const DictionaryView& view) {
     std::list<TargetRecord> found;
     const std::list<std::string> wanted = targets.empty() ? targetsOfName(name) : targets;

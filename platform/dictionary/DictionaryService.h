@@ -32,6 +32,7 @@ class DictionaryService final : public IDataService {
     std::function<bool()> isOutside;
     std::function<void()> onRequest;  ///< Something waits for `serve`. Called without locks.
     std::function<void()> onEnded;    ///< Something waits for `sweep`. Called without locks.
+    std::function<int64()> steadyMs;  ///< Milliseconds of a clock that only bounds waits.
     const std::atomic<bool>& cancelled;
   };
   using Cancel = std::function<bool()>;

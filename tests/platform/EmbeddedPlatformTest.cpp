@@ -5,7 +5,6 @@
 #include "services/Common/IDataService.h"
 #include "services/Common/ITradeService.h"
 #include "services/Common/QuoteUtils.h"
-#include "services/QuoteClient/BarDataReadSyncWrapper.h"
 #include "services/ov.publisher/IPublisher.h"
 #include "shared/CodeTables.h"
 #include "tests/platform/market/PlatformFixture.h"
@@ -49,9 +48,8 @@ TEST(EmbeddedPlatform, shouldAnswerThatItDoesNotSupportWhatIsNotThereYet) {
   EXPECT_EQ(trade->sendOrder({}, orders).code, 22);
   EXPECT_EQ(trade->tradingAccountCount(), 0);
   EXPECT_TRUE(trade->tradingAccounts().empty());
-  EXPECT_TRUE(refused(platform->router()->quoteHub()->dataService()->subscribeData({}, {}, 1)));
-  std::list<Record> records;
-  EXPECT_TRUE(refused(BarDataReadSyncWrapper::getRecords("t", "n", 0, 1, records, nullptr, 10, 0)));
+  std::string answer;
+  EXPECT_TRUE(refused(platform->router()->quoteHub()->dataService()->queryOp("?", answer)));
   const std::unique_ptr<IPublisher> publisher(IPublisher::create(0));
   EXPECT_TRUE(refused(publisher->publisherOp5("", "", 0, 0, "", 0, 0)));
 }

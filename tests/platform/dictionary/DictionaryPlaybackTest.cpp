@@ -205,7 +205,7 @@ TEST(DictionaryPlayback, shouldGiveALateRequestItsHistoryAndThenEachNewRecordOnc
   BarPlatform platform;
   Runner* other = nullptr;
   Runner publishing(platform, 1, {"a"}, [&](const std::string& event) {
-    if (event.find('=') == std::string::npos) return;
+    if (!event.starts_with("bar#") || event.find('=') == std::string::npos) return;
     const int64 now = Timestamp::now(1).toUtcMsEponch();
     other->publisher->publishRecords("N", "a", 0, {{now, 0, "x"}, {now + 1, 0, "y"}}, 0, 0);
   });

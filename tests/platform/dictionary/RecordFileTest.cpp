@@ -113,7 +113,7 @@ TEST(RecordFile, shouldNameFileLineFieldAndValueOfAFaultInJson) {
   EXPECT_EQ(jsonError("\"key\": 1, \"key\": 2, \"text\": \"\""),
             "r.json:3: field \"key\" comes twice");
   EXPECT_EQ(jsonError("\"key\": 1, \"text\": \"😀\"").find("r.json:3: field \"text\": "), 0U);
-  EXPECT_EQ(errorOf("[1,\n x]"), "r.json:2: illegal value");
+  EXPECT_EQ(errorOf("[1,\n x]"), "r.json:2: illegal number");
   EXPECT_EQ(errorOf("[\n1]"), "r.json:2: 1 is not an object");
   EXPECT_EQ(errorOf("{}"), "r.json: field \"records\" is missing");
   EXPECT_EQ(errorOf("{\"records\": null}"), "r.json: field \"records\" is not a list");

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <memory>
 
 #include "platform/EmbeddedPlatform.h"
@@ -20,8 +21,13 @@ struct Ground {
   detail::Publications market{{store, codes, [] { return 0; }, [] {}, true}};
   detail::GeneralEvents events{{}, true, [] {}};
 
+  const std::atomic<bool> cancelled{false};
+  detail::DictionaryService dictionary{{true, "", [] { return int64{0}; }, [] { return false; },
+                                        [] { return true; }, [] {}, [] {}, [] { return int64{0}; },
+                                        cancelled}};
+
   IPublisher* make() {
-    return new detail::Publisher({book, market, codes, events, [] { return 0; }});
+    return new detail::Publisher({book, market, codes, events, dictionary, [] { return 0; }});
   }
 };
 
