@@ -181,7 +181,7 @@ std::vector<Lines> playFetchers(int runners, int threads, bool withSlowCompany =
   std::vector<std::shared_ptr<RunnerSpi>> all;
   for (int i = 0; i < runners; ++i) {
     Lines& lines = seen[static_cast<std::size_t>(i)];
-    auto runner = std::make_shared<RunnerSpi>([&, i](const std::string& event) {
+    auto runner = std::make_shared<RunnerSpi>([&](const std::string& event) {
       std::string line = event;
       for (const ICodeID& code : {a, b, c})
         for (const int64 period : {kMinute, 3 * kMinute, 15 * kMinute})
