@@ -18,7 +18,7 @@ enum Ints : std::size_t {
   TypeAt = 0,         ///< `Type`.
   TimeInForceAt = 1,  ///< `TimeInForce`.
   OffsetAt = 2,       ///< `Offset`.
-  ReasonAt = 3,       ///< Of a rejection, a code of `ResultStatusMessages`; else 0.
+  ReasonAt = 3,       ///< Why the exchange ended it, a code of `ResultStatusMessages`; else 0.
   DirectionAt = 4,    ///< `Direction`.
   StatusAt = 5,       ///< `Status`.
 };
@@ -94,7 +94,7 @@ class OrderView {
   bool isBuy() const { return direction() == order::Direction::Buy; }
   bool isFinal() const { return order::isFinal(status()); }
   int reason() const { return order_.ints[order::ReasonAt]; }
-  /// Why it was rejected, GBK; else empty.
+  /// Why the exchange rejected it, or cancelled its rest, GBK; else empty.
   const std::string& message() const { return order_.text5; }
 
   double volume() const { return number(order::Volume); }
