@@ -67,6 +67,7 @@ orvane_public_headers(orvane_platform
   platform/reference/Instrument.h
   platform/trade/TradeOptions.h
   platform/trade/conditions/GridOptions.h
+  platform/trade/conditions/IGridConditions.h
   platform/trade/TradeResults.h)
 
 install(TARGETS orvane_common EventStrategy orvane_platform orvane_sdk EXPORT EventStrategyTargets

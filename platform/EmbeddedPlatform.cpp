@@ -83,6 +83,7 @@ EmbeddedPlatform::Impl::Impl(PlatformOptions chosen)
       trade(
           tradeState, [this] { return now(); }, [this] { noteTradeRequest(); },
           [this](int64 time) { return dayOf(zone->toLocal(time)); }),
+      grids(std::make_shared<detail::GridDesk>(gridParts())),
       desk(deskParts()),
       maintenance(store, codes, quotes.turn()),
       eventDesk(eventParts()),
@@ -108,8 +109,16 @@ detail::DriverParts EmbeddedPlatform::Impl::parts() {
 }
 
 detail::TradeDesk::Parts EmbeddedPlatform::Impl::deskParts() {
-  return {tradeState, store,           options.trade, [this] { return now(); },
-          cancelled,  tradeFile.get(), isPlayback()};
+  return {tradeState, store,  options.trade,   [this] { return now(); },
+          cancelled,  *grids, tradeFile.get(), isPlayback()};
+}
+
+detail::GridDesk::Parts EmbeddedPlatform::Impl::gridParts() {
+  return {tradeState, trade, options.trade,
+          [this](const std::string& text, ICodeID& code) {
+            return codes.codeIdOf(text, code).code == 0;
+          },
+          [this] { noteTradeRequest(); }};
 }
 
 detail::EventDesk::Parts EmbeddedPlatform::Impl::eventParts() {
@@ -189,6 +198,7 @@ void EmbeddedPlatform::Impl::run(const std::function<void(const PlaybackProgress
   std::mutex mutex;
   std::condition_variable ended;
   bool done = false;
+  grids->prepare();
   const auto tell = [&] {
     if (report)
       report({progress.now, progress.begin, progress.end, progress.delivered, progress.total});
@@ -369,7 +379,8 @@ EventSourceId EmbeddedPlatform::eventSourceOf(const SourceId& source) {
   return detail::eventSourcesOf(source);
 }
 
-ICondService* EmbeddedPlatform::conditionService() { return nullptr; }
+ICondService* EmbeddedPlatform::conditionService() { return &impl_->grids->details(); }
+IGridConditions& EmbeddedPlatform::gridConditions() { return *impl_->grids; }
 IPublisher* EmbeddedPlatform::createPublisher(RunnerModeFlag) {
   return new detail::Publisher({impl_->publishers, impl_->publications, impl_->codes,
                                 *impl_->generalEvents, impl_->data, [this] { return nowUtcMs(); }});

@@ -14,6 +14,7 @@
 #include "platform/reference/Instrument.h"
 #include "platform/trade/TradeOptions.h"
 #include "platform/trade/TradeResults.h"
+#include "platform/trade/conditions/IGridConditions.h"
 #include "services/IPlatform.h"
 #include "shared/Export.h"
 
@@ -105,6 +106,8 @@ class ORVANE_API EmbeddedPlatform final : public IPlatform {
 
   /// Plays all market data. Waits first until every runner is quiet and its requests are served,
   /// blocks until the data's end or `cancel`, and returns once every runner has digested it.
+  /// Throws `std::invalid_argument`, in UTF-8, that names field and value, before anything is played
+  /// if a grid condition of the options does not fit its code.
   /// `progress` is called on the calling thread, some ten times a second. With a trade store, what
   /// happened is on the disk when it returns, also after `cancel`; if it could not be written,
   /// `std::runtime_error`, in UTF-8, names the path.
@@ -126,6 +129,9 @@ class ORVANE_API EmbeddedPlatform final : public IPlatform {
   /// What the accounts did since the start or the last `rewind`, in the order of the options. Only
   /// while every runner is quiet.
   std::vector<AccountResult> tradeResults() const;
+
+  /// The grid conditions of the run; those of the options are there from the start.
+  IGridConditions& gridConditions();
 
   // IPlatform.
   IServiceRouter* router() override;

@@ -81,6 +81,7 @@ class EmbeddedPlatform::Impl final : public IServiceRouter, public IQuoteHub {
   const std::unique_ptr<detail::SqliteStore> tradeFile;  ///< Null without a store.
   detail::TradeState tradeState;
   detail::TradeService trade;
+  const std::shared_ptr<detail::GridDesk> grids;
   detail::TradeDesk desk;
   detail::Maintenance maintenance;
   detail::EventDesk eventDesk;
@@ -97,6 +98,7 @@ class EmbeddedPlatform::Impl final : public IServiceRouter, public IQuoteHub {
   detail::TradeDesk::Parts deskParts();
   detail::EventDesk::Parts eventParts();
   detail::DictionaryService::Parts dictionaryParts();
+  detail::GridDesk::Parts gridParts();
 };
 
 }  // namespace orvane

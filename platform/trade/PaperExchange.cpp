@@ -407,6 +407,17 @@ bool PaperExchange::isBusy(int64 codeId) const {
   return contract != nullptr && !contract->orders.empty();
 }
 
+std::optional<LastPrice> PaperExchange::lastPrice(int64 codeId) const {
+  const Contract* const contract = std::as_const(impl_->contracts).find(codeId);
+  if (contract == nullptr || !contract->mark) return std::nullopt;
+  return LastPrice{*contract->mark, contract->day};
+}
+
+const ContractTerms* PaperExchange::terms(int64 codeId) const {
+  const Contract* const contract = std::as_const(impl_->contracts).find(codeId);
+  return contract == nullptr ? nullptr : &contract->terms;
+}
+
 std::vector<TradeEvent> PaperExchange::takeEvents() {
   std::vector<TradeEvent> taken;
   taken.swap(impl_->events);

@@ -3,6 +3,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <variant>
 #include <vector>
@@ -28,6 +29,12 @@ struct TradeEvent {
   };
   int64 time = 0;  ///< When it happened, UTC milliseconds.
   std::variant<Order, OrderFill, PositionChanged, CapitalChanged> what;
+};
+
+/// What the last market event of a code told.
+struct LastPrice {
+  Price price;
+  int tradingDay = 0;
 };
 
 /// The matching and the books of a paper exchange. For one thread at a time: whoever feeds it
@@ -61,6 +68,10 @@ class PaperExchange {
   void onTick(int64 codeId, const IDepthMarketData& tick, int64 now);
   /// Whether an order of the code is at work: where none is, only the mark price is taken.
   bool isBusy(int64 codeId) const;
+  /// Empty before the first price of a code.
+  std::optional<LastPrice> lastPrice(int64 codeId) const;
+  /// Null for a code that is not known. It stays where it is.
+  const ContractTerms* terms(int64 codeId) const;
 
   /// What happened since the last call.
   std::vector<TradeEvent> takeEvents();

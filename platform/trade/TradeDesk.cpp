@@ -36,6 +36,7 @@ bool TradeDesk::serveDue() {
   if (parts_.cancelled.load(std::memory_order_relaxed)) admits_ = false;
   const int64 now = parts_.now();
   if (!anyWaiting() && nextDue_ > now) return false;
+  watchNewCodes(now);
   bool any = false;
   {
     const std::lock_guard lock(parts_.state.mutex);
@@ -46,8 +47,17 @@ bool TradeDesk::serveDue() {
     noteDue();
   }
   any = deliver(now) || any;
+  any = parts_.grids.serve(!any) || any;
   persist(false);
   return any;
+}
+
+void TradeDesk::watchNewCodes(int64 now) {
+  const std::vector<int64> codes = parts_.grids.takeNewCodes();
+  if (codes.empty()) return;
+  const std::lock_guard lock(parts_.state.mutex);
+  for (const int64 codeId : codes) feed_.begin(codeId, parts_.state.exchange);
+  takeEvents(now);
 }
 
 int64 TradeDesk::scriptTime() const {
@@ -170,10 +180,13 @@ bool TradeDesk::feedRecord(const MarketStream& stream) {
     feed_.feedNext(stream, state.exchange, time);
     takeEvents(time);
     state.equity.noteMark(codeId, time, stream.isTicks());
-    if (!state.exchange.isBusy(codeId) && !state.equity.isHeld(codeId)) feed_.rest(stream);
+    if (!state.exchange.isBusy(codeId) && !state.equity.isHeld(codeId) &&
+        !parts_.grids.isWatched(codeId))
+      feed_.rest(stream);
     noteDue();
   }
-  return nextDue_ <= parts_.now();
+  parts_.grids.onRecord(codeId);
+  return nextDue_ <= parts_.now() || parts_.grids.anyWaiting();
 }
 
 void TradeDesk::takeEvents(int64 now) {
@@ -299,6 +312,7 @@ void TradeDesk::call(TradeReceiver& receiver, const TradeReport& report) {
 // The run.
 
 void TradeDesk::beginRun(const TimeShift& shift) {
+  parts_.grids.beginRun();
   TradeState& state = parts_.state;
   const std::lock_guard lock(state.mutex);
   feed_.setTimeShift(shift);
@@ -328,6 +342,7 @@ void TradeDesk::endRun() {
 
 void TradeDesk::rewind() {
   persist(true);
+  parts_.grids.rewind();
   TradeState& state = parts_.state;
   const std::deque<TradeReport> ended = std::exchange(reports_, {});
   const std::lock_guard lock(state.mutex);

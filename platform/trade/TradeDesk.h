@@ -12,6 +12,7 @@
 #include "platform/trade/TradeFeed.h"
 #include "platform/trade/TradeReport.h"
 #include "platform/trade/TradeState.h"
+#include "platform/trade/conditions/GridDesk.h"
 
 namespace orvane::detail {
 
@@ -28,18 +29,22 @@ class TradeDesk {
     const TradeOptions& options;
     std::function<int64()> now;
     const std::atomic<bool>& cancelled;
+    GridDesk& grids;
     SqliteStore* file = nullptr;  ///< May be null.
     bool isPlayback = true;
   };
   explicit TradeDesk(Parts parts);
 
-  void setQuietWait(std::function<void()> wait) { rounds_.setQuietWait(std::move(wait)); }
+  void setQuietWait(const std::function<void()>& wait) {
+    rounds_.setQuietWait(wait);
+    parts_.grids.details().setQuietWait(wait);
+  }
 
   /// Takes in what waits and does what is due. Everything is quiet when it is called. Returns
   /// whether there was anything to do.
   bool serve() { return (anyWaiting() || nextDue_ != kUnsetTime) && serveDue(); }
   /// Whether somebody waits for `serve`. Any thread may ask.
-  bool anyWaiting() const { return parts_.state.waiting.load() != 0; }
+  bool anyWaiting() const { return parts_.state.waiting.load() != 0 || parts_.grids.anyWaiting(); }
   /// When `serve` is to be called next; `kUnsetTime` if nothing is on its way.
   int64 nextDue() const { return nextDue_; }
 
@@ -59,6 +64,7 @@ class TradeDesk {
  private:
   bool serveDue();
   bool feedRecord(const MarketStream& stream);
+  void watchNewCodes(int64 now);
   bool takeWishes(int64 now);
   bool admit(int64 now);
   void admitOrder(const TradeAction& action, int64 now);

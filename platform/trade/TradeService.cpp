@@ -216,6 +216,7 @@ void TradeService::unsubscribeAccount(const std::shared_ptr<TradeEventSpi>& spi,
 }
 
 void TradeService::unsubscribeAll(const std::shared_ptr<TradeEventSpi>& spi) {
+  if (state_.onLetGo) state_.onLetGo(spi);
   std::shared_ptr<TradeReceiver> ended;
   const std::lock_guard lock(state_.mutex);
   ended = state_.subscriptions.unsubscribeAll(spi.get());

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <vector>
@@ -13,6 +14,7 @@
 #include "platform/trade/PaperExchange.h"
 #include "platform/trade/SubscriptionBook.h"
 #include "platform/trade/TradeStore.h"
+#include "platform/trade/conditions/GridSource.h"
 
 namespace orvane::detail {
 
@@ -22,12 +24,19 @@ struct TradeState {
   explicit TradeState(const TradeOptions& options)
       : accounts(options.accounts),
         connections(accounts, options.script),
-        inbox(options.sources),
+        inbox(sourcesOf(options)),
         exchange(options),
         store(accounts.all().size(), !options.storePath.empty()),
         equity(exchange, accounts.all().size()) {
     for (std::size_t i = 0; i < options.accounts.size(); ++i)
       exchange.addAccount(accounts.all()[i], options.accounts[i].startBalance);
+  }
+
+  /// The create sources that are numbered beforehand.
+  static std::vector<std::string> sourcesOf(const TradeOptions& options) {
+    std::vector<std::string> sources = options.sources;
+    if (!options.grids.empty()) sources.emplace_back(kGridSource);
+    return sources;
   }
 
   /// A receiver that is to be told an account's present status.
@@ -48,6 +57,8 @@ struct TradeState {
   PaperExchange exchange;
   TradeStore store;
   EquityBook equity;
+  /// Is told, with no lock held, who ends all its subscriptions. Set while the platform is made.
+  std::function<void(const std::shared_ptr<TradeEventSpi>&)> onLetGo;
   std::uint64_t number = 0;  ///< Counts subscriptions and what was told; see `SubscriptionBook`.
 };
 
