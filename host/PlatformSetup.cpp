@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "host/EventConfig.h"
+#include "host/GridConfig.h"
 #include "host/InputError.h"
 #include "host/InstrumentInputs.h"
 #include "host/TimeArgument.h"
@@ -96,6 +97,7 @@ std::unique_ptr<EmbeddedPlatform> makePlatform(const RunPlan& plan, const Platfo
   auto platform = platformOf(options);
   addInstruments(*platform, plan);
   addSeries(*platform, plan, std::move(data));
+  checkGrids(platform->gridConditions());
   return platform;
 }
 

@@ -10,6 +10,7 @@
 
 #include "host/ConfigPaths.h"
 #include "host/EventConfig.h"
+#include "host/GridConfig.h"
 #include "host/InputError.h"
 #include "host/InstrumentInputs.h"
 #include "host/JsonInput.h"
@@ -123,6 +124,7 @@ void readRunConfig(const std::string& path, RunPlan& plan) {
   readData(reader, "ticks", DataFileRequest::Kind::Ticks, path, plan);
   readInstruments(reader, path, plan);
   readTrade(reader, path, plan);
+  readGrids(reader, plan);
   if (const std::string file = reader.text("dictionary"); !file.empty())
     plan.dictionaryFile = besides(path, file);
   readEvents(reader, path, plan);
@@ -155,6 +157,7 @@ void completeRunners(RunPlan& plan, const std::string& place) {
                       here, runner.name));
   }
   completeTrade(plan, place);
+  completeGrids(plan, place);
 }
 
 }  // namespace orvane

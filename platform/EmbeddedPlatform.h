@@ -106,8 +106,8 @@ class ORVANE_API EmbeddedPlatform final : public IPlatform {
 
   /// Plays all market data. Waits first until every runner is quiet and its requests are served,
   /// blocks until the data's end or `cancel`, and returns once every runner has digested it.
-  /// Throws `std::invalid_argument`, in UTF-8, that names field and value, before anything is played
-  /// if a grid condition of the options does not fit its code.
+  /// If a grid condition of the options does not fit its code, `std::invalid_argument`, in UTF-8,
+  /// names field and value before anything is played.
   /// `progress` is called on the calling thread, some ten times a second. With a trade store, what
   /// happened is on the disk when it returns, also after `cancel`; if it could not be written,
   /// `std::runtime_error`, in UTF-8, names the path.

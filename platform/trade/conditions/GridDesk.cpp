@@ -135,8 +135,9 @@ bool GridDesk::sendAll() {
     const std::lock_guard lock(mutex_);
     for (auto& [id, grid] : grids_) {
       if (!grid.hasBegun || !grid.worker->isDirty()) continue;
-      std::vector<GridAction> actions = grid.worker->act();
-      const auto isGone = [&](const auto& each) { return !grid.worker->isMine(each.first); };
+      GridWorker& worker = *grid.worker;
+      std::vector<GridAction> actions = worker.act();
+      const auto isGone = [&worker](const auto& each) { return !worker.isMine(each.first); };
       std::erase_if(grid.told, isGone);
       std::erase_if(grid.lastFills, isGone);
       if (!actions.empty()) wanted.emplace_back(id, std::move(actions));
