@@ -4,6 +4,7 @@
 
 #include <stdexcept>
 #include <utility>
+#include <vector>
 
 #include "host/EventConfig.h"
 #include "host/GridConfig.h"
@@ -11,6 +12,8 @@
 #include "host/InstrumentInputs.h"
 #include "host/TimeArgument.h"
 #include "host/TradeConfig.h"
+#include "platform/dictionary/RecordFile.h"
+#include "platform/events/IndexFile.h"
 #include "shared/TextCodec.h"
 
 namespace orvane {
@@ -62,6 +65,39 @@ void addSeries(EmbeddedPlatform& platform, const RunPlan& plan, DataSet data) {
   }
 }
 
+void addPublished(EmbeddedPlatform& platform, const RunPlan& plan, const std::string& timeZone) {
+  for (const PublishedPlan& series : plan.published) {
+    const ICodeID code = codeOf(platform, plan, series.code, timeZone, series.place);
+    try {
+      platform.addPublished(code, utf8ToGbk(series.frequency));
+    } catch (const std::invalid_argument& error) {
+      throw InputError(fmt::format("{}: {}", series.place, error.what()));
+    }
+  }
+}
+
+/// Dictionary records and compositions of indexes.
+void addServiceFiles(EmbeddedPlatform& platform, const RunPlan& plan, const std::string& timeZone) {
+  for (const std::string& path : plan.recordFiles) {
+    const std::vector<RecordPublication> records = loadRecords(path);
+    try {
+      platform.addRecords(records);
+    } catch (const std::invalid_argument& error) {
+      throw InputError(fmt::format("{}: {}", path, error.what()));
+    } catch (const std::runtime_error& error) {
+      throw InputError(error.what());
+    }
+  }
+  for (const std::string& path : plan.indexFiles) {
+    const std::vector<IndexComposition> compositions = loadIndexes(path, timeZone);
+    try {
+      platform.addIndexes(compositions);
+    } catch (const std::invalid_argument& error) {
+      throw InputError(error.what());
+    }
+  }
+}
+
 /// A platform whose options may be wrong.
 std::unique_ptr<EmbeddedPlatform> platformOf(const PlatformOptions& options) {
   try {
@@ -97,6 +133,8 @@ std::unique_ptr<EmbeddedPlatform> makePlatform(const RunPlan& plan, const Platfo
   auto platform = platformOf(options);
   addInstruments(*platform, plan);
   addSeries(*platform, plan, std::move(data));
+  addPublished(*platform, plan, options.timeZone);
+  addServiceFiles(*platform, plan, options.timeZone);
   checkGrids(platform->gridConditions());
   return platform;
 }

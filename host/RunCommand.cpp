@@ -79,6 +79,18 @@ RunCommand::RunCommand(CLI::App& parent) {
       ->type_name("INSTRUMENT")
       ->group(data);
   reading_.addTo(*command_);
+  command_
+      ->add_option("--records", recordFiles_, "Dictionary records that are there from the start")
+      ->type_name("FILE")
+      ->group(data);
+  command_
+      ->add_option("--published", published_,
+                   "Code whose quotes (or bars of a frequency) the strategy publishes")
+      ->type_name("CODE[=FREQUENCY]")
+      ->group(data);
+  command_->add_option("--indexes", indexFiles_, "What indexes are made of, and from when on")
+      ->type_name("FILE")
+      ->group(data);
   command_->add_option("--events", events_, "Script of general events")
       ->type_name("FILE.json")
       ->group(data);
@@ -195,6 +207,9 @@ RunPlan RunCommand::makePlan() const {
                                         {!instruments_.empty(), "--instrument"},
                                         {!orderSource_.empty(), "--order-source"},
                                         {isServer_, "--server"},
+                                        {!recordFiles_.empty(), "--records"},
+                                        {!indexFiles_.empty(), "--indexes"},
+                                        {!published_.empty(), "--published"},
                                         {!events_.empty(), "--events"}})
       if (given)
         throw InputError(fmt::format(
@@ -226,6 +241,14 @@ RunPlan RunCommand::makePlan() const {
     }
     addData(plan, bars_, DataFileRequest::Kind::Bars);
     addData(plan, ticks_, DataFileRequest::Kind::Ticks);
+    for (const std::string& given : published_) {
+      const auto equals = given.find('=');
+      PublishedPlan series{"--published " + given, given.substr(0, equals)};
+      if (equals != std::string::npos) series.frequency = given.substr(equals + 1);
+      plan.published.push_back(std::move(series));
+    }
+    plan.recordFiles = recordFiles_;
+    plan.indexFiles = indexFiles_;
     if (!events_.empty()) {
       plan.events = eventsOfFile(events_);
       plan.eventFiles.push_back(events_);
@@ -274,6 +297,8 @@ void RunCommand::checkFiles(const RunPlan& plan) const {
   std::vector<FileRole> read = {{"the configuration", config_}};
   for (const DataInput& input : plan.data)
     for (const std::string& path : input.paths) read.push_back({"the market data", path});
+  for (const std::string& path : plan.recordFiles) read.push_back({"the records", path});
+  for (const std::string& path : plan.indexFiles) read.push_back({"the indexes", path});
   for (const std::string& path : plan.eventFiles) read.push_back({"the events", path});
   checkFileRoles(written, read);
   if (!plan.reportFolder.empty()) checkReportFolder(plan.reportFolder);

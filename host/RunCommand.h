@@ -32,7 +32,7 @@ class RunCommand {
 
   CLI::App* command_;
   std::string config_, strategy_, params_, name_, orderSource_;
-  std::vector<std::string> bars_, ticks_, instruments_;
+  std::vector<std::string> bars_, ticks_, instruments_, recordFiles_, indexFiles_, published_;
   ReadingOptions reading_;
   std::string from_, to_, speed_, report_;
   bool isServer_ = false, isLive_ = false, noDigest_ = false, isQuiet_ = false;

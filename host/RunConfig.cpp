@@ -82,6 +82,26 @@ void readData(JsonReader& reader, const char* key, DataFileRequest::Kind kind,
   }
 }
 
+/// Series that will be published: codes of quotes, or objects that name a frequency.
+void readPublished(JsonReader& reader, RunPlan& plan) {
+  const QJsonValue found = reader.value("published");
+  if (found.isUndefined()) return;
+  const QJsonArray list = found.isArray() ? found.toArray() : QJsonArray{found};
+  for (qsizetype i = 0; i < list.size(); ++i) {
+    PublishedPlan series;
+    series.place = fmt::format("{}[{}]", reader.place("published"), i);
+    if (list[i].isString()) {
+      series.code = list[i].toString().toStdString();
+    } else {
+      JsonReader entry(list[i], series.place);
+      series.code = entry.requiredText("code");
+      series.frequency = entry.text("frequency", "tick");
+      entry.close();
+    }
+    plan.published.push_back(std::move(series));
+  }
+}
+
 /// The name of an instruments file, or an array of short forms.
 void readInstruments(JsonReader& reader, const std::string& configPath, RunPlan& plan) {
   const bool isFile = reader.value("instruments").isString();
@@ -127,6 +147,11 @@ void readRunConfig(const std::string& path, RunPlan& plan) {
   readGrids(reader, plan);
   if (const std::string file = reader.text("dictionary"); !file.empty())
     plan.dictionaryFile = besides(path, file);
+  for (const std::string& name : reader.texts("records"))
+    plan.recordFiles.push_back(besides(path, name));
+  for (const std::string& name : reader.texts("indexes"))
+    plan.indexFiles.push_back(besides(path, name));
+  readPublished(reader, plan);
   readEvents(reader, path, plan);
   plan.timeZone = reader.text("timeZone");
   if (!plan.timeZone.empty()) checkTimeZone(plan.timeZone, reader.place("timeZone"));

@@ -31,6 +31,13 @@ struct ConnectionPlan {
   bool isUp = false;
 };
 
+/// A series that runners publish, so that others can subscribe it from the start. Texts are UTF-8.
+struct PublishedPlan {
+  std::string place;  ///< Where it stands, for messages.
+  std::string code;
+  std::string frequency = "tick";
+};
+
 /// A general event of the script, its time as the user wrote it.
 struct EventPlan {
   std::string place;  ///< Where it stands, for messages, UTF-8.
@@ -69,7 +76,10 @@ struct RunPlan {
   bool withDigest = true;
   TradeOptions trade;  ///< Sources, limits and the script are put in when the run begins.
   std::vector<ConnectionPlan> connections;
-  std::string dictionaryFile;  ///< UTF-8; empty: records live in memory.
+  std::string dictionaryFile;            ///< UTF-8; empty: records live in memory.
+  std::vector<std::string> recordFiles;  ///< Of dictionary records, UTF-8.
+  std::vector<std::string> indexFiles;   ///< Of what indexes are made of, UTF-8.
+  std::vector<PublishedPlan> published;
   std::vector<EventPlan> events;
   std::vector<std::string> eventFiles;  ///< Where they were read, UTF-8.
   std::string startBalance;  ///< Of accounts that nobody described; empty: the exchange's.
