@@ -62,6 +62,12 @@ const TradingAccountID* AccountBook::named(const std::string& account) const {
   return nullptr;
 }
 
+bool AccountBook::has(const AccountID& id) const {
+  return std::any_of(accounts_.begin(), accounts_.end(), [&id](const TradingAccountID& each) {
+    return each.account == id.text3 && each.counterType == id.counterType;
+  });
+}
+
 AccountID AccountBook::connectionOf(const TradingAccountID& account) {
   AccountID id;
   id.first = account.accountKey;

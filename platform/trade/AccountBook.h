@@ -23,6 +23,8 @@ class AccountBook {
   const TradingAccountID* find(const TradingAccountID& account) const;
   const TradingAccountID* find(std::int32_t key) const;
   const TradingAccountID* named(const std::string& account) const;
+  /// Whether there is an account of that text and counter type.
+  bool has(const AccountID& id) const;
 
   /// The connection that an account stands behind.
   static AccountID connectionOf(const TradingAccountID& account);

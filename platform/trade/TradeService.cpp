@@ -91,11 +91,13 @@ ResultStatus TradeService::orderActionForward(const Order& /*order*/, int /*acti
   return notSupported();
 }
 
-ResultStatus TradeService::attachAccount(const AccountRecord& /*account*/) {
-  return notSupported();
+// An account of the exchange is there from the run's beginning to its end.
+ResultStatus TradeService::attachAccount(const AccountRecord& account) {
+  return state_.accounts.has(account.id) ? ResultStatus{} : statusWith(22, account.id.text3);
 }
-ResultStatus TradeService::detachAccount(const AccountRecord& /*account*/) {
-  return notSupported();
+
+ResultStatus TradeService::detachAccount(const AccountRecord& account) {
+  return attachAccount(account);
 }
 
 // Subscriptions.

@@ -297,11 +297,30 @@ TEST(TradeService, shouldRefuseToCancelWhatIsUnknownOrOver) {
   EXPECT_NE(status.message.find("is over"), std::string::npos);
 }
 
-TEST(TradeService, shouldNotSupportActionsAndServerAccounts) {
+TEST(TradeService, shouldNotSupportActionsOnOrders) {
   TradePlatform platform;
   EXPECT_EQ(platform.service().orderActionForward({}, 1).code, 23);
-  EXPECT_EQ(platform.service().attachAccount({}).code, 23);
-  EXPECT_EQ(platform.service().detachAccount({}).code, 23);
+}
+
+TEST(TradeService, shouldAttachAndDetachTheAccountsThatItHasAndNoOthers) {
+  TradePlatform platform;
+  const auto connection = [&platform](const std::string& text, int counterType) {
+    AccountRecord record;
+    record.id.text3 = text;
+    record.id.counterType = counterType;
+    return record;
+  };
+  const TradingAccountID& mine = platform.account();
+  const AccountRecord known = connection(mine.account, mine.counterType);
+  EXPECT_EQ(platform.service().attachAccount(known).code, 0);
+  EXPECT_EQ(platform.service().detachAccount(known).code, 0);
+
+  const AccountRecord otherCounter = connection(mine.account, mine.counterType + 1);
+  const AccountRecord otherText = connection(mine.account + "x", mine.counterType);
+  for (const AccountRecord& unknown : {otherCounter, otherText}) {
+    EXPECT_EQ(platform.service().attachAccount(unknown).code, 22);
+    EXPECT_EQ(platform.service().detachAccount(unknown).code, 22);
+  }
 }
 
 TEST(TradeService, shouldTellRejectionsOfTheExchangeWithTheirText) {
