@@ -60,7 +60,10 @@ ProgramResult runProgram(const std::vector<std::string>& arguments, const std::s
 }
 
 std::string testModule(const std::string& name) {
-  return std::string(ORVANE_TEST_MODULES) + "/" + name + ".so";
+  std::string path = ORVANE_TEST_MODULES "/";
+  path += name;
+  path += ".so";
+  return path;
 }
 
 TempFolder::TempFolder() {
