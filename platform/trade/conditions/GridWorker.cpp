@@ -31,11 +31,9 @@ void GridWorker::beginRange() {
   }
   for (Cell& old : before) {
     if (old.lots.empty()) continue;
-    const auto same = std::ranges::find_if(cells_, [&](const Cell& cell) {
-      return cell.buy == old.buy && cell.sell == old.sell && cell.lots.empty();
-    });
+    const auto same = std::ranges::find_if(
+        cells_, [&](const Cell& cell) { return cell.buy == old.buy && cell.sell == old.sell; });
     Cell& cell = same != cells_.end() ? *same : cells_.emplace_back();
-    cell.isOld = same == cells_.end();
     cell.buy = old.buy;
     cell.sell = old.sell;
     cell.lots = std::move(old.lots);
@@ -51,7 +49,7 @@ void GridWorker::onPrice(Price last, int tradingDay) {
   if (!price_ || below != below_) isDirty_ = true;
   price_ = last;
   below_ = below;
-  if (tradingDay > day_ && day_ != 0) tryAgain();
+  if (tradingDay > day_) tryAgain();
   day_ = std::max(day_, tradingDay);
   if (!anyForPrice_) return;
   anyForPrice_ =
@@ -82,18 +80,18 @@ void GridWorker::onOrder(const Order& order) {
   if (at == byOrder_.end()) return;
   Cell& cell = cells_[at->second];
   const OrderView view(order);
-  if (trying_ == at->second && view.status() != order::Status::Sent) {
+  if (trying_ == at->second) {
     trying_.reset();
     isDirty_ = true;
   }
-  if (!view.isFinal() || cell.isOver) return;
+  if (!view.isFinal()) return;
   cell.isOver = true;
   isDirty_ = true;
   const bool isRejected = view.status() == order::Status::Rejected;
   const bool isOurCancel = cell.isCancelling && !isRejected;
   if (view.status() == order::Status::Filled || isOurCancel) return;
   const bool needsTime = view.reason() == kClosedSession || view.reason() == kTooMany;
-  makeWait(cell, isRejected && needsTime ? Wait::ForPrice : Wait::ForChange,
+  makeWait(cell, needsTime ? Wait::ForPrice : Wait::ForChange,
            isRejected ? view.message() : "order " + std::to_string(order.id) + " was cancelled");
 }
 
@@ -196,7 +194,7 @@ void GridWorker::takeEnded() {
 
 bool GridWorker::wantsToBuy(std::size_t at) const {
   const Cell& cell = cells_[at];
-  return cell.orderId == 0 && cell.lots.empty() && !cell.isOld && at < below_;
+  return cell.orderId == 0 && cell.lots.empty() && at < below_;
 }
 
 void GridWorker::withdraw(std::size_t at, std::vector<GridAction>& actions) {

@@ -93,7 +93,6 @@ class GridWorker {
     bool isBuying = false;
     bool isOver = false;  ///< The order; its last fills may be told after its end.
     bool isCancelling = false;
-    bool isOld = false;  ///< Of a former range: it sells what it holds and is gone.
     Wait wait = Wait::None;
   };
 
@@ -114,7 +113,8 @@ class GridWorker {
   GridTerms terms_;
   std::optional<GridTerms> nextTerms_;
   Multiplier multiplier_;
-  std::vector<Cell> cells_;  ///< Those of the range, then the old ones.
+  /// Those of the range; then those of former ones that hold something, which only sell.
+  std::vector<Cell> cells_;
   std::map<int64, std::size_t> byOrder_;
   Mode mode_ = Mode::Working;
   bool isUp_ = false;

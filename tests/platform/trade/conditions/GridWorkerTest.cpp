@@ -252,6 +252,28 @@ TEST_F(GridWorkerTest, shouldTryAgainAtTheNextPriceWhereTimeMayHelp) {
   EXPECT_FALSE(worker.isDirty());
 }
 
+TEST_F(GridWorkerTest, shouldLeaveWhatOnlyAChangeMayHelpAloneAtTheNextPrice) {
+  price("99.5");
+  act();
+  reject(1, kNoMoney);
+  reject(2, kClosedSession, "closed");
+  act();
+  price("99.5");
+  EXPECT_EQ(act(), (Lines{"3 buy 2@98"}));
+  tell(3, order::Status::Working);
+  EXPECT_EQ(act(), Lines{});
+}
+
+TEST_F(GridWorkerTest, shouldSayWhyAnOrderWasRejectedThatItWasWithdrawing) {
+  price("98.5");
+  act();
+  worker.pause();
+  act();
+  reject(1);
+  EXPECT_EQ(act(), Lines{});
+  EXPECT_EQ(worker.trouble(), "not enough money");
+}
+
 TEST_F(GridWorkerTest, shouldTryAgainOnANewTradingDayAndNotOnTheSameOne) {
   price("98.5", 20210104);
   act();
@@ -337,6 +359,44 @@ TEST_F(GridWorkerTest, shouldWithdrawItsOrdersWhenPausedAndGoOnWithWhatItHoldsWh
   worker.resume();
   EXPECT_EQ(act(), (Lines{"4 sell 2@100", "5 buy 2@100", "6 buy 2@98"}));
   EXPECT_EQ(worker.trouble(), "");
+}
+
+TEST_F(GridWorkerTest, shouldTellItsOwnCancelOfOneOrderFromAForeignOneOfTheNext) {
+  price("98.5");
+  act();
+  worker.pause();
+  act();
+  tell(1, order::Status::Cancelled);
+  act();
+  worker.resume();
+  EXPECT_EQ(act(), (Lines{"2 buy 2@98"}));
+  tell(2, order::Status::Cancelled);
+  EXPECT_EQ(act(), Lines{});
+  EXPECT_EQ(worker.trouble(), "order 2 was cancelled");
+}
+
+TEST_F(GridWorkerTest, shouldKeepSayingWhyWhileACellWaitsThatThePriceLeft) {
+  price("99.5");
+  act();
+  reject(1);
+  reject(2);
+  act();
+  price("98.5", 20210105);
+  EXPECT_EQ(act(), (Lines{"3 buy 2@98"}));
+  tell(3, order::Status::Working);
+  EXPECT_EQ(act(), Lines{});
+  EXPECT_EQ(worker.trouble(), "not enough money");
+}
+
+TEST_F(GridWorkerTest, shouldCountNoOrderThatIsOverAmongThoseAtWork) {
+  price("99.5");
+  act();
+  tell(1, order::Status::Filled);
+  EXPECT_EQ(worker.orders(), std::vector<int64>{2});
+  EXPECT_TRUE(worker.isMine(1));
+  fill(1, 99, 2);
+  act();
+  EXPECT_FALSE(worker.isMine(1));
 }
 
 TEST_F(GridWorkerTest, shouldTakeAFillThatCameBeforeItsCancelWhilePaused) {
