@@ -2,6 +2,7 @@
 
 #include "EventStrategy/ov.strategy.runner/IContext.h"
 #include "EventStrategy/ov.strategy.runner/IRunnerFactory.h"
+#include "sdk/Orders.h"
 #include "sdk/Strategy.h"
 
 namespace orvane::bench {
@@ -14,24 +15,42 @@ std::size_t seen = 0;
 class CountingStrategy final : public Strategy {
  public:
   void onStart(IContext* context, const QJsonObject& /*params*/) override {
-    if (wantedNow == Wanted::Bars)
+    if (wantedNow == Wanted::Trading) {
+      context->findTradingAccount(kAccount, 0, account_);
+      context->subscribeTrade(account_, codeNow);
+    }
+    if (wantedNow != Wanted::Quotes)
       context->subscribeKline(kRequestId, codeNow, "1m", kUnsetTime, kUnsetTime, 0, 0);
     else
       context->subscribeQuote(codeNow, 0);
   }
   void onQuote(IContext* /*context*/, const IDepthMarketData& /*quote*/) override { ++seen; }
-  void onBarSeriesById(IContext* /*context*/, int /*requestId*/, const ICodeID& /*code*/,
+  void onBarSeriesById(IContext* context, int /*requestId*/, const ICodeID& /*code*/,
                        const std::string& /*frequency*/, const std::vector<IKLine>& bars,
                        const ResultStatus& /*status*/, int /*batchFlag*/) override {
     seen += bars.size();
+    if (wantedNow != Wanted::Trading) return;
+    holds_ = !holds_;
+    std::list<Order> sent;
+    context->sendOrder(
+        marketOrder(account_, codeNow, holds_ ? order::Direction::Buy : order::Direction::Sell,
+                    holds_ ? order::Offset::Open : order::Offset::Close, 1),
+        sent);
   }
+
+ private:
+  TradingAccountID account_;
+  bool holds_ = false;
 };
 
 IStrategy* createCountingStrategy() { return new CountingStrategy; }
 
 }  // namespace
 
-Playback::Playback() : platform_(std::make_unique<EmbeddedPlatform>()) {
+Playback::Playback() {
+  PlatformOptions options;
+  options.trade.accounts = {{kAccount, "CNY", "", 1}};
+  platform_ = std::make_unique<EmbeddedPlatform>(options);
   seen = 0;
   platform_->setSymbolHook(
       [](const std::string&, void*) { return reinterpret_cast<void*>(&createCountingStrategy); });

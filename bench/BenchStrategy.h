@@ -9,8 +9,12 @@
 
 namespace orvane::bench {
 
-/// What the benchmark's strategy subscribes to in `onStart`.
-enum class Wanted { Bars, Quotes };
+/// What the benchmark's strategy subscribes to in `onStart`. With `Trading` it takes bars, and
+/// sends an order on each: it opens and closes by turns.
+enum class Wanted { Bars, Quotes, Trading };
+
+/// The account that it trades on.
+inline constexpr char kAccount[] = "bench";
 
 /// The id of its bar request.
 inline constexpr int kRequestId = 1000000;
