@@ -181,7 +181,9 @@ ResultStatus DictionaryService::readLatest(const std::list<TargetNamePair>& keys
                                            std::list<LatestOfName>& latest, int /*flags*/) {
   return answer([&](const DictionaryView& view) {
     std::list<LatestOfName> found;
-    for (const auto& [target, name] : keys) {
+    for (const TargetNamePair& key : keys) {
+      const std::string& target = key.first;
+      const std::string& name = key.second;
       StoredRecord record;
       const bool isThere = store_.read([&](DictionaryTables& tables) {
         return tables.newest({name, target}, view, 0, record);

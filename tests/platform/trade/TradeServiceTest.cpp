@@ -304,7 +304,7 @@ TEST(TradeService, shouldNotSupportActionsOnOrders) {
 
 TEST(TradeService, shouldAttachAndDetachTheAccountsThatItHasAndNoOthers) {
   TradePlatform platform;
-  const auto connection = [&platform](const std::string& text, int counterType) {
+  const auto connection = [](const std::string& text, int counterType) {
     AccountRecord record;
     record.id.text3 = text;
     record.id.counterType = counterType;

@@ -112,7 +112,8 @@ TEST(GridOptions, shouldAnswerThatAGridIsNotThere) {
   GridPlatform platform(gridOptions(makeGrid("1", "2", "1", "1")), {flat(1)});
   GridState state;
   IGridConditions& grids = platform.grids();
-  const std::string text = std::string("不存在"_gbk) + " grid 2";
+  const std::string missing = "不存在"_gbk;
+  const std::string text = missing + " grid 2";
   for (const ResultStatus& status :
        {grids.pause(2), grids.resume(2), grids.stop(2), grids.remove(2), grids.find(2, state),
         grids.change(2, makeGrid("1", "2", "1", "1"))}) {
