@@ -289,8 +289,8 @@ std::vector<GridDetail> GridDesk::picture() const {
   for (const auto& [id, grid] : grids_) {
     if (!grid.hasBegun) continue;
     GridDetail detail = detailOf(id, grid.account, *grid.code, grid.options.name);
-    for (const auto& [orderId, order] : grid.told)
-      if (!OrderView(order).isFinal()) detail.orders.push_back(order);
+    // What was over was forgotten when the grid acted on it.
+    for (const auto& [orderId, order] : grid.told) detail.orders.push_back(order);
     if (!detail.orders.empty()) details.push_back(std::move(detail));
   }
   return details;

@@ -171,6 +171,32 @@ TEST(DetailBook, shouldTellNothingAnyMoreAfterAnUnsubscribeFromInsideACallBack) 
   EXPECT_EQ(recorder.lines, (Lines{"0:01 #1 buy 2@98 working"}));
 }
 
+TEST(DetailBook, shouldNotTellASubscriberWhomAnotherOnesCallBackUnsubscribed) {
+  GridPlatform platform(gridOptions(makeGrid("98", "102", "1", "2")), oneSale());
+  DetailRecorder first, second;
+  first.onDetail = [&] { conditions().unsubscribeDetails(&second); };
+  conditions().subscribeDetail({}, &first);
+  conditions().subscribeDetail({}, &second);
+  platform.play();
+  EXPECT_THAT(second.lines, IsEmpty());
+  conditions().unsubscribeDetails(&first);
+}
+
+TEST(DetailBook, shouldTellAnOrderOnceToWhoeverSubscribesWhileItsChangeIsTold) {
+  PlatformOptions options = gridOptions(makeGrid("98", "99", "1", "1", "one"));
+  options.trade.grids.push_back(makeGrid("97", "98", "1", "1", "two"));
+  GridPlatform platform(options, {flat(100), flat(100)});
+  DetailRecorder first, second;
+  first.onDetail = [&] {
+    if (first.details == 1) conditions().subscribeDetail({}, &second);
+  };
+  conditions().subscribeDetail({}, &first);
+  platform.play();
+  EXPECT_EQ(second.lines, (Lines{"0:01 #1 buy 1@98 working", "0:01 #2 buy 1@97 working"}));
+  conditions().unsubscribeDetails(&first);
+  conditions().unsubscribeDetails(&second);
+}
+
 TEST(DetailBook, shouldGoOnAfterACallBackThatThrew) {
   GridPlatform platform(gridOptions(makeGrid("98", "102", "1", "2")), oneSale());
   DetailRecorder recorder;

@@ -164,9 +164,27 @@ TEST(GridDesk, shouldStopForGoodAndBeForgottenWhenRemoved) {
 TEST(GridDesk, shouldWithdrawTheOrdersOfAGridThatIsRemovedWhileItWorks) {
   GridPlatform platform(gridOptions(makeGrid("98", "102", "1", "1")), repeated(100.5, 3));
   platform.at(2, [&] { EXPECT_EQ(platform.grids().remove(1).code, 0); });
+  platform.at(3, [&] {
+    int64 id = 0;
+    EXPECT_EQ(platform.grids().create(makeGrid("98", "102", "1", "1"), id).code, 0);
+    EXPECT_EQ(id, 2);
+  });
   platform.play();
-  EXPECT_THAT(platform.working(), IsEmpty());
+  EXPECT_EQ(platform.orders().size(), 6u);
   EXPECT_EQ(platform.grids().pause(1).code, 22);
+}
+
+TEST(GridDesk, shouldGoOnWhileAnotherAccountIsDown) {
+  PlatformOptions options = gridOptions(makeGrid("98", "102", "1", "1", "one"));
+  options.trade.accounts.push_back({"A2", "CNY", "", 1});
+  options.trade.grids.push_back(makeGrid("98", "102", "1", "1", "two"));
+  options.trade.grids.back().account = "A2";
+  options.trade.script = {{"A2", kMonday + kMinute + 1, false}};
+  GridPlatform platform(options, {flat(100.5), flat(99.5), flat(101.5)});
+  platform.play();
+  EXPECT_EQ(platform.fills(), (Lines{"0:01 buy 1@99.5", "0:02 sell 1@101.5"}));
+  EXPECT_EQ(platform.state(2).held, "0");
+  EXPECT_EQ(platform.state(2).openOrders, 3);
 }
 
 TEST(GridDesk, shouldGoOverToAnotherRangeAndSellWhatItHeldAtItsOldPrice) {
@@ -232,6 +250,17 @@ TEST(GridDesk, shouldNotWorkWhileTheAccountIsDownFromTheStart) {
   for (const Order& order : platform.orders())
     EXPECT_EQ(OrderView(order).insertTime(), kMonday + 3 * kMinute);
   EXPECT_EQ(platform.working().size(), 3u);
+}
+
+TEST(GridDesk, shouldSendNothingAtTheStartOnAnAccountThatIsDownThoughAPriceIsKnown) {
+  PlatformOptions options = gridOptions(makeGrid("98", "102", "1", "1"));
+  options.from = kMonday + 2 * kMinute + 1;
+  options.trade.script = {{"A1", kMonday, false}, {"A1", kMonday + 4 * kMinute, true}};
+  GridPlatform platform(options, repeated(100.5, 5));
+  platform.play();
+  ASSERT_EQ(platform.orders().size(), 3u);
+  for (const Order& order : platform.orders())
+    EXPECT_EQ(OrderView(order).insertTime(), kMonday + 4 * kMinute);
 }
 
 TEST(GridDesk, shouldKeepItsOrdersAndItsOwnProfitOverASettlement) {
