@@ -24,7 +24,6 @@ struct Outcome {
   std::vector<std::string> fills;  ///< Of each bar: "3 buy@98", sorted.
   long long profit = 0;            ///< Ticks times volume.
   int held = 0, sales = 0;
-  friend bool operator==(const Outcome&, const Outcome&) = default;
 };
 
 /// What the cells of a grid do, one after the other: none knows of another one.
