@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "platform/trade/conditions/GridOptions.h"
+#include "shared/Export.h"
 #include "shared/ResultStatus.h"
 #include "shared/Types.h"
 
@@ -30,7 +31,7 @@ struct GridState {
 /// The grid conditions of an embedded platform, which owns them. Any thread may call it; nothing
 /// waits. What is asked for takes effect when the platform is quiet next, in playback at the
 /// present simulated time. Errors: -2 with the field and the value, 22 for an id that is not there.
-class IGridConditions {
+class ORVANE_API IGridConditions {
  public:
   IGridConditions() = default;
   IGridConditions(const IGridConditions&) = delete;
