@@ -33,7 +33,7 @@ class OutputFile {
   }
 
   void commit() {
-    if (!file_.commit()) fail();
+    if (!file_.flush() || !file_.commit()) fail();
   }
 
  private:

@@ -17,6 +17,9 @@ class ReadingOptions {
   /// The description that they make. Throws `InputError`.
   QJsonObject description() const;
 
+  /// What `--format` gave: a file's name, or JSON.
+  const std::string& format() const { return format_; }
+
  private:
   std::string format_;
   std::string columns_, delimiter_, timeZone_, stamp_, period_, date_, priceScale_, priceTick_,

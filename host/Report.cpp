@@ -230,7 +230,10 @@ namespace {
 /// A file that appears whole: readers and interrupted runs never see half of one.
 void writeWhole(const std::string& path, const QByteArray& text, RunOutcome& outcome) {
   QSaveFile file(qt(path));
-  if (file.open(QIODevice::WriteOnly) && file.write(text) == text.size() && file.commit()) return;
+  // What is only buffered would fail after the last look at errors.
+  if (file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) && file.write(text) == text.size() &&
+      file.commit())
+    return;
   outcome.failures.push_back(
       fmt::format("{}: cannot be written: {}", path, file.errorString().toStdString()));
 }

@@ -228,13 +228,17 @@ RunPlan RunCommand::makePlan() const {
     runner.name = name_;
     runner.orderSource = orderSource_;
     runner.isServer = isServer_;
-    if (!params_.empty()) runner.params = jsonObjectArgument(params_, "--params");
+    if (!params_.empty()) {
+      runner.params = jsonObjectArgument(params_, "--params");
+      plan.otherFiles.push_back({"--params", params_});
+    }
     plan.runners.push_back(std::move(runner));
     for (const std::string& given : instruments_) {
       if (given.ends_with(".json")) {
         const auto list = instrumentsOfFile(given);
         plan.instruments.insert(plan.instruments.end(), list.begin(), list.end());
         plan.instrumentsAreComplete = true;
+        plan.otherFiles.push_back({"--instrument", given});
       } else {
         plan.instruments.push_back(instrumentOf(given, "--instrument"));
       }
@@ -290,16 +294,23 @@ void RunCommand::checkFiles(const RunPlan& plan) const {
   std::vector<FileRole> written = {{"--log", log_.file},
                                    {role("store", !store_.empty()), plan.trade.storePath},
                                    {role("dictionary", !dictionary_.empty()), plan.dictionaryFile}};
+  // The files that a database keeps beside its own while it is open.
+  for (const std::size_t at : {1U, 2U})
+    if (const FileRole database = written[at]; !database.path.empty())
+      for (const char* ending : {"-wal", "-shm", "-journal"})
+        written.push_back({database.role + "'s " + ending, database.path + ending});
   if (!plan.reportFolder.empty())
     for (const char* name : kReportFiles)
       written.push_back(
           {role("report", !report_.empty()) + "'s " + name, plan.reportFolder + "/" + name});
-  std::vector<FileRole> read = {{"the configuration", config_}};
+  std::vector<FileRole> read = {{"the configuration", config_}, {"--format", reading_.format()}};
   for (const DataInput& input : plan.data)
     for (const std::string& path : input.paths) read.push_back({"the market data", path});
   for (const std::string& path : plan.recordFiles) read.push_back({"the records", path});
   for (const std::string& path : plan.indexFiles) read.push_back({"the indexes", path});
   for (const std::string& path : plan.eventFiles) read.push_back({"the events", path});
+  for (const ReadFile& file : plan.otherFiles) read.push_back({file.role, file.path});
+  for (const RunnerPlan& runner : plan.runners) read.push_back({"the strategy", runner.modulePath});
   checkFileRoles(written, read);
   if (!plan.reportFolder.empty()) checkReportFolder(plan.reportFolder);
   checkLogFile(log_);

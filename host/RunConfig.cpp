@@ -24,12 +24,14 @@ namespace {
 namespace fs = std::filesystem;
 
 /// An object, or the name of a file that holds one.
-QJsonObject objectOrFile(JsonReader& reader, const char* key, const std::string& configPath) {
+QJsonObject objectOrFile(JsonReader& reader, const char* key, const std::string& configPath,
+                         std::vector<ReadFile>& files) {
   const QJsonValue found = reader.value(key);
   if (found.isUndefined()) return {};
   if (found.isObject()) return found.toObject();
   if (!found.isString()) reader.refuse(key, "must be an object or the name of a JSON file");
   const std::string path = besides(configPath, found.toString().toStdString());
+  files.push_back({reader.place(key), path});
   const QJsonValue value = readJsonFile(path);
   if (!value.isObject())
     throw InputError(fmt::format("{}: must hold a JSON object, not {}", path, jsonText(value)));
@@ -37,7 +39,7 @@ QJsonObject objectOrFile(JsonReader& reader, const char* key, const std::string&
 }
 
 RunnerPlan readRunner(const QJsonValue& json, const std::string& place,
-                      const std::string& configPath) {
+                      const std::string& configPath, std::vector<ReadFile>& files) {
   JsonReader reader(json, place);
   RunnerPlan result;
   result.strategy = reader.requiredText("strategy");
@@ -46,7 +48,7 @@ RunnerPlan readRunner(const QJsonValue& json, const std::string& place,
   result.account = reader.text("account");
   result.isServer = reader.flag("server", false);
   result.limits = readLimits(reader);
-  result.params = objectOrFile(reader, "params", configPath);
+  result.params = objectOrFile(reader, "params", configPath, files);
   reader.close();
   const bool isPath = result.strategy.find('/') != std::string::npos;
   const std::string beside = besides(configPath, result.strategy);
@@ -73,7 +75,7 @@ void readData(JsonReader& reader, const char* key, DataFileRequest::Kind kind,
       for (const std::string& name : entry.texts("file"))
         input.paths.push_back(besides(configPath, name));
       input.code = entry.text("code");
-      input.description = objectOrFile(entry, "format", configPath);
+      input.description = objectOrFile(entry, "format", configPath, plan.otherFiles);
       entry.close();
       if (input.paths.empty())
         throw InputError(fmt::format("{}: names no file: give \"file\" or \"files\"", place));
@@ -110,7 +112,9 @@ void readInstruments(JsonReader& reader, const std::string& configPath, RunPlan&
       plan.instruments.push_back(instrumentOf(given, reader.place("instruments")));
       continue;
     }
-    plan.instruments = instrumentsOfFile(besides(configPath, given));
+    const std::string path = besides(configPath, given);
+    plan.instruments = instrumentsOfFile(path);
+    plan.otherFiles.push_back({reader.place("instruments"), path});
     plan.instrumentsAreComplete = true;
   }
 }
@@ -138,7 +142,8 @@ void readRunConfig(const std::string& path, RunPlan& plan) {
     reader.refuse("runners", "must be an array of at least one runner");
   const QJsonArray list = runners.toArray();
   for (qsizetype i = 0; i < list.size(); ++i)
-    plan.runners.push_back(readRunner(list[i], fmt::format("{}: runners[{}]", path, i), path));
+    plan.runners.push_back(
+        readRunner(list[i], fmt::format("{}: runners[{}]", path, i), path, plan.otherFiles));
 
   readData(reader, "bars", DataFileRequest::Kind::Bars, path, plan);
   readData(reader, "ticks", DataFileRequest::Kind::Ticks, path, plan);

@@ -59,6 +59,12 @@ struct InstrumentInput {
   std::string origin;  ///< Such as "instruments.json: [2]" or "--instrument", UTF-8.
 };
 
+/// A file that a run reads beside its data. Texts are UTF-8.
+struct ReadFile {
+  std::string role;  ///< Such as "the params", for messages.
+  std::string path;
+};
+
 /// Everything that a run is made of, as command line and configuration give it.
 struct RunPlan {
   std::vector<RunnerPlan> runners;
@@ -82,6 +88,7 @@ struct RunPlan {
   std::vector<PublishedPlan> published;
   std::vector<EventPlan> events;
   std::vector<std::string> eventFiles;  ///< Where they were read, UTF-8.
+  std::vector<ReadFile> otherFiles;     ///< Params, formats, instruments.
   std::string startBalance;  ///< Of accounts that nobody described; empty: the exchange's.
 };
 

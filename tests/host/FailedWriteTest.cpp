@@ -119,11 +119,26 @@ TEST_F(FailedWrite, shouldRefuseOneFileForTwoThings) {
                 "--store: \"" + file + "\" is the file of --dictionary too");
   expectRefused({"--store", file, "--log", file}, "is the file of --store too");
   expectRefused({"--log", bars_}, "is the file of the market data too");
+  const std::string params = folder_.write("params.json", "{}");
+  expectRefused({"--params", params, "--log", params}, "is the file of --params too");
+  const std::string format = folder_.write("format.json", "{}");
+  expectRefused({"--format", format, "--log", format}, "is the file of --format too");
+  const std::string known = folder_.write("known.json", R"([{"code": "A", "market": "X"}])");
+  expectRefused({"--instrument", known, "--log", known}, "is the file of --instrument too");
+  expectRefused({"--dictionary", file, "--log", file + "-wal"},
+                "is the file of --dictionary's -wal too");
   expectRefused({"--log", report_ + "/report.json"}, "is the file of --report's report.json too");
   fs::create_symlink(bars_, folder_ / "link");
   expectRefused({"--store", folder_ / "link"}, "is the file of the market data too");
   EXPECT_EQ(test::readFile(bars_), test::barsCsv());
   EXPECT_FALSE(fs::exists(file));
+}
+
+TEST_F(FailedWrite, shouldTellOfAReportThatDoesNotFitAndLeaveNoPartOfIt) {
+  const auto result = run({}, {{}, 1000});
+  EXPECT_EQ(result.exitCode, kExitRunFailed) << result.out;
+  EXPECT_THAT(result.err, HasSubstr("report.json: cannot be written"));
+  EXPECT_FALSE(fs::exists(report_ + "/report.json"));
 }
 
 }  // namespace
