@@ -27,10 +27,10 @@ void TradeFeed::lookAtStreams() {
         stream->periodMs() < lines_[at->second].stream->periodMs())
       at->second = stream->order();
   }
+  adoptStreams();
 }
 
 void TradeFeed::adoptStreams() {
-  lookAtStreams();
   std::erase_if(unfed_, [this](int64 codeId) {
     const auto at = byCode_.find(codeId);
     if (at == byCode_.end()) return false;
@@ -40,6 +40,8 @@ void TradeFeed::adoptStreams() {
 }
 
 void TradeFeed::begin(int64 codeId, PaperExchange& exchange) {
+  // Where no order waits any more the last record known harms nobody, and tells the price.
+  if (!exchange.isBusy(codeId)) unfed_.erase(codeId);
   lookAtStreams();
   const auto at = byCode_.find(codeId);
   if (at == byCode_.end()) {

@@ -26,7 +26,7 @@ class TradeFeed {
   /// Whether the next record of a stream is to be fed.
   bool isFed(const MarketStream& stream) {
     // Runners may begin to publish a code in which orders wait already.
-    if (stream.order() >= lines_.size() && !unfed_.empty()) adoptStreams();
+    if (stream.order() >= lines_.size() && !unfed_.empty()) lookAtStreams();
     return stream.order() < lines_.size() && lines_[stream.order()].isActive;
   }
   /// Feeds the next record of a stream, which is not known to anybody yet.
@@ -49,6 +49,7 @@ class TradeFeed {
     std::size_t fed = 0;  ///< All rows below it are the exchange's past.
   };
   void lookAtStreams();
+  /// Feeds the codes that wait for a stream, whoever it was that made us look.
   void adoptStreams();
   void feed(const MarketStream& stream, std::size_t row, PaperExchange& exchange, int64 now);
 

@@ -227,6 +227,27 @@ TEST(Publications, shouldFillAnOrderThatWaitedBeforeAnybodyPublishedItsCode) {
   EXPECT_EQ(PositionView(held).longSide().volume(), 1);
 }
 
+TEST(Publications, shouldFillAnOrderThatWaitedWhenAnotherCodeIsTradedAfterTheAnnouncement) {
+  Setting on(4, tradeOptions());
+  auto publisher = makePublisher();
+  const TradingAccountID account = *tradeOf(on.platform).tradingAccounts().begin();
+  auto runner = on.eachMinute([&](int minute) {
+    std::list<Order> orders;
+    if (minute == 1)
+      tradeOf(on.platform).sendOrder(makeRequest(account, on.p, order::Direction::Buy), orders);
+    if (minute == 2) {
+      EXPECT_EQ(publisher->publishOp6("P.X", "tick", 0).code, 0);
+      tradeOf(on.platform).sendOrder(makeRequest(account, on.a, order::Direction::Buy), orders);
+    }
+    if (minute > 2)
+      publisher->publishQuoteItems(on.p, {makeTick({}, kMonday + minute * kMinute, 100, 5)}, kLive);
+  });
+  on.platform->run();
+  Position held;
+  tradeOf(on.platform).getPosition(account, on.p, held);
+  EXPECT_EQ(PositionView(held).longSide().volume(), 1);
+}
+
 TEST(Publications, shouldNotTellLongerBarsThatAreMadeOfHistory) {
   Setting on(2);
   on.platform->addPublished(on.p, "1m");
