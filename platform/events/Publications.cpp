@@ -223,10 +223,21 @@ bool Publications::appendRow(MarketStream& stream, Publication& publication, std
   return true;
 }
 
+bool Publications::dropIfFedByFiles(const Publication& publication) {
+  // A host may add a file between the publication and now; then there is nothing to append to.
+  if (!parts_.store.hasFileOf(publication.code.id)) return false;
+  std::cerr << "a publication was dropped: " << gbkToUtf8(codeText(publication.code))
+            << " is fed by files\n";
+  admitted_.pop_front();
+  nextRow_ = 0;
+  return true;
+}
+
 MarketStream* Publications::takeNext(const std::function<void(MarketStream&)>& onHistory) {
   if (anyWaiting()) takeIn();
   while (!admitted_.empty()) {
     Publication& first = admitted_.front();
+    if (dropIfFedByFiles(first)) continue;
     MarketStream& stream = parts_.store.publishedOf(first.code, first.periodMs, first.timeZone);
     const std::size_t rows = first.periodMs > 0 ? first.bars.size() : first.ticks.size();
     while (nextRow_ < rows) {

@@ -86,6 +86,7 @@ class Publications {
   int64 lastTimeOf(int publisher, int64 codeId, int64 periodMs) const;
   void put(std::vector<Publication> publications, const std::map<Line, int64>& lastTimes);
   void takeIn();
+  bool dropIfFedByFiles(const Publication& publication);
   bool appendRow(MarketStream& stream, Publication& publication, std::size_t row);
 
   const Parts parts_;

@@ -26,6 +26,19 @@ TEST(PublicationRefusals, shouldRefuseWhatFilesFeedAndFilesForWhatIsPublished) {
   EXPECT_THROW(on.platform->addTicks(makeTicks(on.p, {kMonday})), std::invalid_argument);
 }
 
+TEST(PublicationRefusals, shouldDropWhatWaitsWhenAHostAddsAFileOfItsCode) {
+  Setting on(2);
+  auto publisher = makePublisher();
+  EXPECT_EQ(publisher->publishQuoteItems2(on.p, {barOf(0, 1)}, kLive).code, 0);
+  EXPECT_EQ(publisher->publishQuoteList({makeTick(on.p, kMonday, 1)}, kLive).code, 0);
+  on.platform->addBars(makeBars(on.p, kMonday, kMinute, 2));
+  auto reader = std::make_shared<RecordingSpi>();
+  EXPECT_EQ(on.platform.quotes().subscribeBars(makeQuery(on.p), kOneMinute, reader, 1).code, 0);
+  on.platform->run();
+  EXPECT_EQ(reader->bars().size(), 2u);
+  EXPECT_EQ(on.platform.quotes().subscribeBars(makeQuery(on.p), kTick, reader, 2).code, 8);
+}
+
 TEST(PublicationRefusals, shouldRefuseUnknownCodesEmptyListsAndPeriodsThatAreNone) {
   Setting on;
   auto publisher = makePublisher();
