@@ -85,7 +85,7 @@ bool PlaybackDriver::step(Feed& feed) {
   } else if (event == next) {
     parts_.events.tellNext();
   } else if (dictionary == next) {
-    // Likewise.
+    parts_.dictionary.serve();
   } else if (timer == next) {
     parts_.timers.fireOne(parts_.clock.load(std::memory_order_relaxed));
   } else if (record == next) {
@@ -109,6 +109,8 @@ bool PlaybackDriver::finishInstant() {
   const int64 now = parts_.clock.load(std::memory_order_relaxed);
   if (parts_.events.nextDue() <= now) {
     parts_.events.tellNext();
+  } else if (parts_.dictionary.nextDue() <= now) {
+    parts_.dictionary.serve();
   } else if (parts_.timers.nextDue() <= now) {
     parts_.timers.fireOne(now);
   } else if (parts_.quotes.nextClose() <= now) {
@@ -130,8 +132,10 @@ void PlaybackDriver::advanceTo(int64 time) {
 void PlaybackDriver::settle() {
   do {
     waitQuiet();
-  } while (parts_.loop.runPosted() || parts_.events.serve() || parts_.dictionary.serve() ||
-           parts_.quotes.serve() || parts_.trade.serve() || !parts_.pool.signal().quiet());
+    // Records that are due alone have their turn in `step`, after the events of their time.
+  } while (parts_.loop.runPosted() || parts_.events.serve() ||
+           (parts_.dictionary.anyWaiting() && parts_.dictionary.serve()) || parts_.quotes.serve() ||
+           parts_.trade.serve() || !parts_.pool.signal().quiet());
 }
 
 void PlaybackDriver::waitQuiet() {

@@ -4,7 +4,9 @@
 #include <random>
 #include <thread>
 
+#include "services/Common/ITradeService.h"
 #include "tests/platform/dictionary/DictionaryFixture.h"
+#include "tests/platform/events/EventFixture.h"
 
 namespace orvane::testing {
 namespace {
@@ -94,6 +96,36 @@ TEST(DictionaryPlayback, shouldShowRecordsBeforeTheBarOfTheirTime) {
   const auto record = std::find(all.begin(), all.end(), "@0:05 data#2001 a 0:05=m5 f0");
   ASSERT_NE(record, all.end());
   EXPECT_TRUE((record + 1)->starts_with("@0:05 bar#"));
+}
+
+TEST(DictionaryPlayback,
+     shouldShowRecordsAfterAllThatHappensOnTheTradeSideAndAllEventsOfTheirTime) {
+  PlatformOptions options;
+  options.trade.accounts.push_back({"A1", "CNY", "", 1});
+  options.trade.script.push_back({"A1", at(5), false});
+  for (const char* name : {"first", "second"})
+    options.events.script.push_back({at(5), "room", name, ""});
+  BarPlatform platform(options);
+  platform->addRecords({recordsAt("a", {5})});
+  const Runner runner(platform, 1, {"a"}, {});
+  const auto heard = std::make_shared<EventSpi>(runner.spi);
+  subscribe(heard, "room", "");
+  struct Status final : TradeEventSpi {
+    std::shared_ptr<RunnerSpi> runner;
+    void onRspStatus(const AccountID&, const AccountStatusInfo& info) override {
+      runner->push("status " + std::to_string(info.statusCode));
+    }
+  };
+  const auto status = std::make_shared<Status>();
+  status->runner = runner.spi;
+  ITradeService& trade = *platform->router()->tradeService();
+  trade.subscribeStatus(status, *trade.tradingAccounts().begin());
+  platform->run();
+  const Lines all = runner.spi->handled();
+  const auto begin = std::find(all.begin(), all.end(), "@0:05 status 17");
+  ASSERT_GE(all.end() - begin, 5);
+  EXPECT_EQ(Lines(begin, begin + 4), (Lines{"@0:05 status 17", "@0:05 room/first",
+                                            "@0:05 room/second", "@0:05 data#2001 a 0:05=m5 f0"}));
 }
 
 TEST(DictionaryPlayback, shouldNotReadAheadWhateverIsAsked) {
