@@ -105,7 +105,7 @@ void DictionaryStore::removeRun() {
   const std::lock_guard lock(mutex_);
   try {
     tables_->begin();
-    tables_->removeFrom(base_);
+    tables_->removeSession(base_);
     tables_->commit();
   } catch (const std::exception& error) {
     tables_->rollback();

@@ -48,7 +48,7 @@ class DictionaryStore {
   /// The last round that was closed.
   int64 admitted() const { return admitted_.load(); }
 
-  /// Takes away what was published since the store was opened, but for input.
+  /// Takes away what was published through this store, but for input.
   void removeRun();
 
   /// Calls `use` with the tables, for reading alone. What SQLite refuses is thrown as

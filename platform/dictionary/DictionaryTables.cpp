@@ -77,7 +77,8 @@ constexpr const char* kAdd = "INSERT INTO records VALUES(?,?,?,?,?,?,?,?,?,?,?,?
 constexpr const char* kAlike =
     "SELECT 1 FROM records WHERE series_id = ?1 AND key = ?2 AND value2 = ?3 AND text = ?4"
     " AND value_type = ?5 AND shown_ms = ?6 AND is_deletion = 0 LIMIT 1";
-constexpr const char* kRemoveFrom = "DELETE FROM records WHERE round >= ?1 AND is_input = 0";
+constexpr const char* kRemoveSession =
+    "DELETE FROM records WHERE round >= ?1 AND round < ?2 AND is_input = 0";
 
 RecordPlace placeOf(SQLite::Statement& row) {
   return {row.getColumn(4).getInt64(), row.getColumn(5).getInt64(), row.getColumn(6).getInt64()};
@@ -187,9 +188,9 @@ int64 DictionaryTables::makeSeries(const std::string& name, const std::string& t
   return newSeries_[{name, target}] = database_.getLastInsertRowid();
 }
 
-void DictionaryTables::removeFrom(int64 round) {
-  Query query(prepared(kRemoveFrom));
-  query->add(round).run();
+void DictionaryTables::removeSession(int64 base) {
+  Query query(prepared(kRemoveSession));
+  query->add(base).add(base + kRoundsPerSession).run();
 }
 
 // Reading.

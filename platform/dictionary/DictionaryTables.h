@@ -76,8 +76,9 @@ class DictionaryTables {
   /// parts, are passed over.
   void add(const RecordPublication& publication, RecordPlace place, int64 publishedAt, bool isInput,
            bool onlyNew);
-  /// Between `begin` and `commit`: takes all publications from `round` on away but for the input.
-  void removeFrom(int64 round);
+  /// Between `begin` and `commit`: takes what was published in the session that begins at round
+  /// `base` away but for the input. What other platforms published into the file stays.
+  void removeSession(int64 base);
 
   std::vector<std::string> names(const DictionaryView& view);
   std::vector<std::string> targets(const std::string& name, const DictionaryView& view);

@@ -13,6 +13,7 @@
 #include <random>
 #include <thread>
 
+#include "platform/dictionary/DictionaryStore.h"
 #include "tests/platform/dictionary/DictionaryFixture.h"
 
 namespace orvane::testing {
@@ -238,6 +239,22 @@ TEST(DictionaryFile, shouldLoseNothingThatWasAcknowledgedWhenTheProcessIsKilledA
       for (const Record& record : records) EXPECT_EQ(record.key, key++);
     }
   }
+}
+
+TEST(DictionaryFile, shouldKeepWhatALaterSessionPublishedWhenAnEarlierOneIsTakenBack) {
+  const TempFolder folder;
+  const std::string path = folder.file("d.db");
+  detail::DictionaryStore earlier(path, true), later(path, true);
+  for (detail::DictionaryStore* store : {&earlier, &later}) {
+    const char* const target = store == &earlier ? "a" : "b";
+    const ResultStatus status = store->publish(
+        store->addSource(), {"N", target, 0, 0, 0, kUnsetTime, {{1, 0, "x"}}}, 1, false);
+    EXPECT_EQ(status.code, 0) << status.message;
+  }
+  earlier.removeRun();
+  EXPECT_EQ(rowsOf(path, "SELECT target FROM dictionary ORDER BY target"), Lines{"b"});
+  later.removeRun();
+  EXPECT_EQ(rowsOf(path, "SELECT target FROM dictionary"), Lines{});
 }
 
 }  // namespace
