@@ -73,12 +73,12 @@ ResultStatus Publications::begin(int publisher, const ICodeID& code, int64 perio
 
 int64 Publications::lastTimeOf(int publisher, int64 codeId, int64 periodMs) const {
   const MarketStream* stream = parts_.store.exactOf(codeId, periodMs);
+  const bool isThere = stream != nullptr && stream->published() != nullptr;
+  const int64 told = isThere ? stream->published()->lastTime() : PublishedSeries::kNoTime;
   const std::lock_guard lock(mutex_);
+  const int64 last = told == PublishedSeries::kNoTime ? told : shift_.shown(told);
   const auto at = lastTimes_.find({publisher, codeId, periodMs});
-  if (at != lastTimes_.end()) return at->second;
-  if (stream == nullptr || stream->published() == nullptr) return PublishedSeries::kNoTime;
-  const int64 last = stream->published()->lastTime();
-  return last == PublishedSeries::kNoTime ? last : shift_.shown(last);
+  return at == lastTimes_.end() ? last : std::max(last, at->second);
 }
 
 ResultStatus Publications::publishTicks(int publisher, const std::list<IDepthMarketData>& ticks,
@@ -186,12 +186,18 @@ void Publications::beginRun(const TimeShift& shift) {
   isOpen_.store(true);
 }
 
+void Publications::forgetLastTimes() {
+  if (!std::exchange(hasTakenIn_, false)) return;
+  const std::lock_guard lock(mutex_);
+  if (waiting_.empty()) lastTimes_.clear();
+}
+
 void Publications::takeIn() {
+  hasTakenIn_ = true;
   std::vector<Publication> all;
   {
     const std::lock_guard lock(mutex_);
     all.swap(waiting_);
-    lastTimes_.clear();
     waitingCount_.store(0);
   }
   if (parts_.isPlayback)
@@ -249,6 +255,7 @@ MarketStream* Publications::takeNext(const std::function<void(MarketStream&)>& o
     admitted_.pop_front();
     nextRow_ = 0;
   }
+  forgetLastTimes();
   return nullptr;
 }
 

@@ -86,6 +86,7 @@ class Publications {
   int64 lastTimeOf(int publisher, int64 codeId, int64 periodMs) const;
   void put(std::vector<Publication> publications, const std::map<Line, int64>& lastTimes);
   void takeIn();
+  void forgetLastTimes();
   bool dropIfFedByFiles(const Publication& publication);
   bool appendRow(MarketStream& stream, Publication& publication, std::size_t row);
 
@@ -96,11 +97,12 @@ class Publications {
 
   mutable std::mutex mutex_;  ///< Guards what follows up to the blank line; a leaf lock.
   std::vector<Publication> waiting_;
-  std::map<Line, int64> lastTimes_;  ///< The last row that waits, as times are shown.
+  std::map<Line, int64> lastTimes_;  ///< The last row not told yet, as times are shown.
   TimeShift shift_;                  ///< Written by whoever has the turn alone.
 
   std::deque<Publication> admitted_;
   std::size_t nextRow_ = 0;  ///< Of the first one admitted.
+  bool hasTakenIn_ = false;  ///< Since nothing was left to tell.
 };
 
 }  // namespace orvane::detail

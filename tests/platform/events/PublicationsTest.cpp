@@ -181,6 +181,25 @@ TEST(Publications, shouldDropTheRowsOfThePublisherThatComesSecondInTime) {
   EXPECT_EQ(KLineView(reader->bars()[0]).close(), 1);
 }
 
+TEST(Publications, shouldRefuseAtOnceWhatComesBeforeTheSamePublishersRowsThatAreNotToldYet) {
+  Setting on(7);
+  on.platform->addPublished(on.p, "1m");
+  auto publisher = makePublisher();
+  auto runner = on.eachMinute([&](int minute) {
+    if (minute == 7) {
+      EXPECT_EQ(publisher->publishQuoteItems2(on.p, {barOf(3, 3), barOf(7, 7)}, kLive).code, 0);
+    }
+  });
+  std::vector<int> answers;
+  auto reader = std::make_shared<RunnerSpi>([&](const std::string& event) {
+    if (event.find(" 0:0") == std::string::npos) return;
+    answers.push_back(publisher->publishQuoteItems2(on.p, {barOf(5, 5)}, kLive).code);
+  });
+  on.platform.quotes().subscribeBars(makeQuery(on.p), kOneMinute, reader, 1);
+  on.platform->run();
+  EXPECT_THAT(answers, ElementsAre(-2, -2));
+}
+
 TEST(Publications, shouldFillOrdersThatStoodBeforeAndNoneThatAnswerTheRecord) {
   PlatformOptions options = tradeOptions();
   Setting on(4, options);
