@@ -229,7 +229,9 @@ TEST_F(QuoteGetSyncTest, shouldCancelAndForgetRequestByRequest) {
 TEST_F(QuoteGetSyncTest, shouldDropACallBackAfterTheOwnerIsGone) {
   src->fetchBarsSync({rangeOf(7)}, -1);
   src.reset();
+  EXPECT_FALSE(syncSpiOf(1)->isDone());
   onAnotherThread([this] { spiOf(1)->onKLine(1, {barOf(1)}, {}, kLastBatchFlag); });
+  EXPECT_TRUE(syncSpiOf(1)->isDone());
 }
 
 TEST_F(QuoteGetSyncTest, shouldLeaveTheSpiToTheServiceAlone) {
