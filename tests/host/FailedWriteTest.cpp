@@ -120,7 +120,10 @@ TEST_F(FailedWrite, shouldRefuseOneFileForTwoThings) {
   expectRefused({"--store", file, "--log", file}, "is the file of --store too");
   expectRefused({"--log", bars_}, "is the file of the market data too");
   const std::string params = folder_.write("params.json", "{}");
-  expectRefused({"--params", params, "--log", params}, "is the file of --params too");
+  const auto given = test::runProgram(
+      {"run", "-s", "print_events", "-b", "A.X=" + bars_, "--params", params, "--log", params});
+  EXPECT_EQ(given.exitCode, kExitBadInput);
+  EXPECT_THAT(given.err, HasSubstr("is the file of --params too"));
   const std::string format = folder_.write("format.json", "{}");
   expectRefused({"--format", format, "--log", format}, "is the file of --format too");
   const std::string known = folder_.write("known.json", R"([{"code": "A", "market": "X"}])");
