@@ -192,6 +192,7 @@ std::map<std::string, int> fillAndKill(const std::string& path, std::size_t byte
     setenv(kFileVariable, path.c_str(), 1);
     // Else the child runs its share of the tests alone, if this process has only one.
     unsetenv("GTEST_TOTAL_SHARDS");
+    unsetenv("GTEST_SHARD_INDEX");
     execl(self.c_str(), self.c_str(), "--gtest_filter=DictionaryFiller.*", nullptr);
     _exit(1);
   }

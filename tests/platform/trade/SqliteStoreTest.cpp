@@ -125,8 +125,8 @@ TEST(SqliteStore, shouldBeReadByASecondProcessWhileTheFirstStillHasItOpen) {
   trade(platform);
   const std::string self = std::filesystem::read_symlink("/proc/self/exe").string();
   // Else the child runs its share of the tests alone, if this process has only one.
-  const std::string command = "env -u GTEST_TOTAL_SHARDS " + std::string(kReadVariable) + "='" +
-                              path + "' '" + self +
+  const std::string command = "env -u GTEST_TOTAL_SHARDS -u GTEST_SHARD_INDEX " +
+                              std::string(kReadVariable) + "='" + path + "' '" + self +
                               "' --gtest_filter='SqliteStoreReader.*' >/dev/null";
   EXPECT_EQ(std::system(command.c_str()), 0);
 }
