@@ -13,36 +13,15 @@
 #include "EventStrategy/ov.strategy.runner/IContext.h"
 #include "EventStrategy/ov.strategy.runner/IRunnerSpi.h"
 #include "EventStrategy/ov.strategy.runner/RunnerContext.h"
+#include "bench/BenchBars.h"
 #include "bench/BenchStrategy.h"
 #include "platform/EmbeddedPlatform.h"
 
 namespace orvane {
 namespace {
 
-constexpr int64 kMinuteMs = 60000;
-constexpr int64 kStart = 1704067200000;  // 2024-01-01 00:00 UTC.
-
-BarSeries makeBars(const ICodeID& code, std::size_t count) {
-  BarSeries series;
-  series.code = code;
-  series.periodMs = kMinuteMs;
-  series.timeZone = "UTC";
-  series.origin = "bench";
-  series.bars.resize(count);
-  for (std::size_t i = 0; i < count; ++i) {
-    KLineWriter writer(series.bars[i]);
-    const int64 begin = kStart + static_cast<int64>(i) * kMinuteMs;
-    writer.setTimes(begin, begin + kMinuteMs);
-    const double close = 100 + static_cast<double>(i % 50);
-    writer.set(kline::Open, close);
-    writer.set(kline::High, close + 1);
-    writer.set(kline::Low, close - 1);
-    writer.set(kline::Close, close);
-    writer.set(kline::Volume, 10);
-    writer.setDayAndFlags(20240101, 0);
-  }
-  return series;
-}
+using bench::kStart;
+using bench::makeBars;
 
 TickSeries makeTicks(const ICodeID& code, std::size_t count) {
   TickSeries series;

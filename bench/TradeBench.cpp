@@ -7,6 +7,7 @@
 #include <list>
 #include <memory>
 
+#include "bench/BenchBars.h"
 #include "bench/BenchStrategy.h"
 #include "sdk/Orders.h"
 #include "services/Common/IServiceRouter.h"
@@ -15,28 +16,7 @@
 namespace orvane {
 namespace {
 
-constexpr int64 kMinuteMs = 60000;
-constexpr int64 kStart = 1704067200000;  // 2024-01-01 00:00 UTC.
-
-BarSeries makeBars(const ICodeID& code, std::size_t count) {
-  BarSeries series;
-  series.code = code;
-  series.periodMs = kMinuteMs;
-  series.timeZone = "UTC";
-  series.origin = "bench";
-  series.bars.resize(count);
-  for (std::size_t i = 0; i < count; ++i) {
-    KLineWriter writer(series.bars[i]);
-    const int64 begin = kStart + static_cast<int64>(i) * kMinuteMs;
-    writer.setTimes(begin, begin + kMinuteMs);
-    const double close = 100 + static_cast<double>(i % 50);
-    for (const auto at : {kline::Open, kline::High, kline::Low, kline::Close})
-      writer.set(at, close);
-    writer.set(kline::Volume, 10);
-    writer.setDayAndFlags(20240101, 0);
-  }
-  return series;
-}
+using bench::makeBars;
 
 /// A playback in which the strategy sends a market order on every bar; all but the last are filled.
 void tradingPlayback(benchmark::State& state) {
