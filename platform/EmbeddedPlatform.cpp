@@ -224,7 +224,17 @@ void EmbeddedPlatform::Impl::run(const std::function<void(const PlaybackProgress
   if (!isPlayback()) drain();
   cancelled.store(false);
   tell();
-  if (tradeFile != nullptr) tradeFile->flush();
+  checkWritten();
+}
+
+void EmbeddedPlatform::Impl::checkWritten() {
+  std::string failure = data.takeFailure();
+  try {
+    if (tradeFile != nullptr) tradeFile->flush();
+  } catch (const std::runtime_error& error) {
+    failure = failure.empty() ? error.what() : failure + "; " + error.what();
+  }
+  if (!failure.empty()) throw std::runtime_error(failure);
 }
 
 void EmbeddedPlatform::Impl::drain() {

@@ -109,8 +109,8 @@ class ORVANE_API EmbeddedPlatform final : public IPlatform {
   /// If a grid condition of the options does not fit its code, `std::invalid_argument`, in UTF-8,
   /// names field and value before anything is played.
   /// `progress` is called on the calling thread, some ten times a second. With a trade store, what
-  /// happened is on the disk when it returns, also after `cancel`; if it could not be written,
-  /// `std::runtime_error`, in UTF-8, names the path.
+  /// happened is on the disk when it returns, also after `cancel`; if that or a publication into
+  /// the dictionary could not be written, `std::runtime_error`, in UTF-8, names the path.
   void run(const std::function<void(const PlaybackProgress&)>& progress = {});
 
   /// Takes playback back to its start, as if nothing had been played: the clock, the feed, and

@@ -54,6 +54,8 @@ class EmbeddedPlatform::Impl final : public IServiceRouter, public IQuoteHub {
   void resetClock();
   void run(const std::function<void(const PlaybackProgress&)>& progress);
   void drain();
+  /// Throws `std::runtime_error` if something that happened is not on the disk.
+  void checkWritten();
 
   const PlatformOptions options;
   const std::shared_ptr<const detail::ZoneRules> zone;

@@ -71,6 +71,8 @@ class DictionaryService final : public IDataService {
 
   // Behind publishers.
   int addSource() { return store_.addSource(); }
+  /// As `DictionaryStore::takeFailure`.
+  std::string takeFailure() { return store_.takeFailure(); }
   ResultStatus publish(int source, RecordPublication publication);
   ResultStatus requestRange(int source, const DataReq& request, int64 tag);
 

@@ -66,8 +66,14 @@ ResultStatus DictionaryStore::publish(int source, RecordPublication publication,
   return {0, std::move(depth)};
 }
 
-ResultStatus DictionaryStore::failed(const std::string& what) const {
+ResultStatus DictionaryStore::failed(const std::string& what) {
+  if (failure_.empty()) failure_ = "dictionary " + path_ + ": " + what;
   return statusWith(kStorageFailed, (inMemory_ ? std::string() : path_ + ": ") + what);
+}
+
+std::string DictionaryStore::takeFailure() {
+  const std::lock_guard lock(mutex_);
+  return std::exchange(failure_, {});
 }
 
 void DictionaryStore::load(const std::vector<RecordPublication>& publications) {

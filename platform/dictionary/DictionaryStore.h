@@ -48,6 +48,10 @@ class DictionaryStore {
   /// The last round that was closed.
   int64 admitted() const { return admitted_.load(); }
 
+  /// Why publications could not be stored, by the first of them, with the path (UTF-8); empty if
+  /// none failed since the last call.
+  std::string takeFailure();
+
   /// Takes away what was published through this store, but for input.
   void removeRun();
 
@@ -68,7 +72,7 @@ class DictionaryStore {
     int64 published = 0;
     int64 waiting = 0;
   };
-  ResultStatus failed(const std::string& what) const;
+  ResultStatus failed(const std::string& what);
 
   const std::string path_;
   const bool inMemory_;
@@ -82,6 +86,7 @@ class DictionaryStore {
   int64 loaded_ = 0;
   std::map<int, Source> sources_;
   std::list<Arrival> arrivals_;  ///< Of the open round, as they came.
+  std::string failure_;          ///< The first, until it is taken.
 
   std::mutex readMutex_;  ///< Guards `reading_`.
   /// A second connection, so that nobody who reads waits for the disk. Null in memory.

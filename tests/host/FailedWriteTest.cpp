@@ -62,6 +62,21 @@ TEST_F(FailedWrite, shouldPlayOnAndReportWhenTheStoreCannotGrow) {
   expectReported(store);
 }
 
+TEST_F(FailedWrite, shouldPlayOnAndReportWhenTheDictionaryCannotGrow) {
+  const std::string dictionary = folder_ / "dictionary.db";
+  const std::vector<std::string> arguments = {
+      "run",          "-s",           "publisher_server", "--server", "-b",
+      "A.X=" + bars_, "--dictionary", dictionary,         "--report", report_};
+  ASSERT_EQ(test::runProgram(arguments).exitCode, kExitSuccess);
+  const auto size = static_cast<long>(fs::file_size(dictionary));
+  ASSERT_GT(size, static_cast<long>(fs::file_size(report_ + "/report.json")));
+  fs::remove_all(report_);
+  const auto result = test::runProgram(arguments, {}, {{}, size});
+  EXPECT_EQ(result.exitCode, kExitRunFailed) << result.out;
+  EXPECT_THAT(result.err, HasSubstr("orvane: dictionary " + dictionary));
+  expectReported(dictionary);
+}
+
 TEST_F(FailedWrite, shouldWriteTheOtherFilesWhenOneOfTheReportCannotBeWritten) {
   fs::create_directories(report_ + "/trades.csv");
   const auto result = run({});
