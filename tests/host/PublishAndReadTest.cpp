@@ -18,9 +18,8 @@ using testing::Not;
 class PublishAndRead : public testing::Test {
  protected:
   test::ProgramResult run(std::vector<std::string> more = {}) {
-    std::vector<std::string> all = {
-        "run", std::string(ORVANE_TEST_EXAMPLES) + "/publish_and_read/run.json", "--report",
-        folder_ / "report"};
+    std::vector<std::string> all = {"run", ORVANE_TEST_EXAMPLES "/publish_and_read/run.json",
+                                    "--report", folder_ / "report"};
     all.insert(all.end(), more.begin(), more.end());
     return test::runProgram(all);
   }
