@@ -2,6 +2,7 @@
 // hears of it.
 
 #include <functional>
+#include <ostream>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -24,6 +25,10 @@ struct Request {
   std::vector<int> toldWhenRunning;
   bool startsWhenNot;  ///< Begins a run when none is on; all others change nothing then.
 };
+
+void PrintTo(const From& from, std::ostream* out) { *out << from.name; }
+
+void PrintTo(const Request& request, std::ostream* out) { *out << request.name; }
 
 const From kFroms[] = {{"Idle", 0},
                        {"Failed", RunnerStateError},
