@@ -72,6 +72,4 @@ Description readDescription(const QJsonObject& json);
 /// Reads a period such as "5min", "30s", "1h", "day", "m5" or "D1"; 0 if it is none.
 std::int64_t parsePeriod(std::string_view text);
 
-inline constexpr std::int64_t kWeekMs = 7 * kDayMs;
-
 }  // namespace orvane::detail

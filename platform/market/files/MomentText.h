@@ -3,9 +3,9 @@
 #include <cstdint>
 #include <string_view>
 
-namespace orvane::detail {
+#include "platform/core/Periods.h"
 
-inline constexpr std::int64_t kDayMs = 86'400'000;
+namespace orvane::detail {
 
 /// The order of day, month and year in a date whose year does not come first.
 enum class DateOrder : std::uint8_t { Unknown, DayFirst, MonthFirst };
