@@ -1,5 +1,7 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <functional>
 #include <memory>
 
@@ -44,6 +46,13 @@ struct PublishingPlayback {
     });
     platform.quotes().subscribeBars(makeQuery(a), kOneMinute, runner, 100 + ++runners);
     return runner;
+  }
+  /// Asks for the bars of a code, those of the past and those to come.
+  std::shared_ptr<RecordingSpi> readBars(const ICodeID& code, const TermPair& term = kOneMinute,
+                                         int requestId = 1) {
+    auto reader = std::make_shared<RecordingSpi>();
+    EXPECT_EQ(platform.quotes().subscribeBars(makeQuery(code), term, reader, requestId).code, 0);
+    return reader;
   }
   InstalledPlatform platform;
   const ICodeID a = platform.code("A"), p = platform.code("P"), q = platform.code("Q");

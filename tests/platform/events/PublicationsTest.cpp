@@ -17,6 +17,15 @@ using ::testing::HasSubstr;
 
 using Setting = PublishingPlayback;
 
+/// Keeps every quote and tick that it gets.
+struct TickReader final : QuoteSpi {
+  void onQuote(const IDepthMarketData& quote) override { got.push_back(quote); }
+  void onTick(int, const std::vector<IDepthMarketData>& ticks, const ResultStatus&, int) override {
+    got.insert(got.end(), ticks.begin(), ticks.end());
+  }
+  std::vector<IDepthMarketData> got;
+};
+
 TEST(Publications, shouldBeSeenByOtherRunnersAsBarsLikeAnyOther) {
   Setting on;
   on.platform->addPublished(on.p, "1m");
@@ -24,8 +33,7 @@ TEST(Publications, shouldBeSeenByOtherRunnersAsBarsLikeAnyOther) {
   auto runner = on.eachMinute([&](int minute) {
     EXPECT_EQ(publisher->publishQuoteItems2(on.p, {barOf(minute, minute * 10)}, kLive).code, 0);
   });
-  auto reader = std::make_shared<RecordingSpi>();
-  EXPECT_EQ(on.platform.quotes().subscribeBars(makeQuery(on.p), kOneMinute, reader, 1).code, 0);
+  const auto reader = on.readBars(on.p);
   on.platform->run();
   EXPECT_THAT(reader->lines(), ElementsAre("@0:01 bar#1 flags=16", "@0:01 bar#1 0:00-0:01",
                                            "@0:02 bar#1 0:01-0:02", "@0:03 bar#1 0:02-0:03",
@@ -53,15 +61,7 @@ TEST(Publications, shouldBeSeenAsQuotesAndTicksWithEveryFieldAsItWasPublished) {
       EXPECT_EQ(publisher->publishQuoteList({given}, kLive).code, 0);
     }
   });
-  struct Spi final : QuoteSpi {
-    std::vector<IDepthMarketData> got;
-    void onQuote(const IDepthMarketData& quote) override { got.push_back(quote); }
-    void onTick(int, const std::vector<IDepthMarketData>& ticks, const ResultStatus&,
-                int) override {
-      got.insert(got.end(), ticks.begin(), ticks.end());
-    }
-  };
-  auto quotes = std::make_shared<Spi>(), ticks = std::make_shared<Spi>();
+  auto quotes = std::make_shared<TickReader>(), ticks = std::make_shared<TickReader>();
   EXPECT_EQ(on.platform.quotes().subscribeQuote(on.p, quotes, 0).code, 0);
   EXPECT_EQ(on.platform.quotes().subscribeBars(makeQuery(on.p), kTick, ticks, 1).code, 0);
   IDepthMarketData last;
@@ -88,8 +88,7 @@ TEST(Publications, shouldGiveLongerBarsThatAreMadeOfThePublishedOnes) {
     publisher->publishQuoteItems2(on.p, {barOf(minute, minute)}, kLive);
     publisher->publishQuoteList({makeTick(on.q, kMonday + minute * kMinute, minute, 2)}, kLive);
   });
-  auto reader = std::make_shared<RecordingSpi>();
-  on.platform.quotes().subscribeBars(makeQuery(on.p), kFiveMinutes, reader, 1);
+  const auto reader = on.readBars(on.p, kFiveMinutes);
   on.platform.quotes().subscribeBars(makeQuery(on.q), kFiveMinutes, reader, 2);
   on.platform->run();
   EXPECT_THAT(reader->lines(), ElementsAre("@0:01 bar#1 flags=16", "@0:01 bar#2 flags=16",
@@ -103,14 +102,12 @@ TEST(Publications, shouldTellHistoryToNobodyButLaterRequests) {
   Setting on(2);
   on.platform->addPublished(on.p, "1m");
   auto publisher = makePublisher();
-  auto reader = std::make_shared<RecordingSpi>();
-  on.platform.quotes().subscribeBars(makeQuery(on.p), kOneMinute, reader, 1);
+  const auto reader = on.readBars(on.p);
   on.platform->drain();
   EXPECT_EQ(publisher->publishQuoteSeries(on.p, {barOf(-1, 1), barOf(0, 2)}, kMinute, 0).code, 0);
   on.platform->run();
   EXPECT_THAT(reader->lines(), ElementsAre("@0:01 bar#1 flags=16"));
-  auto late = std::make_shared<RecordingSpi>();
-  on.platform.quotes().subscribeBars(makeQuery(on.p), kOneMinute, late, 2);
+  const auto late = on.readBars(on.p, kOneMinute, 2);
   on.platform->drain();
   EXPECT_EQ(late->bars().size(), 2u);
 }
@@ -151,16 +148,12 @@ TEST(Publications, shouldComeInOneOrderWhicheverThreadIsFaster) {
               on.p, {makeTick({}, kMonday + kMinute, number * 10 + i)}, kLive);
         if (number == faster) first.count_down();
       }));
-    struct Spi final : QuoteSpi {
-      std::vector<double> prices;
-      void onQuote(const IDepthMarketData& quote) override {
-        prices.push_back(QuoteView(quote).lastPrice());
-      }
-    };
-    auto reader = std::make_shared<Spi>();
+    auto reader = std::make_shared<TickReader>();
     on.platform.quotes().subscribeQuote(on.p, reader, 0);
     on.platform->run();
-    return reader->prices;
+    std::vector<double> prices;
+    for (const IDepthMarketData& got : reader->got) prices.push_back(QuoteView(got).lastPrice());
+    return prices;
   };
   EXPECT_THAT(played(0), ElementsAre(0, 1, 2, 10, 11, 12));
   EXPECT_THAT(played(1), ElementsAre(0, 1, 2, 10, 11, 12));
@@ -174,8 +167,7 @@ TEST(Publications, shouldDropTheRowsOfThePublisherThatComesSecondInTime) {
     EXPECT_EQ(second->publishQuoteItems2(on.p, {barOf(1, 2)}, kLive).code, 0);
     EXPECT_EQ(first->publishQuoteItems2(on.p, {barOf(1, 1)}, kLive).code, 0);
   });
-  auto reader = std::make_shared<RecordingSpi>();
-  on.platform.quotes().subscribeBars(makeQuery(on.p), kOneMinute, reader, 1);
+  const auto reader = on.readBars(on.p);
   on.platform->run();
   ASSERT_EQ(reader->bars().size(), 1u);
   EXPECT_EQ(KLineView(reader->bars()[0]).close(), 1);
@@ -200,29 +192,32 @@ TEST(Publications, shouldRefuseAtOnceWhatComesBeforeTheSamePublishersRowsThatAre
   EXPECT_THAT(answers, ElementsAre(-2, -2));
 }
 
+/// The first account buys one of a code, at any price.
+void buy(Setting& on, const ICodeID& code) {
+  const TradingAccountID account = *tradeOf(on.platform).tradingAccounts().begin();
+  std::list<Order> orders;
+  const auto request = makeRequest(account, code, order::Direction::Buy);
+  EXPECT_EQ(tradeOf(on.platform).sendOrder(request, orders).code, 0);
+}
+
+/// How much of P the first account holds.
+double heldOf(Setting& on) {
+  const TradingAccountID account = *tradeOf(on.platform).tradingAccounts().begin();
+  Position held;
+  tradeOf(on.platform).getPosition(account, on.p, held);
+  return PositionView(held).longSide().volume();
+}
+
 TEST(Publications, shouldFillOrdersThatStoodBeforeAndNoneThatAnswerTheRecord) {
   PlatformOptions options = tradeOptions();
   Setting on(4, options);
   on.platform->addPublished(on.p, "tick");
   auto publisher = makePublisher();
-  TradingAccountID account;
-  const auto accounts = tradeOf(on.platform).tradingAccounts();
-  account = *accounts.begin();
-  const auto position = [&] {
-    Position held;
-    tradeOf(on.platform).getPosition(account, on.p, held);
-    return PositionView(held).longSide().volume();
-  };
   std::vector<double> held;
   auto runner = on.eachMinute([&](int minute) {
-    held.push_back(position());
+    held.push_back(heldOf(on));
     publisher->publishQuoteItems(on.p, {makeTick({}, kMonday + minute * kMinute, 100, 5)}, kLive);
-    if (minute != 2) return;
-    std::list<Order> orders;
-    EXPECT_EQ(tradeOf(on.platform)
-                  .sendOrder(makeRequest(account, on.p, order::Direction::Buy), orders)
-                  .code,
-              0);
+    if (minute == 2) buy(on, on.p);
   });
   on.platform->run();
   // Sent at 0:02 beside a price of that time, filled by the price of 0:03.
@@ -232,55 +227,44 @@ TEST(Publications, shouldFillOrdersThatStoodBeforeAndNoneThatAnswerTheRecord) {
 TEST(Publications, shouldFillAnOrderThatWaitedBeforeAnybodyPublishedItsCode) {
   Setting on(3, tradeOptions());
   auto publisher = makePublisher();
-  const TradingAccountID account = *tradeOf(on.platform).tradingAccounts().begin();
   auto runner = on.eachMinute([&](int minute) {
-    std::list<Order> orders;
     if (minute == 1)
-      tradeOf(on.platform).sendOrder(makeRequest(account, on.p, order::Direction::Buy), orders);
+      buy(on, on.p);
     else
       publisher->publishQuoteItems(on.p, {makeTick({}, kMonday + minute * kMinute, 100, 5)}, kLive);
   });
   on.platform->run();
-  Position held;
-  tradeOf(on.platform).getPosition(account, on.p, held);
-  EXPECT_EQ(PositionView(held).longSide().volume(), 1);
+  EXPECT_EQ(heldOf(on), 1);
 }
 
 TEST(Publications, shouldFillAnOrderThatWaitedWhenAnotherCodeIsTradedAfterTheAnnouncement) {
   Setting on(4, tradeOptions());
   auto publisher = makePublisher();
-  const TradingAccountID account = *tradeOf(on.platform).tradingAccounts().begin();
   auto runner = on.eachMinute([&](int minute) {
-    std::list<Order> orders;
-    if (minute == 1)
-      tradeOf(on.platform).sendOrder(makeRequest(account, on.p, order::Direction::Buy), orders);
+    if (minute == 1) buy(on, on.p);
     if (minute == 2) {
       EXPECT_EQ(publisher->publishOp6("P.X", "tick", 0).code, 0);
-      tradeOf(on.platform).sendOrder(makeRequest(account, on.a, order::Direction::Buy), orders);
+      buy(on, on.a);
     }
     if (minute > 2)
       publisher->publishQuoteItems(on.p, {makeTick({}, kMonday + minute * kMinute, 100, 5)}, kLive);
   });
   on.platform->run();
-  Position held;
-  tradeOf(on.platform).getPosition(account, on.p, held);
-  EXPECT_EQ(PositionView(held).longSide().volume(), 1);
+  EXPECT_EQ(heldOf(on), 1);
 }
 
 TEST(Publications, shouldNotTellLongerBarsThatAreMadeOfHistory) {
   Setting on(2);
   on.platform->addPublished(on.p, "1m");
   auto publisher = makePublisher();
-  auto reader = std::make_shared<RecordingSpi>();
-  on.platform.quotes().subscribeBars(makeQuery(on.p), kFiveMinutes, reader, 1);
+  const auto reader = on.readBars(on.p, kFiveMinutes);
   on.platform->drain();
   publisher->publishQuoteItems2(on.p, {barOf(-6, 1), barOf(-1, 1)}, 0);
   auto runner = on.eachMinute(
       [&](int minute) { publisher->publishQuoteItems2(on.p, {barOf(minute, minute)}, kLive); });
   on.platform->run();
   EXPECT_THAT(reader->lines(), ElementsAre("@0:01 bar#1 flags=16"));
-  auto late = std::make_shared<RecordingSpi>();
-  on.platform.quotes().subscribeBars(makeQuery(on.p), kFiveMinutes, late, 2);
+  const auto late = on.readBars(on.p, kFiveMinutes, 2);
   on.platform->drain();
   EXPECT_EQ(late->bars().size(), 2u);
 }
@@ -289,8 +273,7 @@ TEST(Publications, shouldChangeNoLongerBarThatIsCompleteWhenABarComesLate) {
   Setting on(7);
   on.platform->addPublished(on.p, "1m");
   auto publisher = makePublisher();
-  auto reader = std::make_shared<RecordingSpi>();
-  on.platform.quotes().subscribeBars(makeQuery(on.p), kFiveMinutes, reader, 1);
+  const auto reader = on.readBars(on.p, kFiveMinutes);
   auto runner = on.eachMinute([&](int minute) {
     if (minute == 1) publisher->publishQuoteItems2(on.p, {barOf(1, 1)}, kLive);
     if (minute == 7) publisher->publishQuoteItems2(on.p, {barOf(3, 3), barOf(7, 7)}, kLive);
@@ -309,8 +292,7 @@ TEST(Publications, shouldBeForgottenOnARewindAndPlayedAgain) {
   });
   on.platform->run();
   on.platform->rewind();
-  auto reader = std::make_shared<RecordingSpi>();
-  on.platform.quotes().subscribeBars(makeQuery(on.p), kOneMinute, reader, 1);
+  const auto reader = on.readBars(on.p);
   on.platform->drain();
   EXPECT_THAT(reader->lines(), ElementsAre("@0:01 bar#1 flags=16"));
   on.platform->run();
@@ -333,8 +315,7 @@ TEST(Publications, shouldTakeTheLocalDayWhereNoTradingDayIsTold) {
   IDepthMarketData last;
   EXPECT_EQ(on.platform.quotes().getQuote(on.p, last, 0).code, 0);
   EXPECT_EQ(QuoteView(last).tradingDay(), 20210104);
-  auto reader = std::make_shared<RecordingSpi>();
-  on.platform.quotes().subscribeBars(makeQuery(east), kOneDay, reader, 1);
+  const auto reader = on.readBars(east, kOneDay);
   on.platform->drain();
   ASSERT_EQ(reader->bars().size(), 1u);
   EXPECT_EQ(KLineView(reader->bars()[0]).tradingDay(), 20210103);
@@ -353,8 +334,7 @@ TEST(Publications, shouldTakeThePriceOfAShortForm) {
       EXPECT_EQ(publisher->publisherOp4("P", "13", 4, 0, "", 0, 0).code, 0);
     }
   });
-  auto bars = std::make_shared<RecordingSpi>();
-  on.platform.quotes().subscribeBars(makeQuery(on.p), kOneMinute, bars, 1);
+  on.readBars(on.p);
   on.platform->run();
   IDepthMarketData last;
   EXPECT_EQ(on.platform.quotes().getQuote(on.p, last, 0).code, 0);
