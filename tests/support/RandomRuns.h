@@ -1,7 +1,9 @@
 #pragma once
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
+#include <random>
 
 namespace orvane::support {
 
@@ -28,6 +30,12 @@ inline int randomRuns(int usual) {
   const char* const wanted = std::getenv("ORVANE_RANDOM_RUNS");
   const int runs = wanted != nullptr ? std::atoi(wanted) : usual / kSanitizerDivisor;
   return std::max(runs, kFewestRuns);
+}
+
+/// Where a random test begins: what ORVANE_RANDOM_SEED says, to repeat a run, or else any number.
+inline std::uint64_t randomSeed() {
+  const char* const wanted = std::getenv("ORVANE_RANDOM_SEED");
+  return wanted != nullptr ? std::strtoull(wanted, nullptr, 10) : std::random_device{}();
 }
 
 }  // namespace orvane::support
