@@ -8,6 +8,10 @@ namespace orvane {
 
 class RunnerContext;
 
+namespace detail {
+struct RunnerAccess;
+}
+
 /// The host's handle on a run: owns the context and forwards to it. The sources are wired to the
 /// context exactly as long as the handle lives.
 class Runner final : public IRunner {
@@ -27,6 +31,8 @@ class Runner final : public IRunner {
   void setEnvItems(const std::list<EnvItem>& items) override;
 
  private:
+  friend struct detail::RunnerAccess;
+
   std::shared_ptr<RunnerContext> context_;
 };
 
