@@ -1,10 +1,27 @@
 #include "host/FreshFiles.h"
 
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
 #include <filesystem>
 
 namespace orvane {
 
 namespace fs = std::filesystem;
+
+namespace {
+
+/// Whether another run made the file its own meanwhile; it then stays.
+bool isInUse(const std::string& path) {
+  const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  if (file < 0) return false;
+  const bool isHeld = flock(file, LOCK_EX | LOCK_NB) != 0;
+  close(file);
+  return isHeld;
+}
+
+}  // namespace
 
 FreshFiles::FreshFiles(const std::vector<std::string>& paths) {
   std::error_code error;
@@ -16,6 +33,7 @@ FreshFiles::FreshFiles(const std::vector<std::string>& paths) {
 FreshFiles::~FreshFiles() {
   std::error_code error;
   // A database may have left files of its own beside itself.
+  std::erase_if(paths_, isInUse);
   for (const std::string& path : paths_)
     for (const char* tail : {"", "-journal", "-wal", "-shm"}) fs::remove(path + tail, error);
 }

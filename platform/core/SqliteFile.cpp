@@ -96,6 +96,12 @@ SQLite::Database openSqlite(const std::string& path, const SqliteFormat& format)
   return database;
 }
 
+SQLite::Database openSqliteAgain(const std::string& path) {
+  SQLite::Database database(path, SQLite::OPEN_READWRITE, kBusyWaitMs);
+  database.exec("PRAGMA synchronous = FULL");
+  return database;
+}
+
 void rollBack(SQLite::Database& database) noexcept {
   try {
     database.exec("ROLLBACK");

@@ -24,6 +24,11 @@ inline constexpr const char* kSqliteInMemory = ":memory:";
 /// of this format; it is then as it was before.
 SQLite::Database openSqlite(const std::string& path, const SqliteFormat& format);
 
+/// One more connection to a file that `openSqlite` opened in this process. It does not look into
+/// the file by itself: whoever closes a file takes away the locks that SQLite holds on it for the
+/// whole process, and another program could then throw away what was written.
+SQLite::Database openSqliteAgain(const std::string& path);
+
 /// Takes back what the connection has not committed; never throws.
 void rollBack(SQLite::Database& database) noexcept;
 

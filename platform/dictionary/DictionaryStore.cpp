@@ -19,9 +19,11 @@ constexpr int64 kRanksPerSource = int64{1} << 40;
 DictionaryStore::DictionaryStore(const std::string& path, bool isPlayback)
     : path_(path), inMemory_(path.empty()) {
   try {
-    tables_ = std::make_unique<DictionaryTables>(inMemory_ ? kSqliteInMemory : path);
+    using Connection = DictionaryTables::Connection;
+    tables_ =
+        std::make_unique<DictionaryTables>(inMemory_ ? kSqliteInMemory : path, Connection::First);
     base_ = tables_->beginSession(isPlayback);
-    if (!inMemory_) reading_ = std::make_unique<DictionaryTables>(path);
+    if (!inMemory_) reading_ = std::make_unique<DictionaryTables>(path, Connection::Further);
   } catch (const std::exception& error) {
     throw std::runtime_error("dictionary " + path + ": " + error.what());
   }

@@ -116,8 +116,13 @@ class DictionaryTables::Query {
   SqliteRow row_;
 };
 
-DictionaryTables::DictionaryTables(const std::string& path)
-    : database_(openSqlite(path, {kApplicationId, kTablesVersion, kTables})) {}
+DictionaryTables::DictionaryTables(const std::string& path, Connection connection)
+    : lock_(connection == Connection::Further || path == kSqliteInMemory
+                ? nullptr
+                : std::make_unique<const FileLock>(path)),
+      database_(connection == Connection::Further
+                    ? openSqliteAgain(path)
+                    : openSqlite(path, {kApplicationId, kTablesVersion, kTables})) {}
 
 SQLite::Statement& DictionaryTables::prepared(const char* sql) {
   std::unique_ptr<SQLite::Statement>& statement = statements_[sql];

@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/core/FileLock.h"
 #include "platform/dictionary/RecordPublication.h"
 
 namespace orvane::detail {
@@ -61,8 +62,12 @@ struct Arrival {
 /// before it, so each view of the past stays what it was.
 class DictionaryTables {
  public:
-  /// Opens or makes the file and its tables; `path` may be that of the memory.
-  explicit DictionaryTables(const std::string& path);
+  enum class Connection { First, Further };
+
+  /// Opens or makes the file and its tables; `path` may be that of the memory. The first
+  /// connection to a file keeps it for itself and for further ones of its process, which must go
+  /// before it; throws `std::runtime_error` if another run has it.
+  DictionaryTables(const std::string& path, Connection connection);
 
   /// Takes rounds for one more platform on this file, and returns the first of them.
   int64 beginSession(bool isPlayback);
@@ -103,6 +108,7 @@ class DictionaryTables {
   bool hasAlike(int64 series, const Record& record, std::int32_t valueType, int64 shownAt);
   SQLite::Statement& prepared(const char* sql);
 
+  const std::unique_ptr<const FileLock> lock_;  ///< Null in memory and for further connections.
   SQLite::Database database_;
   std::map<const char*, std::unique_ptr<SQLite::Statement>> statements_;
   std::map<SeriesKey, int64> series_;     ///< Known and committed.

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "platform/core/FileLock.h"
 #include "platform/core/SqliteFile.h"
 #include "platform/trade/SqliteStore.h"
 
@@ -14,7 +15,7 @@ namespace orvane::detail {
 /// SQLite refuses is thrown as `SQLite::Exception`.
 class SqliteStore::Tables {
  public:
-  /// Opens or makes the file and its tables.
+  /// Opens or makes the file and its tables. Throws `std::runtime_error` if another run has it.
   explicit Tables(const std::string& path);
 
   void begin() { database_.exec("BEGIN IMMEDIATE"); }
@@ -32,6 +33,7 @@ class SqliteStore::Tables {
   void addOrder(const Order& order);
   void addFill(const OrderFill& fill);
 
+  const FileLock lock_;
   SQLite::Database database_;
   int64 run_ = 0;
   int64 fills_ = 0;

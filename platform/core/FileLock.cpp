@@ -1,0 +1,60 @@
+#include "platform/core/FileLock.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <mutex>
+#include <set>
+#include <stdexcept>
+
+namespace orvane::detail {
+namespace {
+
+using FileKey = std::pair<dev_t, ino_t>;
+
+/// The files that this process holds.
+struct HeldFiles {
+  std::mutex mutex;
+  std::set<FileKey> files;
+};
+
+HeldFiles& held() {
+  static HeldFiles* const list = new HeldFiles;  // Locks may be let go while the process ends.
+  return *list;
+}
+
+[[noreturn]] void refuse() {
+  throw std::runtime_error("it is in use by another run; take another file, or wait for its end");
+}
+
+}  // namespace
+
+FileLock::FileLock(const std::string& path) {
+  HeldFiles& list = held();
+  const std::lock_guard lock(list.mutex);
+  struct stat its {};
+  // Only to open and to close such a file would take away the locks that SQLite holds on it.
+  if (stat(path.c_str(), &its) == 0 && list.files.contains({its.st_dev, its.st_ino})) refuse();
+  const int opened = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0644);
+  if (opened < 0) return;
+  if (flock(opened, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
+    close(opened);
+    refuse();
+  }
+  descriptor_ = opened;
+  if (fstat(opened, &its) == 0) file_ = {its.st_dev, its.st_ino};
+  list.files.insert(file_);
+}
+
+FileLock::~FileLock() {
+  if (descriptor_ < 0) return;
+  HeldFiles& list = held();
+  const std::lock_guard lock(list.mutex);
+  list.files.erase(file_);
+  close(descriptor_);
+}
+
+}  // namespace orvane::detail

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <string>
+#include <utility>
+
+namespace orvane::detail {
+
+/// Keeps a file for one owner while it lives: a second lock of the same file, in this process or
+/// another, is refused. It binds those who take it and nobody else, so any tool can still read the
+/// file. It goes with the process, however that ends.
+///
+/// Make it before anything opens the file, and let it go after everything has closed it: closing
+/// the lock's own descriptor would take away the locks that SQLite holds in this process.
+class FileLock {
+ public:
+  /// `path` is UTF-8. A file that is not there is made; where it cannot be opened nothing is held,
+  /// and whoever opens it next will say why. Throws `std::runtime_error`, which does not name the
+  /// path, if another owner has it.
+  explicit FileLock(const std::string& path);
+  ~FileLock();
+  FileLock(const FileLock&) = delete;
+  FileLock& operator=(const FileLock&) = delete;
+
+ private:
+  int descriptor_ = -1;
+  std::pair<dev_t, ino_t> file_;  ///< What stands in the list of this process.
+};
+
+}  // namespace orvane::detail
