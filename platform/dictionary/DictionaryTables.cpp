@@ -68,15 +68,26 @@ constexpr const char* kNewest = "SELECT" ORVANE_COLUMNS "FROM records AS r WHERE
 constexpr const char* kArrivals = "SELECT" ORVANE_COLUMNS
                                   ", tag, is_deletion, shown_ms, name, target"
                                   " FROM records AS r JOIN series USING (series_id)"
-                                  " WHERE r.shown_ms > ?4 AND " ORVANE_IN_VIEW("r")
-                                      ORVANE_NOT_DELETED " ORDER BY shown_ms, round, rank, item";
+                                  " WHERE r.shown_ms > ?4 AND " ORVANE_IN_VIEW(
+                                      "r") " AND (r.is_deletion = 1 OR (1" ORVANE_NOT_DELETED
+                                           "))"
+                                           " ORDER BY shown_ms, round, rank, item";
 constexpr const char* kNextArrival = "SELECT min(shown_ms) FROM records WHERE shown_ms > ?1";
 constexpr const char* kFindSeries = "SELECT series_id FROM series WHERE name = ?1 AND target = ?2";
 constexpr const char* kMakeSeries = "INSERT INTO series(name, target) VALUES(?1, ?2)";
 constexpr const char* kAdd = "INSERT INTO records VALUES(?,?,?,?,?,?,?,?,?,?,?,?,?,?)";
+// That nothing of the same key and of round ?3 stands behind a row.
+#define ORVANE_LAST_OF_ROUND(deletion)                                \
+  " AND NOT EXISTS(SELECT 1 FROM records AS o WHERE o.series_id = ?1" \
+  " AND o.key = ?2 AND o.round = ?3 AND o.is_deletion = " deletion    \
+  " AND (o.round, o.rank, o.item) > (r.round, r.rank, r.item)) LIMIT 1"
 constexpr const char* kAlike =
-    "SELECT 1 FROM records WHERE series_id = ?1 AND key = ?2 AND value2 = ?3 AND text = ?4"
-    " AND value_type = ?5 AND shown_ms = ?6 AND is_deletion = 0 LIMIT 1";
+    "SELECT 1 FROM records AS r WHERE series_id = ?1 AND key = ?2 AND shown_ms = ?4"
+    " AND is_deletion = 0 AND value2 = ?5 AND text = ?6 AND value_type = ?7" ORVANE_LAST_OF_ROUND(
+        "1");
+constexpr const char* kAlikeDeletion =
+    "SELECT 1 FROM records AS r WHERE series_id = ?1 AND key = ?2 AND shown_ms = ?4"
+    " AND is_deletion = 1" ORVANE_LAST_OF_ROUND("0");
 constexpr const char* kRemoveSession =
     "DELETE FROM records WHERE round >= ?1 AND round < ?2 AND is_input = 0";
 
@@ -157,7 +168,10 @@ void DictionaryTables::add(const RecordPublication& publication, RecordPlace pla
   const bool hasTime = publishedAt != -kUnsetTime;
   for (const Record& record : publication.records) {
     const int64 shownAt = deletes ? publishedAt : std::max(record.key, publishedAt);
-    if (onlyNew && !deletes && hasAlike(series, record, publication.valueType, shownAt)) continue;
+    if (onlyNew &&
+        (deletes ? hasAlikeDeletion(series, record.key, shownAt, place.round)
+                 : hasAlike(series, record, publication.valueType, shownAt, place.round)))
+      continue;
     Query query(prepared(kAdd));
     query->add(series).add(record.key).add(place.round).add(place.rank).add(place.item++);
     query->add(record.value2).bytes(deletes ? std::string() : record.text);
@@ -168,10 +182,16 @@ void DictionaryTables::add(const RecordPublication& publication, RecordPlace pla
 }
 
 bool DictionaryTables::hasAlike(int64 series, const Record& record, std::int32_t valueType,
-                                int64 shownAt) {
+                                int64 shownAt, int64 round) {
   Query query(prepared(kAlike));
-  query->add(series).add(record.key).add(record.value2).bytes(record.text);
-  query->add(valueType).add(shownAt);
+  query->add(series).add(record.key).add(round).add(shownAt);
+  query->add(record.value2).bytes(record.text).add(valueType);
+  return query.next();
+}
+
+bool DictionaryTables::hasAlikeDeletion(int64 series, int64 key, int64 shownAt, int64 round) {
+  Query query(prepared(kAlikeDeletion));
+  query->add(series).add(key).add(round).add(shownAt);
   return query.next();
 }
 

@@ -77,8 +77,9 @@ class DictionaryTables {
   void rollback() noexcept;
 
   /// Between `begin` and `commit`. `publishedAt` is UTC milliseconds, or `-kUnsetTime` for records
-  /// that were there from the start. With `onlyNew` records that are there already, alike in all
-  /// parts, are passed over.
+  /// that were there from the start. With `onlyNew` records and deletions that are there already,
+  /// alike in all parts, are passed over, unless something that was added at the same round stands
+  /// between: what a list says last of a key holds, however much of it was known.
   void add(const RecordPublication& publication, RecordPlace place, int64 publishedAt, bool isInput,
            bool onlyNew);
   /// Between `begin` and `commit`: takes what was published in the session that begins at round
@@ -105,7 +106,9 @@ class DictionaryTables {
   using SeriesKey = std::pair<std::string, std::string>;
   int64 findSeries(const std::string& name, const std::string& target);
   int64 makeSeries(const std::string& name, const std::string& target);
-  bool hasAlike(int64 series, const Record& record, std::int32_t valueType, int64 shownAt);
+  bool hasAlike(int64 series, const Record& record, std::int32_t valueType, int64 shownAt,
+                int64 round);
+  bool hasAlikeDeletion(int64 series, int64 key, int64 shownAt, int64 round);
   SQLite::Statement& prepared(const char* sql);
 
   const std::unique_ptr<const FileLock> lock_;  ///< Null in memory and for further connections.
