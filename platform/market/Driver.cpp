@@ -45,6 +45,7 @@ void PlaybackDriver::end() {
 }
 
 void PlaybackDriver::run() {
+  isRunning_ = true;
   Feed feed(parts_.store.streams(), parts_.store.to());
   announce(progress_, feed);
   dataStart_ = parts_.clock.load();
@@ -60,9 +61,12 @@ void PlaybackDriver::run() {
   settle();
   parts_.trade.endRun();
   end();
+  isRunning_ = false;
 }
 
 void PlaybackDriver::settleOnly() {
+  // Posted while a run is under way: whoever runs it settles all by itself.
+  if (isRunning_) return;
   begin();
   settle();
   parts_.trade.persist(true);
@@ -153,7 +157,7 @@ void PlaybackDriver::waitQuiet() {
 }
 
 bool PlaybackDriver::pace(int64 time) {
-  const auto ahead = static_cast<int64>(static_cast<double>(time - dataStart_) / speed_);
+  const int64 ahead = timesWithin(static_cast<double>(time - dataStart_) / speed_);
   const auto due = wallStart_ + milliseconds(std::max<int64>(0, ahead));
   if (system_clock::now() >= due) return true;
   // While nothing is to be played the workers take the tasks of whoever else starts or asks.

@@ -71,6 +71,7 @@ class PlaybackDriver {
   std::unique_lock<std::mutex> turn_;
   ServiceLoop::WallTime wallStart_;
   int64 dataStart_ = 0;
+  bool isRunning_ = false;
   bool endsWithEvents_ = false;  ///< There are no records: the script is what is played.
 };
 

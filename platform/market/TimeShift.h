@@ -1,11 +1,19 @@
 #pragma once
 
+#include <algorithm>
 #include <cmath>
 
 #include "platform/fields/KLineView.h"
 #include "platform/fields/QuoteView.h"
 
 namespace orvane::detail {
+
+/// A span in milliseconds, whatever a very small or large speed made of it: beyond two centuries
+/// nobody waits for its end, and times would leave the range of the clocks.
+inline int64 timesWithin(double spanMs) {
+  constexpr double kMostMs = 200 * 365.25 * 86'400'000;
+  return static_cast<int64>(std::clamp(spanMs, -kMostMs, kMostMs));
+}
 
 /// How the times of the data are shown: as they are in playback; in live mode moved so that the
 /// first record is now, and drawn together by the feed's speed.
@@ -18,15 +26,14 @@ class TimeShift {
   int64 shown(int64 time) const {
     if (!on_) return time;
     if (speed_ == 1) return time - dataStart_ + shownStart_;
-    return shownStart_ + static_cast<int64>(static_cast<double>(time - dataStart_) / speed_);
+    return shownStart_ + timesWithin(static_cast<double>(time - dataStart_) / speed_);
   }
   /// The time in the data that is shown as `time`.
   int64 inData(int64 time) const {
     if (!on_) return time;
     if (speed_ == 1) return time - shownStart_ + dataStart_;
     // Up, so that it is shown as this very time again.
-    return dataStart_ +
-           static_cast<int64>(std::ceil(static_cast<double>(time - shownStart_) * speed_));
+    return dataStart_ + timesWithin(std::ceil(static_cast<double>(time - shownStart_) * speed_));
   }
   void show(IKLine& bar) const {
     if (!on_) return;
