@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <set>
 #include <tuple>
 #include <utility>
@@ -50,6 +51,25 @@ void eachUserField(Visit visit) {
 auto orderOf(const ICodeProperty& property) {
   return std::apply([&](auto... field) { return std::tuple(property.code.id, property.*field...); },
                     kUserFields);
+}
+
+bool isAlike(const ICodeProperty& a, const ICodeProperty& b) {
+  bool same = true;
+  eachUserField([&](auto field) { same = same && a.*field == b.*field; });
+  return same;
+}
+
+/// The first of the numbers that is none at all; null if all are some. Such a one would be new each
+/// time, and has no place in an order.
+const char* endlessFieldOf(const ICodeProperty& property) {
+  for (const auto& [field, value] : {std::pair{"priceTick", property.priceTick},
+                                     {"multiplier", property.multiplier},
+                                     {"lotSize", property.lotSize},
+                                     {"marginRate", property.marginRate},
+                                     {"feePerLot", property.feePerLot},
+                                     {"feeRate", property.feeRate}})
+    if (!std::isfinite(value)) return field;
+  return nullptr;
 }
 
 /// A text that was not found.
@@ -278,6 +298,7 @@ ResultStatus CodeService::correctUserProp(ICodeProperty& property) {
       return status;
     at = entries_.find(found.id);
   }
+  if (const char* field = endlessFieldOf(property)) return wrong(field);
   if (!(property.priceTick >= 0)) return wrong("priceTick");
   if (!(property.multiplier > 0)) return wrong("multiplier");
   if (!(property.lotSize > 0)) return wrong("lotSize");
@@ -310,15 +331,20 @@ void CodeService::change(Entry& entry, const ICodeProperty& wanted, int64 time) 
   eachUserField([&](auto field) {
     if (!anyNew || !heldBefore(field)) changed.*field = wanted.*field;
   });
+  if (isAlike(changed, entry.history.back().property)) return;
   changed.time = time;
   // A change at the time of the last one takes its place.
   if (entry.history.size() > 1 && entry.history.back().time == time) entry.history.pop_back();
   entry.history.push_back({time, changed});
-  entry.held.push_back(std::move(changed));
+  const auto isIt = [&](const ICodeProperty& held) { return isAlike(held, changed); };
+  if (std::none_of(entry.held.begin(), entry.held.end(), isIt))
+    entry.held.push_back(std::move(changed));
 }
 
 ResultStatus CodeService::setUserCodeProperties(const std::vector<ICodeProperty>& properties) {
   const int64 time = now_();
+  for (const ICodeProperty& property : properties)
+    if (const char* field = endlessFieldOf(property)) return statusWith(-2, field);
   {
     const std::lock_guard lock(mutex_);
     for (const ICodeProperty& property : properties)

@@ -71,7 +71,7 @@ class CodeService final : public ICodeService {
     ICodeID code;
     Instrument instrument;
     std::vector<ITimeCodeProp> history;  ///< Ascending by time; the first holds from the start.
-    std::vector<ICodeProperty> held;     ///< All that ever held, also for no time at all.
+    std::vector<ICodeProperty> held;     ///< All that ever held, also for no time at all, once.
   };
   using Link = std::string Instrument::*;
 

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include <latch>
+#include <limits>
 
 #include "services/QuoteClient/ISystemEvent.h"
 #include "tests/platform/events/EventFixture.h"
@@ -109,6 +110,38 @@ TEST(CodeChanges, shouldBeForgottenOnARewind) {
   EXPECT_EQ(propertyOf(code).lotSize, 100);
   platform->rewind();
   EXPECT_EQ(propertyOf(code).lotSize, 1);
+}
+
+TEST(CodeChanges, shouldNotGrowWhenTheSameIsHandedInAgain) {
+  InstalledPlatform platform;
+  const ICodeID code = platform.code("A");
+  ICodeProperty property = propertyOf(code);
+  property.lotSize = 100;
+  for (int i = 0; i < 3; ++i) {
+    hand(property);
+    platform->drain();
+  }
+  std::vector<ITimeCodeProp> history;
+  EXPECT_EQ(codes().historyCodeProperties(code, history, 0).code, 0);
+  EXPECT_EQ(history.size(), 2u) << "what was there, and the one change";
+}
+
+TEST(CodeChanges, shouldRefuseANumberThatIsNone) {
+  InstalledPlatform platform;
+  const ICodeID code = platform.code("A");
+  constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
+  constexpr double kEndless = std::numeric_limits<double>::infinity();
+  for (const double number : {kNone, kEndless, -kEndless}) {
+    ICodeProperty property = propertyOf(code);
+    property.feeRate = number;
+    for (const ResultStatus& status :
+         {codes().setUserCodeProperties({property}), codes().correctUserProp(property)}) {
+      EXPECT_EQ(status.code, -2) << number;
+      EXPECT_THAT(status.message, HasSubstr("feeRate"));
+    }
+  }
+  platform->drain();
+  EXPECT_EQ(propertyOf(code).feeRate, 0);
 }
 
 }  // namespace
