@@ -69,12 +69,20 @@ bool DictionaryService::anyWaiting() const {
          (store_.anyWaiting() && delivers_.load());
 }
 
-int64 DictionaryService::findDue() {
-  dueIsStale_.store(false);
-  nextDue_ = kUnsetTime;
-  if (live_.empty() && snapshots_.empty()) return nextDue_;
+DictionaryView DictionaryService::viewOfDelivery() {
   const DictionaryView view = viewOfReceivers();
-  if (view.now == kUnsetTime) return nextDue_;
+  // Without a time everything was there, and was told: so what comes is what comes from now on.
+  if (view.now != kUnsetTime && !hadTime_) shownThrough_ = view.now;
+  hadTime_ = view.now != kUnsetTime;
+  return view;
+}
+
+int64 DictionaryService::findDue() {
+  nextDue_ = kUnsetTime;
+  const DictionaryView view = viewOfDelivery();
+  // In playback the time may yet begin, with nobody to say so.
+  dueIsStale_.store(parts_.isPlayback && view.now == kUnsetTime);
+  if ((live_.empty() && snapshots_.empty()) || view.now == kUnsetTime) return nextDue_;
   guard("next record", [&] {
     nextDue_ =
         store_.read([&](DictionaryTables& tables) { return tables.nextArrival(shownThrough_); });
@@ -122,7 +130,7 @@ bool DictionaryService::deliverPublished() {
 }
 
 bool DictionaryService::deliverDue() {
-  const DictionaryView view = viewOfReceivers();
+  const DictionaryView view = viewOfDelivery();
   if (view.now == kUnsetTime) return false;
   const int64 due = nextDue();
   const int64 after = std::exchange(shownThrough_, view.now);
@@ -304,6 +312,7 @@ void DictionaryService::rewind() {
   }
   const int64 now = viewOfReceivers().now;
   shownThrough_ = now == kUnsetTime ? -kUnsetTime : now;
+  hadTime_ = now != kUnsetTime;
   for (const auto& request : snapshots_) request->told.reset();
   delivers_.store(true);
   dueIsStale_.store(true);

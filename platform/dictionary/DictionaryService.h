@@ -107,6 +107,7 @@ class DictionaryService final : public IDataService {
   void noteWish(RangeWish wish);
   std::vector<RangeWish> takeWishes();
 
+  DictionaryView viewOfDelivery();
   int64 findDue();
   bool serveAll();
   bool deliverPublished();
@@ -145,6 +146,7 @@ class DictionaryService final : public IDataService {
   std::vector<std::shared_ptr<SnapshotRequest>> snapshots_;
   int64 nextDue_ = kUnsetTime;
   int64 shownThrough_ = -kUnsetTime;  ///< What became due until then was delivered.
+  bool hadTime_ = false;              ///< Whether the clock meant something at the last look.
 };
 
 }  // namespace orvane::detail

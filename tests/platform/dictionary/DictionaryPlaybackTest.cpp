@@ -322,5 +322,20 @@ TEST(DictionaryPlayback, shouldShowEverythingWhenThereIsNoTimeYet) {
   EXPECT_EQ(readAll("N", "a"), textOf(recordsAt("a", {1, 2}).records));
 }
 
+TEST(DictionaryPlayback, shouldTellWhoAskedBeforeThereWasATimeWhatComesLater) {
+  InstalledPlatform platform;
+  const ICodeID code = platform.code("A");
+  platform->addRecords({recordsAt("a", {0, 4})});
+  const auto runner = std::make_shared<RunnerSpi>(RunnerSpi::Handler());
+  dictionary().subscribeData(wanting("N", {"a"}), std::make_shared<RunnerData>(runner), 1);
+  platform->drain();
+  ASSERT_EQ(runner->handled().size(), 1u);
+  EXPECT_TRUE(runner->handled()[0].ends_with("data#1 a 0:00=m0 0:04=m4 f16"));
+  platform->addBars(makeBars(code, kMonday, kMinute, 10));
+  platform->run();
+  EXPECT_EQ(runner->handled().size(), 2u) << "what lies before the start is not told again";
+  EXPECT_EQ(runner->handled().back(), "@0:04 data#1 a 0:04=m4 f0");
+}
+
 }  // namespace
 }  // namespace orvane::testing
