@@ -68,8 +68,9 @@ std::string GridDesk::read(const GridOptions& options, Grid& grid) const {
 }
 
 std::string GridDesk::checkName(const std::string& name) const {
-  const bool isTaken = std::ranges::any_of(
-      grids_, [&](const auto& each) { return each.second.options.name == name; });
+  const bool isTaken = std::ranges::any_of(grids_, [&](const auto& each) {
+    return !each.second.isRemoved && each.second.options.name == name;
+  });
   return isTaken ? "name: another grid is named \"" + name + "\"" : std::string();
 }
 
@@ -88,7 +89,7 @@ std::string GridDesk::lookUp(Grid& grid) const {
 void GridDesk::prepare() {
   const std::lock_guard lock(mutex_);
   for (auto& [id, grid] : grids_) {
-    if (grid.code) continue;
+    if (grid.code || grid.isRemoved) continue;
     const std::string fault = lookUp(grid);
     if (!fault.empty())
       throw std::invalid_argument("grids[" + std::to_string(id - 1) + "]." + gbkToUtf8(fault));

@@ -122,5 +122,23 @@ TEST(GridOptions, shouldAnswerThatAGridIsNotThere) {
   }
 }
 
+TEST(GridOptions, shouldLetTheNameOfARemovedGridBeGivenAgain) {
+  PlatformOptions options = gridOptions(makeGrid("98", "102", "1", "1", "mine"));
+  GridOptions unknown = makeGrid("98", "102", "1", "1", "other");
+  unknown.code = "NOWHERE.X";
+  options.trade.grids.push_back(unknown);
+  GridPlatform platform(options, std::vector<Bar>(4, flat(100.5)));
+  EXPECT_EQ(platform.grids().remove(2).code, 0) << "its code is not there";
+  platform.at(2, [&] {
+    int64 id = 0;
+    EXPECT_EQ(platform.grids().create(makeGrid("90", "94", "1", "1", "mine"), id).code, -2);
+    EXPECT_EQ(platform.grids().remove(1).code, 0);
+    EXPECT_EQ(platform.grids().create(makeGrid("90", "94", "1", "1", "mine"), id).code, 0);
+  });
+  platform.play();
+  ASSERT_EQ(platform.grids().all().size(), 1u);
+  EXPECT_EQ(platform.grids().all()[0].options.lower, "90");
+}
+
 }  // namespace
 }  // namespace orvane::testing
