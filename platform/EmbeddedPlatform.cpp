@@ -1,5 +1,6 @@
 #include "platform/EmbeddedPlatform.h"
 
+#include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <filesystem>
@@ -185,10 +186,12 @@ void EmbeddedPlatform::Impl::noteDictionaryRequest() {
 void EmbeddedPlatform::Impl::resetClock() {
   const std::lock_guard turn(quotes.turn());
   int64 begin = store.beginTime();
+  // Without market data the first event of another kind says when it all begins.
   const bool eventsAlone = options.from == kUnsetTime && !store.hasRecords();
-  if (eventsAlone && generalEvents->firstTime() != kUnsetTime) begin = generalEvents->firstTime();
+  const int64 firstEvent = std::min(generalEvents->firstTime(), index.firstTime());
+  if (eventsAlone && firstEvent != kUnsetTime) begin = firstEvent;
   clock.store(begin);
-  hasTime.store(!eventsAlone || generalEvents->firstTime() != kUnsetTime);
+  hasTime.store(!eventsAlone || firstEvent != kUnsetTime);
   progress.now.store(begin);
   quotes.startAt(begin);
   eventDesk.startAt(begin, options.to);
@@ -345,6 +348,8 @@ void EmbeddedPlatform::cancel() {
 }
 
 void EmbeddedPlatform::drain() { impl_->drain(); }
+
+void EmbeddedPlatform::checkWritten() { impl_->checkWritten(); }
 
 std::vector<AccountResult> EmbeddedPlatform::tradeResults() const { return impl_->trade.results(); }
 

@@ -123,8 +123,14 @@ class ORVANE_API EmbeddedPlatform final : public IPlatform {
   /// Ends `run` before the next instant. Any thread may call it, also a strategy's.
   void cancel();
 
-  /// Blocks until every runner is quiet: nothing pending, nothing running.
+  /// Blocks until every runner is quiet: nothing pending, nothing running. Any thread but those
+  /// that call back may call it, also while `run` is under way.
   void drain();
+
+  /// Waits until everything that happened is on the disk. Throws as `run` does if something could
+  /// not be written since the last call of either: for what runners do before and after a run, or
+  /// without one.
+  void checkWritten();
 
   /// What the accounts did since the start or the last `rewind`, in the order of the options. Only
   /// while every runner is quiet.

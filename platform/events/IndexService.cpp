@@ -122,6 +122,12 @@ ResultStatus IndexService::indexElements(const ICodeID& code,
 
 // Telling.
 
+int64 IndexService::firstTime() const {
+  for (const Change& change : changes_)
+    if (change.time != IndexComposition::kFromTheStart) return change.time;
+  return kUnsetTime;
+}
+
 int64 IndexService::nextDue() const {
   return followsTimes_ && next_ < end_ ? shift_.shown(changes_[next_].time) : kUnsetTime;
 }

@@ -38,6 +38,9 @@ class IndexService final : public IIndexTrade {
 
   // On the service loop's thread.
 
+  /// When the first change happens, as the data tell it; `kUnsetTime` if none has a time. Not while
+  /// anything is added.
+  int64 firstTime() const;
   /// When the next change happens, as times are shown; `kUnsetTime` without one.
   int64 nextDue() const;
   /// Lets the next change happen and tells it.

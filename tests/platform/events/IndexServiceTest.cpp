@@ -183,5 +183,21 @@ TEST(IndexService, shouldRefuseCodesThatAreNotThereAndElementsThatComeTwice) {
   EXPECT_EQ(elementsOf(on.c), "22");
 }
 
+TEST(IndexService, shouldBeginWithTheFirstChangeWhenThereIsNoMarketData) {
+  InstalledPlatform platform;
+  const ICodeID index = platform.code("I");
+  platform.code("A");
+  platform.code("B");
+  platform->addIndexes({composition("I", IndexComposition::kFromTheStart, {{"A", 0.5}}),
+                        composition("I", kMonday + kMinute, {{"B", 0.5}}),
+                        composition("I", kMonday + 2 * kMinute, {{"A", 1}})});
+  EXPECT_EQ(platform->nowUtcMs(), kMonday + kMinute);
+  auto spi = std::make_shared<IndexSpi>();
+  indexes().subscribeElementChange(index, spi);
+  EXPECT_EQ(elementsOf(index), "A*50 ");
+  platform->run();
+  EXPECT_THAT(spi->handled(), ElementsAre("@0:01 I=B*50 ", "@0:02 I=A*100 "));
+}
+
 }  // namespace
 }  // namespace orvane::testing
