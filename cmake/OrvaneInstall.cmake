@@ -57,6 +57,7 @@ orvane_public_headers(EventStrategy
   EventStrategy/ov.strategy.runner/IStrategy.h)
 orvane_public_headers(orvane_platform
   platform/EmbeddedPlatform.h
+  platform/core/ModuleTrial.h
   platform/dictionary/DictionaryOptions.h
   platform/dictionary/RecordFile.h
   platform/dictionary/RecordPublication.h

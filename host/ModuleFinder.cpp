@@ -8,6 +8,7 @@
 
 #include "EventStrategy/ov.strategy.runner/IStrategy.h"
 #include "host/InputError.h"
+#include "platform/core/ModuleTrial.h"
 
 namespace orvane {
 namespace {
@@ -46,6 +47,8 @@ std::string findStrategyModule(const std::string& given, const std::string& plac
 }
 
 void checkStrategyModule(const std::string& path, const std::string& place) {
+  if (const std::string fault = tryModule(path); !fault.empty())
+    throw InputError(fmt::format("{}: \"{}\" {}", place, path, fault));
   void* module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (module == nullptr)
     throw InputError(

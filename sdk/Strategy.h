@@ -2,6 +2,7 @@
 
 #include "EventStrategy/ov.strategy.runner/IContext.h"
 #include "EventStrategy/ov.strategy.runner/IStrategy.h"
+#include "shared/InterfaceVersion.h"
 
 namespace orvane {
 
@@ -43,9 +44,11 @@ inline constexpr int kEndOfHistory = 16;
 
 }  // namespace orvane
 
-/// Makes `ClassName` the strategy of this module: exports the function that a host looks for. Once
-/// in a module, outside every namespace.
+/// Makes `ClassName` the strategy of this module: exports the function that a host looks for, and
+/// the version of the interfaces that the module was built with. Once in a module, outside every
+/// namespace.
 #define ORVANE_STRATEGY(ClassName)                                                          \
+  ORVANE_EXPORT_INTERFACE_VERSION                                                           \
   extern "C" __attribute__((visibility("default"))) ::orvane::IStrategy* createStrategy() { \
     return new ClassName();                                                                 \
   }

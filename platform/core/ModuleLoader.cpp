@@ -5,6 +5,7 @@
 #include <QFile>
 #include <QString>
 
+#include "shared/InterfaceVersion.h"
 #include "shared/TextCodec.h"
 
 namespace orvane::detail {
@@ -18,12 +19,25 @@ std::string lastError() {
 
 }  // namespace
 
+std::string interfaceFault(void* module) {
+  void* const found = dlsym(module, kInterfaceVersionName);
+  if (found == nullptr) return {};
+  const int version = reinterpret_cast<InterfaceVersionFunction>(found)();
+  if (version == kInterfaceVersion) return {};
+  return "was built for version " + std::to_string(version) +
+         " of the interfaces, and here they have version " + std::to_string(kInterfaceVersion);
+}
+
 std::string ModuleLoader::load(const std::wstring& path) {
   const QByteArray name = QFile::encodeName(QString::fromStdWString(path));
   // An empty name would open the program itself.
   if (name.isEmpty()) return "empty module path";
   module_ = dlopen(name.constData(), RTLD_NOW | RTLD_LOCAL);
-  return module_ == nullptr ? lastError() : std::string();
+  if (module_ == nullptr) return lastError();
+  const std::string fault = interfaceFault(module_);
+  if (fault.empty()) return {};
+  dlclose(std::exchange(module_, nullptr));
+  return "the module " + fault;
 }
 
 std::string ModuleLoader::find(const std::string& symbol, void*& address) {

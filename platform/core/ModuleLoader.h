@@ -8,8 +8,13 @@
 
 namespace orvane::detail {
 
+/// Why an opened module does not fit the interfaces of this process; empty if it does. ASCII; goes
+/// on after "the module ".
+std::string interfaceFault(void* module);
+
 /// Opens shared objects, at once and with their symbols kept to themselves. A module that was
-/// opened stays for the life of the process: threads may still be inside its code.
+/// opened stays for the life of the process: threads may still be inside its code. One that was
+/// built for another version of the interfaces is refused.
 class ModuleLoader final : public IModuleLoader {
  public:
   using Hook = std::function<void*(const std::string& symbol, void* address)>;
