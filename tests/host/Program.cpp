@@ -2,6 +2,8 @@
 
 #include <fcntl.h>
 #include <fmt/core.h>
+#include <sched.h>
+#include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -14,6 +16,32 @@
 #include <stdexcept>
 
 namespace orvane::test {
+namespace {
+
+void put(const char* path, const std::string& text) {
+  const int file = open(path, O_WRONLY);
+  [[maybe_unused]] const ssize_t count = write(file, text.data(), text.size());
+  close(file);
+}
+
+/// In a process of its own: mounts the small disk where no other process sees it.
+bool makeDisk(const ProgramLimits& limits) {
+  if (geteuid() == 0) {
+    if (unshare(CLONE_NEWNS) != 0) return false;
+  } else {
+    const std::string user = std::to_string(geteuid()), group = std::to_string(getegid());
+    if (unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) return false;
+    put("/proc/self/setgroups", "deny");
+    put("/proc/self/uid_map", "0 " + user + " 1");
+    put("/proc/self/gid_map", "0 " + group + " 1");
+  }
+  const std::string size = "size=" + std::to_string(limits.diskBytes);
+  const unsigned long flags = limits.diskIsReadOnly ? MS_RDONLY : 0;
+  return mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+         mount("none", limits.diskFolder.c_str(), "tmpfs", flags, size.c_str()) == 0;
+}
+
+}  // namespace
 
 ProgramResult runProgram(const std::vector<std::string>& arguments, const std::string& interruptOn,
                          const ProgramLimits& limits) {
@@ -38,6 +66,7 @@ ProgramResult runProgram(const std::vector<std::string>& arguments, const std::s
       const rlimit limit{most, most};
       setrlimit(RLIMIT_FSIZE, &limit);
     }
+    if (!limits.diskFolder.empty() && !makeDisk(limits)) _exit(kNoDisk);
     execv(argv[0], argv.data());
     _exit(127);
   }

@@ -17,7 +17,13 @@ struct ProgramResult {
 struct ProgramLimits {
   std::string outFile;     ///< Where its standard output goes, and not to `out`.
   long mostFileBytes = 0;  ///< No file may grow beyond; 0: no limit.
+  std::string diskFolder;  ///< A folder that is a small disk of its own for it, empty at first.
+  long diskBytes = 0;      ///< How large that disk is.
+  bool diskIsReadOnly = false;
 };
+
+/// The exit code where the small disk could not be made: not everybody may.
+inline constexpr int kNoDisk = 126;
 
 /// Runs the command with these arguments and waits for it. If `interruptOn` is not empty, the
 /// command is sent SIGINT as soon as its standard output has that text.

@@ -41,8 +41,12 @@ std::string readBytes(const std::string& path) {
     const std::size_t got = std::fread(bytes.data() + before, 1, kStep, file.get());
     bytes.resize(before + got);
     if (std::ferror(file.get())) fail(path, std::string("cannot be read: ") + strerror(errno));
-    if (got < kStep) return bytes;
+    if (got < kStep) break;
   }
+  // Half a file may look like a whole one.
+  if (S_ISREG(info.st_mode) && bytes.size() < static_cast<std::size_t>(info.st_size))
+    fail(path, "was cut short while it was read");
+  return bytes;
 }
 
 /// Unpacks gzip members one after the other.
