@@ -248,6 +248,8 @@ RunOutcome runSession(const RunPlan& plan, DataSet data, InterruptWatcher& inter
   for (std::size_t i = 0; i < runners.size(); ++i)
     outcome.runners.push_back(endRunner(runners[i], plan.runners[i], parameters[i], records));
   platform.drain();
+  if (std::string lost = EmbeddedPlatform::takeLostCalls(); !lost.empty())
+    outcome.failures.push_back(std::move(lost));
   outcome.isInterrupted = interrupts.isInterrupted();
   outcome.accounts = platform.tradeResults();
   addTrading(plan, outcome);

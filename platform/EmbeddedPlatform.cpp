@@ -9,6 +9,7 @@
 #include <system_error>
 
 #include "platform/EmbeddedPlatformImpl.h"
+#include "platform/core/LostCalls.h"
 #include "platform/core/ModuleLoader.h"
 #include "platform/core/Periods.h"
 #include "platform/core/PlatformPool.h"
@@ -201,6 +202,7 @@ void EmbeddedPlatform::Impl::run(const std::function<void(const PlaybackProgress
   std::mutex mutex;
   std::condition_variable ended;
   bool done = false;
+  std::string failure;
   grids->prepare();
   const auto tell = [&] {
     if (report)
@@ -208,10 +210,14 @@ void EmbeddedPlatform::Impl::run(const std::function<void(const PlaybackProgress
   };
   if (!isPlayback()) drain();
   loop.post([&] {
-    if (isPlayback())
-      playback.run();
-    else
-      live.run();
+    try {
+      if (isPlayback())
+        playback.run();
+      else
+        live.run();
+    } catch (const std::exception& error) {
+      failure = std::string("the run ended early: ") + error.what();
+    }
     const std::lock_guard lock(mutex);
     done = true;
     ended.notify_all();
@@ -227,15 +233,18 @@ void EmbeddedPlatform::Impl::run(const std::function<void(const PlaybackProgress
   if (!isPlayback()) drain();
   cancelled.store(false);
   tell();
-  checkWritten();
+  checkWritten(std::move(failure));
 }
 
-void EmbeddedPlatform::Impl::checkWritten() {
-  std::string failure = data.takeFailure();
+void EmbeddedPlatform::Impl::checkWritten(std::string failure) {
+  const auto add = [&failure](const std::string& more) {
+    failure += (failure.empty() || more.empty() ? "" : "; ") + more;
+  };
+  add(data.takeFailure());
   try {
     if (tradeFile != nullptr) tradeFile->flush();
   } catch (const std::runtime_error& error) {
-    failure = failure.empty() ? error.what() : failure + "; " + error.what();
+    add(error.what());
   }
   if (!failure.empty()) throw std::runtime_error(failure);
 }
@@ -350,6 +359,8 @@ void EmbeddedPlatform::cancel() {
 void EmbeddedPlatform::drain() { impl_->drain(); }
 
 void EmbeddedPlatform::checkWritten() { impl_->checkWritten(); }
+
+std::string EmbeddedPlatform::takeLostCalls() { return detail::LostCalls::shared().take(); }
 
 std::vector<AccountResult> EmbeddedPlatform::tradeResults() const { return impl_->trade.results(); }
 

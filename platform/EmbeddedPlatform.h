@@ -110,7 +110,8 @@ class ORVANE_API EmbeddedPlatform final : public IPlatform {
   /// names field and value before anything is played.
   /// `progress` is called on the calling thread, some ten times a second. With a trade store, what
   /// happened is on the disk when it returns, also after `cancel`; if that or a publication into
-  /// the dictionary could not be written, `std::runtime_error`, in UTF-8, names the path.
+  /// the dictionary could not be written, `std::runtime_error`, in UTF-8, names the path. It also
+  /// tells that the run ended early, for want of memory as a rule.
   void run(const std::function<void(const PlaybackProgress&)>& progress = {});
 
   /// Takes playback back to its start, as if nothing had been played: the clock, the feed, and
@@ -131,6 +132,11 @@ class ORVANE_API EmbeddedPlatform final : public IPlatform {
   /// not be written since the last call of either: for what runners do before and after a run, or
   /// without one.
   void checkWritten();
+
+  /// What call-backs and tasks threw, since the last time anybody asked, in one line such as
+  /// "2 calls were lost, the first: a trade call-back threw: std::bad_alloc"; empty if nothing was
+  /// lost. Counts for the whole process.
+  static std::string takeLostCalls();
 
   /// What the accounts did since the start or the last `rewind`, in the order of the options. Only
   /// while every runner is quiet.

@@ -54,8 +54,9 @@ class EmbeddedPlatform::Impl final : public IServiceRouter, public IQuoteHub {
   void resetClock();
   void run(const std::function<void(const PlaybackProgress&)>& progress);
   void drain();
-  /// Throws `std::runtime_error` if something that happened is not on the disk.
-  void checkWritten();
+  /// Throws `std::runtime_error` if something that happened is not on the disk, or there was a
+  /// failure before.
+  void checkWritten(std::string failure = {});
 
   const PlatformOptions options;
   const std::shared_ptr<const detail::ZoneRules> zone;

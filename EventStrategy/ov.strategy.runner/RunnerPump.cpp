@@ -10,10 +10,25 @@ namespace orvane {
 
 void RunnerContext::pushEvent(IEvent* event) {
   std::unique_ptr<IEvent> owned(event);
+  // All that needs memory comes first: an event without a counter would not be waited for.
+  std::list<std::unique_ptr<IEvent>> entry;
+  entry.push_back(std::move(owned));
+  std::unique_ptr<NotifyRefCounter> counter;
   const std::lock_guard lock(mutex_);
-  events_.push_back(std::move(owned));
-  if (!notifyRefCounter_) notifyRefCounter_ = std::make_unique<NotifyRefCounter>();
-  schedulePoolTask();
+  const bool isFirst = !notifyRefCounter_;
+  if (isFirst) counter = std::make_unique<NotifyRefCounter>();
+  events_.splice(events_.end(), entry);
+  if (isFirst) notifyRefCounter_ = std::move(counter);
+  try {
+    schedulePoolTask();
+  } catch (...) {
+    // There is no task, and whoever pushed the event hears that it is lost.
+    if (!running_) {
+      events_.pop_back();
+      if (isFirst) notifyRefCounter_.reset();
+    }
+    throw;
+  }
 }
 
 void RunnerContext::discardPending() {
@@ -26,34 +41,49 @@ void RunnerContext::schedulePoolTask() {
   running_ = true;
   // Weak: a queued task does not keep a runner alive that its host has let go of.
   std::weak_ptr<RunnerContext> weak = shared_from_this();
-  runnerThreadPool()->addTask([weak = std::move(weak)] {
-    if (const std::shared_ptr<RunnerContext> self = weak.lock()) self->doPoolTask();
-  });
+  try {
+    runnerThreadPool()->addTask([weak = std::move(weak)] {
+      if (const std::shared_ptr<RunnerContext> self = weak.lock()) self->doPoolTask();
+    });
+  } catch (...) {
+    running_ = false;  // There is no task that could do it.
+    throw;
+  }
 }
 
 void RunnerContext::doPoolTask() {
-  std::list<std::unique_ptr<IEvent>> batch;
-  std::unique_ptr<NotifyRefCounter> counter;
-  {
-    const std::lock_guard lock(mutex_);
-    batch.swap(events_);
-    counter = std::move(notifyRefCounter_);
-  }
-  for (std::unique_ptr<IEvent>& event : batch) {
-    try {
-      deliver(*event);
-    } catch (const std::exception& error) {
-      ORVANE_LOG(runner, Error,
-                 shared_->name << ",do pool task error,exception,msg=" << error.what());
-    } catch (...) {
-      ORVANE_LOG(runner, Error, shared_->name << ",do pool task error,system exception");
+  for (;;) {
+    std::list<std::unique_ptr<IEvent>> batch;
+    std::unique_ptr<NotifyRefCounter> counter;
+    {
+      const std::lock_guard lock(mutex_);
+      batch.swap(events_);
+      counter = std::move(notifyRefCounter_);
     }
-    event.reset();
+    for (std::unique_ptr<IEvent>& event : batch) {
+      try {
+        try {
+          deliver(*event);
+        } catch (const std::exception& error) {
+          ORVANE_LOG(runner, Error,
+                     shared_->name << ",do pool task error,exception,msg=" << error.what());
+        } catch (...) {
+          ORVANE_LOG(runner, Error, shared_->name << ",do pool task error,system exception");
+        }
+      } catch (...) {  // A log that fails costs its line, and not the rest of the batch.
+      }
+      event.reset();
+    }
+    counter.reset();
+    const std::lock_guard lock(mutex_);
+    running_ = false;
+    try {
+      schedulePoolTask();
+      return;
+    } catch (...) {
+      running_ = true;  // Who finds no successor stays: what is pending is nobody else's.
+    }
   }
-  counter.reset();
-  const std::lock_guard lock(mutex_);
-  running_ = false;
-  schedulePoolTask();
 }
 
 void RunnerContext::deliver(IEvent& event) {

@@ -1,6 +1,9 @@
 #include "platform/core/ServiceLoop.h"
 
+#include <exception>
 #include <utility>
+
+#include "platform/core/LostCalls.h"
 
 namespace orvane::detail {
 
@@ -26,14 +29,20 @@ void ServiceLoop::runAndWait(Task task) {
   std::mutex mutex;
   std::condition_variable ended;
   bool done = false;
+  std::exception_ptr failure;
   post([&] {
-    task();
+    try {
+      task();
+    } catch (...) {
+      failure = std::current_exception();
+    }
     const std::lock_guard lock(mutex);
     done = true;
     ended.notify_all();
   });
   std::unique_lock lock(mutex);
   ended.wait(lock, [&] { return done; });
+  if (failure) std::rethrow_exception(failure);
 }
 
 void ServiceLoop::wake() {
@@ -70,7 +79,7 @@ bool ServiceLoop::runOne(std::unique_lock<std::mutex>& lock) {
   tasks_.pop_front();
   posted_.store(tasks_.size());
   lock.unlock();
-  task();
+  guarded("the service loop met with an exception", task);
   task = nullptr;
   lock.lock();
   return true;

@@ -13,6 +13,8 @@ namespace orvane::detail {
 
 /// The one thread on which services call back, and its list of posted tasks, run in order.
 ///
+/// What a task throws is noted in `LostCalls`, and the loop goes on.
+///
 /// Any thread may post. A task may keep the thread for long, as the playback's driver does; it
 /// then runs the posted tasks itself, when it sees fit.
 class ServiceLoop {
@@ -29,7 +31,8 @@ class ServiceLoop {
   void post(Task task);
   bool onLoopThread() const { return std::this_thread::get_id() == thread_.get_id(); }
 
-  /// Posts `task` and blocks until it has run. Not for the loop's own thread.
+  /// Posts `task` and blocks until it has run; what it throws comes to the caller. Not for the
+  /// loop's own thread.
   void runAndWait(Task task);
 
   /// Lets `runPostedUntil` look at its condition again.

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <chrono>
-#include <exception>
-#include <iostream>
+
+#include "platform/core/LostCalls.h"
 
 namespace orvane::detail {
 
@@ -49,8 +49,9 @@ bool TimerQueue::fireOne(int64 now) {
   {
     const std::lock_guard lock(mutex_);
     if (running_.empty() || running_.begin()->first.first > now) return false;
-    const std::shared_ptr<Timer> timer = running_.begin()->second;
-    running_.erase(running_.begin());
+    // The entry itself goes back: a timer is not lost for want of memory.
+    auto entry = running_.extract(running_.begin());
+    const std::shared_ptr<Timer> timer = entry.mapped();
     id = timer->id;
     due = timer->due;
     if (timer->limited && --timer->left == 0) {
@@ -58,17 +59,12 @@ bool TimerQueue::fireOne(int64 now) {
     } else {
       notify = timer->notify;
       timer->due += timer->interval * ((std::max(now, due) - due) / timer->interval + 1);
-      running_.emplace(Key{timer->due, timer->order}, timer);
+      entry.key() = Key{timer->due, timer->order};
+      running_.insert(std::move(entry));
     }
     publishNextDue();
   }
-  try {
-    notify->onTimer(id, due);
-  } catch (const std::exception& error) {
-    std::cerr << "a timer's call-back threw: " << error.what() << '\n';
-  } catch (...) {
-    std::cerr << "a timer's call-back threw\n";
-  }
+  guarded("a timer's call-back threw", [&] { notify->onTimer(id, due); });
   return true;
 }
 

@@ -1,10 +1,10 @@
 #include "platform/core/WorkerPool.h"
 
 #include <chrono>
-#include <exception>
-#include <iostream>
 #include <thread>
 #include <utility>
+
+#include "platform/core/LostCalls.h"
 
 namespace orvane::detail {
 namespace {
@@ -12,21 +12,25 @@ namespace {
 /// What waking a thread and its share of the locks costs, generously.
 constexpr std::int64_t kWorthWakingNs = 40'000;
 constexpr std::chrono::milliseconds kSentinelTurn{1};
+/// Room for as many runners with something to do from the start. A power of two.
+constexpr std::size_t kFirstSlots = 1024;
 
 thread_local TaskOrigin runningOrigin;
 
 }  // namespace
 
 void WorkerPool::Ring::push(Entry entry) {
-  if (size_ == slots_.size()) {
-    std::vector<Entry> larger(slots_.empty() ? 16 : slots_.size() * 2);
-    for (std::size_t i = 0; i < size_; ++i)
-      larger[i] = std::move(slots_[(head_ + i) % slots_.size()]);
-    slots_ = std::move(larger);
-    head_ = 0;
-  }
+  if (size_ == slots_.size()) grow(slots_.size() * 2);
   slots_[(head_ + size_) & (slots_.size() - 1)] = std::move(entry);
   ++size_;
+}
+
+void WorkerPool::Ring::grow(std::size_t slots) {
+  std::vector<Entry> larger(slots);
+  for (std::size_t i = 0; i < size_; ++i)
+    larger[i] = std::move(slots_[(head_ + i) & (slots_.size() - 1)]);
+  slots_ = std::move(larger);
+  head_ = 0;
 }
 
 WorkerPool::Entry WorkerPool::Ring::pop() {
@@ -37,7 +41,7 @@ WorkerPool::Entry WorkerPool::Ring::pop() {
   return entry;
 }
 
-WorkerPool::WorkerPool() = default;
+WorkerPool::WorkerPool() { queue_.grow(kFirstSlots); }
 
 WorkerPool::~WorkerPool() {
   std::unique_lock lock(mutex_);
@@ -76,7 +80,12 @@ void WorkerPool::add(Task task) {
   {
     const std::lock_guard lock(mutex_);
     if (origin.root == 0) origin = {++roots_, 0};
-    queue_.push({std::move(task), origin});
+    try {
+      queue_.push({std::move(task), origin});
+    } catch (...) {
+      signal_.endWork();  // Else nothing would ever be quiet again.
+      throw;
+    }
     pending_.store(queue_.size());
     wakeWorker = sleepers_ > 0 && workersMayTake();
   }
@@ -176,13 +185,7 @@ void WorkerPool::work() {
 
 void WorkerPool::run(Entry& entry) {
   runningOrigin = entry.origin;
-  try {
-    entry.task();
-  } catch (const std::exception& error) {
-    std::cerr << "a pool task threw: " << error.what() << '\n';
-  } catch (...) {
-    std::cerr << "a pool task threw\n";
-  }
+  guarded("a pool task threw", entry.task);
   // What the task holds goes before it counts as ended: a runner's last reference may be in it.
   entry.task = nullptr;
   runningOrigin = {};

@@ -49,7 +49,8 @@ class WorkerPool {
   void resize(int count);
   int threadCount() const;
 
-  /// Never runs the task inside the call.
+  /// Never runs the task inside the call. Refuses none; where there is no memory for it, it throws
+  /// and nothing has changed.
   void add(Task task);
 
   QuietSignal& signal() { return signal_; }
@@ -72,11 +73,12 @@ class WorkerPool {
     Task task;
     TaskOrigin origin;
   };
-  /// A queue in one block of memory that only grows.
+  /// A queue in one block of memory that only grows. Its size is a power of two.
   class Ring {
    public:
     bool empty() const { return size_ == 0; }
     std::size_t size() const { return size_; }
+    void grow(std::size_t slots);
     void push(Entry entry);
     Entry pop();
 

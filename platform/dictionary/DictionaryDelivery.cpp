@@ -1,12 +1,11 @@
 // The call-backs of the dictionary: what is delivered, in which order, and when.
 
 #include <algorithm>
-#include <exception>
-#include <iostream>
 #include <iterator>
 #include <tuple>
 #include <utility>
 
+#include "platform/core/LostCalls.h"
 #include "platform/dictionary/DictionaryService.h"
 #include "platform/dictionary/HistoryWalk.h"
 #include "platform/fields/DictionaryFlags.h"
@@ -45,23 +44,12 @@ bool isBefore(const RangeWish& a, const RangeWish& b) {
 
 }  // namespace
 
-template <typename Work>
-void DictionaryService::guard(const char* what, Work work) {
-  try {
-    work();
-  } catch (const std::exception& error) {
-    std::cerr << "dictionary: " << what << ": " << error.what() << '\n';
-  } catch (...) {
-    std::cerr << "dictionary: " << what << ": unknown error\n";
-  }
-}
-
 template <typename Wanted, typename Call>
 void DictionaryService::callSpi(DataReceiver& who, Wanted isWanted, Call call) {
   if (!isWanted()) return;
   rounds_.enter(who.round);
   if (!isWanted()) return;
-  guard("a call-back threw", [&] { call(*who.spi); });
+  guarded("a dictionary call-back threw", [&] { call(*who.spi); });
 }
 
 bool DictionaryService::anyWaiting() const {
@@ -83,7 +71,7 @@ int64 DictionaryService::findDue() {
   // In playback the time may yet begin, with nobody to say so.
   dueIsStale_.store(parts_.isPlayback && view.now == kUnsetTime);
   if ((live_.empty() && snapshots_.empty()) || view.now == kUnsetTime) return nextDue_;
-  guard("next record", [&] {
+  guarded("dictionary: next record", [&] {
     nextDue_ =
         store_.read([&](DictionaryTables& tables) { return tables.nextArrival(shownThrough_); });
   });
@@ -93,7 +81,7 @@ int64 DictionaryService::findDue() {
 bool DictionaryService::serve() {
   if (!anyWaiting() && nextDue() > parts_.clock()) return false;
   bool any = false;
-  guard("serving", [&] { any = serveAll(); });
+  guarded("dictionary: serving", [&] { any = serveAll(); });
   return any;
 }
 
@@ -137,7 +125,7 @@ bool DictionaryService::deliverDue() {
   if (due > view.now) return false;
   dueIsStale_.store(true);
   std::vector<Arrival> arrivals;
-  guard("records that are due", [&] {
+  guarded("dictionary: records that are due", [&] {
     arrivals = store_.read([&](DictionaryTables& tables) { return tables.arrivals(after, view); });
   });
   for (const Arrival& arrival : arrivals)
@@ -150,11 +138,12 @@ void DictionaryService::deliver(const Arrival& arrival, const DictionaryView& vi
   // their history.
   for (const auto& request : live_) {
     if (!wants(request->query, arrival.name, arrival.target)) continue;
-    guard("a delivery", [&] { deliverTo(request, arrival, view); });
+    guarded("dictionary: a delivery", [&] { deliverTo(request, arrival, view); });
   }
   const SnapshotKey key{arrival.target, arrival.name};
   for (const auto& request : snapshots_)
-    if (request->key == key) guard("a snapshot", [&] { tellSnapshot(*request, view); });
+    if (request->key == key)
+      guarded("dictionary: a snapshot", [&] { tellSnapshot(*request, view); });
 }
 
 void DictionaryService::deliverTo(const std::shared_ptr<DataRequest>& request,
@@ -242,8 +231,8 @@ bool DictionaryService::serveWishes() {
         });
         if (range.targets.empty()) continue;
       }
-      guard("a range request",
-            [&] { sendRange(request, range, dictionary::kRangeAnswer, wish.tag, false); });
+      guarded("dictionary: a range request",
+              [&] { sendRange(request, range, dictionary::kRangeAnswer, wish.tag, false); });
     }
   }
   return true;
@@ -256,7 +245,7 @@ bool DictionaryService::serveRequests() {
     if (request->ended.load()) continue;
     if (goesOn(*request)) live_.push_back(request);
     dueIsStale_.store(true);
-    guard("a request", [&] { sendRange(request, request->query, 0, 0, true); });
+    guarded("dictionary: a request", [&] { sendRange(request, request->query, 0, 0, true); });
     if (!goesOn(*request)) book_.finish(request);
   }
   return any;
@@ -269,7 +258,7 @@ bool DictionaryService::serveSnapshots() {
     if (request->ended.load()) continue;
     snapshots_.push_back(request);
     dueIsStale_.store(true);
-    guard("a snapshot", [&] { tellSnapshot(*request, viewOfReceivers()); });
+    guarded("dictionary: a snapshot", [&] { tellSnapshot(*request, viewOfReceivers()); });
   }
   return any;
 }

@@ -126,8 +126,6 @@ class DictionaryService final : public IDataService {
   bool goesOn(const DataRequest& request) const;
   template <typename Wanted, typename Call>
   void callSpi(DataReceiver& who, Wanted isWanted, Call call);
-  template <typename Work>
-  void guard(const char* what, Work work);
 
   const Parts parts_;
   DictionaryStore store_;

@@ -1,11 +1,10 @@
 #include "platform/events/GeneralEvents.h"
 
 #include <algorithm>
-#include <exception>
-#include <iostream>
 #include <stdexcept>
 #include <utility>
 
+#include "platform/core/LostCalls.h"
 #include "platform/core/Periods.h"
 
 namespace orvane::detail {
@@ -143,13 +142,8 @@ void GeneralEvents::tell(const EventNotice& notice) {
       const std::lock_guard lock(mutex_);
       if (!wants(*receiver, notice)) continue;
     }
-    try {
-      receiver->spi->onGeneralEvent(notice.target, notice.fields, notice.name);
-    } catch (const std::exception& error) {
-      std::cerr << "a general event call-back threw: " << error.what() << '\n';
-    } catch (...) {
-      std::cerr << "a general event call-back threw\n";
-    }
+    guarded("a general event call-back threw",
+            [&] { receiver->spi->onGeneralEvent(notice.target, notice.fields, notice.name); });
   }
 }
 

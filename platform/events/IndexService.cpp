@@ -1,13 +1,12 @@
 #include "platform/events/IndexService.h"
 
 #include <algorithm>
-#include <exception>
 #include <functional>
-#include <iostream>
 #include <set>
 #include <stdexcept>
 #include <utility>
 
+#include "platform/core/LostCalls.h"
 #include "platform/core/Periods.h"
 #include "platform/fields/IndexElementView.h"
 #include "services/Common/ICodeService.h"
@@ -151,13 +150,7 @@ void IndexService::tellNext() {
   for (const std::shared_ptr<IndexTradeSpi>& receiver : receivers) {
     if (!isWanted(change.index.id, receiver.get())) continue;
     Elements own = *change.elements;
-    try {
-      receiver->onElementChange(change.index, own);
-    } catch (const std::exception& error) {
-      std::cerr << "an index call-back threw: " << error.what() << '\n';
-    } catch (...) {
-      std::cerr << "an index call-back threw\n";
-    }
+    guarded("an index call-back threw", [&] { receiver->onElementChange(change.index, own); });
   }
 }
 

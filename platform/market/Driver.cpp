@@ -19,6 +19,24 @@ void announce(DriverProgress& progress, const Feed& feed) {
 
 }  // namespace
 
+/// The driver at work: whatever it meets with, others get their turn back.
+class PlaybackDriver::Helping {
+ public:
+  Helping(PlaybackDriver& driver, bool runs) : driver_(driver) {
+    driver_.isRunning_ = runs;
+    driver_.begin();
+  }
+  ~Helping() {
+    driver_.end();
+    driver_.isRunning_ = false;
+  }
+  Helping(const Helping&) = delete;
+  Helping& operator=(const Helping&) = delete;
+
+ private:
+  PlaybackDriver& driver_;
+};
+
 PlaybackDriver::PlaybackDriver(DriverParts parts, double speed, DriverProgress& progress)
     : parts_(parts), speed_(speed), progress_(progress) {}
 
@@ -45,11 +63,10 @@ void PlaybackDriver::end() {
 }
 
 void PlaybackDriver::run() {
-  isRunning_ = true;
   Feed feed(parts_.store.streams(), parts_.store.to());
   announce(progress_, feed);
   dataStart_ = parts_.clock.load();
-  begin();
+  const Helping helping(*this, true);
   parts_.trade.beginRun({});
   parts_.events.beginRun({});
   parts_.dictionary.beginRun();
@@ -60,17 +77,14 @@ void PlaybackDriver::run() {
   }
   settle();
   parts_.trade.endRun();
-  end();
-  isRunning_ = false;
 }
 
 void PlaybackDriver::settleOnly() {
   // Posted while a run is under way: whoever runs it settles all by itself.
   if (isRunning_) return;
-  begin();
+  const Helping helping(*this, false);
   settle();
   parts_.trade.persist(true);
-  end();
 }
 
 bool PlaybackDriver::step(Feed& feed) {

@@ -54,6 +54,8 @@ class PlaybackDriver {
   void settleOnly();
 
  private:
+  class Helping;
+
   void play(Feed& feed);
   bool step(Feed& feed);
   bool finishInstant();

@@ -1,9 +1,8 @@
 #include "platform/market/Maintenance.h"
 
-#include <exception>
-#include <iostream>
 #include <limits>
 
+#include "platform/core/LostCalls.h"
 #include "platform/core/Periods.h"
 #include "platform/market/BarAudit.h"
 #include "services/Common/ICodeService.h"
@@ -38,13 +37,8 @@ ResultStatus Maintenance::ask(const ICodeID& code, ITimeType unit, int64 from,
   if (thread_ == nullptr) thread_ = std::make_unique<ServiceLoop>();
   thread_->post([this, streams, from, spi, requestId, unit, known = property.code] {
     const ResultStatus status = lookThrough(streams, from);
-    try {
-      spi->onMaintained(requestId, known, unit, status);
-    } catch (const std::exception& error) {
-      std::cerr << "a maintenance call-back threw: " << error.what() << '\n';
-    } catch (...) {
-      std::cerr << "a maintenance call-back threw\n";
-    }
+    guarded("a maintenance call-back threw",
+            [&] { spi->onMaintained(requestId, known, unit, status); });
   });
   return {};
 }

@@ -1,5 +1,7 @@
 #include "platform/market/OverdueAnswerer.h"
 
+#include "platform/core/LostCalls.h"
+
 namespace orvane::detail {
 namespace {
 
@@ -43,7 +45,9 @@ void OverdueAnswerer::work() {
     if (book.anyWaiting() || book.endedMark()) {
       idleTurns = 0;
       // What blocks and yet cannot be served is no reason to look again at once.
-      hurry = answer() || !book.anyBlocking();
+      hurry = false;
+      guarded("an answer to a request that waits failed",
+              [&] { hurry = answer() || !book.anyBlocking(); });
     } else if (++idleTurns > 100) {
       watching_.store(false);
       // A request that came just before found the thread watching.

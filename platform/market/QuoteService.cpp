@@ -1,11 +1,10 @@
 #include "platform/market/QuoteService.h"
 
 #include <algorithm>
-#include <exception>
-#include <iostream>
 #include <string>
 #include <utility>
 
+#include "platform/core/LostCalls.h"
 #include "platform/core/Periods.h"
 #include "services/Common/ICodeService.h"
 #include "shared/CodeTables.h"
@@ -253,13 +252,7 @@ void QuoteService::serveTicks(const std::shared_ptr<MarketRequest>& request, boo
 template <typename Call>
 void QuoteService::callSpi(Subscriber& who, bool lockstep, Call call) {
   if (lockstep && !who.blocks) rounds_.enter(who.round);
-  try {
-    call(*who.spi);
-  } catch (const std::exception& error) {
-    std::cerr << "a market data call-back threw: " << error.what() << '\n';
-  } catch (...) {
-    std::cerr << "a market data call-back threw\n";
-  }
+  guarded("a market data call-back threw", [&] { call(*who.spi); });
 }
 
 void QuoteService::deliverNext(MarketStream& stream) {

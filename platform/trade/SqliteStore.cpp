@@ -6,6 +6,18 @@
 #include "platform/trade/SqliteTables.h"
 
 namespace orvane::detail {
+namespace {
+
+/// What went wrong, also where there is no memory to say it in.
+std::string textOf(const std::exception& failure) noexcept {
+  try {
+    return failure.what();
+  } catch (const std::exception&) {
+    return "out of memory";  // Short enough to need none.
+  }
+}
+
+}  // namespace
 
 SqliteStore::SqliteStore(const std::string& path) : path_(path) {
   try {
@@ -46,31 +58,34 @@ void SqliteStore::flush() {
 }
 
 void SqliteStore::work() {
+  // Made once: a deque needs memory even to be empty, and there may be none later.
+  std::deque<Job> room;
   std::unique_lock lock(mutex_);
   while (true) {
     changed_.wait(lock, [this] { return closing_ || wantsSync_ || !jobs_.empty(); });
     if (closing_ && jobs_.empty()) return;
-    writeWaiting(lock);
+    writeWaiting(lock, room);
   }
 }
 
-void SqliteStore::writeWaiting(std::unique_lock<std::mutex>& lock) {
-  const std::deque<Job> jobs = std::exchange(jobs_, {});
+void SqliteStore::writeWaiting(std::unique_lock<std::mutex>& lock, std::deque<Job>& room) {
+  room.swap(jobs_);
   const bool syncs = std::exchange(wantsSync_, false);
   isWriting_ = true;
   lock.unlock();
   std::string error;
   try {
-    if (!jobs.empty()) {
+    if (!room.empty()) {
       tables_->begin();
-      for (const Job& job : jobs) std::visit([this](const auto& each) { tables_->add(each); }, job);
+      for (const Job& job : room) std::visit([this](const auto& each) { tables_->add(each); }, job);
       tables_->commit();
     }
     if (syncs) tables_->sync();
   } catch (const std::exception& failure) {
     tables_->rollback();
-    error = failure.what();
+    error = textOf(failure);
   }
+  room.clear();
   lock.lock();
   if (error_.empty()) error_ = std::move(error);
   isWriting_ = false;

@@ -73,7 +73,8 @@ class SqliteStore {
 
   void post(Job job);
   void work();
-  void writeWaiting(std::unique_lock<std::mutex>& lock);
+  /// Writes what waits; `room` is empty, and so again afterwards.
+  void writeWaiting(std::unique_lock<std::mutex>& lock, std::deque<Job>& room);
 
   const std::string path_;
   std::unique_ptr<Tables> tables_;  ///< For the thread alone, once that runs.

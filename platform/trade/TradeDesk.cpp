@@ -1,11 +1,10 @@
 #include "platform/trade/TradeDesk.h"
 
 #include <algorithm>
-#include <exception>
-#include <iostream>
 #include <iterator>
 #include <utility>
 
+#include "platform/core/LostCalls.h"
 #include "platform/trade/EventSources.h"
 #include "shared/CodeTables.h"
 
@@ -300,13 +299,7 @@ bool TradeDesk::isStillWanted(const TradeReceiver& receiver, const TradeReport& 
 }
 
 void TradeDesk::call(TradeReceiver& receiver, const TradeReport& report) {
-  try {
-    callTradeSpi(*receiver.spi, report.what);
-  } catch (const std::exception& error) {
-    std::cerr << "a trade call-back threw: " << error.what() << '\n';
-  } catch (...) {
-    std::cerr << "a trade call-back threw\n";
-  }
+  guarded("a trade call-back threw", [&] { callTradeSpi(*receiver.spi, report.what); });
 }
 
 // The run.

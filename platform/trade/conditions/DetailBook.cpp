@@ -1,10 +1,10 @@
 #include "platform/trade/conditions/DetailBook.h"
 
 #include <algorithm>
-#include <exception>
-#include <iostream>
 #include <iterator>
 #include <utility>
+
+#include "platform/core/LostCalls.h"
 
 namespace orvane::detail {
 namespace {
@@ -112,13 +112,7 @@ bool DetailBook::call(const std::shared_ptr<Entry>& entry, const GridDetail& det
     const std::lock_guard lock(mutex_);
     if (std::ranges::find(entries_, entry) == entries_.end()) return false;
   }
-  try {
-    tellDetail(*entry->spi, detail);
-  } catch (const std::exception& error) {
-    std::cerr << "a condition call-back threw: " << error.what() << '\n';
-  } catch (...) {
-    std::cerr << "a condition call-back threw\n";
-  }
+  guarded("a condition call-back threw", [&] { tellDetail(*entry->spi, detail); });
   return true;
 }
 
