@@ -17,8 +17,9 @@ struct ProgramResult {
 struct ProgramLimits {
   std::string outFile;     ///< Where its standard output goes, and not to `out`.
   long mostFileBytes = 0;  ///< No file may grow beyond; 0: no limit.
-  std::string diskFolder;  ///< A folder that is a small disk of its own for it, empty at first.
-  long diskBytes = 0;      ///< How large that disk is.
+  /// A folder that is a small disk of its own for it, empty at first.
+  std::string diskFolder = {};
+  long diskBytes = 0;  ///< How large that disk is.
   bool diskIsReadOnly = false;
 };
 
