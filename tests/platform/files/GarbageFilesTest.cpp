@@ -1,6 +1,7 @@
 #include <random>
 
 #include "tests/platform/files/DataFileSupport.h"
+#include "tests/support/RandomRuns.h"
 
 namespace orvane {
 namespace {
@@ -40,7 +41,7 @@ TEST(GarbageFiles, shouldNeverCrashWhenBytesAreChangedAtRandom) {
   std::mt19937 random(seed);
   const std::string alphabet = ",;\t|\"\n\r# 0123456789.-+:eETZ\xFF\xB0\xC8/abtime\xEF\xBB\xBF";
   const DataFolder folder;
-  for (int round = 0; round < 3000; ++round) {
+  for (int round = 0; round < 3000 / support::kSanitizerDivisor; ++round) {
     std::string bytes = kSeeds[random() % std::size(kSeeds)];
     for (unsigned change = 1 + random() % 8; change > 0 && !bytes.empty(); --change) {
       const std::size_t at = random() % bytes.size();

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "platform/trade/Ledger.h"
+#include "tests/support/RandomRuns.h"
 
 namespace orvane::testing {
 namespace {
@@ -28,18 +29,9 @@ constexpr int64 kTick = 2'000'000'000;  // 0.2
 constexpr int64 kLot = 100'000'000;     // 1
 constexpr std::uint32_t kCodes = 3;
 
-#if defined(__has_feature)
-#define ORVANE_HAS_FEATURE(feature) __has_feature(feature)
-#else
-#define ORVANE_HAS_FEATURE(feature) 0
-#endif
-/// A sanitizer makes each sequence some six times slower; it looks for other things.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || \
-    ORVANE_HAS_FEATURE(address_sanitizer) || ORVANE_HAS_FEATURE(thread_sanitizer)
-constexpr int kSequences = 10'000;
-#else
-constexpr int kSequences = 100'000;
-#endif
+/// A sanitizer makes each sequence some thirty times slower, and looks for other things.
+constexpr int kTimesFewer = support::kSanitizerDivisor * support::kSanitizerDivisor;
+constexpr int kSequences = 100'000 / kTimesFewer;
 
 /// The choices of a step, drawn one after the other from one random number.
 class Draw {
@@ -399,7 +391,7 @@ TEST(LedgerProperty, shouldKeepEveryIdentityOverRandomOrderSequences) {
 }
 
 TEST(LedgerProperty, shouldKeepEveryIdentityOverLongOrderSequences) {
-  tryTimes(100, [] {
+  tryTimes(100 / support::kSanitizerDivisor, [] {
     const auto steps = *rc::gen::container<std::vector<std::uint32_t>>(1'000, anyStep());
     Session session;
     for (const std::uint32_t step : steps) session.step(step);
@@ -424,7 +416,7 @@ void deal(Ledger& ledger, const ContractTerms& terms, int64 orderId, bool isBuy,
 }
 
 TEST(LedgerProperty, shouldGiveTwoAccountsThatDealWithEachOtherOppositeResults) {
-  tryTimes(10'000, [] {
+  tryTimes(10'000 / kTimesFewer, [] {
     const Money start = *detail::moneyOf(std::string_view("1000"));
     Ledger one(TradingAccountID{}, start);
     Ledger other(TradingAccountID{}, start);
