@@ -43,6 +43,8 @@ InterruptWatcher::~InterruptWatcher() {
     thread_.detach();
   close(signalFd_);
   close(wakeFd_);
+  // One more that comes late must not change how the process ends.
+  if (isInterrupted_) std::signal(SIGTERM, SIG_IGN);
   const sigset_t interrupts = interruptSignals();
   pthread_sigmask(SIG_UNBLOCK, &interrupts, nullptr);
 }
@@ -63,7 +65,8 @@ void InterruptWatcher::watch() {
     if (waits[1].revents != 0) return;
     signalfd_siginfo info;
     if (read(signalFd_, &info, sizeof(info)) != static_cast<ssize_t>(sizeof(info))) continue;
-    if (isInterrupted_.exchange(true)) _exit(kExitInterrupted);
+    if (info.ssi_signo == SIGINT && ++presses_ > 1) _exit(kExitInterrupted);
+    if (isInterrupted_.exchange(true)) continue;
     const std::lock_guard lock(mutex_);
     if (handler_) handler_();
   }

@@ -7,8 +7,10 @@
 
 namespace orvane {
 
-/// Turns SIGINT and SIGTERM into a call on a thread of its own while it lives. The second signal
-/// ends the process at once, with the exit code of an interruption.
+/// Turns SIGINT and SIGTERM into a call on a thread of its own while it lives. The second SIGINT
+/// ends the process at once, with the exit code of an interruption: that is somebody who presses
+/// twice. SIGTERM, however often it comes, does not: tools send it to a process and once more to
+/// the group in which that is.
 ///
 /// Make it before any other thread: it blocks the signals in the thread that makes it, which
 /// threads made later inherit.
@@ -31,6 +33,7 @@ class InterruptWatcher {
   std::atomic<bool> isInterrupted_{false};
   std::mutex mutex_;
   std::function<void()> handler_;
+  int presses_ = 0;  ///< SIGINT so far; for the thread alone.
   int signalFd_ = -1;
   int wakeFd_ = -1;
   std::thread thread_;
