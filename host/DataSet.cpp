@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <iterator>
 #include <set>
+#include <string_view>
 
 #include "host/InputError.h"
 #include "host/InstrumentInputs.h"
@@ -21,6 +22,17 @@ const Instrument* instrumentOfCode(const RunPlan& plan, const std::string& code)
     if (instrumentText(input.instrument) == code || gbkToUtf8(input.instrument.code) == code)
       return &input.instrument;
   return nullptr;
+}
+
+/// A fault of a description with the place where the user gave it.
+std::string placed(const std::string& fault, const DescriptionPlaces& places) {
+  constexpr std::string_view kBegin = "description: ";
+  if (!fault.starts_with(kBegin)) return fault;
+  const std::string rest = fault.substr(kBegin.size());
+  for (const auto& [key, option] : places.options)
+    if (rest.starts_with("\"" + key + "\": "))
+      return fmt::format("{}{}", option, rest.substr(key.size() + 2));
+  return fmt::format("{}: {}", places.place, rest);
 }
 
 /// Adds what the instrument knows about its files: the price tick, and the zone of the times.
@@ -76,6 +88,19 @@ std::vector<LoadedBars> barsOrHint(const DataFileRequest& request,
 
 }  // namespace
 
+void withPlaces(const DescriptionPlaces& places, const std::function<void()>& read) {
+  try {
+    read();
+  } catch (const DataFileError& error) {
+    throw DataFileError(placed(error.what(), places));
+  }
+}
+
+bool hasPriceTick(const RunPlan& plan, const std::string& code) {
+  const Instrument* const instrument = instrumentOfCode(plan, code);
+  return instrument != nullptr && !instrument->priceTick.empty();
+}
+
 DataSet loadDataSet(const RunPlan& plan,
                     const std::function<void(const std::string&, double)>& progress) {
   DataSet result;
@@ -85,10 +110,12 @@ DataSet loadDataSet(const RunPlan& plan,
       const auto onShare = [&](double share) {
         if (progress) progress(shown, share);
       };
-      if (request.kind == DataFileRequest::Kind::Bars)
-        std::ranges::move(barsOrHint(request, onShare), std::back_inserter(result.bars));
-      else
-        std::ranges::move(loadTicks(request, onShare), std::back_inserter(result.ticks));
+      withPlaces(input.places, [&] {
+        if (request.kind == DataFileRequest::Kind::Bars)
+          std::ranges::move(barsOrHint(request, onShare), std::back_inserter(result.bars));
+        else
+          std::ranges::move(loadTicks(request, onShare), std::back_inserter(result.ticks));
+      });
     }
   }
   result.bars = mergeBars(std::move(result.bars));

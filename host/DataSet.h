@@ -42,4 +42,11 @@ DataSet loadDataSet(const RunPlan& plan,
 /// The text of a period that `IContext::subscribeKline` understands, such as "5m".
 std::string frequencyText(int64 periodMs);
 
+/// Reads files with `read`. A fault of a description is thrown again as `DataFileError` that begins
+/// with the place where the user gave the key.
+void withPlaces(const DescriptionPlaces& places, const std::function<void()>& read);
+
+/// Whether an instrument of the plan tells the price tick of a code text (UTF-8).
+bool hasPriceTick(const RunPlan& plan, const std::string& code);
+
 }  // namespace orvane

@@ -46,6 +46,7 @@ void readEvents(JsonReader& reader, const std::string& configPath, RunPlan& plan
   const QJsonValue found = reader.value("events");
   if (found.isUndefined()) return;
   if (found.isString()) {
+    reader.filledText("events");
     plan.eventFiles.push_back(besides(configPath, found.toString().toStdString()));
     plan.events = eventsOfFile(plan.eventFiles.back());
   } else if (found.isArray()) {

@@ -7,9 +7,11 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QSaveFile>
+#include <limits>
 #include <memory>
 
 #include "host/InputError.h"
+#include "host/OptionChecks.h"
 #include "host/TimeArgument.h"
 
 namespace orvane {
@@ -72,15 +74,16 @@ GenerateCommand::GenerateCommand(CLI::App& parent) {
       ->required()
       ->type_name("DIR");
   command_->add_option("--seed", options_.seed, "Seed of the random numbers")
+      ->check(wholeNumber(0, std::numeric_limits<std::uint64_t>::max()))
       ->capture_default_str();
   command_->add_option("--instruments", options_.instruments, "How many instruments")
-      ->check(CLI::Range(1, 99))
+      ->check(wholeNumber(1, 99))
       ->capture_default_str();
   command_->add_option("--days", options_.days, "How many trading days")
-      ->check(CLI::Range(1, 1000))
+      ->check(wholeNumber(1, 1000))
       ->capture_default_str();
   command_->add_option("--minutes", options_.minutes, "Minutes of each day's session")
-      ->check(CLI::Range(1, 240))
+      ->check(wholeNumber(1, 240))
       ->capture_default_str();
   command_->add_option("--date", date_, "First day (default: 2026-01-05)")->type_name("DATE");
 }
@@ -97,6 +100,7 @@ void GenerateCommand::writeInstrument(SessionGenerator& generator) const {
 }
 
 int GenerateCommand::execute() {
+  refuseEmptyTexts(*command_);
   if (!date_.empty()) {
     const std::chrono::milliseconds ms{parseTimeArgument(date_, "UTC", "--date")};
     options_.firstDay =

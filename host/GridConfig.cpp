@@ -20,8 +20,8 @@ std::string requiredDecimal(JsonReader& reader, const char* key) {
 GridOptions readGrid(const QJsonValue& json, const std::string& place) {
   JsonReader reader(json, place);
   GridOptions grid;
-  grid.name = utf8ToGbk(reader.text("name"));
-  grid.account = utf8ToGbk(reader.text("account"));
+  grid.name = utf8ToGbk(reader.filledText("name"));
+  grid.account = utf8ToGbk(reader.filledText("account"));
   grid.code = utf8ToGbk(reader.requiredText("code"));
   grid.lower = requiredDecimal(reader, "lower");
   grid.upper = requiredDecimal(reader, "upper");

@@ -6,6 +6,7 @@
 
 #include "host/DataSet.h"
 #include "host/InputError.h"
+#include "host/OptionChecks.h"
 #include "host/TimeArgument.h"
 #include "platform/fields/KLineView.h"
 #include "platform/fields/QuoteView.h"
@@ -101,6 +102,12 @@ InspectCommand::InspectCommand(CLI::App& parent) {
 }
 
 int InspectCommand::execute() {
+  refuseEmptyTexts(*command_);
+  withPlaces(reading_.places(), [this] { showAll(); });
+  return kExitSuccess;
+}
+
+void InspectCommand::showAll() {
   DataFileRequest request;
   request.description = reading_.description();
   for (const std::string& file : files_) {
@@ -110,16 +117,15 @@ int InspectCommand::execute() {
       request.kind = DataFileRequest::Kind::Bars;
       barError = tryShow([](const DataFileRequest& its) { return loadBars(its); }, request);
       if (!barError) continue;
-      if (onlyBars_) throw InputError(*barError);
+      if (onlyBars_) throw DataFileError(*barError);
     }
     request.kind = DataFileRequest::Kind::Ticks;
     tickError = tryShow([](const DataFileRequest& its) { return loadTicks(its); }, request);
     if (!tickError) continue;
-    if (onlyTicks_ || *tickError == *barError) throw InputError(*tickError);
+    if (onlyTicks_ || *tickError == *barError) throw DataFileError(*tickError);
     throw InputError(fmt::format("neither bars nor ticks\n  as bars:  {}\n  as ticks: {}",
                                  *barError, *tickError));
   }
-  return kExitSuccess;
 }
 
 }  // namespace orvane

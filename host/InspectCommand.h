@@ -19,6 +19,8 @@ class InspectCommand {
   int execute();
 
  private:
+  void showAll();
+
   CLI::App* command_;
   std::vector<std::string> files_;
   bool onlyBars_ = false, onlyTicks_ = false;

@@ -6,6 +6,7 @@
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QRegularExpression>
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -43,6 +44,9 @@ QJsonValue readJsonFile(const std::string& path) { return parseJson(readWholeFil
 QJsonObject jsonObjectArgument(const std::string& argument, const std::string& option) {
   const auto first = argument.find_first_not_of(" \t\r\n");
   const bool isInline = first != std::string::npos && argument[first] == '{';
+  if (!isInline && !QFileInfo::exists(QString::fromStdString(argument)))
+    throw InputError(fmt::format("{}: \"{}\" is neither a JSON object nor the name of a file",
+                                 option, argument));
   const QJsonValue value =
       isInline ? parseJson(QByteArray::fromStdString(argument), option) : readJsonFile(argument);
   if (!value.isObject())
@@ -80,7 +84,8 @@ void JsonReader::refuse(const char* key, const std::string& what) const {
 }
 
 QJsonValue JsonReader::value(const char* key) {
-  asked_.push_back(QString::fromUtf8(key));
+  const QString name = QString::fromUtf8(key);
+  if (std::find(asked_.begin(), asked_.end(), name) == asked_.end()) asked_.push_back(name);
   return object_.value(QLatin1String(key));
 }
 
@@ -96,6 +101,10 @@ std::string JsonReader::requiredText(const char* key) {
   std::string found = text(key);
   if (found.empty()) refuse(key, "must not be empty");
   return found;
+}
+
+std::string JsonReader::filledText(const char* key) {
+  return has(key) ? requiredText(key) : text(key);
 }
 
 bool JsonReader::flag(const char* key, bool defaultValue) {
@@ -115,6 +124,15 @@ int JsonReader::integer(const char* key, int defaultValue, int lowest, int highe
 }
 
 std::string JsonReader::decimal(const char* key) {
+  std::string found = numberOrText(key);
+  const QJsonValue given = object_.value(QLatin1String(key));
+  static const QRegularExpression kDecimal("^-?([0-9]+[.]?[0-9]*|[.][0-9]+)$");
+  if (given.isString() && !kDecimal.match(given.toString()).hasMatch())
+    refuse(key, "must be a decimal number");
+  return found;
+}
+
+std::string JsonReader::numberOrText(const char* key) {
   const QJsonValue found = value(key);
   if (found.isUndefined()) return {};
   if (found.isString()) return found.toString().toStdString();
@@ -128,12 +146,12 @@ std::string JsonReader::decimal(const char* key) {
 std::vector<std::string> JsonReader::texts(const char* key) {
   const QJsonValue found = value(key);
   if (found.isUndefined()) return {};
-  if (found.isString()) return {found.toString().toStdString()};
-  if (!found.isArray()) refuse(key, "must be a text or an array of texts");
+  if (!found.isArray() && !found.isString()) refuse(key, "must be a text or an array of texts");
   std::vector<std::string> result;
-  const QJsonArray array = found.toArray();
+  const QJsonArray array = found.isArray() ? found.toArray() : QJsonArray{found};
   for (const auto& element : array) {
     if (!element.isString()) refuse(key, "must be a text or an array of texts");
+    if (element.toString().isEmpty()) refuse(key, "must not be empty and hold no empty text");
     result.push_back(element.toString().toStdString());
   }
   return result;

@@ -32,11 +32,15 @@ class JsonReader {
 
   std::string text(const char* key, const std::string& defaultValue = {});
   std::string requiredText(const char* key);
+  /// A text that is not empty where it is given; empty where the key is missing.
+  std::string filledText(const char* key);
   bool flag(const char* key, bool defaultValue);
   int integer(const char* key, int defaultValue, int lowest, int highest);
   /// A number or a text that holds one, as decimal text; empty where the key is missing.
   std::string decimal(const char* key);
-  /// A text, or an array of texts.
+  /// As `decimal`, with whatever text.
+  std::string numberOrText(const char* key);
+  /// A text, or an array of texts; none may be empty.
   std::vector<std::string> texts(const char* key);
 
   void close() const;

@@ -2,6 +2,7 @@
 
 #include <fmt/core.h>
 
+#include <algorithm>
 #include <stdexcept>
 #include <utility>
 #include <vector>
@@ -98,12 +99,32 @@ void addServiceFiles(EmbeddedPlatform& platform, const RunPlan& plan, const std:
   }
 }
 
+/// Where the user gave what the platform calls `field`.
+std::string placeOf(const RunPlan& plan, const std::string& field) {
+  const auto at = plan.places.find(field);
+  return at == plan.places.end() ? field : at->second;
+}
+
+/// Slippage in ticks that no instrument has would pass for a run without slippage.
+void checkSlippageTicks(const RunPlan& plan) {
+  const auto tells = [](const InstrumentInput& input) {
+    return !input.instrument.priceTick.empty();
+  };
+  if (plan.trade.slippageTicks == 0 || std::ranges::any_of(plan.instruments, tells)) return;
+  throw InputError(
+      fmt::format("{}: {} ticks of what? No instrument tells its price tick; describe it, as in "
+                  "--instrument CODE,priceTick=0.2, or give the slippage as a price",
+                  placeOf(plan, "slippageTicks"), plan.trade.slippageTicks));
+}
+
 /// A platform whose options may be wrong.
-std::unique_ptr<EmbeddedPlatform> platformOf(const PlatformOptions& options) {
+std::unique_ptr<EmbeddedPlatform> platformOf(const RunPlan& plan, const PlatformOptions& options) {
   try {
     return std::make_unique<EmbeddedPlatform>(options);
   } catch (const std::invalid_argument& error) {
-    throw InputError(error.what());
+    const std::string text = error.what();
+    const std::size_t colon = std::min(text.find(": "), text.size());
+    throw InputError(placeOf(plan, text.substr(0, colon)) + text.substr(colon));
   } catch (const std::runtime_error& error) {
     throw InputError(error.what());
   }
@@ -117,11 +138,13 @@ PlatformOptions platformOptions(const RunPlan& plan, const DataSet& data) {
   options.poolThreads = plan.threads;
   options.timeZone = plan.timeZone.empty() ? data.timeZone() : plan.timeZone;
   options.speed = plan.speed;
-  if (!plan.from.empty()) options.from = parseTimeArgument(plan.from, options.timeZone, "--from");
-  if (!plan.to.empty()) options.to = parseTimeArgument(plan.to, options.timeZone, "--to");
+  if (!plan.from.empty())
+    options.from = parseTimeArgument(plan.from, options.timeZone, placeOf(plan, "from"));
+  if (!plan.to.empty())
+    options.to = parseTimeArgument(plan.to, options.timeZone, placeOf(plan, "to"));
   if (options.from != kUnsetTime && options.to != kUnsetTime && options.from >= options.to)
-    throw InputError(
-        fmt::format("--from: \"{}\" does not lie before --to \"{}\"", plan.from, plan.to));
+    throw InputError(fmt::format("{}: \"{}\" does not lie before {} \"{}\"", placeOf(plan, "from"),
+                                 plan.from, placeOf(plan, "to"), plan.to));
   options.trade = tradeOptions(plan, options.timeZone);
   options.dictionary.file = plan.dictionaryFile;
   options.events = eventOptions(plan, options.timeZone);
@@ -130,7 +153,8 @@ PlatformOptions platformOptions(const RunPlan& plan, const DataSet& data) {
 
 std::unique_ptr<EmbeddedPlatform> makePlatform(const RunPlan& plan, const PlatformOptions& options,
                                                DataSet data) {
-  auto platform = platformOf(options);
+  checkSlippageTicks(plan);
+  auto platform = platformOf(plan, options);
   addInstruments(*platform, plan);
   addSeries(*platform, plan, std::move(data));
   addPublished(*platform, plan, options.timeZone);

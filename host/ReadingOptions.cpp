@@ -63,21 +63,38 @@ void ReadingOptions::addTo(CLI::App& command) {
       ->type_name("KEY=VALUE");
 }
 
+std::vector<std::tuple<const char*, const char*, const std::string*>> ReadingOptions::ownKeys()
+    const {
+  return {{"--columns", "columns", &columns_},
+          {"--delimiter", "delimiter", &delimiter_},
+          {"--timezone", "timeZone", &timeZone_},
+          {"--stamp", "stamp", &stamp_},
+          {"--period", "period", &period_},
+          {"--date", "date", &date_},
+          {"--price-scale", "priceScale", &priceScale_},
+          {"--price-tick", "priceTick", &priceTick_},
+          {"--side", "side", &side_}};
+}
+
+DescriptionPlaces ReadingOptions::places() const {
+  DescriptionPlaces result;
+  for (const auto& [option, key, value] : ownKeys())
+    if (!value->empty()) result.options[key] = option;
+  for (const std::string& set : sets_)
+    result.options[set.substr(0, set.find('='))] = "--set " + set.substr(0, set.find('='));
+  if (format_.empty())
+    result.place = "--set";
+  else if (format_.find('{') == std::string::npos)
+    result.place = "--format " + format_;
+  return result;
+}
+
 QJsonObject ReadingOptions::description() const {
   QJsonObject result;
   if (!format_.empty()) result = jsonObjectArgument(format_, "--format");
-  const auto put = [&](const char* key, const std::string& value) {
-    if (!value.empty()) result[QLatin1String(key)] = QString::fromStdString(value);
-  };
+  for (const auto& [option, key, value] : ownKeys())
+    if (!value->empty()) result[QLatin1String(key)] = QString::fromStdString(*value);
   if (!columns_.empty()) result["columns"] = columnsValue(columns_);
-  put("delimiter", delimiter_);
-  put("timeZone", timeZone_);
-  put("stamp", stamp_);
-  put("period", period_);
-  put("date", date_);
-  put("priceScale", priceScale_);
-  put("priceTick", priceTick_);
-  put("side", side_);
   for (const std::string& set : sets_) {
     const auto equals = set.find('=');
     if (equals == std::string::npos || equals == 0)

@@ -3,7 +3,10 @@
 #include <CLI/App.hpp>
 #include <QJsonObject>
 #include <string>
+#include <tuple>
 #include <vector>
+
+#include "host/RunPlan.h"
 
 namespace orvane {
 
@@ -17,10 +20,16 @@ class ReadingOptions {
   /// The description that they make. Throws `InputError`.
   QJsonObject description() const;
 
+  /// Where the keys of the description were given.
+  DescriptionPlaces places() const;
+
   /// What `--format` gave: a file's name, or JSON.
   const std::string& format() const { return format_; }
 
  private:
+  /// The options of one key each, with the key.
+  std::vector<std::tuple<const char*, const char*, const std::string*>> ownKeys() const;
+
   std::string format_;
   std::string columns_, delimiter_, timeZone_, stamp_, period_, date_, priceScale_, priceTick_,
       side_;

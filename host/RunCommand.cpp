@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <filesystem>
+#include <limits>
 
 #include "host/Console.h"
 #include "host/DataSet.h"
@@ -14,6 +15,7 @@
 #include "host/InterruptWatcher.h"
 #include "host/JsonInput.h"
 #include "host/LineAppender.h"
+#include "host/OptionChecks.h"
 #include "host/ProgressLine.h"
 #include "host/Report.h"
 #include "host/RunConfig.h"
@@ -31,6 +33,8 @@ constexpr char kExamples[] =
     "\n"
     "Exit codes: 0 every run ended as Stopped or Finished; 1 a run ended as an error;\n"
     "2 the input was wrong and nothing ran; 130 interrupted.";
+
+constexpr std::uint64_t kLargest = std::numeric_limits<int>::max();
 
 /// Splits "CODE=FILE"; a name that has "=" in it and is a file stays whole.
 std::pair<std::string, std::string> splitCode(const std::string& argument) {
@@ -108,7 +112,7 @@ RunCommand::RunCommand(CLI::App& parent) {
       ->group(how);
   command_
       ->add_option("--threads", threads_, "Threads that run strategies (default: by the machine)")
-      ->check(CLI::Range(1, 1024))
+      ->check(wholeNumber(1, 1024))
       ->group(how);
 
   const std::string trade = "How to trade";
@@ -128,15 +132,15 @@ RunCommand::RunCommand(CLI::App& parent) {
       ->type_name("PRICE")
       ->group(trade);
   command_->add_option("--slippage-ticks", slippageTicks_, "The same in price ticks")
-      ->check(CLI::NonNegativeNumber)
+      ->check(wholeNumber(0, kLargest))
       ->group(trade);
   command_->add_option("--entry-latency", entryLatencyMs_, "From an order to the exchange, in ms")
-      ->check(CLI::NonNegativeNumber)
+      ->check(wholeNumber(0, kLargest))
       ->type_name("MS")
       ->group(trade);
   command_
       ->add_option("--report-latency", reportLatencyMs_, "From the exchange to the strategy, in ms")
-      ->check(CLI::NonNegativeNumber)
+      ->check(wholeNumber(0, kLargest))
       ->type_name("MS")
       ->group(trade);
 
@@ -188,6 +192,7 @@ void RunCommand::addData(RunPlan& plan, const std::vector<std::string>& files,
                  : isOnlyOne   ? instrumentText(plan.instruments.front().instrument)
                                : std::string();
     input.description = description;
+    input.places = reading_.places();
     DataInput* same = nullptr;
     for (DataInput& other : plan.data)
       if (other.kind == kind && other.code == input.code) same = &other;
@@ -266,23 +271,31 @@ RunPlan RunCommand::makePlan() const {
 }
 
 void RunCommand::addOptions(RunPlan& plan) const {
-  if (!from_.empty()) plan.from = from_;
-  if (!to_.empty()) plan.to = to_;
+  const auto take = [&plan](const std::string& given, std::string& target, const char* field,
+                            const char* option) {
+    if (given.empty()) return;
+    target = given;
+    plan.places[field] = option;
+  };
+  take(from_, plan.from, "from", "--from");
+  take(to_, plan.to, "to", "--to");
   if (!speed_.empty()) plan.speed = parseSpeed(speed_, "--speed");
   if (isLive_) plan.isLive = true;
   if (threads_ > 0) plan.threads = threads_;
   if (!report_.empty()) plan.reportFolder = report_;
   if (noDigest_) plan.withDigest = false;
-  if (!capital_.empty()) plan.startBalance = capital_;
+  take(capital_, plan.startBalance, "startBalance", "--capital");
   if (!store_.empty()) plan.trade.storePath = store_;
   if (!dictionary_.empty()) plan.dictionaryFile = dictionary_;
   TradeOptions& trade = plan.trade;
-  for (const auto& [given, target] : {std::pair{&feePerLot_, &trade.feePerLot},
-                                      {&feeRate_, &trade.feeRate},
-                                      {&marginRate_, &trade.marginRate},
-                                      {&slippage_, &trade.slippage}})
-    if (!given->empty()) *target = *given;
-  if (slippageTicks_ > 0) trade.slippageTicks = slippageTicks_;
+  take(feePerLot_, trade.feePerLot, "feePerLot", "--fee-per-lot");
+  take(feeRate_, trade.feeRate, "feeRate", "--fee-rate");
+  take(marginRate_, trade.marginRate, "marginRate", "--margin-rate");
+  take(slippage_, trade.slippage, "slippage", "--slippage");
+  if (slippageTicks_ > 0) {
+    trade.slippageTicks = slippageTicks_;
+    plan.places["slippageTicks"] = "--slippage-ticks";
+  }
   if (entryLatencyMs_ > 0) trade.entryLatencyMs = entryLatencyMs_;
   if (reportLatencyMs_ > 0) trade.reportLatencyMs = reportLatencyMs_;
 }
@@ -317,6 +330,7 @@ void RunCommand::checkFiles(const RunPlan& plan) const {
 }
 
 int RunCommand::execute() {
+  refuseEmptyTexts(*command_);
   const RunPlan plan = makePlan();
   checkFiles(plan);
   ProgressLine progress;

@@ -30,6 +30,7 @@ QJsonObject objectOrFile(JsonReader& reader, const char* key, const std::string&
   if (found.isUndefined()) return {};
   if (found.isObject()) return found.toObject();
   if (!found.isString()) reader.refuse(key, "must be an object or the name of a JSON file");
+  reader.filledText(key);
   const std::string path = besides(configPath, found.toString().toStdString());
   files.push_back({reader.place(key), path});
   const QJsonValue value = readJsonFile(path);
@@ -43,9 +44,9 @@ RunnerPlan readRunner(const QJsonValue& json, const std::string& place,
   JsonReader reader(json, place);
   RunnerPlan result;
   result.strategy = reader.requiredText("strategy");
-  result.name = reader.text("name");
-  result.orderSource = reader.text("orderSource");
-  result.account = reader.text("account");
+  result.name = reader.filledText("name");
+  result.orderSource = reader.filledText("orderSource");
+  result.account = reader.filledText("account");
   result.isServer = reader.flag("server", false);
   result.limits = readLimits(reader);
   result.params = objectOrFile(reader, "params", configPath, files);
@@ -66,7 +67,10 @@ void readData(JsonReader& reader, const char* key, DataFileRequest::Kind kind,
     const std::string place = fmt::format("{}[{}]", reader.place(key), i);
     DataInput input;
     input.kind = kind;
+    input.places.place = place + ".format";
     if (list[i].isString()) {
+      if (list[i].toString().isEmpty())
+        throw InputError(fmt::format("{}: must be the name of a file, not \"\"", place));
       input.paths = {besides(configPath, list[i].toString().toStdString())};
     } else {
       JsonReader entry(list[i], place);
@@ -74,7 +78,7 @@ void readData(JsonReader& reader, const char* key, DataFileRequest::Kind kind,
         input.paths.push_back(besides(configPath, name));
       for (const std::string& name : entry.texts("file"))
         input.paths.push_back(besides(configPath, name));
-      input.code = entry.text("code");
+      input.code = entry.filledText("code");
       input.description = objectOrFile(entry, "format", configPath, plan.otherFiles);
       entry.close();
       if (input.paths.empty())
@@ -94,10 +98,12 @@ void readPublished(JsonReader& reader, RunPlan& plan) {
     series.place = fmt::format("{}[{}]", reader.place("published"), i);
     if (list[i].isString()) {
       series.code = list[i].toString().toStdString();
+      if (series.code.empty())
+        throw InputError(fmt::format("{}: must be a code, not \"\"", series.place));
     } else {
       JsonReader entry(list[i], series.place);
       series.code = entry.requiredText("code");
-      series.frequency = entry.text("frequency", "tick");
+      if (entry.has("frequency")) series.frequency = entry.requiredText("frequency");
       entry.close();
     }
     plan.published.push_back(std::move(series));
@@ -150,7 +156,7 @@ void readRunConfig(const std::string& path, RunPlan& plan) {
   readInstruments(reader, path, plan);
   readTrade(reader, path, plan);
   readGrids(reader, plan);
-  if (const std::string file = reader.text("dictionary"); !file.empty())
+  if (const std::string file = reader.filledText("dictionary"); !file.empty())
     plan.dictionaryFile = besides(path, file);
   for (const std::string& name : reader.texts("records"))
     plan.recordFiles.push_back(besides(path, name));
@@ -158,15 +164,17 @@ void readRunConfig(const std::string& path, RunPlan& plan) {
     plan.indexFiles.push_back(besides(path, name));
   readPublished(reader, plan);
   readEvents(reader, path, plan);
-  plan.timeZone = reader.text("timeZone");
+  plan.timeZone = reader.filledText("timeZone");
   if (!plan.timeZone.empty()) checkTimeZone(plan.timeZone, reader.place("timeZone"));
-  plan.from = reader.text("from");
-  plan.to = reader.text("to");
+  plan.from = reader.filledText("from");
+  plan.to = reader.filledText("to");
+  for (const char* key : {"from", "to", "timeZone"}) plan.places[key] = reader.place(key);
   plan.threads = reader.integer("threads", 0, 0, 1024);
   plan.isLive = reader.flag("live", false);
   plan.withDigest = reader.flag("digest", true);
-  if (reader.has("speed")) plan.speed = parseSpeed(reader.decimal("speed"), reader.place("speed"));
-  const std::string report = reader.text("report");
+  if (reader.has("speed"))
+    plan.speed = parseSpeed(reader.numberOrText("speed"), reader.place("speed"));
+  const std::string report = reader.filledText("report");
   if (!report.empty()) plan.reportFolder = besides(path, report);
   reader.close();
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QJsonObject>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -45,12 +46,19 @@ struct EventPlan {
   ScriptedEvent event;
 };
 
+/// Where the user said how files are to be read. Texts are UTF-8.
+struct DescriptionPlaces {
+  std::string place = "--format";              ///< Of the description as a whole.
+  std::map<std::string, std::string> options;  ///< Of keys that stand elsewhere.
+};
+
 /// Files of one kind that are read in one way.
 struct DataInput {
   DataFileRequest::Kind kind = DataFileRequest::Kind::Bars;
   std::string code;                ///< UTF-8; empty where the file tells it.
   std::vector<std::string> paths;  ///< UTF-8. With a code, they make one series.
   QJsonObject description;
+  DescriptionPlaces places = {};
 };
 
 /// An instrument with the place that named it, for messages.
@@ -64,6 +72,9 @@ struct ReadFile {
   std::string role;  ///< Such as "the params", for messages.
   std::string path;
 };
+
+/// The create source of the orders of grid conditions. No runner may have it.
+inline constexpr const char* kGridOrderSource = "__grid__";
 
 /// Everything that a run is made of, as command line and configuration give it.
 struct RunPlan {
@@ -89,6 +100,8 @@ struct RunPlan {
   std::vector<EventPlan> events;
   std::vector<std::string> eventFiles;  ///< Where they were read, UTF-8.
   std::vector<ReadFile> otherFiles;     ///< Params, formats, instruments.
+  /// Where the user gave a value, for messages, by the name that the platform has for it.
+  std::map<std::string, std::string> places;
   std::string startBalance;  ///< Of accounts that nobody described; empty: the exchange's.
 };
 

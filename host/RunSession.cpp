@@ -149,6 +149,9 @@ RunOutcome outcomeOf(const RunPlan& plan, const PlatformOptions& options, const 
   outcome.threads = plan.threads;
   outcome.speed = plan.speed;
   outcome.data = data.summaries();
+  for (SeriesSummary& series : outcome.data)
+    if (plan.trade.slippageTicks > 0 && !hasPriceTick(plan, series.code))
+      series.notes.emplace_back("no price tick is known, so there is no slippage in ticks here");
   return outcome;
 }
 

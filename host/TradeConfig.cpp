@@ -22,7 +22,7 @@ AccountSpec readAccount(const QJsonValue& json, const std::string& place) {
   JsonReader reader(json, place);
   AccountSpec account;
   account.name = utf8ToGbk(reader.requiredText("name"));
-  account.currency = utf8ToGbk(reader.text("currency"));
+  account.currency = utf8ToGbk(reader.filledText("currency"));
   const auto isNamed = [&account](const char* name) { return account.currency == name; };
   if (!account.currency.empty() && std::ranges::none_of(currencyNames, isNamed))
     reader.refuse("currency", "is not a currency that is known, such as CNY or USD");
@@ -74,6 +74,9 @@ void readExchange(JsonReader& reader, RunPlan& plan) {
   if (secondOf(reader, "queue", "behind", "front")) trade.queue = TradeOptions::Queue::Front;
   trade.settlesDaily = reader.flag("dailySettlement", false);
   trade.rejectsOutsideSessions = reader.flag("rejectOutsideSessions", false);
+  for (const char* key :
+       {"slippage", "slippageTicks", "marginRate", "feePerLot", "feeRate", "barVolumeShare"})
+    plan.places[key] = reader.place(key);
   const QJsonArray script = arrayOf(reader, "connection");
   for (qsizetype i = 0; i < script.size(); ++i)
     plan.connections.push_back(
@@ -102,7 +105,8 @@ void readTrade(JsonReader& reader, const std::string& configPath, RunPlan& plan)
           fmt::format("{}.name: two accounts are named \"{}\"", place, gbkToUtf8(name)));
   }
   plan.startBalance = reader.decimal("capital");
-  const std::string store = reader.text("store");
+  plan.places["startBalance"] = reader.place(plan.startBalance.empty() ? "accounts" : "capital");
+  const std::string store = reader.filledText("store");
   if (!store.empty()) plan.trade.storePath = besides(configPath, store);
   const QJsonValue trade = reader.value("trade");
   if (trade.isUndefined()) return;
@@ -123,12 +127,27 @@ RiskLimits readLimits(JsonReader& runner) {
   return limits;
 }
 
+namespace {
+
+void checkNotOfGrids(const RunnerPlan& runner, const std::string& place, const std::string& here) {
+  const bool isItsName = runner.name == kGridOrderSource;
+  if (!isItsName && runner.orderSource != kGridOrderSource) return;
+  const bool isOption = place.starts_with("--");
+  const std::string where = isOption ? (isItsName ? "--name" : "--order-source")
+                                     : here + (isItsName ? ": name" : ": orderSource");
+  throw InputError(fmt::format("{}: \"{}\" is the order source of grid conditions; choose another",
+                               where, kGridOrderSource));
+}
+
+}  // namespace
+
 void completeTrade(RunPlan& plan, const std::string& place) {
   const bool isAlone = plan.runners.size() == 1;
   for (std::size_t i = 0; i < plan.runners.size(); ++i) {
     RunnerPlan& runner = plan.runners[i];
     const std::string here = isAlone ? place : fmt::format("{}: runners[{}]", place, i);
     if (runner.orderSource.empty()) runner.orderSource = runner.name;
+    checkNotOfGrids(runner, place, here);
     if (runner.account.empty()) {
       // An account of its own, unless the parameters name one.
       const QJsonValue chosen = runner.params.value("account");

@@ -7,22 +7,12 @@
 #include "host/GenerateCommand.h"
 #include "host/InputError.h"
 #include "host/InspectCommand.h"
+#include "host/OptionChecks.h"
 #include "host/RunCommand.h"
 #include "host/Version.h"
 #include "platform/market/files/DataFiles.h"
 
 namespace {
-
-/// What is wrong with the command line. Where a flag was given a value, the parser leaves out
-/// which.
-std::string faultOf(const CLI::ParseError& error, int argc, char** argv) {
-  const std::string text = error.what();
-  const auto end = text.find(" was given a disallowed flag override");
-  for (int i = 1; i < argc && end != std::string::npos; ++i)
-    if (std::string(argv[i]).starts_with("--" + text.substr(0, end) + "="))
-      return std::string(argv[i]) + ": a flag takes no value";
-  return text;
-}
 
 int runCommandLine(int argc, char** argv) {
   CLI::App app("Plays market data through event-driven trading strategies.", "orvane");
@@ -36,7 +26,8 @@ int runCommandLine(int argc, char** argv) {
   } catch (const CLI::Success& done) {
     return app.exit(done);
   } catch (const CLI::ParseError& error) {
-    orvane::complain(faultOf(error, argc, argv) + "\nRun with --help for more information.");
+    orvane::complain(orvane::faultOf(error, app, argc, argv) +
+                     "\nRun with --help for more information.");
     return orvane::kExitBadInput;
   }
   if (run.isChosen()) return run.execute();

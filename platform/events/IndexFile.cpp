@@ -243,6 +243,8 @@ std::vector<IndexComposition> readJson(const detail::FileText& file, const std::
   if (error.error != QJsonParseError::NoError)
     fail(file.path + ":" + std::to_string(bytes.left(error.offset).count('\n') + 1),
          error.errorString().toStdString());
+  if (!document.isObject())
+    fail(file.path, "must hold a JSON object with the key \"indexes\", not a list");
   const QJsonObject root = document.object();
   checkKeys(file.path, root, {"indexes", "timeZone"});
   const QJsonValue zone = root.value("timeZone");
@@ -257,7 +259,8 @@ std::vector<IndexComposition> readJson(const detail::FileText& file, const std::
 std::vector<IndexComposition> loadIndexes(const std::string& path, const std::string& timeZone) {
   const detail::FileText file = detail::readFileText(path, "");
   const std::size_t first = file.text.find_first_not_of(" \t\r\n");
-  const bool isJson = first != std::string::npos && file.text[first] == '{';
+  const bool isJson =
+      first != std::string::npos && (file.text[first] == '{' || file.text[first] == '[');
   return isJson ? readJson(file, timeZone) : readCsv(file, timeZone);
 }
 

@@ -112,7 +112,8 @@ void readKey(Instrument& instrument, const std::string& key, const QJsonValue& v
       instrument.categories.push_back(utf8ToGbk(one.toString().toStdString()));
     }
   } else {
-    fail(key, textOf(value), "has a key that is not known");
+    const std::string given = value.isString() ? value.toString().toStdString() : textOf(value);
+    fail(key, given, "has a key that is not known");
   }
 }
 

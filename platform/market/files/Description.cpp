@@ -246,6 +246,8 @@ std::int64_t unitMs(std::string_view unit) {
 }  // namespace
 
 std::int64_t parsePeriod(std::string_view text) {
+  // Within a text a dash only parts number and unit; in front of it, it says something else.
+  if (text.starts_with('-')) return 0;
   std::string small;
   for (const char c : text.substr(0, 40)) {
     if (c == ' ' || c == '-' || c == '_') continue;

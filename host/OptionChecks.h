@@ -1,0 +1,19 @@
+#pragma once
+
+#include <CLI/App.hpp>
+#include <cstdint>
+
+namespace orvane {
+
+/// A check of an option that takes a whole number between two bounds, both inclusive. Its message
+/// tells the value and the bounds.
+CLI::Validator wholeNumber(std::uint64_t lowest, std::uint64_t highest);
+
+/// Refuses options that were given an empty text, which is what a variable of a script that was
+/// never set looks like. Throws `InputError`.
+void refuseEmptyTexts(const CLI::App& command);
+
+/// What is wrong with a command line, in one message.
+std::string faultOf(const CLI::ParseError& error, const CLI::App& app, int argc, char** argv);
+
+}  // namespace orvane

@@ -1,0 +1,148 @@
+// What is wrong with an option or a key is told with its place and its value.
+
+#include "host/OptionChecks.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "host/InputError.h"
+#include "tests/host/Program.h"
+
+namespace orvane {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+class OptionChecks : public testing::Test {
+ protected:
+  void expectMessage(const std::vector<std::string>& arguments, const std::string& message) {
+    const auto result = test::runProgram(arguments);
+    EXPECT_EQ(result.exitCode, kExitBadInput) << result.err;
+    EXPECT_THAT(result.err, StartsWith("orvane: " + message));
+  }
+  /// The same for a run with more options.
+  void expectRefused(const std::vector<std::string>& more, const std::string& message) {
+    std::vector<std::string> all = {"run", "-s", "sma_cross", "-b", "A.X=" + bars_};
+    all.insert(all.end(), more.begin(), more.end());
+    expectMessage(all, message);
+  }
+  /// The same for a configuration with more keys; `message` follows the file's name.
+  void expectKeyRefused(const std::string& more, const std::string& message,
+                        const std::string& runner = {}) {
+    const std::string config =
+        folder_.write("run.json", R"({"runners": [{"strategy": "sma_cross")" + runner +
+                                      R"(}], "bars": ["bars.csv"])" + more + "}");
+    expectMessage({"run", config}, config + ": " + message);
+  }
+
+  const test::TempFolder folder_;
+  const std::string bars_ = folder_.write("bars.csv", test::barsCsv());
+};
+
+TEST_F(OptionChecks, shouldRefuseAnEmptyTextWhereverItStands) {
+  for (const char* option :
+       {"--store",    "--dictionary", "--report",       "--log",        "--period",
+        "--timezone", "--columns",    "--from",         "--to",         "--capital",
+        "--slippage", "--events",     "--records",      "--indexes",    "--published",
+        "--params",   "--name",       "--order-source", "--instrument", "--format"})
+    expectRefused({option, ""}, std::string(option) + ": \"\" is empty");
+  expectMessage({"run", ""}, "config: \"\" is empty");
+  expectMessage({"inspect", bars_, "--period", ""}, "--period: \"\" is empty");
+  expectMessage({"generate", "--out", ""}, "--out: \"\" is empty");
+}
+
+TEST_F(OptionChecks, shouldRefuseAnEmptyTextOfAnyKey) {
+  for (const char* key : {"store", "dictionary", "report", "from", "to", "timeZone", "events"})
+    expectKeyRefused(std::string(", \"") + key + R"(": "")",
+                     std::string(key) + ": must not be empty");
+  for (const char* key : {"records", "indexes", "instruments"})
+    expectKeyRefused(std::string(", \"") + key + R"(": [""])",
+                     std::string(key) + ": must not be empty and hold no empty text, not [\"\"]");
+  for (const char* key : {"name", "orderSource", "account", "params"})
+    expectKeyRefused("", std::string("runners[0].") + key + ": must not be empty",
+                     std::string(", \"") + key + R"(": "")");
+  expectKeyRefused(R"(, "ticks": [""])", "ticks[0]: must be the name of a file, not \"\"");
+  expectKeyRefused(R"(, "published": [""])", "published[0]: must be a code, not \"\"");
+  expectKeyRefused(R"(, "capital": "")", "capital: must be a decimal number, not \"\"");
+}
+
+TEST_F(OptionChecks, shouldNameOptionValueAndBoundsOfANumber) {
+  for (const char* option : {"--slippage-ticks", "--entry-latency", "--report-latency"})
+    for (const char* value : {"-1", "x", "1.5", "99999999999"})
+      expectRefused({option, value}, std::string(option) + ": \"" + value +
+                                         "\" is not a whole number from 0 to 2147483647\n");
+  expectRefused({"--threads", "0"}, "--threads: \"0\" is not a whole number from 1 to 1024\n");
+  expectMessage({"generate", "--out", folder_ / "g", "--seed", "-1"}, "--seed: \"-1\" is not");
+}
+
+TEST_F(OptionChecks, shouldNameTheOptionOrKeyOfAnAmountThatIsWrong) {
+  expectRefused({"--slippage", "x"}, "--slippage: \"x\" is not a decimal number");
+  expectRefused({"--fee-rate", "-1"}, "--fee-rate: \"-1\" is not");
+  expectRefused({"--capital", "1e400"}, "--capital: \"1e400\" is not");
+  expectKeyRefused(R"(, "trade": {"slippage": "x"})",
+                   "trade.slippage: must be a decimal number, not \"x\"");
+  expectKeyRefused(R"(, "trade": {"barVolumeShare": 2})", "trade.barVolumeShare: \"2\" is not");
+  expectKeyRefused(R"(, "capital": "much")", "capital: must be a decimal number, not \"much\"");
+  expectKeyRefused(R"(, "to": "soon")", "to: \"soon\" is not a time");
+  expectKeyRefused(R"(, "timeZone": "Mars")", "timeZone: \"Mars\" is not a time zone");
+}
+
+TEST_F(OptionChecks, shouldNameTheOptionOrKeyOfADescriptionThatIsWrong) {
+  for (const char* period : {"-1m", "0m", "soon"}) {
+    expectRefused({"--period", period},
+                  std::string("--period: \"") + period + "\" is not a period");
+    expectMessage({"inspect", bars_, "--period", period},
+                  std::string("--period: \"") + period + "\" is not a period");
+    expectKeyRefused(
+        std::string(R"(, "ticks": [{"file": "t.csv", "format": {"period": ")") + period + "\"}}]",
+        std::string("ticks[0].format: \"period\": \"") + period + "\" is not a period");
+  }
+  expectRefused({"--price-tick", "x"}, "--price-tick: \"x\" is not a decimal above 0");
+  expectRefused({"--set", "period=-1m"}, "--set period: \"-1m\" is not a period");
+  expectRefused({"--format", R"({"period": "x"})"}, "--format: \"period\": \"x\" is not a period");
+}
+
+TEST_F(OptionChecks, shouldSayWhatIsNoCommandAndNoJson) {
+  expectMessage({"records", "x.csv"},
+                "\"records\" is not a command; the commands are run, generate and inspect");
+  expectRefused({"--params", "["},
+                "--params: \"[\" is neither a JSON object nor the name of a file");
+  expectRefused({"-i", "A.X,foo=1"},
+                "--instrument A.X,foo=1: key \"foo\": \"1\" has a key that is");
+  const std::string list = folder_.write("indexes.json", "[]");
+  expectRefused({"--indexes", list}, list + ": must hold a JSON object with the key \"indexes\"");
+}
+
+TEST_F(OptionChecks, shouldListEachKnownKeyOnce) {
+  const std::string config = folder_.write(
+      "run.json", R"({"runners": [{"strategy": "sma_cross"}], "bars": ["bars.csv"], "x": 1})");
+  const auto result = test::runProgram({"run", config});
+  EXPECT_THAT(result.err, HasSubstr("ticks, instruments, accounts"));
+  EXPECT_THAT(result.err, Not(HasSubstr("instruments, instruments")));
+}
+
+TEST_F(OptionChecks, shouldRefuseTheOrderSourceOfGrids) {
+  for (const char* option : {"--order-source", "--name"}) {
+    const auto result =
+        test::runProgram({"run", "-s", "sma_cross", "-b", "A.X=" + bars_, option, "__grid__"});
+    EXPECT_EQ(result.exitCode, kExitBadInput);
+    EXPECT_THAT(result.err, StartsWith(std::string("orvane: ") + option +
+                                       ": \"__grid__\" is the order source of grid conditions"));
+  }
+}
+
+TEST_F(OptionChecks, shouldRefuseSlippageInTicksThatNobodyTellsAndNoteWhereOneIsMissing) {
+  expectRefused({"--slippage-ticks", "2"}, "--slippage-ticks: 2 ticks of what?");
+  const auto result =
+      test::runProgram({"run", "-s", "sma_cross", "-b", "A.X=" + bars_, "B.X=" + bars_, "-i",
+                        "A.X,priceTick=0.1", "-i", "B.X", "--slippage-ticks", "2"});
+  EXPECT_EQ(result.exitCode, kExitSuccess) << result.err;
+  const auto note = result.out.find("no price tick is known");
+  EXPECT_GT(note, result.out.find("data B.X")) << result.out;
+  EXPECT_EQ(result.out.find("no price tick is known", note + 1), std::string::npos);
+}
+
+}  // namespace
+}  // namespace orvane
