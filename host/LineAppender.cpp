@@ -19,6 +19,7 @@ int writeAll(int descriptor, const std::string& bytes) {
     const ssize_t count = write(descriptor, bytes.data() + written, bytes.size() - written);
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) return errno;
+    if (count == 0) return EIO;  // It takes nothing and does not say why: never try for ever.
     written += static_cast<std::size_t>(count);
   }
   return 0;

@@ -198,17 +198,27 @@ RunnerOutcome endRunner(LiveRunner& live, const RunnerPlan& plan, const QJsonObj
   return its;
 }
 
-/// Plays the data. What could not be kept of it is a failure of the run and no end of it.
+/// What could not be written in `work` is a failure of the run, told once, and no end of it.
+template <typename Work>
+void keepFailure(RunOutcome& outcome, Work work) {
+  try {
+    work();
+  } catch (const std::runtime_error& error) {
+    const std::string text = error.what();
+    if (std::ranges::find(outcome.failures, text) == outcome.failures.end())
+      outcome.failures.push_back(text);
+  }
+}
+
+/// Plays the data.
 void play(EmbeddedPlatform& platform, const RunPlan& plan, InterruptWatcher& interrupts,
           ProgressLine& progress, RunOutcome& outcome) {
-  try {
+  keepFailure(outcome, [&] {
     platform.run([&](const PlaybackProgress& now) {
       progress.showRun(now, plan.isLive);
       if (interrupts.isInterrupted()) platform.cancel();
     });
-  } catch (const std::runtime_error& error) {
-    outcome.failures.emplace_back(error.what());
-  }
+  });
 }
 
 }  // namespace
@@ -251,6 +261,8 @@ RunOutcome runSession(const RunPlan& plan, DataSet data, InterruptWatcher& inter
   for (std::size_t i = 0; i < runners.size(); ++i)
     outcome.runners.push_back(endRunner(runners[i], plan.runners[i], parameters[i], records));
   platform.drain();
+  // What runners did before and after the data, also where nothing was played at all.
+  keepFailure(outcome, [&platform] { platform.checkWritten(); });
   if (std::string lost = EmbeddedPlatform::takeLostCalls(); !lost.empty())
     outcome.failures.push_back(std::move(lost));
   outcome.isInterrupted = interrupts.isInterrupted();

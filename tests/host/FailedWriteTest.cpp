@@ -77,6 +77,19 @@ TEST_F(FailedWrite, shouldPlayOnAndReportWhenTheDictionaryCannotGrow) {
   expectReported(dictionary);
 }
 
+TEST_F(FailedWrite, shouldTellOfADictionaryThatCannotGrowWhenNothingIsPlayed) {
+  const std::string dictionary = folder_ / "dictionary.db";
+  const auto result =
+      test::runProgram({"run", "-s", test::testModule("publishing_finisher"), "-b", "A.X=" + bars_,
+                        "--dictionary", dictionary, "--report", report_},
+                       {}, {{}, 500'000});
+  EXPECT_EQ(result.exitCode, kExitRunFailed) << result.out;
+  EXPECT_THAT(result.err, HasSubstr("orvane: dictionary " + dictionary));
+  const QJsonObject report = test::readReport(report_);
+  EXPECT_EQ(report["failures"].toArray().size(), 1);
+  EXPECT_EQ(report["runners"].toArray()[0].toObject()["status"].toString(), "Finished");
+}
+
 TEST_F(FailedWrite, shouldWriteTheOtherFilesWhenOneOfTheReportCannotBeWritten) {
   fs::create_directories(report_ + "/trades.csv");
   const auto result = run({});
