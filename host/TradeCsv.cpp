@@ -6,6 +6,7 @@
 #include "host/TimeArgument.h"
 #include "host/TradeReport.h"
 #include "platform/fields/FillView.h"
+#include "shared/TextCodec.h"
 
 namespace orvane {
 namespace {
@@ -30,12 +31,26 @@ std::string field(const std::string& text) {
 
 }  // namespace
 
+namespace {
+
+/// Calls `add` with the first two columns and each part of the trading of the run: that of the
+/// runners, and then the rest.
+template <typename Add>
+void eachTrading(const RunOutcome& outcome, Add add) {
+  for (const RunnerOutcome& runner : outcome.runners)
+    if (runner.trading)
+      add(field(runner.plan.name) + ',' + field(runner.plan.account) + ',', *runner.trading);
+  for (const OtherTrading& other : otherTrading(outcome))
+    add(field(other.owner) + ',' + field(gbkToUtf8(other.account->account.account)) + ',',
+        *other.trading);
+}
+
+}  // namespace
+
 std::string tradesCsv(const RunOutcome& outcome) {
   std::string csv = "runner,account,time,code,side,offset,price,volume,fee,profit,order\n";
-  for (const RunnerOutcome& runner : outcome.runners) {
-    if (!runner.trading) continue;
-    const std::string owner = field(runner.plan.name) + ',' + field(runner.plan.account) + ',';
-    for (const OrderFill& fill : runner.trading->fills) {
+  eachTrading(outcome, [&csv](const std::string& owner, const SourceResult& trading) {
+    for (const OrderFill& fill : trading.fills) {
       const FillView view(fill);
       csv += owner + isoTime(view.time()) + ',' + field(reportedCode(fill.code)) + ',' +
              sideName(view.direction()) + ',' + offsetName(view.offset()) + ',' +
@@ -43,19 +58,17 @@ std::string tradesCsv(const RunOutcome& outcome) {
              numberText(view.fee()) + ',' + numberText(view.profit()) + ',' +
              std::to_string(view.orderId()) + '\n';
     }
-  }
+  });
   return csv;
 }
 
 std::string equityCsv(const RunOutcome& outcome) {
   std::string csv = "runner,account,time,equity,exposure\n";
-  for (const RunnerOutcome& runner : outcome.runners) {
-    if (!runner.trading) continue;
-    const std::string owner = field(runner.plan.name) + ',' + field(runner.plan.account) + ',';
-    for (const EquityPoint& point : runner.trading->curve)
+  eachTrading(outcome, [&csv](const std::string& owner, const SourceResult& trading) {
+    for (const EquityPoint& point : trading.curve)
       csv += owner + isoTime(point.time) + ',' + numberText(point.equity) + ',' +
              numberText(point.exposure) + '\n';
-  }
+  });
   return csv;
 }
 

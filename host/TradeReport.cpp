@@ -38,6 +38,11 @@ QString nameOf(const std::array<const char*, kCount>& names, std::int32_t number
   return number >= 0 && at < kCount ? QString(names[at]) : QString::number(number);
 }
 
+/// The condition that an order or a fill of a grid belongs to.
+void addGrid(const SourceId& source, QJsonObject& object) {
+  if (source.createSource == kGridOrderSource) object["grid"] = qt(gbkToUtf8(source.sourceText));
+}
+
 QJsonObject orderObject(const Order& order) {
   const OrderView view(order);
   QJsonObject result{{"id", static_cast<qint64>(order.id)},
@@ -54,20 +59,23 @@ QJsonObject orderObject(const Order& order) {
   if (view.type() == order::Type::Stop) result["stopPrice"] = view.stopPrice();
   if (view.filledVolume() > 0) result["meanPrice"] = view.meanFillPrice();
   if (!view.message().empty()) result["message"] = qt(gbkToUtf8(view.message()));
+  addGrid(order.source, result);
   return result;
 }
 
 QJsonObject tradeObject(const OrderFill& fill) {
   const FillView view(fill);
-  return {{"time", timeOrNull(view.time())},
-          {"code", qt(reportedCode(fill.code))},
-          {"side", qt(sideName(view.direction()))},
-          {"offset", qt(offsetName(view.offset()))},
-          {"price", view.price()},
-          {"volume", view.volume()},
-          {"fee", view.fee()},
-          {"profit", view.profit()},
-          {"order", static_cast<qint64>(view.orderId())}};
+  QJsonObject result{{"time", timeOrNull(view.time())},
+                     {"code", qt(reportedCode(fill.code))},
+                     {"side", qt(sideName(view.direction()))},
+                     {"offset", qt(offsetName(view.offset()))},
+                     {"price", view.price()},
+                     {"volume", view.volume()},
+                     {"fee", view.fee()},
+                     {"profit", view.profit()},
+                     {"order", static_cast<qint64>(view.orderId())}};
+  addGrid(fill.source, result);
+  return result;
 }
 
 QJsonObject curveObject(const std::vector<EquityPoint>& curve) {
@@ -186,27 +194,65 @@ std::string offsetName(order::Offset offset) {
   return std::to_string(static_cast<int>(offset));
 }
 
-QJsonValue tradingReport(const RunnerOutcome& runner) {
-  if (!runner.trading) return {};
-  const SourceResult& trading = *runner.trading;
+namespace {
+
+QJsonObject sourceObject(const SourceResult& trading, double startBalance) {
   QJsonArray orders, trades;
   for (const Order& order : trading.orders) orders.append(orderObject(order));
   for (const OrderFill& fill : trading.fills) trades.append(tradeObject(fill));
-  return QJsonObject{
-      {"account", qt(runner.plan.account)},
-      {"orderSource", qt(runner.plan.orderSource)},
-      {"orders", orders},
-      {"trades", trades},
-      {"equity", curveObject(trading.curve)},
-      {"figures", figuresObject(makeFigures(runner.startBalance, trading.curve, trading.fills))}};
+  return {{"orderSource", qt(gbkToUtf8(trading.source))},
+          {"orders", orders},
+          {"trades", trades},
+          {"equity", curveObject(trading.curve)},
+          {"figures", figuresObject(makeFigures(startBalance, trading.curve, trading.fills))}};
+}
+
+/// Whether the trading is what a runner did on its own account.
+bool isOwn(const RunOutcome& outcome, const std::string& account, const std::string& source) {
+  return std::ranges::any_of(outcome.runners, [&](const RunnerOutcome& runner) {
+    return runner.plan.account == account && runner.plan.orderSource == source;
+  });
+}
+
+double startBalanceOf(const AccountResult& account) {
+  return CapitalView(account.capital).startBalance();
+}
+
+}  // namespace
+
+QJsonValue tradingReport(const RunnerOutcome& runner) {
+  if (!runner.trading) return {};
+  QJsonObject result = sourceObject(*runner.trading, runner.startBalance);
+  result["account"] = qt(runner.plan.account);
+  return result;
+}
+
+std::vector<OtherTrading> otherTrading(const RunOutcome& outcome) {
+  std::vector<OtherTrading> result;
+  for (const AccountResult& account : outcome.accounts) {
+    for (const SourceResult& trading : account.sources) {
+      const std::string source = gbkToUtf8(trading.source);
+      if (isOwn(outcome, gbkToUtf8(account.account.account), source)) continue;
+      OtherTrading other{&account, &trading, source};
+      for (const RunnerOutcome& runner : outcome.runners)
+        if (runner.plan.orderSource == source) other.owner = runner.plan.name;
+      result.push_back(std::move(other));
+    }
+  }
+  return result;
 }
 
 QJsonArray accountsReport(const RunOutcome& outcome) {
   QJsonArray result;
+  const std::vector<OtherTrading> others = otherTrading(outcome);
   for (const AccountResult& account : outcome.accounts) {
-    const double start = CapitalView(account.capital).startBalance();
+    const double start = startBalanceOf(account);
+    QJsonArray itsOthers;
+    for (const OtherTrading& other : others)
+      if (other.account == &account) itsOthers.append(sourceObject(*other.trading, start));
     result.append(QJsonObject{
         {"name", qt(gbkToUtf8(account.account.account))},
+        {"otherTrading", itsOthers},
         {"currency", qt(currencyOf(account))},
         {"startBalance", start},
         {"final", capitalObject(account.capital)},
@@ -247,6 +293,12 @@ std::string figuresTable(const RunOutcome& outcome) {
     ++traders;
     addRow(runner.plan.name,
            makeFigures(runner.startBalance, runner.trading->curve, runner.trading->fills));
+  }
+  for (const OtherTrading& other : otherTrading(outcome)) {
+    ++traders;
+    const std::string name = other.owner == kGridOrderSource ? "grids" : other.owner;
+    addRow(name + " on " + gbkToUtf8(other.account->account.account),
+           makeFigures(startBalanceOf(*other.account), other.trading->curve, other.trading->fills));
   }
   if (traders == 0) return {};
   if (traders > 1 && totalReport(outcome).isObject()) {

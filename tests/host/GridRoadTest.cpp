@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <QJsonArray>
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <vector>
@@ -66,6 +67,30 @@ TEST(GridRoad, shouldShowTheGridOfARunToAStrategyOfItsAccount) {
   EXPECT_GE(env["gridOrders"].toString().toInt(), 16);
   EXPECT_THAT(result.err, HasSubstr("grid 1 bought 2 A at 99.5"));
   EXPECT_THAT(result.err, HasSubstr("grid 1 sold 2 A at 103.5"));
+}
+
+TEST(GridRoad, shouldReportTheTradesOfAGridAsTheGrids) {
+  const test::TempFolder folder;
+  folder.write("a.csv", pricesCsv());
+  const std::string config = folder.write(
+      "run.json", configOf(R"({"code": "A", "lower": 98, "upper": 102, "step": 1, "volume": 2})"));
+  const test::ProgramResult result = test::runProgram({"run", config});
+  ASSERT_EQ(result.exitCode, 0) << result.err;
+  const QJsonObject report = test::readReport(folder / "out");
+  EXPECT_TRUE(report["runners"].toArray()[0].toObject()["trading"].isNull());
+  const QJsonArray others = report["accounts"].toArray()[0].toObject()["otherTrading"].toArray();
+  ASSERT_EQ(others.size(), 1);
+  const QJsonObject grids = others[0].toObject();
+  EXPECT_EQ(grids["orderSource"].toString(), "__grid__");
+  EXPECT_EQ(grids["trades"].toArray().size(), 16);
+  EXPECT_EQ(grids["trades"].toArray()[0].toObject()["grid"].toString(), "1");
+  EXPECT_EQ(grids["orders"].toArray()[0].toObject()["grid"].toString(), "1");
+  EXPECT_EQ(grids["figures"], report["accounts"].toArray()[0].toObject()["figures"]);
+  const std::string trades = test::readFile(folder / "out/trades.csv");
+  EXPECT_EQ(std::count(trades.begin(), trades.end(), '\n'), 17);
+  EXPECT_THAT(trades, HasSubstr("\n__grid__,grid_watcher,"));
+  EXPECT_THAT(test::readFile(folder / "out/equity.csv"), HasSubstr("\n__grid__,grid_watcher,"));
+  EXPECT_THAT(result.out, HasSubstr("\ngrids on grid_watcher "));
 }
 
 TEST(GridRoad, shouldSayOnTheLogThatAGridHasNoMoney) {
