@@ -30,10 +30,14 @@ void TimerSrc::setNotify(ITimerNotify* notify) {
 void TimerSrc::createTimer(int id, int64 beginTime, int64 interval, int triggerCount) {
   stopTimer(id);
   auto timer = std::make_shared<Timer>(id);
+  // Somebody else may have made one of this id since: it must not end under the mutex, for which a
+  // firing of it may be waiting.
+  std::shared_ptr<Timer> displaced = timer;
   {
     const std::lock_guard lock(mutex_);
-    timers_[id] = timer;
+    timers_[id].swap(displaced);
   }
+  displaced.reset();
   timer->start(beginTime, interval, shared_from_this(), triggerCount);
 }
 
