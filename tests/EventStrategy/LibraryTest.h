@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <optional>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <utility>
@@ -23,6 +25,17 @@ using ::testing::IsEmpty;
 template <typename Work>
 void onAnotherThread(Work&& work) {
   std::thread(std::forward<Work>(work)).join();
+}
+
+/// What `work` threw, if it threw.
+template <typename Work>
+std::optional<std::string> thrownBy(Work&& work) {
+  try {
+    std::forward<Work>(work)();
+  } catch (const std::runtime_error& error) {
+    return error.what();
+  }
+  return {};
 }
 
 inline ICodeID codeOf(int64 id, const std::string& text = "C") { return {id, 0, 1, text}; }

@@ -135,41 +135,6 @@ TEST_F(QuoteSrcCallback, shouldHoldTheNotifyMutexAloneWhileItCallsTheNotify) {
   EXPECT_EQ(checks, 5);
 }
 
-TEST_F(QuoteSrcCallback, shouldDeliverAQuoteThatAServiceThreadSendsDuringTheSubscribe) {
-  platform.calls.onCall("quote.subscribeQuote",
-                        [&] { onAnotherThread([&] { src->onQuote(quoteOf(7)); }); });
-  src->subscribeQuote(codeOf(7), 0);
-  EXPECT_THAT(notify.calls(), ElementsAre("onQuote 7"));
-}
-
-TEST_F(QuoteSrcCallback, shouldDeliverBarsThatAServiceThreadSendsDuringTheSubscribe) {
-  platform.calls.onCall("quote.subscribeBars",
-                        [&] { onAnotherThread([&] { src->onKLine(5, {barOf(1)}, {}, 0); }); });
-  subscribeBars(5);
-  EXPECT_THAT(notify.calls(), ElementsAre("onKLine 5 code=7 size=1 status=0 flag=0"));
-}
-
-TEST_F(QuoteSrcCallback, shouldDropWhatAServiceThreadSendsDuringTheUnsubscribeOrTheRelease) {
-  src->subscribeQuote(codeOf(7), 0);
-  subscribeBars(5);
-  int calls = 0;
-  const auto late = [&] {
-    ++calls;
-    onAnotherThread([&] {
-      src->onQuote(quoteOf(7));
-      src->onKLine(5, {barOf(1)}, {}, 0);
-    });
-  };
-  platform.calls.onCall("quote.unsubscribeSpi", late);
-  platform.calls.onCall("quote.cancelRequest", late);
-  src->release();
-  src->subscribeQuote(codeOf(7), 0);
-  platform.calls.onCall("quote.unsubscribeQuote", late);
-  src->unsubscribeQuote(codeOf(7), 0);
-  EXPECT_EQ(calls, 3);
-  EXPECT_THAT(notify.calls(), IsEmpty());
-}
-
 TEST_F(QuoteSrcCallback, shouldBlockADetachUntilTheCallBackInProgressHasReturned) {
   src->subscribeQuote(codeOf(7), 0);
   std::latch inside(1);

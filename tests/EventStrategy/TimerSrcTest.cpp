@@ -176,13 +176,7 @@ TEST_F(TimerSrcTest, shouldStopTheOtherTimersWhenOneStopThrowsAndThenThrowTheFir
   int stops = 0;
   platform.calls.onCall("timer.stop",
                         [&stops] { throw std::runtime_error("stop " + std::to_string(++stops)); });
-  std::string thrown;
-  try {
-    src->stopAllTimer();
-  } catch (const std::runtime_error& error) {
-    thrown = error.what();
-  }
-  EXPECT_EQ(thrown, "stop 1");
+  EXPECT_EQ(thrownBy([this] { src->stopAllTimer(); }), "stop 1");
   EXPECT_EQ(platform.calls.count("timer.stop"), 3);
   EXPECT_EQ(TestAccess::timerCount(*src), 0u);
   platform.calls.onCall("timer.stop", {});

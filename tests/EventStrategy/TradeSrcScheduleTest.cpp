@@ -1,20 +1,17 @@
 // Random schedules of all that can happen between a strategy, its trade source and the trade
 // service, against a model of what the source promises.
 
-#include <log4cxx/logger.h>
-
 #include <algorithm>
 #include <cstdio>
-#include <random>
 
 #include "EventStrategy/TradeSrc.h"
 #include "tests/EventStrategy/LibraryTest.h"
 #include "tests/EventStrategy/model/DeliveryKeeper.h"
 #include "tests/EventStrategy/model/HeldSubscriptions.h"
+#include "tests/EventStrategy/model/ScheduleTest.h"
 #include "tests/EventStrategy/model/TradeDice.h"
 #include "tests/EventStrategy/model/TradeLedger.h"
 #include "tests/EventStrategy/model/TradeModel.h"
-#include "tests/support/RandomRuns.h"
 
 namespace orvane::support {
 namespace {
@@ -444,41 +441,27 @@ class Schedule : private TradeDice {
   int64 lastId_ = 0, lastFill_ = 0, clock_ = 0;
 };
 
-class TradeSrcSchedule : public ::testing::Test {
- protected:
-  // A line for each call would take most of the time.
-  TradeSrcSchedule() : logger_(log4cxx::Logger::getLogger("Event")), former_(logger_->getLevel()) {
-    logger_->setLevel(log4cxx::Level::getOff());
-  }
-  ~TradeSrcSchedule() override { logger_->setLevel(former_); }
-
- private:
-  log4cxx::LoggerPtr logger_;
-  log4cxx::LevelPtr former_;
-};
+class TradeSrcSchedule : public ScheduleTest {};
 
 TEST_F(TradeSrcSchedule, shouldKeepEveryPromiseInRandomSchedules) {
   constexpr int kSteps = 120;
-  const std::uint64_t seed = std::random_device{}();
-  const int schedules = std::max(randomRuns(600), 60);  // Fewer could miss something rare.
-  RecordProperty("seed", std::to_string(seed));
-  SCOPED_TRACE("seed " + std::to_string(seed));
-  FakePlatform platform;
-  Seen seen;
-  for (int i = 0; i < schedules && !HasFailure(); ++i) {
-    SCOPED_TRACE("schedule " + std::to_string(i));
-    Schedule schedule(platform, seed + static_cast<std::uint64_t>(i), seen);
+  constexpr int kFewest = 60;  // Fewer could miss something rare.
+  Seen happened;
+  const auto work = [&](std::uint64_t seed) {
+    Schedule schedule(platform, seed, happened);
     for (int step = 0; step < kSteps && schedule.step(); ++step) {
     }
-  }
+  };
+  forEachSeed(600, work, kFewest);
   if (HasFailure()) return;
   std::printf(
-      "seed %llu: %d schedules, %d runs, %d snapshots, %d reconnects, %d withheld, "
-      "%d skipped, %d missed in outages, %d failed queries, %d dropped, %d changes of codes\n",
-      static_cast<unsigned long long>(seed), schedules, seen.runs, seen.snapshots, seen.reconnects,
-      seen.withheld, seen.skipped, seen.missed, seen.failures, seen.dropped, seen.codeChanges);
-  for (const int count : {seen.snapshots, seen.reconnects, seen.withheld, seen.skipped, seen.missed,
-                          seen.failures, seen.dropped, seen.codeChanges})
+      "%d runs, %d snapshots, %d reconnects, %d withheld, %d skipped, %d missed in outages, "
+      "%d failed queries, %d dropped, %d changes of codes\n",
+      happened.runs, happened.snapshots, happened.reconnects, happened.withheld, happened.skipped,
+      happened.missed, happened.failures, happened.dropped, happened.codeChanges);
+  for (const int count :
+       {happened.snapshots, happened.reconnects, happened.withheld, happened.skipped,
+        happened.missed, happened.failures, happened.dropped, happened.codeChanges})
     EXPECT_GT(count, schedules / 10);
 }
 

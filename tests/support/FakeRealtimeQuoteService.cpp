@@ -1,5 +1,6 @@
 #include "tests/support/FakeRealtimeQuoteService.h"
 
+#include <algorithm>
 #include <string>
 
 namespace orvane::support {
@@ -22,8 +23,9 @@ ResultStatus FakeRealtimeQuoteService::subscribeQuote(const ICodeID& code,
 }
 
 ResultStatus FakeRealtimeQuoteService::unsubscribeQuote(const ICodeID& code,
-                                                        const std::shared_ptr<QuoteSpi>&,
+                                                        const std::shared_ptr<QuoteSpi>& spi,
                                                         int flags) {
+  keep(spi);
   return calls_.record("quote.unsubscribeQuote", idAndFlags(code, flags));
 }
 
@@ -46,7 +48,8 @@ ResultStatus FakeRealtimeQuoteService::cancelRequest(int requestId) {
   return calls_.record("quote.cancelRequest", std::to_string(requestId));
 }
 
-ResultStatus FakeRealtimeQuoteService::unsubscribeSpi(const std::shared_ptr<QuoteSpi>&) {
+ResultStatus FakeRealtimeQuoteService::unsubscribeSpi(const std::shared_ptr<QuoteSpi>& spi) {
+  keep(spi);
   return calls_.record("quote.unsubscribeSpi");
 }
 
@@ -79,12 +82,30 @@ TermPair FakeRealtimeQuoteService::term(int requestId) const {
   return requests_.at(requestId).term;
 }
 
+std::vector<std::shared_ptr<QuoteSpi>> FakeRealtimeQuoteService::spis() const {
+  const std::lock_guard lock(mutex_);
+  std::vector<std::shared_ptr<QuoteSpi>> all = withdrawn_;
+  const auto add = [&all](const std::shared_ptr<QuoteSpi>& spi) {
+    if (std::ranges::find(all, spi) == all.end()) all.push_back(spi);
+  };
+  for (const auto& quote : quotes_) add(quote.second);
+  for (const auto& request : requests_) add(request.second.spi);
+  return all;
+}
+
+void FakeRealtimeQuoteService::keep(const std::shared_ptr<QuoteSpi>& spi) {
+  const std::lock_guard lock(mutex_);
+  if (std::ranges::find(withdrawn_, spi) == withdrawn_.end()) withdrawn_.push_back(spi);
+}
+
 void FakeRealtimeQuoteService::forget() {
   std::map<int64, std::shared_ptr<QuoteSpi>> quotes;
   std::map<int, Request> requests;
+  std::vector<std::shared_ptr<QuoteSpi>> withdrawn;
   const std::lock_guard lock(mutex_);
   quotes.swap(quotes_);
   requests.swap(requests_);
+  withdrawn.swap(withdrawn_);
 }
 
 }  // namespace orvane::support

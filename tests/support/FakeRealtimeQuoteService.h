@@ -3,6 +3,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <vector>
 
 #include "services/Common/IRealtimeQuoteService.h"
 #include "tests/support/CallLog.h"
@@ -30,6 +31,8 @@ class FakeRealtimeQuoteService final : public IRealtimeQuoteService {
   /// unsubscribe, as it does to a service with a call-back under way; `forget` lets all go.
   std::shared_ptr<QuoteSpi> quoteSpi(int64 codeId) const;
   std::shared_ptr<QuoteSpi> requestSpi(int requestId) const;
+  /// Every spi that is known from a subscription or that a withdrawal brought, once each.
+  std::vector<std::shared_ptr<QuoteSpi>> spis() const;
 
   /// The query and the period of a request, as they came.
   IMDQuery query(int requestId) const;
@@ -44,10 +47,13 @@ class FakeRealtimeQuoteService final : public IRealtimeQuoteService {
     std::shared_ptr<QuoteSpi> spi;
   };
 
+  void keep(const std::shared_ptr<QuoteSpi>& spi);
+
   CallLog& calls_;
   mutable std::mutex mutex_;
   std::map<int64, std::shared_ptr<QuoteSpi>> quotes_;
   std::map<int, Request> requests_;
+  std::vector<std::shared_ptr<QuoteSpi>> withdrawn_;
 };
 
 }  // namespace orvane::support

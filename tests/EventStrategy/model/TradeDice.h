@@ -1,7 +1,5 @@
 #pragma once
 
-#include <cstdint>
-#include <random>
 #include <set>
 #include <string>
 #include <vector>
@@ -9,27 +7,21 @@
 #include "EventStrategy/EventTypes.h"
 #include "shared/TradeRecords.h"
 #include "tests/EventStrategy/LibraryTest.h"
+#include "tests/EventStrategy/model/Dice.h"
 
 namespace orvane::support {
 
-/// What a trade schedule draws at random. One seed gives one sequence.
-class TradeDice {
- public:
-  explicit TradeDice(std::uint64_t seed) : random_(seed) {}
-
+/// What a trade schedule draws at random.
+class TradeDice : public Dice {
  protected:
+  using Dice::Dice;
+
   static constexpr int kAccounts = 3;
   static constexpr int kCodes = 5;
   inline static const std::vector<std::string> kCreateSources = {"own", "alt", "ghost"};
   inline static const std::vector<std::string> kAllSources = {"own", "alt", "ghost", "x", "y"};
 
-  int below(int end) { return std::uniform_int_distribution<>(0, end - 1)(random_); }
-  bool oneIn(int n) { return below(n) == 0; }
-  Word aMark() { return static_cast<Word>(random_()); }
-
-  const std::string& oneOf(const std::vector<std::string>& texts) {
-    return texts[static_cast<std::size_t>(below(static_cast<int>(texts.size())))];
-  }
+  Word aMark() { return static_cast<Word>(any()); }
 
   /// Codes are known by their id alone, so their texts vary.
   ICodeID aCode() { return codeOf(1 + below(kCodes), std::to_string(below(3))); }
@@ -64,9 +56,6 @@ class TradeDice {
     source.sourceType = oneIn(3) ? below(300) : 512;
     return source;
   }
-
- private:
-  std::mt19937_64 random_;
 };
 
 }  // namespace orvane::support
