@@ -165,14 +165,25 @@ void EmbeddedPlatform::Impl::noteTradeRequest() {
 }
 
 void EmbeddedPlatform::Impl::serveEvents() {
-  const std::lock_guard turn(quotes.turn());
-  while (eventDesk.serve()) {
+  bool isAnyLeft = false;
+  {
+    const std::lock_guard turn(quotes.turn());
+    isAnyLeft = eventDesk.serveTurn();
   }
+  if (isAnyLeft) postTelling();
+}
+
+void EmbeddedPlatform::Impl::postTelling() {
+  if (isTellingPosted.exchange(true)) return;
+  loop.post([this] {
+    isTellingPosted.store(false);  // First, so that what comes from now on is not forgotten.
+    serveEvents();
+  });
 }
 
 void EmbeddedPlatform::Impl::noteEvent() {
   if (!isPlayback())
-    loop.post([this] { serveEvents(); });
+    postTelling();
   else if (options.speed > 0)
     loop.wake();
 }

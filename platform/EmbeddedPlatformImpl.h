@@ -50,6 +50,7 @@ class EmbeddedPlatform::Impl final : public IServiceRouter, public IQuoteHub {
   void noteTradeRequest();
   void noteEvent();
   void serveEvents();
+  void postTelling();
   void noteDictionaryRequest();
   void resetClock();
   void run(const std::function<void(const PlaybackProgress&)>& progress);
@@ -90,6 +91,8 @@ class EmbeddedPlatform::Impl final : public IServiceRouter, public IQuoteHub {
   detail::EventDesk eventDesk;
   std::shared_ptr<detail::TimerQueue> timers = std::make_shared<detail::TimerQueue>();
 
+  /// Whether a task that tells of what was published is on its way: one is enough for all.
+  std::atomic<bool> isTellingPosted{false};
   detail::ServiceLoop loop;
   std::unique_ptr<detail::OverdueAnswerer> answerer;  ///< Playback's.
   std::unique_ptr<detail::TimerThread> timerThread;   ///< Live mode's.

@@ -59,11 +59,17 @@ bool ServiceLoop::runPosted() {
   return any;
 }
 
+void ServiceLoop::runPostedNow() {
+  std::unique_lock lock(mutex_);
+  for (std::size_t left = tasks_.size(); left > 0 && runOne(lock); --left) {
+  }
+}
+
 void ServiceLoop::runPostedUntil(WallTime deadline, const std::function<bool()>& stop) {
   std::unique_lock lock(mutex_);
   while (true) {
-    while (runOne(lock)) {
-    }
+    while (runOne(lock))
+      if (std::chrono::system_clock::now() >= deadline) return;
     const std::uint64_t seen = wakes_;
     lock.unlock();
     const bool stopped = stop();

@@ -42,7 +42,10 @@ class ServiceLoop {
 
   /// Runs the tasks that are posted, and those that these post. Returns whether there were any.
   bool runPosted();
-  /// Runs posted tasks until `deadline`, or until `stop` holds after a `wake` or a task.
+  /// Runs the tasks that are posted, but none that these post: it always comes to an end.
+  void runPostedNow();
+  /// Runs posted tasks until `deadline`, also if there are more, or until `stop` holds after a
+  /// `wake` or when there is no task.
   void runPostedUntil(WallTime deadline, const std::function<bool()>& stop);
 
  private:

@@ -27,6 +27,13 @@ bool EventDesk::serve() {
   return parts_.events.serve();
 }
 
+bool EventDesk::serveTurn() {
+  constexpr int kMostOfATurn = 256;
+  for (int served = 0; served < kMostOfATurn; ++served)
+    if (!serve()) return false;
+  return true;
+}
+
 void EventDesk::play(MarketStream& stream) {
   // As a record of the feed: the exchange sees it first, and what it tells is digested first.
   if (parts_.trade.beforeRecord(stream)) {

@@ -45,6 +45,10 @@ class EventDesk {
   /// that publishers who answer one another come to an end.
   bool serve();
 
+  /// Serves until there is nothing, but no longer than one turn takes: receivers that answer one
+  /// another would keep the thread from all else. Returns whether something may be left.
+  bool serveTurn();
+
   /// When the next thing happens by itself; `kUnsetTime` if nothing does.
   int64 nextDue() const;
   /// Lets the next thing happen; general events before changes of indexes.

@@ -209,17 +209,18 @@ void LiveDriver::run() {
   parts_.trade.endRun();
 }
 
-void LiveDriver::serve() {
+/// Returns whether something is left for the next turn.
+bool LiveDriver::serve() {
   parts_.trade.serve();
   const std::lock_guard turn(parts_.quotes.turn());
   const int64 now = duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
   while (parts_.events.nextDue() <= now) parts_.events.tellNext();
-  while (parts_.events.serve()) {
-  }
+  return parts_.events.serveTurn();
 }
 
 void LiveDriver::play(Feed& feed, const TimeShift& shift) {
   const std::function<bool()> stop = [this] { return parts_.cancelled.load(); };
+  bool isAnyLeft = false;
   while (!feed.atEnd()) {
     if (stop()) return;
     const int64 record = feed.nextTime();
@@ -231,7 +232,7 @@ void LiveDriver::play(Feed& feed, const TimeShift& shift) {
     const int64 next = std::min(record, close);
     const int64 own = ownDue();
     const system_clock::time_point due{milliseconds(std::min(shift.shown(next), own))};
-    if (system_clock::now() < due) {
+    if (!isAnyLeft && system_clock::now() < due) {
       // What is served meanwhile may bring an earlier end of a bar, or put an order on its way.
       parts_.loop.runPostedUntil(due, [&] {
         const std::lock_guard turn(parts_.quotes.turn());
@@ -239,8 +240,8 @@ void LiveDriver::play(Feed& feed, const TimeShift& shift) {
       });
       continue;
     }
-    parts_.loop.runPosted();
-    serve();
+    parts_.loop.runPostedNow();
+    isAnyLeft = serve();
     if (system_clock::now() < system_clock::time_point{milliseconds(shift.shown(next))}) continue;
     const std::lock_guard turn(parts_.quotes.turn());
     parts_.quotes.passedUntil(next);

@@ -78,7 +78,7 @@ class PlaybackDriver {
 };
 
 /// Plays the feed in real time on the thread of the service loop, its first record now. Nobody is
-/// waited for.
+/// waited for, and nobody keeps the feed waiting: what is served between two records has an end.
 class LiveDriver {
  public:
   LiveDriver(DriverParts parts, double speed, DriverProgress& progress);
@@ -87,7 +87,7 @@ class LiveDriver {
 
  private:
   void play(Feed& feed, const TimeShift& shift);
-  void serve();
+  bool serve();
   int64 ownDue() const { return std::min(parts_.trade.nextDue(), parts_.events.nextDue()); }
 
   DriverParts parts_;

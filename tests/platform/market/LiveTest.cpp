@@ -1,5 +1,11 @@
+#include <atomic>
 #include <latch>
+#include <map>
+#include <mutex>
+#include <string>
+#include <thread>
 
+#include "services/QuoteClient/IGeneralEventManager.h"
 #include "tests/platform/market/PlatformFixture.h"
 
 namespace orvane::testing {
@@ -95,6 +101,33 @@ TEST(LivePlayback, shouldServeRequestsWhileItWaitsAndFireTimersOnTheirOwnThread)
   EXPECT_EQ(second->flags, (std::vector<int>{kLastBatchFlag}));
   EXPECT_NE(notify->thread, std::this_thread::get_id());
   EXPECT_EQ(second->bars[0], first->bars[0]);
+}
+
+TEST(LivePlayback, shouldPlayTheFeedThoughAReceiverAnswersEachEventWithAnother) {
+  struct Restless final : GeneralEventSpi {
+    std::atomic<bool> isOver{false};
+    int told = 0;
+    void onGeneralEvent(const std::string&, const std::map<std::string, std::string>&,
+                        const std::string&) override {
+      ++told;
+      if (!isOver) answer();
+    }
+    static void answer() { IGeneralEventManager::instance()->publishEvent("room", {}, "again"); }
+  };
+  InstalledPlatform platform(liveOptions(60'000));
+  const ICodeID code = platform.code("A");
+  platform->addBars(makeBars(code, kMonday, kMinute, 20));
+  auto restless = std::make_shared<Restless>();
+  IGeneralEventManager::instance()->subscribe(restless, "room", {""}, {}, true);
+  auto spi = std::make_shared<LiveSpi>();
+  platform.quotes().subscribeBars(makeQuery(code), kOneMinute, spi, 1);
+  spi->onBars = [&](std::size_t count) {
+    if (count == 1) Restless::answer();
+    if (count == 20) restless->isOver = true;
+  };
+  platform->run();
+  EXPECT_EQ(spi->bars.size(), 20u);
+  EXPECT_GT(restless->told, 1);
 }
 
 }  // namespace
