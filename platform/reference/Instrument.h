@@ -18,7 +18,7 @@ struct Instrument {
   std::string currency;    ///< A name of `currencyNames`; empty means not known.
   std::string priceTick;   ///< Decimal text, such as "0.2"; empty means not known.
   std::string multiplier;  ///< Decimal text; empty means 1.
-  std::string lotSize;     ///< Decimal text; empty means 1.
+  std::string lotSize;     ///< Decimal text; empty: orders have any volume, queries answer 1.
   std::string sessions;    ///< Such as "09:30-11:30,13:00-15:00", or "21:00-02:30,09:00-11:30".
   std::string marginRate;  ///< Share of the turnover; empty means 0.
   std::string feePerLot;   ///< Money for each unit of volume; empty means 0.

@@ -15,6 +15,10 @@ namespace orvane::detail {
 /// The condition service, as far as the library sees it: who wants to be told the details of which
 /// conditions, and the telling. Any thread may subscribe; the service loop's thread tells.
 ///
+/// Nobody waits for a call-back: whoever unsubscribes from another thread may hold the lock that it
+/// wants. So one that has begun may outlast `unsubscribeDetails`; see `letGo` for what keeps the
+/// library's receivers alive, and keep others until everything is quiet.
+///
 /// A subscription is told first the orders that are at work, then what changes. One that is made
 /// again is told the orders at work again.
 class DetailBook final : public ICondService {

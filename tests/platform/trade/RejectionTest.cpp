@@ -48,6 +48,12 @@ TEST_F(Rejection, shouldNameABadVolume) {
   EXPECT_EQ(reasonOf(orderOf(kBuy, 0.7)), "rejected: bad volume: 0.7 is not a multiple of 0.5");
 }
 
+TEST_F(Rejection, shouldTakeAnyVolumeOfACodeWhoseLotSizeIsNotKnown) {
+  instrument.lotSize.clear();
+  open();
+  EXPECT_EQ(reasonOf(orderOf(kBuy, 1.5)), "not rejected");
+}
+
 TEST_F(Rejection, shouldSayThatANumberIsTooLarge) {
   EXPECT_EQ(reasonOf(orderOf(kBuy, 1e12)), "rejected: bad volume: 1000000000000 is too large");
   EXPECT_EQ(reasonOf(orderOf(kBuy, 1, order::Type::Limit, 1e9)),
