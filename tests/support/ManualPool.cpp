@@ -1,5 +1,6 @@
 #include "tests/support/ManualPool.h"
 
+#include <stdexcept>
 #include <utility>
 
 namespace orvane::support {
@@ -22,6 +23,10 @@ ResultStatus ManualPool::start() {
 
 ResultStatus ManualPool::addTask(std::function<void()> task) {
   const std::lock_guard lock(mutex_);
+  if (throws_ > 0) {
+    --throws_;
+    throw std::runtime_error("no task");
+  }
   if (refusal_.code != 0) return refusal_;
   tasks_.push_back(std::move(task));
   changed_.notify_all();
@@ -82,12 +87,18 @@ void ManualPool::refuseWith(const ResultStatus& status) {
   refusal_ = status;
 }
 
+void ManualPool::throwNext(int count) {
+  const std::lock_guard lock(mutex_);
+  throws_ = count;
+}
+
 void ManualPool::reset() {
   stopThreads();
   std::deque<std::function<void()>> dropped;
   const std::lock_guard lock(mutex_);
   dropped.swap(tasks_);
   refusal_ = {};
+  throws_ = 0;
 }
 
 ThreadPoolConfig ManualPool::config() const {

@@ -47,6 +47,9 @@ class ManualPool final : public ThreadPoolBase {
   /// Makes every `addTask` answer this status, and drop the task if the code is not 0.
   void refuseWith(const ResultStatus& status);
 
+  /// Makes the next `count` calls of `addTask` throw `std::runtime_error`.
+  void throwNext(int count);
+
   /// Ends the threads and drops what is pending. The settings and the count of starts stay, since
   /// the library gives them once in the life of the process.
   void reset();
@@ -67,6 +70,7 @@ class ManualPool final : public ThreadPoolBase {
   std::vector<std::thread> threads_;
   ThreadPoolConfig config_;
   ResultStatus refusal_;
+  int throws_ = 0;
   int starts_ = 0;
   int active_ = 0;
   bool ending_ = false;
