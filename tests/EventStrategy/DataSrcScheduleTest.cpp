@@ -197,7 +197,7 @@ TEST_F(DataSrcSchedule, shouldKeepEveryPromiseInRandomSchedules) {
   EXPECT_GT(seen.dropped, schedules);
   EXPECT_GT(seen.inside, schedules / 2);
   EXPECT_GT(seen.thrown, schedules / 2);
-  EXPECT_GT(seen.refused, schedules / 4);
+  EXPECT_GT(seen.refused, schedules / 8);
   EXPECT_GT(seen.replaced, schedules / 4);
 }
 

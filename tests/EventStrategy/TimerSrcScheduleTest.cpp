@@ -160,11 +160,11 @@ TEST_F(TimerSrcSchedule, shouldKeepEveryPromiseInRandomSchedules) {
   take<TimerSchedule>(2000, 60);
   if (HasFailure()) return;
   EXPECT_GT(seen.delivered, schedules);
-  EXPECT_GT(seen.dropped, schedules);
+  EXPECT_GT(seen.dropped, schedules / 4);
   EXPECT_GT(seen.inside, schedules / 2);
   EXPECT_GT(seen.thrown, schedules / 2);
   EXPECT_GT(seen.refused, schedules / 2);
-  EXPECT_GT(seen.replaced, schedules / 2);
+  EXPECT_GT(seen.replaced, schedules / 4);
 }
 
 }  // namespace
