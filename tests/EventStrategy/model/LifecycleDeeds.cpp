@@ -5,6 +5,7 @@
 #include <set>
 #include <utility>
 
+#include "EventStrategy/EventTypes.h"
 #include "EventStrategy/ov.strategy.runner/IRunnerFactory.h"
 #include "tests/EventStrategy/LibraryTest.h"
 #include "tests/EventStrategy/model/CountedOrder.h"
@@ -36,8 +37,6 @@ int oneOf(const Numbers& numbers, Draw& draw) {
 std::string text(int number) { return std::to_string(number); }
 
 }  // namespace
-
-// Deeds that may call out run with the turn kept where the library holds a lock.
 
 template <typename Call>
 void LifecycleWorld::op(Flow::Parts parts, Call call) {
@@ -98,6 +97,7 @@ void LifecycleWorld::hostDeed(Draw& draw) {
     giveEnv(*slot, draw);
   } else {
     slot->model->source = "source " + text(++lastMark_);
+    say("orders of " + slot->model->name + " from " + slot->model->source);
     slot->handle->setOrderSource(slot->model->source);
     require(slot->handle->name() == slot->model->name, "a runner changed its name");
   }
@@ -138,8 +138,9 @@ void LifecycleWorld::drop(Slot& slot) {
 
 void LifecycleWorld::giveSpi(Slot& slot, Draw& draw) {
   if (draw.oneIn(4)) {
+    say("no ear for " + slot.model->name);
     slot.model->spi = 0;
-    return slot.handle->setSpi(nullptr);
+    return slot.handle->setSpi({});
   }
   const auto spi = std::make_shared<ProbeSpi>(*this, ++lastSpi_);
   say("give spi" + text(lastSpi_) + " to " + slot.model->name);
@@ -153,11 +154,13 @@ void LifecycleWorld::givePath(Slot& slot, Draw& draw) {
   slot.model->path = what == 0   ? LifecycleModel::kBroken
                      : what == 1 ? LifecycleModel::kEmpty
                                  : LifecycleModel::kGood;
+  say("module of " + slot.model->name + ": " + slot.model->path);
   slot.handle->setStrategyPath(slot.model->path);
 }
 
 void LifecycleWorld::giveEnv(Slot& slot, Draw& draw) {
   const std::string key = text(draw.below(3)), value = text(++lastMark_);
+  say("value for " + slot.model->name + ": " + key + "=" + value);
   slot.model->envs[key] = value;
   slot.handle->setEnvs({{key, value}});
 }
@@ -299,7 +302,7 @@ void LifecycleWorld::requestDeed(RunnerModel& runner, Draw& draw) {
   const bool passes = runner.attached && gate.contains(id);
   QuoteSpi& spi = *watched(runner).quotes;
   const auto push = [&](int type, bool isTicks) {
-    say("answers request " + text(id) + " of runner " + text(runner.id));
+    say(EventTypeNames.at(type) + " for request " + text(id) + " of runner " + text(runner.id));
     if (passes) model_.push(runner, {.type = type, .id = id, .mark = mark, .isTicks = isTicks});
   };
   switch (draw.below(5)) {
@@ -326,7 +329,7 @@ void LifecycleWorld::dictionaryDeed(RunnerModel& runner, Draw& draw) {
   const int mark = ++lastMark_;
   DataSpi& spi = *watched(runner).data;
   const auto push = [&](bool passes, int type, int about) {
-    say("tells of records to runner " + text(runner.id));
+    say(EventTypeNames.at(type) + " about " + text(about) + " to runner " + text(runner.id));
     if (runner.attached && passes) model_.push(runner, {.type = type, .id = about, .mark = mark});
   };
   switch (draw.below(4)) {
@@ -351,7 +354,7 @@ void LifecycleWorld::pushDeed(RunnerModel& runner, Draw& draw) {
   const int mark = ++lastMark_;
   const int what = draw.below(10);
   const auto push = [&](bool passes, EventModel event) {
-    say("tells of " + text(event.type) + " to runner " + text(runner.id));
+    say("tells of " + EventTypeNames.at(event.type) + " to runner " + text(runner.id));
     if (passes) model_.push(runner, std::move(event));
   };
   if (what < 3) {

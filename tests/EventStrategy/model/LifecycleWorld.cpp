@@ -205,6 +205,7 @@ void LifecycleWorld::onStrategy(int number, IContext* context, const std::string
   require(context->envs() == runner->envs, "other values in the environment");
   require(context->isSetStop() == runner->stopping, "isSetStop differs inside a call");
   require(context->name() == runner->name, "another runner's context");
+  if (++checks_ % 8 == 0) requireNoLock();
   pause(Place::Strategy, runner, context);
 }
 
@@ -222,6 +223,7 @@ void LifecycleWorld::onSpi(int number, const std::string& call) {
   if (failed_ || Turns::current() == Turns::kNobody) return;
   const Counted speaks(speaking_[number]);
   hear("spi" + std::to_string(number) + " " + call);
+  requireNoLock();
   seen_.failedLoads += call.find(LifecycleModel::kLoadError) != std::string::npos ? 1 : 0;
   pause(Place::Host, thread().task, nullptr);
 }
@@ -303,6 +305,13 @@ void LifecycleWorld::checkRunner(const RunnerModel& runner) {
   require(TestAccess::hasRefCounter(*context) == runner.pendingCounter, "a counter or none");
   require(context->isSetStop() == runner.stopping, "stopping or not");
   require(TestAccess::state(*context).flags == static_cast<unsigned>(runner.flags), "other flags");
+}
+
+void LifecycleWorld::requireNoLock() {
+  if (failed_) return;
+  const auto context = watched(*thread().task).context.lock();
+  require(TestAccess::mutexIsFree(*context) && TestAccess::sharedMutexIsFree(*context),
+          "a call under a lock");
 }
 
 void LifecycleWorld::require(bool holds, const std::string& what) {

@@ -130,6 +130,9 @@ class LifecycleWorld final : public ProbeListener {
   void settle();
   void check();
   void checkRunner(const RunnerModel& runner);
+  /// No lock of the runner in whose task this is may be held during a call; else a deed of another
+  /// thread would wait for it for ever.
+  void requireNoLock();
   void require(bool holds, const std::string& what);
   void fail(const std::string& what);
   void say(const std::string& text);
@@ -157,7 +160,7 @@ class LifecycleWorld final : public ProbeListener {
   std::size_t at_ = 0;
   Step step_;
   std::string story_, failure_;
-  int lastStrategy_ = 0, lastSpi_ = 0, lastMark_ = 0, wound_ = 0;
+  int lastStrategy_ = 0, lastSpi_ = 0, lastMark_ = 0, wound_ = 0, checks_ = 0;
   bool failed_ = false, winding_ = false, letGo_ = false;
 };
 
