@@ -147,7 +147,7 @@ TEST(OutOfMemory, shouldCostNothingThatIsNotToldWhicheverAllocationOfAPlaybackFa
   ASSERT_EQ(whole.fills, kBars - 1);
   ASSERT_FALSE(whole.isTold);
   int told = 0;
-  const int runs = support::randomRuns(300);
+  const int runs = support::randomRuns(100);
   for (int i = 0; i < runs; ++i) {
     const long failing = std::uniform_int_distribution<long>(0, whole.allocations - 1)(random);
     SCOPED_TRACE("seed " + std::to_string(seed) + ", allocation " + std::to_string(failing));
