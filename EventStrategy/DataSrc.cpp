@@ -3,15 +3,9 @@
 #include "EventStrategy/Attempts.h"
 #include "EventStrategy/DataNotify.h"
 #include "EventStrategy/PublisherMode.h"
-#include "services/Common/IServiceRouter.h"
+#include "EventStrategy/Services.h"
 
 namespace orvane {
-namespace {
-
-IDataService* service() { return IServiceRouter::instance()->quoteHub()->dataService(); }
-
-}  // namespace
-
 DataSrc::DataSrc(int mode) : publisher_(IPublisher::create(publisherMode(mode))) {}
 
 DataSrc::~DataSrc() = default;
@@ -26,7 +20,7 @@ ResultStatus DataSrc::subscribeData(const DataReq& request, int requestId) {
     const std::lock_guard lock(dataMutex_);
     requestIds_.insert(requestId);
   }
-  return service()->subscribeData(request, shared_from_this(), requestId);
+  return dataService()->subscribeData(request, shared_from_this(), requestId);
 }
 
 bool DataSrc::forgetRequest(int requestId) {
@@ -40,7 +34,7 @@ void DataSrc::subscribeDataSnapshot(const std::string& name, const std::string& 
     const std::lock_guard spin(snapshotLock_);
     if (++snapshots_[{target, name}] > 1) return;
   }
-  service()->subscribeSnapshot({{target, name}}, shared_from_this(), flags);
+  dataService()->subscribeSnapshot({{target, name}}, shared_from_this(), flags);
 }
 
 void DataSrc::unsubscribeDataSnapshot(const std::string& name, const std::string& target,
@@ -54,7 +48,7 @@ void DataSrc::unsubscribeDataSnapshot(const std::string& name, const std::string
     if (--it->second >= 1) return;
     snapshots_.erase(it);
   }
-  service()->unsubscribeSnapshot({{target, name}}, shared_from_this(), flags);
+  dataService()->unsubscribeSnapshot({{target, name}}, shared_from_this(), flags);
 }
 
 bool DataSrc::isSubscribeData(int requestId) {
@@ -83,8 +77,8 @@ void DataSrc::release() {
   }
   detail::Attempts attempts;
   for (const int requestId : requests)
-    attempts.take([&] { service()->unsubscribeData(requestId); });
-  attempts.take([this] { service()->unsubscribeAllSnapshots(shared_from_this()); });
+    attempts.take([&] { dataService()->unsubscribeData(requestId); });
+  attempts.take([this] { dataService()->unsubscribeAllSnapshots(shared_from_this()); });
   attempts.finish();
 }
 

@@ -1,18 +1,17 @@
 // The read and publish side of the dictionary source.
 
 #include "EventStrategy/DataSrc.h"
+#include "EventStrategy/Services.h"
 #include "services/Common/BDUtil.h"
-#include "services/Common/IServiceRouter.h"
 #include "services/QuoteClient/BarDataReadSyncWrapper.h"
 #include "shared/CodeTables.h"
+#include "shared/StatusCodes.h"
 
 namespace orvane {
 namespace {
 
-constexpr int kNotThere = 22;
+using status::kNotThere;
 constexpr int kFlagFromDataService = 512;
-
-IDataService* service() { return IServiceRouter::instance()->quoteHub()->dataService(); }
 
 ResultStatus notThere() { return {kNotThere, statusMessage(kNotThere)}; }
 
@@ -112,7 +111,7 @@ ResultStatus DataSrc::readRecord(const std::string& name, const std::string& tar
 ResultStatus DataSrc::readLatest(const std::string& name, const std::string& target, Record& record,
                                  int flags) {
   std::list<LatestOfName> latest;
-  ResultStatus status = service()->readLatest({{target, name}}, latest, flags);
+  ResultStatus status = dataService()->readLatest({{target, name}}, latest, flags);
   if (!latest.empty() && !latest.back().second.empty() &&
       !latest.back().second.back().second.empty()) {
     record = latest.back().second.back().second.back();
@@ -123,7 +122,7 @@ ResultStatus DataSrc::readLatest(const std::string& name, const std::string& tar
 
 ResultStatus DataSrc::readLatestMany(const std::list<TargetNamePair>& keys,
                                      std::list<LatestOfName>& latest, int flags) {
-  return service()->readLatest(keys, latest, flags);
+  return dataService()->readLatest(keys, latest, flags);
 }
 
 ResultStatus DataSrc::requestRange(const std::string& name, const std::string& target, int64 begin,
@@ -134,13 +133,13 @@ ResultStatus DataSrc::requestRange(const std::string& name, const std::string& t
 ResultStatus DataSrc::requestRangeAll(const std::string& name, int64 begin, int64 end, int64 tag,
                                       int flags) {
   const DataReq request = rangeOf(name, {}, begin, end, flags);
-  if ((flags & kFlagFromDataService) != 0) return service()->requestAll(request, tag);
+  if ((flags & kFlagFromDataService) != 0) return dataService()->requestAll(request, tag);
   return publisher_->requestRange(request, tag);
 }
 
 ResultStatus DataSrc::dataDefine(const std::string& name, DataDefine& define) {
   std::list<DataDefine> found;
-  service()->dataDefines(found, {name}, 1);
+  dataService()->dataDefines(found, {name}, 1);
   if (found.empty()) return notThere();
   define = found.front();
   return {};
@@ -148,18 +147,18 @@ ResultStatus DataSrc::dataDefine(const std::string& name, DataDefine& define) {
 
 ResultStatus DataSrc::dataBrief(const std::string& name, DataBrief& brief) {
   std::list<DataBrief> found;
-  service()->dataBriefs(found, {name});
+  dataService()->dataBriefs(found, {name});
   if (found.empty()) return notThere();
   brief = found.front();
   return {};
 }
 
 std::list<std::string> DataSrc::targetsOfName(const std::string& name) {
-  return BDUtil::getTargetByName(name, service(), false);
+  return BDUtil::getTargetByName(name, dataService(), false);
 }
 
 ResultStatus DataSrc::dataServiceQuery(const std::string& question, std::string& answer) {
-  return service()->queryOp(question, answer);
+  return dataService()->queryOp(question, answer);
 }
 
 }  // namespace orvane

@@ -5,17 +5,11 @@
 #include "EventStrategy/EventTypes.h"
 #include "EventStrategy/JoinedText.h"
 #include "EventStrategy/Log.h"
-#include "services/Common/IServiceRouter.h"
+#include "EventStrategy/Services.h"
 #include "shared/CodeTables.h"
 #include "shared/TextForms.h"
 
 namespace orvane {
-namespace {
-
-ITradeService* service() { return IServiceRouter::instance()->tradeService(); }
-
-}  // namespace
-
 TradeSrc::TradeSrc() = default;
 TradeSrc::~TradeSrc() = default;
 
@@ -79,65 +73,67 @@ ResultStatus TradeSrc::sendOrderIds(const OrderRequest& request, std::vector<int
   return status;
 }
 
-ResultStatus TradeSrc::cancelOrder(const Order& order) { return service()->cancelOrder(order); }
+ResultStatus TradeSrc::cancelOrder(const Order& order) {
+  return tradeService()->cancelOrder(order);
+}
 
 ResultStatus TradeSrc::orderActionForward(const Order& order, int action) {
-  return service()->orderActionForward(order, action);
+  return tradeService()->orderActionForward(order, action);
 }
 
 ResultStatus TradeSrc::getPosition(const TradingAccountID& account, const ICodeID& code,
                                    Position& position) {
-  return service()->getPosition(account, code, position);
+  return tradeService()->getPosition(account, code, position);
 }
 
 std::list<Position> TradeSrc::getPositions(const TradingAccountID& account) {
   std::list<Position> positions;
-  service()->getPositions(account, positions, 32);
+  tradeService()->getPositions(account, positions, 32);
   return positions;
 }
 
 ResultStatus TradeSrc::getSourcePosition(const TradingAccountID& account, const std::string& source,
                                          const ICodeID& code, SourcePosition& position) {
-  return service()->getSourcePosition(account, source, code, position);
+  return tradeService()->getSourcePosition(account, source, code, position);
 }
 
 ResultStatus TradeSrc::getOrder(int64 orderId, Order& order) {
-  return service()->getOrder(orderId, order);
+  return tradeService()->getOrder(orderId, order);
 }
 
 ResultStatus TradeSrc::ordersByCode(const TradingAccountID& account, const ICodeID& code,
                                     std::list<Order>& orders) {
-  return service()->ordersByCode(account, code, orders);
+  return tradeService()->ordersByCode(account, code, orders);
 }
 
 std::list<Order> TradeSrc::openOrdersByCode(const TradingAccountID& account, const ICodeID& code) {
   std::list<Order> orders;
-  service()->openOrdersByCode(account, code, orders);
+  tradeService()->openOrdersByCode(account, code, orders);
   return orders;
 }
 
 std::list<Order> TradeSrc::openOrdersOfAccount(const TradingAccountID& account) {
   std::list<Order> orders;
-  service()->openOrdersOfAccount(account, orders);
+  tradeService()->openOrdersOfAccount(account, orders);
   return orders;
 }
 
 std::list<Order> TradeSrc::ordersByKey(const TradingAccountID& account, const std::string& key) {
   std::list<Order> orders;
-  service()->ordersByKey(account, key, orders);
+  tradeService()->ordersByKey(account, key, orders);
   return orders;
 }
 
 std::list<Order> TradeSrc::ordersOfAccount(const TradingAccountID& account) {
   std::list<Order> orders;
-  service()->ordersOfAccount(account, orders);
+  tradeService()->ordersOfAccount(account, orders);
   return orders;
 }
 
 ResultStatus TradeSrc::getFill(const TradingAccountID& account, const ICodeID& code, int direction,
                                const std::string& fillText, OrderFill& fill) {
   std::list<OrderFill> fills;
-  service()->fillsByCode(account, code, fills);
+  tradeService()->fillsByCode(account, code, fills);
   for (const OrderFill& each : fills) {
     if (each.direction() != direction || each.fillText != fillText) continue;
     fill = each;
@@ -147,21 +143,21 @@ ResultStatus TradeSrc::getFill(const TradingAccountID& account, const ICodeID& c
 }
 
 ResultStatus TradeSrc::fillQueryForward(int64 orderId, std::list<OrderFill>& fills) {
-  return service()->fillQueryForward(orderId, fills);
+  return tradeService()->fillQueryForward(orderId, fills);
 }
 
 std::list<OrderFill> TradeSrc::fillsByCode(const TradingAccountID& account, const ICodeID& code) {
   std::list<OrderFill> fills;
-  service()->fillsByCode(account, code, fills);
+  tradeService()->fillsByCode(account, code, fills);
   return fills;
 }
 
-int TradeSrc::tradingAccountCount() { return service()->tradingAccountCount(); }
+int TradeSrc::tradingAccountCount() { return tradeService()->tradingAccountCount(); }
 
 std::vector<TradingAccountID> TradeSrc::tradingAccountsOf(int counterType,
                                                           const std::string& account) {
   std::vector<TradingAccountID> found;
-  for (TradingAccountID& each : service()->tradingAccounts()) {
+  for (TradingAccountID& each : tradeService()->tradingAccounts()) {
     if (each.account != account) continue;
     if (counterType > 0 && each.counterType != counterType) continue;
     found.push_back(std::move(each));
@@ -169,10 +165,12 @@ std::vector<TradingAccountID> TradeSrc::tradingAccountsOf(int counterType,
   return found;
 }
 
-std::vector<TradingAccountID> TradeSrc::tradingAccounts() { return service()->tradingAccounts(); }
+std::vector<TradingAccountID> TradeSrc::tradingAccounts() {
+  return tradeService()->tradingAccounts();
+}
 
 std::list<AccountLinks> TradeSrc::accountRecords(const std::string& account, int counterType) {
-  return service()->accountRecords(account, counterType);
+  return tradeService()->accountRecords(account, counterType);
 }
 
 }  // namespace orvane

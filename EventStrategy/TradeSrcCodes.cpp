@@ -3,17 +3,11 @@
 #include "EventStrategy/EventTypes.h"
 #include "EventStrategy/JoinedText.h"
 #include "EventStrategy/Log.h"
+#include "EventStrategy/Services.h"
 #include "EventStrategy/TradeSrc.h"
-#include "services/Common/IServiceRouter.h"
 #include "shared/TextForms.h"
 
 namespace orvane {
-namespace {
-
-ITradeService* service() { return IServiceRouter::instance()->tradeService(); }
-
-}  // namespace
-
 void TradeSrc::onRelatedCodeIdChange(const std::vector<ICodeID>& codes) {
   const std::lock_guard lock(mutex_);
   ORVANE_LOG(event, Debug, name_ << ",onRelatedCodeIdChange begin," << joinedText(codes, codeText));
@@ -61,16 +55,16 @@ void TradeSrc::unsubscribeTradeByCode(const TradingAccountID& account, const ICo
       };
       if ((mask & EventTypeStrategyPosition) != 0) {
         log(",unsubscribeSourcePosition,");
-        service()->unsubscribeSourcePosition(spi(), createSource, account, code);
+        tradeService()->unsubscribeSourcePosition(spi(), createSource, account, code);
       }
       // Wider than the test for subscribing: who wants source positions alone ends orders too.
       if ((mask & (EventTypeOrder | EventTypeStrategyPosition)) != 0) {
         log(",unsubscribeOrderBySourceName,");
-        service()->unsubscribeOrderBySourceName(spi(), createSource, account, code);
+        tradeService()->unsubscribeOrderBySourceName(spi(), createSource, account, code);
       }
       if ((mask & EventTypeFill) != 0) {
         log(",unsubscribeFillBySourceName,");
-        service()->unsubscribeFillBySourceName(spi(), createSource, account, code);
+        tradeService()->unsubscribeFillBySourceName(spi(), createSource, account, code);
       }
     }
     codes.erase(entry);
@@ -86,7 +80,7 @@ void TradeSrc::unsubscribePositionByCode(const TradingAccountID& account, const 
   if ((eventMask_ & EventTypePosition) != 0) {
     ORVANE_LOG(event, Debug,
                name_ << ",unsubscribePosition," << accountText(account) << "," << codeText(code));
-    service()->unsubscribePosition(spi(), account, code);
+    tradeService()->unsubscribePosition(spi(), account, code);
   }
   subInfo.positionCodes.erase(entry);
 }

@@ -5,11 +5,12 @@
 #include "EventStrategy/EventTypes.h"
 #include "EventStrategy/TradeSrc.h"
 #include "EventStrategy/TradeSrcKeys.h"
+#include "shared/StatusCodes.h"
 
 namespace orvane {
 namespace {
 
-constexpr int kConnected = 16;
+using status::kConnected;
 
 }  // namespace
 

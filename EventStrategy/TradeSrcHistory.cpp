@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <chrono>
 
+#include "EventStrategy/Services.h"
 #include "EventStrategy/TradeSrc.h"
-#include "services/Common/IServiceRouter.h"
 
 namespace orvane {
 namespace {
@@ -13,8 +13,6 @@ constexpr int64 kDayMs = 86'400'000;
 constexpr int64 kMarginDays = 30;
 constexpr int64 kSpanDays = 180;
 constexpr std::int32_t kNoRecord = 20991231;
-
-ITradeService* service() { return IServiceRouter::instance()->tradeService(); }
 
 /// The mask that asks for the days on record alone, of the same kind as a request's.
 std::int32_t probeMask(std::int32_t mask) {
@@ -28,7 +26,7 @@ std::int32_t earliestDay(const HistoryQuery& query) {
   HistoryQuery probe = query;
   probe.mask = probeMask(query.mask);
   std::list<HistoryDayRecord> records;
-  service()->queryHistory(probe, records);
+  tradeService()->queryHistory(probe, records);
   std::int32_t earliest = kNoRecord;
   for (const HistoryDayRecord& record : records)
     if (!record.entries.empty()) earliest = std::min(earliest, record.entries.front().date);
@@ -65,7 +63,8 @@ ResultStatus TradeSrc::queryHistory(const HistoryQuery& query, std::list<History
     part.begin = from;
     part.end = to;
     std::list<HistoryDayRecord> found;
-    if (ResultStatus status = service()->queryHistory(part, found); status.code != 0) return status;
+    if (ResultStatus status = tradeService()->queryHistory(part, found); status.code != 0)
+      return status;
     merge(found, days);
     if (to == query.end) break;
     from = to + 1;

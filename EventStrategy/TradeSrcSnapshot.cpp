@@ -7,9 +7,9 @@
 #include "EventStrategy/EventTradeNotify.h"
 #include "EventStrategy/EventTypes.h"
 #include "EventStrategy/Log.h"
+#include "EventStrategy/Services.h"
 #include "EventStrategy/TradeSrc.h"
 #include "EventStrategy/TradeSrcKeys.h"
-#include "services/Common/IServiceRouter.h"
 #include "services/Common/TradeUtils.h"
 #include "shared/TextForms.h"
 
@@ -18,8 +18,6 @@ namespace {
 
 /// Asks for positions as a replay needs them; a plain query asks with 32.
 constexpr int kSnapshotMask = 0x40020;
-
-ITradeService* service() { return IServiceRouter::instance()->tradeService(); }
 
 template <typename Item, typename Wanted>
 std::list<Item> those(const std::list<Item>& items, Wanted wanted) {
@@ -34,13 +32,13 @@ std::list<Item> those(const std::list<Item>& items, Wanted wanted) {
 ResultStatus TradeSrc::fetchAccountState(const TradingAccountID& account, AccountState& state) {
   ResultStatus status;
   if ((eventMask_ & EventTypePosition) != 0)
-    status = service()->getPositions(account, state.positions, kSnapshotMask);
+    status = tradeService()->getPositions(account, state.positions, kSnapshotMask);
   if (status.code == 0 && (eventMask_ & EventTypeStrategyPosition) != 0)
-    status = service()->sourcePositions(account, state.sourcePositions);
+    status = tradeService()->sourcePositions(account, state.sourcePositions);
   if (status.code == 0 && (eventMask_ & EventTypeOrder) != 0)
-    status = service()->ordersOfAccount(account, state.orders);
+    status = tradeService()->ordersOfAccount(account, state.orders);
   if (status.code == 0 && (eventMask_ & EventTypeFill) != 0)
-    status = service()->fillsOfAccount(account, state.fills);
+    status = tradeService()->fillsOfAccount(account, state.fills);
   return status;
 }
 

@@ -3,19 +3,13 @@
 #include "EventStrategy/Attempts.h"
 #include "EventStrategy/EventTypes.h"
 #include "EventStrategy/Log.h"
+#include "EventStrategy/Services.h"
 #include "EventStrategy/TradeSrc.h"
-#include "services/Common/IServiceRouter.h"
 #include "shared/CodeTables.h"
 #include "shared/TextCodec.h"
 #include "shared/TextForms.h"
 
 namespace orvane {
-namespace {
-
-ITradeService* service() { return IServiceRouter::instance()->tradeService(); }
-
-}  // namespace
-
 void TradeSrc::subscribeTrade(const TradingAccountID& account) {
   const std::lock_guard lock(mutex_);
   ORVANE_LOG(event, Debug, name_ << ",subscribeTrade," << accountText(account));
@@ -31,7 +25,7 @@ void TradeSrc::unsubscribeTrade(const TradingAccountID& account) {
   const auto it = subInfos_.find(account);
   if (it == subInfos_.end()) return;
   ORVANE_LOG(event, Debug, name_ << ",unsubscribeTrade begin," << accountText(account));
-  service()->unsubscribeAccount(spi(), account);
+  tradeService()->unsubscribeAccount(spi(), account);
   ORVANE_LOG(event, Debug, name_ << ",unsubscribeTrade end");
   subInfos_.erase(it);
 }
@@ -39,10 +33,10 @@ void TradeSrc::unsubscribeTrade(const TradingAccountID& account) {
 void TradeSrc::subscribeByAccount(const TradingAccountID& account, TradeSrcSubInfo& subInfo) {
   ORVANE_LOG(event, Debug, name_ << ",subscribeByAccount begin," << accountText(account));
   ORVANE_LOG(event, Debug, name_ << ",subscribeStatus," << accountText(account));
-  service()->subscribeStatus(spi(), account);
+  tradeService()->subscribeStatus(spi(), account);
   if ((eventMask_ & EventTypeCapital) != 0) {
     ORVANE_LOG(event, Debug, name_ << ",subscribeCapital," << accountText(account));
-    service()->subscribeCapital(spi(), account);
+    tradeService()->subscribeCapital(spi(), account);
   }
   for (const ICodeID& code : relatedCodes_) {
     subscribePositionByCode(account, code, SubFromRelated, subInfo);
@@ -62,7 +56,7 @@ void TradeSrc::subscribePositionByCode(const TradingAccountID& account, const IC
   if (!isNew || (eventMask_ & EventTypePosition) == 0) return;
   ORVANE_LOG(event, Debug,
              name_ << ",subscribePosition," << accountText(account) << "," << codeText(code));
-  service()->subscribePosition(spi(), account, code);
+  tradeService()->subscribePosition(spi(), account, code);
 }
 
 void TradeSrc::subscribeTradeByCode(const std::string& createSource,
@@ -79,15 +73,15 @@ void TradeSrc::subscribeTradeByCode(const std::string& createSource,
   };
   if ((info.override & EventTypeStrategyPosition) != 0) {
     log(",subscribeSourcePosition,");
-    service()->subscribeSourcePosition(spi(), createSource, account, code);
+    tradeService()->subscribeSourcePosition(spi(), createSource, account, code);
   }
   if ((info.override & EventTypeOrder) != 0) {
     log(",subscribeOrderBySourceName,");
-    service()->subscribeOrderBySourceName(spi(), createSource, account, code);
+    tradeService()->subscribeOrderBySourceName(spi(), createSource, account, code);
   }
   if ((info.override & EventTypeFill) != 0) {
     log(",subscribeFillBySourceName,");
-    service()->subscribeFillBySourceName(spi(), createSource, account, code);
+    tradeService()->subscribeFillBySourceName(spi(), createSource, account, code);
   }
 }
 
@@ -98,13 +92,13 @@ void TradeSrc::subscribeByCreateSource(const TradingAccountID& account,
     if (!subInfo.orderSources.contains(source) && (info.override & EventTypeOrder) != 0) {
       ORVANE_LOG(event, Debug,
                  name_ << ",subscribeOrderBySourceName," << source << "," << accountText(account));
-      service()->subscribeOrderBySourceName(spi(), source, account);
+      tradeService()->subscribeOrderBySourceName(spi(), source, account);
       subInfo.orderSources.insert(source);
     }
     if (!subInfo.fillSources.contains(source) && (info.override & EventTypeFill) != 0) {
       ORVANE_LOG(event, Debug,
                  name_ << ",subscribeFillBySourceName," << source << "," << accountText(account));
-      service()->subscribeFillBySourceName(spi(), source, account);
+      tradeService()->subscribeFillBySourceName(spi(), source, account);
       subInfo.fillSources.insert(source);
     }
   }
@@ -117,14 +111,14 @@ void TradeSrc::subscribeByCreateId(const TradingAccountID& account,
       ORVANE_LOG(event, Debug,
                  name_ << ",subscribeOrderByEventSourceId," << eventSourceText(id) << ","
                        << accountText(account));
-      service()->subscribeOrderByEventSourceId(spi(), id, account);
+      tradeService()->subscribeOrderByEventSourceId(spi(), id, account);
       subInfo.orderEventSourceIds |= id;
     }
     if ((subInfo.fillEventSourceIds & id) == 0 && (info.override & EventTypeFill) != 0) {
       ORVANE_LOG(event, Debug,
                  name_ << ",subscribeFillByEventSourceId," << eventSourceText(id) << ","
                        << accountText(account));
-      service()->subscribeFillByEventSourceId(spi(), id, account);
+      tradeService()->subscribeFillByEventSourceId(spi(), id, account);
       subInfo.fillEventSourceIds |= id;
     }
   }
@@ -165,7 +159,7 @@ ResultStatus TradeSrc::sendOrder(const OrderRequest& request, std::list<Order>& 
     }
   }
   std::list<Order> sent;
-  ResultStatus status = service()->sendOrder(request, sent);
+  ResultStatus status = tradeService()->sendOrder(request, sent);
   orders = sent;
   return status;
 }
@@ -187,7 +181,7 @@ void TradeSrc::release() {
   ORVANE_LOG(event, Debug, name_ << ",release,unsubscribeTrade begin");
   detail::Attempts attempts;
   attempts.take([this] {
-    if (ITradeService* trade = service(); trade != nullptr) trade->unsubscribeAll(spi());
+    if (ITradeService* trade = tradeService(); trade != nullptr) trade->unsubscribeAll(spi());
   });
   ORVANE_LOG(event, Debug, name_ << ",release,unsubscribeTrade end");
   subInfos_.clear();

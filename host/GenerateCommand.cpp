@@ -54,7 +54,7 @@ void writeJson(const std::string& folder, const std::string& name, const QJsonDo
   file.commit();
 }
 
-QString qt(const std::string& text) { return QString::fromStdString(text); }
+QString fromUtf8(const std::string& text) { return QString::fromStdString(text); }
 
 std::string tickFile(const SyntheticInstrument& its) { return its.codeText() + "_ticks.csv"; }
 std::string barFile(const SyntheticInstrument& its) { return its.codeText() + "_1min.csv"; }
@@ -106,24 +106,24 @@ int GenerateCommand::execute() {
     options_.firstDay =
         std::chrono::floor<std::chrono::days>(std::chrono::sys_time<std::chrono::milliseconds>(ms));
   }
-  if (!QDir().mkpath(qt(folder_)))
+  if (!QDir().mkpath(fromUtf8(folder_)))
     throw InputError(fmt::format("--out: the folder \"{}\" cannot be made", folder_));
 
   QJsonArray instruments, bars, ticks;
   for (int index = 0; index < options_.instruments; ++index) {
     SessionGenerator generator(options_, index);
     const SyntheticInstrument& its = generator.instrument();
-    instruments.append(QJsonObject{{"code", qt(its.code)},
-                                   {"market", qt(its.market)},
+    instruments.append(QJsonObject{{"code", fromUtf8(its.code)},
+                                   {"market", fromUtf8(its.market)},
                                    {"timeZone", kTimeZone},
                                    {"sessions", kSessions},
                                    {"currency", "CNY"},
-                                   {"priceTick", qt(its.priceText(1))},
+                                   {"priceTick", fromUtf8(its.priceText(1))},
                                    {"lotSize", QString::number(its.lotSize)},
                                    {"multiplier", QString::number(its.multiplier)}});
     for (const auto& [list, file] : {std::pair{&bars, barFile(its)}, {&ticks, tickFile(its)}})
-      list->append(
-          QJsonObject{{"code", qt(its.codeText())}, {"file", qt(file)}, {"format", "format.json"}});
+      list->append(QJsonObject{
+          {"code", fromUtf8(its.codeText())}, {"file", fromUtf8(file)}, {"format", "format.json"}});
     writeInstrument(generator);
     fmt::print("{}: {} and {}\n", its.codeText(), barFile(its), tickFile(its));
   }

@@ -4,13 +4,13 @@
 
 #include <QJsonObject>
 
+#include "host/ReportJson.h"
 #include "shared/TextCodec.h"
 
 namespace orvane {
 namespace {
 
-qint64 count(std::uint64_t value) { return static_cast<qint64>(value); }
-QString qt(const std::string& gbkText) { return QString::fromStdString(gbkToUtf8(gbkText)); }
+QString qtOfGbk(const std::string& gbkText) { return QString::fromStdString(gbkToUtf8(gbkText)); }
 
 QJsonObject countObject(const PublishedCount& published) {
   return {{"live", count(published.live)},
@@ -40,8 +40,8 @@ QJsonValue publishedReport(const RunRecord& record) {
 QJsonArray recordsReport(const RunRecord& record) {
   QJsonArray result;
   for (const auto& [key, one] : record.dictionaries) {
-    QJsonObject entry{{"dictionary", qt(key.first)},
-                      {"target", qt(key.second)},
+    QJsonObject entry{{"dictionary", qtOfGbk(key.first)},
+                      {"target", qtOfGbk(key.second)},
                       {"records", count(one.records)},
                       {"snapshots", count(one.snapshots)},
                       {"deletions", count(one.deletions)}};

@@ -12,6 +12,7 @@
 
 #include "host/InputError.h"
 #include "host/PublicationReport.h"
+#include "host/ReportJson.h"
 #include "host/TimeArgument.h"
 #include "host/TradeCsv.h"
 #include "host/TradeReport.h"
@@ -25,13 +26,6 @@ namespace orvane {
 namespace {
 
 constexpr int kReportFormat = 1;
-
-QString qt(const std::string& text) { return QString::fromStdString(text); }
-qint64 count(std::uint64_t value) { return static_cast<qint64>(value); }
-
-QJsonValue timeOrNull(int64 utcMs) {
-  return utcMs == kUnsetTime ? QJsonValue() : QJsonValue(qt(isoTime(utcMs)));
-}
 
 QJsonArray texts(const std::vector<std::string>& list) {
   QJsonArray result;

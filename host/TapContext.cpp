@@ -4,11 +4,12 @@
 #include <type_traits>
 
 namespace orvane {
-namespace {
 
 std::string compactJson(const QJsonObject& object) {
   return QJsonDocument(object).toJson(QJsonDocument::Compact).toStdString();
 }
+
+namespace {
 
 /// Request and timer ids are unique in the process; they are written as ordinals of the run.
 struct RequestId {

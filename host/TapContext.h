@@ -10,6 +10,9 @@
 
 namespace orvane {
 
+/// JSON as a digest has it.
+std::string compactJson(const QJsonObject& object);
+
 /// Stands between a strategy and its context: counts what the strategy publishes, writes what it
 /// does, with the answers, into the digest of its run if there is one, and forwards every call
 /// unchanged.

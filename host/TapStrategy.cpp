@@ -1,6 +1,5 @@
 #include "host/TapStrategy.h"
 
-#include <QJsonDocument>
 #include <exception>
 
 #include "platform/fields/KLineView.h"
@@ -9,10 +8,6 @@
 
 namespace orvane {
 namespace {
-
-std::string compactJson(const QJsonObject& object) {
-  return QJsonDocument(object).toJson(QJsonDocument::Compact).toStdString();
-}
 
 constexpr char kTickFrequency[] = "tick";
 constexpr char kStatisticsKey[] = "#STAT#";

@@ -16,7 +16,7 @@
 namespace orvane {
 namespace {
 
-constexpr int kLargest = std::numeric_limits<int>::max();
+constexpr int kLargestInt = std::numeric_limits<int>::max();
 
 AccountSpec readAccount(const QJsonValue& json, const std::string& place) {
   JsonReader reader(json, place);
@@ -27,7 +27,7 @@ AccountSpec readAccount(const QJsonValue& json, const std::string& place) {
   if (!account.currency.empty() && std::ranges::none_of(currencyNames, isNamed))
     reader.refuse("currency", "is not a currency that is known, such as CNY or USD");
   account.startBalance = reader.decimal("startBalance");
-  account.counterType = reader.integer("counterType", 1, 0, kLargest);
+  account.counterType = reader.integer("counterType", 1, 0, kLargestInt);
   reader.close();
   return account;
 }
@@ -61,10 +61,10 @@ QJsonArray arrayOf(JsonReader& reader, const char* key) {
 
 void readExchange(JsonReader& reader, RunPlan& plan) {
   TradeOptions& trade = plan.trade;
-  trade.entryLatencyMs = reader.integer("entryLatencyMs", 0, 0, kLargest);
-  trade.reportLatencyMs = reader.integer("reportLatencyMs", 0, 0, kLargest);
+  trade.entryLatencyMs = reader.integer("entryLatencyMs", 0, 0, kLargestInt);
+  trade.reportLatencyMs = reader.integer("reportLatencyMs", 0, 0, kLargestInt);
   trade.slippage = reader.decimal("slippage");
-  trade.slippageTicks = reader.integer("slippageTicks", 0, 0, kLargest);
+  trade.slippageTicks = reader.integer("slippageTicks", 0, 0, kLargestInt);
   trade.marginRate = reader.decimal("marginRate");
   trade.feePerLot = reader.decimal("feePerLot");
   trade.feeRate = reader.decimal("feeRate");
@@ -122,7 +122,7 @@ RiskLimits readLimits(JsonReader& runner) {
   limits.maxOrder = reader.decimal("maxOrder");
   limits.maxPosition = reader.decimal("maxPosition");
   limits.maxLoss = reader.decimal("maxLoss");
-  limits.maxOrdersPerSecond = reader.integer("maxOrdersPerSecond", 0, 0, kLargest);
+  limits.maxOrdersPerSecond = reader.integer("maxOrdersPerSecond", 0, 0, kLargestInt);
   reader.close();
   return limits;
 }

@@ -8,6 +8,7 @@
 #include <map>
 
 #include "host/Report.h"
+#include "host/ReportJson.h"
 #include "host/TimeArgument.h"
 #include "platform/fields/CapitalView.h"
 #include "platform/fields/FillView.h"
@@ -24,10 +25,6 @@ constexpr std::array kStatusNames = {"sent",          "working",   "partlyFilled
                                      "cancelPending", "cancelled", "rejected",     "expired"};
 constexpr std::array kTypeNames = {"limit", "market", "stop"};
 
-QString qt(const std::string& text) { return QString::fromStdString(text); }
-QJsonValue timeOrNull(int64 utcMs) {
-  return utcMs == kUnsetTime ? QJsonValue() : QJsonValue(qt(isoTime(utcMs)));
-}
 QJsonValue numberOrNull(const std::optional<double>& value) {
   return value ? QJsonValue(*value) : QJsonValue();
 }

@@ -3,11 +3,12 @@
 #include <atomic>
 
 #include "shared/CodeTables.h"
+#include "shared/StatusCodes.h"
 
 namespace orvane {
 namespace {
 
-constexpr int kNotThere = 22;
+using status::kNotThere;
 
 /// Later calls come here without the guard of the function-local static.
 std::atomic<IRunnerGlobal*> cachedGlobal{nullptr};

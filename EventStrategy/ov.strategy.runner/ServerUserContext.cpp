@@ -3,22 +3,23 @@
 #include <cstdlib>
 #include <list>
 
+#include "EventStrategy/Services.h"
 #include "EventStrategy/ov.strategy.runner/IRunnerGlobal.h"
 #include "EventStrategy/ov.strategy.runner/RunnerContext.h"
-#include "services/Common/IServiceRouter.h"
 #include "services/Common/ITradeService.h"
 #include "services/Common/StringHelper.h"
 #include "services/Common/Timestamp.h"
 #include "shared/GbkLiteral.h"
+#include "shared/StatusCodes.h"
 
 namespace orvane {
 namespace {
 
 constexpr int kServerFlag = 0x100000;
 constexpr int64 kServerSourceType = 65536;
-constexpr int kNotThere = 22;
+using status::kNotThere;
 constexpr int kRealtimeFlag = 1;
-constexpr int64 kDayMs = 86400000;
+constexpr int64 kOneDayMs = 86400000;
 constexpr int64 kCutOverMs = 64800000;  ///< 18:00, when a server's day begins.
 
 constexpr const char* kQuotesRealtime = "301";
@@ -38,8 +39,6 @@ bool hostAccount(const std::string& account, int counterType, AccountRecord& rec
   return IRunnerGlobal::instance()->getAccount(counterType, account, record).code == 0;
 }
 
-ITradeService* tradeService() { return IServiceRouter::instance()->tradeService(); }
-
 }  // namespace
 
 ServerUserContext::ServerUserContext(RunnerContext* runnerContext)
@@ -51,7 +50,7 @@ std::string ServerUserContext::env(const std::string& key, const std::string& de
 
 std::string ServerUserContext::statistics() {
   const Timestamp now = Timestamp::now(0);
-  if (std::abs(now.toUtcMsEponch() - statResetMs_) >= kDayMs) {
+  if (std::abs(now.toUtcMsEponch() - statResetMs_) >= kOneDayMs) {
     statResetMs_ = cutOverOfTheDayOf(now);
     ORVANE_LOG(runner, Debug, runnerName() << ",clear stat data");
     stats_.clear();

@@ -1,23 +1,22 @@
 // The context's account and order operations.
 
+#include "EventStrategy/Services.h"
 #include "EventStrategy/TradeSrc.h"
 #include "EventStrategy/ov.strategy.runner/RunnerContext.h"
 #include "EventStrategy/ov.strategy.runner/UserContext.h"
-#include "services/Common/IServiceRouter.h"
 #include "services/Common/ITradeService.h"
 #include "shared/GbkLiteral.h"
+#include "shared/StatusCodes.h"
 
 namespace orvane {
 namespace {
 
-constexpr int kNotThere = 22;
+using status::kNotThere;
 constexpr int64 kLowestOwnSourceType = 2;
 constexpr int64 kStrategySourceType = 536870912;
 constexpr int kHistoryOrderMask = 1089;
 constexpr int kHistoryFillMask = 1153;
 constexpr int kPositionMask = 32;
-
-ITradeService* service() { return IServiceRouter::instance()->tradeService(); }
 
 template <typename Item>
 void appendOfSource(std::list<Item>& from, const std::string& source, std::list<Item>& to) {
@@ -106,7 +105,7 @@ ResultStatus UserContext::getOrder(int64 orderId, Order& order) {
 ResultStatus UserContext::ordersByCode(const TradingAccountID& account, const ICodeID& code,
                                        std::list<Order>& orders, const std::string& source) {
   std::list<Order> found;
-  ResultStatus status = service()->ordersByCode(account, code, found);
+  ResultStatus status = tradeService()->ordersByCode(account, code, found);
   appendOfSource(found, source, orders);
   return status;
 }
@@ -114,7 +113,7 @@ ResultStatus UserContext::ordersByCode(const TradingAccountID& account, const IC
 ResultStatus UserContext::openOrdersByCode(const TradingAccountID& account, const ICodeID& code,
                                            std::list<Order>& orders, const std::string& source) {
   std::list<Order> found;
-  ResultStatus status = service()->openOrdersByCode(account, code, found);
+  ResultStatus status = tradeService()->openOrdersByCode(account, code, found);
   appendOfSource(found, source, orders);
   return status;
 }
@@ -123,7 +122,7 @@ ResultStatus UserContext::historyOrders(const TradingAccountID& account, const I
                                         std::list<Order>& orders, const std::string& source,
                                         int64 beginTime, int64 endTime) {
   std::list<HistoryDayRecord> days;
-  ResultStatus status = service()->queryHistory(
+  ResultStatus status = tradeService()->queryHistory(
       historyOf(account, code, source, beginTime, endTime, kHistoryOrderMask), days);
   for (HistoryDayRecord& day : days)
     for (HistoryDayEntry& entry : day.entries) orders.splice(orders.end(), entry.orders);
@@ -133,7 +132,7 @@ ResultStatus UserContext::historyOrders(const TradingAccountID& account, const I
 ResultStatus UserContext::fillsByCode(const TradingAccountID& account, const ICodeID& code,
                                       std::list<OrderFill>& fills, const std::string& source) {
   std::list<OrderFill> found;
-  ResultStatus status = service()->fillsByCode(account, code, found);
+  ResultStatus status = tradeService()->fillsByCode(account, code, found);
   appendOfSource(found, source, fills);
   return status;
 }
@@ -146,7 +145,7 @@ ResultStatus UserContext::historyFills(const TradingAccountID& account, const IC
                                        std::list<OrderFill>& fills, const std::string& source,
                                        int64 beginTime, int64 endTime) {
   std::list<HistoryDayRecord> days;
-  ResultStatus status = service()->queryHistory(
+  ResultStatus status = tradeService()->queryHistory(
       historyOf(account, code, source, beginTime, endTime, kHistoryFillMask), days);
   for (HistoryDayRecord& day : days)
     for (HistoryDayEntry& entry : day.entries) fills.splice(fills.end(), entry.fills);
@@ -161,10 +160,10 @@ ResultStatus UserContext::getPosition(const TradingAccountID& account, const ICo
                                       Position& position, const std::string& source) {
   ResultStatus status;
   if (source.empty()) {
-    status = service()->getPosition(account, code, position);
+    status = tradeService()->getPosition(account, code, position);
   } else {
     SourcePosition ofSource;
-    status = service()->getSourcePosition(account, source, code, ofSource);
+    status = tradeService()->getSourcePosition(account, source, code, ofSource);
     if (status.code == 0) position = ofSource;
   }
   if (status.code != 0) {
@@ -177,7 +176,7 @@ ResultStatus UserContext::getPosition(const TradingAccountID& account, const ICo
 
 ResultStatus UserContext::getPositions(const TradingAccountID& account,
                                        std::list<Position>& positions) {
-  return service()->getPositions(account, positions, kPositionMask);
+  return tradeService()->getPositions(account, positions, kPositionMask);
 }
 
 }  // namespace orvane

@@ -25,8 +25,8 @@ void WorkerPool::Ring::push(Entry entry) {
   ++size_;
 }
 
-void WorkerPool::Ring::grow(std::size_t slots) {
-  std::vector<Entry> larger(slots);
+void WorkerPool::Ring::grow(std::size_t count) {
+  std::vector<Entry> larger(count);
   for (std::size_t i = 0; i < size_; ++i)
     larger[i] = std::move(slots_[(head_ + i) & (slots_.size() - 1)]);
   slots_ = std::move(larger);

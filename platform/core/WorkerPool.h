@@ -78,7 +78,7 @@ class WorkerPool {
    public:
     bool empty() const { return size_ == 0; }
     std::size_t size() const { return size_; }
-    void grow(std::size_t slots);
+    void grow(std::size_t count);
     void push(Entry entry);
     Entry pop();
 

@@ -13,9 +13,10 @@
 namespace orvane::detail {
 namespace {
 
-const ResultStatus kFine;
 /// A request that has this flag has no end.
 constexpr int kOpenEnd = 1;
+const ResultStatus kNoFault;
+
 bool wants(const DataReq& query, const std::string& name, const std::string& target) {
   if (query.name != name) return false;
   return query.targets.empty() ||
@@ -159,7 +160,7 @@ void DictionaryService::deliverTo(const std::shared_ptr<DataRequest>& request,
   if (!result.targets.front().records.empty()) {
     callSpi(
         *request->who, [&] { return !request->ended.load(); },
-        [&](DataSpi& spi) { spi.onData(request->id, result, kFine, 0, arrival.tag); });
+        [&](DataSpi& spi) { spi.onData(request->id, result, kNoFault, 0, arrival.tag); });
   }
   if (!goesOn(*request)) book_.finish(request);
 }
@@ -274,10 +275,10 @@ void DictionaryService::sendRange(const std::shared_ptr<DataRequest>& request, c
   nothing.name = range.name;
   try {
     HistoryWalk walk(store_, range, endOf(range), viewOfReceivers());
-    if (walk.atEnd()) return send(nothing, kFine, dictionary::kLastBatch);
+    if (walk.atEnd()) return send(nothing, kNoFault, dictionary::kLastBatch);
     while (isWanted() && !walk.atEnd()) {
       const DataResult result = walk.next(kRecordsPerBatch);
-      send(result, kFine, walk.atEnd() ? dictionary::kLastBatch : 0);
+      send(result, kNoFault, walk.atEnd() ? dictionary::kLastBatch : 0);
       if (!tellsProgress || walk.atEnd()) continue;
       callSpi(*request->who, isWanted, [&](DataSpi& spi) {
         spi.onProgress(request->id, static_cast<int>(std::min<int64>(walk.sent(), kNoLimit)),

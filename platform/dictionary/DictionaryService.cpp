@@ -10,16 +10,17 @@
 
 #include "platform/core/NotSupported.h"
 #include "platform/core/Periods.h"
+#include "shared/StatusCodes.h"
 #include "shared/TextCodec.h"
 
 namespace orvane::detail {
 namespace {
 
-constexpr int kBadArgument = -2;
-constexpr int kNotThere = 22;
-constexpr int kStorageFailed = 20;
-constexpr int kTimedOut = -23;
-constexpr int kIgnored = 48;
+using status::kBadArgument;
+using status::kIgnored;
+using status::kNotThere;
+using status::kStorageFailed;
+using status::kTimedOut;
 
 std::int32_t clamped(int64 value) {
   return static_cast<std::int32_t>(std::min<int64>(value, kNoLimit));

@@ -6,11 +6,12 @@
 #include "platform/core/Periods.h"
 #include "platform/core/SqliteFile.h"
 #include "platform/fields/DictionaryFlags.h"
+#include "shared/StatusCodes.h"
 
 namespace orvane::detail {
 namespace {
 
-constexpr int kStorageFailed = 20;
+using status::kStorageFailed;
 /// Publications of one source.
 constexpr int64 kRanksPerSource = int64{1} << 40;
 

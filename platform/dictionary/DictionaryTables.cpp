@@ -10,13 +10,13 @@ namespace orvane::detail {
 namespace {
 
 /// "ORVD": says in the file's head whose database it is.
-constexpr int kApplicationId = 0x4F525644;
-constexpr int kTablesVersion = 1;
+constexpr int kDictionaryId = 0x4F525644;
+constexpr int kDictionaryVersion = 1;
 /// Rounds of one session.
 constexpr int64 kRoundsPerSession = int64{1} << 32;
 constexpr int64 kFirst = std::numeric_limits<int64>::min();
 
-constexpr const char* kTables = R"(
+constexpr const char* kDictionaryTables = R"(
 CREATE TABLE sessions(
   session_id INTEGER PRIMARY KEY, mode TEXT NOT NULL, started_at TEXT NOT NULL);
 CREATE TABLE series(
@@ -133,7 +133,7 @@ DictionaryTables::DictionaryTables(const std::string& path, Connection connectio
                 : std::make_unique<const FileLock>(path)),
       database_(connection == Connection::Further
                     ? openSqliteAgain(path)
-                    : openSqlite(path, {kApplicationId, kTablesVersion, kTables})) {}
+                    : openSqlite(path, {kDictionaryId, kDictionaryVersion, kDictionaryTables})) {}
 
 SQLite::Statement& DictionaryTables::prepared(const char* sql) {
   std::unique_ptr<SQLite::Statement>& statement = statements_[sql];

@@ -10,6 +10,7 @@
 #include <optional>
 #include <string_view>
 
+#include "platform/core/JsonText.h"
 #include "platform/dictionary/JsonLines.h"
 #include "platform/fields/DictionaryFlags.h"
 #include "platform/market/files/CsvRows.h"
@@ -21,6 +22,8 @@
 
 namespace orvane {
 namespace {
+
+using detail::textOf;
 
 enum Field { Name, Target, Key, Text, Value2, ValueType, Tag, Time, Flags, kFields };
 constexpr std::array<const char*, kFields> kNames = {
@@ -186,14 +189,6 @@ std::vector<RecordPublication> readCsv(const detail::FileText& file) {
 }
 
 // JSON.
-
-std::string textOf(const QJsonValue& value) {
-  return QJsonDocument(QJsonArray{value})
-      .toJson(QJsonDocument::Compact)
-      .mid(1)
-      .chopped(1)
-      .toStdString();
-}
 
 /// Puts a field's value into the row, as text. Whole numbers keep all their digits.
 void setField(Row& row, Field field, QJsonValue value) {

@@ -8,6 +8,7 @@
 #include <set>
 #include <utility>
 
+#include "platform/core/JsonText.h"
 #include "platform/market/files/CsvRows.h"
 #include "platform/market/files/DataFiles.h"
 #include "platform/market/files/FileText.h"
@@ -18,6 +19,8 @@
 
 namespace orvane {
 namespace {
+
+using detail::textOf;
 
 [[noreturn]] void fail(const std::string& place, const std::string& what) {
   throw DataFileError(place + ": " + what);
@@ -137,14 +140,6 @@ std::vector<IndexComposition> readCsv(const detail::FileText& file, const std::s
 }
 
 // JSON.
-
-std::string textOf(const QJsonValue& value) {
-  return QJsonDocument(QJsonArray{value})
-      .toJson(QJsonDocument::Compact)
-      .mid(1)
-      .chopped(1)
-      .toStdString();
-}
 
 void checkKeys(const std::string& place, const QJsonObject& object,
                const std::set<std::string>& known) {

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <utility>
 
+#include "platform/core/Periods.h"
 #include "platform/fields/KLineView.h"
 #include "platform/fields/QuoteView.h"
 #include "platform/market/files/MomentText.h"
@@ -16,13 +17,12 @@ namespace {
 constexpr int64 kEarliest = -5'364'662'400'000;  ///< 1800-01-01.
 constexpr int64 kLatest = 7'258'118'400'000;     ///< 2200-01-01.
 constexpr double kMostMoney = 1e16;
-constexpr int64 kHour = 3'600'000;
 
 /// How much longer than its period a bar of whole days may last: an hour where the clocks change,
 /// and since a month counts as 30 days and a year as 365, what those are short of.
 constexpr int64 slackOf(int64 periodMs) {
-  if (periodMs < 24 * kHour) return 0;
-  return kHour + (periodMs < 28 * 24 * kHour ? 0 : periodMs / 20);
+  if (periodMs < 24 * kHourMs) return 0;
+  return kHourMs + (periodMs < 28 * 24 * kHourMs ? 0 : periodMs / 20);
 }
 
 /// Collects the first fault.

@@ -11,6 +11,7 @@
 #include <regex>
 #include <stdexcept>
 
+#include "platform/core/JsonText.h"
 #include "platform/core/ZoneRules.h"
 #include "shared/CodeTables.h"
 #include "shared/TextCodec.h"
@@ -18,23 +19,25 @@
 namespace orvane {
 namespace {
 
-using Field = std::string Instrument::*;
+using detail::textOf;
 
-const std::map<std::string, Field>& textKeys() {
-  static const std::map<std::string, Field> keys = {{"code", &Instrument::code},
-                                                    {"market", &Instrument::market},
-                                                    {"name", &Instrument::name},
-                                                    {"timeZone", &Instrument::timeZone},
-                                                    {"currency", &Instrument::currency},
-                                                    {"sessions", &Instrument::sessions},
-                                                    {"dominant", &Instrument::dominant},
-                                                    {"underlying", &Instrument::underlying},
-                                                    {"continuous", &Instrument::continuous}};
+using TextField = std::string Instrument::*;
+
+const std::map<std::string, TextField>& textKeys() {
+  static const std::map<std::string, TextField> keys = {{"code", &Instrument::code},
+                                                        {"market", &Instrument::market},
+                                                        {"name", &Instrument::name},
+                                                        {"timeZone", &Instrument::timeZone},
+                                                        {"currency", &Instrument::currency},
+                                                        {"sessions", &Instrument::sessions},
+                                                        {"dominant", &Instrument::dominant},
+                                                        {"underlying", &Instrument::underlying},
+                                                        {"continuous", &Instrument::continuous}};
   return keys;
 }
 
-const std::map<std::string, Field>& decimalKeys() {
-  static const std::map<std::string, Field> keys = {
+const std::map<std::string, TextField>& decimalKeys() {
+  static const std::map<std::string, TextField> keys = {
       {"priceTick", &Instrument::priceTick}, {"multiplier", &Instrument::multiplier},
       {"lotSize", &Instrument::lotSize},     {"marginRate", &Instrument::marginRate},
       {"feePerLot", &Instrument::feePerLot}, {"feeRate", &Instrument::feeRate}};
@@ -75,14 +78,6 @@ std::string shortest(double value) {
   char text[400];
   const auto end = std::to_chars(text, text + sizeof(text), value, std::chars_format::fixed);
   return std::string(text, end.ptr);
-}
-
-std::string textOf(const QJsonValue& value) {
-  return QJsonDocument(QJsonArray{value})
-      .toJson(QJsonDocument::Compact)
-      .mid(1)
-      .chopped(1)
-      .toStdString();
 }
 
 int64 idOf(const std::string& key, const std::string& text) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <bit>
 #include <compare>
 #include <cstdint>
 #include <optional>
@@ -84,5 +85,8 @@ std::optional<Money> shareOf(Money amount, Rate rate);
 /// Money for a volume at so much for each unit, rounded half away from zero to 8 decimals; empty
 /// if it is out of range.
 std::optional<Money> chargeOf(Money each, Volume volume);
+
+/// A number as records carry it.
+inline Word wordOf(double value) { return std::bit_cast<Word>(value); }
 
 }  // namespace orvane::detail

@@ -1,15 +1,11 @@
 #include "platform/trade/FillRecord.h"
 
-#include <bit>
-
 #include "platform/fields/FillView.h"
 
 namespace orvane::detail {
 namespace {
 
 constexpr int64 kFillsPerOrder = 100'000;
-
-Word word(double value) { return std::bit_cast<Word>(value); }
 
 }  // namespace
 
@@ -27,13 +23,13 @@ OrderFill fillRecord(const WorkingOrder& order, const Booking& booking, Price pr
   record.ints[fill::OffsetAt] = static_cast<std::int32_t>(order.offset);
   record.fillText = std::to_string(record.id);
   record.setPrice(toDouble(price));
-  record.values[fill::Volume] = word(toDouble(volume));
-  record.values[fill::Fee] = word(toDouble(booking.fee));
+  record.values[fill::Volume] = wordOf(toDouble(volume));
+  record.values[fill::Fee] = wordOf(toDouble(booking.fee));
   record.numbers[fill::OrderTime] = OrderView(of).insertTime();
   record.numbers[fill::OrderVolume] = of.values[order::Volume];
   record.numbers[fill::OrderFilledVolume] = of.values[order::FilledVolume];
-  record.numbers[fill::Turnover] = word(toDouble(booking.turnover));
-  record.numbers[fill::Profit] = word(toDouble(booking.profit));
+  record.numbers[fill::Turnover] = wordOf(toDouble(booking.turnover));
+  record.numbers[fill::Profit] = wordOf(toDouble(booking.profit));
   record.numbers[fill::OrderId] = of.id;
   return record;
 }

@@ -1,16 +1,16 @@
 #include "platform/trade/Ledger.h"
 
 #include <algorithm>
-#include <bit>
 
 #include "platform/fields/CapitalView.h"
 #include "platform/fields/PositionView.h"
+#include "shared/StatusCodes.h"
 
 namespace orvane::detail {
 namespace {
 
-constexpr int kNoMoney = 21;
-constexpr int kNoPosition = 38;
+using status::kNoMoney;
+using status::kNoPosition;
 constexpr int kOutOfRange = -2;
 /// So that volumes of an account can be added up, and prices can rise.
 constexpr Volume kMostVolume{1'000'000'000'000'000'000};
@@ -21,8 +21,6 @@ constexpr Money kMostTraded{Ledger::kMostStart.units / 2 * 5};
 constexpr Money kMostValue = kMostTraded;
 constexpr Money kMostMargin = Ledger::kMostStart;
 constexpr Money kMostFees = Ledger::kMostStart;
-
-Word word(double value) { return std::bit_cast<Word>(value); }
 
 bool opens(const Claim& claim) { return claim.offset == order::Offset::Open; }
 bool closesToday(const Claim& claim) { return claim.offset == order::Offset::CloseToday; }
@@ -304,7 +302,7 @@ TradingAccount Ledger::capitalRecord(int64 time) const {
   record.account = account_;
   record.value = time;
   const auto set = [&record](capital::Block1 at, Money money) {
-    record.block1[at] = word(toDouble(money));
+    record.block1[at] = wordOf(toDouble(money));
   };
   set(capital::StartBalance, start_);
   set(capital::Balance, balance());
@@ -332,13 +330,13 @@ void Ledger::fillSide(Position& position, const CodeBook& code,
     if (code.markPrice) floating += side.floating(*code.terms, *code.markPrice);
   }
   auto& block = isLong ? position.block1 : position.block2;
-  block[position::Volume] = word(toDouble(volume));
-  block[position::TodayVolume] = word(toDouble(today));
-  block[position::YesterdayVolume] = word(toDouble(volume - today));
-  block[position::FrozenVolume] = word(toDouble(frozen));
-  block[position::Margin] = word(toDouble(margin));
-  block[position::FloatingProfit] = word(toDouble(floating));
-  block[position::OpenTurnover] = word(toDouble(openTurnover));
+  block[position::Volume] = wordOf(toDouble(volume));
+  block[position::TodayVolume] = wordOf(toDouble(today));
+  block[position::YesterdayVolume] = wordOf(toDouble(volume - today));
+  block[position::FrozenVolume] = wordOf(toDouble(frozen));
+  block[position::Margin] = wordOf(toDouble(margin));
+  block[position::FloatingProfit] = wordOf(toDouble(floating));
+  block[position::OpenTurnover] = wordOf(toDouble(openTurnover));
   const double units = toDouble(volume) * toDouble(code.terms->multiplier);
   (isLong ? position.value1 : position.value2) = units > 0 ? toDouble(openTurnover) / units : 0;
 }
@@ -357,10 +355,10 @@ void Ledger::fillRecord(int64 codeId, const CodeBook& code,
     fees += book->fees;
   }
   const double mark = code.markPrice ? toDouble(*code.markPrice) : 0;
-  position.block3[position::MarkPrice] = word(mark);
-  position.block3[position::ClosedProfit] = word(toDouble(closed));
-  position.block3[position::Fee] = word(toDouble(fees));
-  position.block3[position::Multiplier] = word(toDouble(code.terms->multiplier));
+  position.block3[position::MarkPrice] = wordOf(mark);
+  position.block3[position::ClosedProfit] = wordOf(toDouble(closed));
+  position.block3[position::Fee] = wordOf(toDouble(fees));
+  position.block3[position::Multiplier] = wordOf(toDouble(code.terms->multiplier));
 }
 
 bool Ledger::positionRecord(int64 codeId, Position& position) const {

@@ -2,10 +2,12 @@
 
 #include <charconv>
 
+#include "shared/StatusCodes.h"
+
 namespace orvane::detail {
 namespace {
 
-constexpr int kBadArgument = -2;
+using status::kBadArgument;
 
 Refusal bad(std::string text) { return {kBadArgument, std::move(text)}; }
 

@@ -11,16 +11,15 @@
 #include "platform/trade/FillRecord.h"
 #include "platform/trade/RiskGuard.h"
 #include "platform/trade/TickMarket.h"
+#include "shared/StatusCodes.h"
 
 namespace orvane::detail {
 namespace {
 
 constexpr char kDefaultStart[] = "1000000";
-constexpr int kNotThere = 22;
-constexpr int kClosedSession = 37;
+using status::kClosedSession;
+using status::kNotThere;
 constexpr Rate kWhole{10'000'000'000};
-
-Word word(double value) { return std::bit_cast<Word>(value); }
 
 }  // namespace
 
@@ -305,9 +304,9 @@ bool PaperExchange::Impl::fill(WorkingOrder& order, Price price, Volume volume, 
   order.fee += booking.fee;
   ++order.fills;
   Order& record = order.record;
-  record.values[order::FilledVolume] = word(toDouble(order.filled));
-  record.values[order::Turnover] = word(toDouble(order.turnover));
-  record.values[order::Fee] = word(toDouble(order.fee));
+  record.values[order::FilledVolume] = wordOf(toDouble(order.filled));
+  record.values[order::Turnover] = wordOf(toDouble(order.turnover));
+  record.values[order::Fee] = wordOf(toDouble(order.fee));
   const double units = toDouble(order.filled) * toDouble(order.terms->multiplier);
   record.value5 = order.fills == 1 ? toDouble(price) : toDouble(order.turnover) / units;
   const bool isWhole = !order.left().isPositive();
@@ -350,7 +349,7 @@ void PaperExchange::Impl::tell(const WorkingOrder& order, int64 time) {
   Order told = order.record;
   told.updateTime() = time;
   told.values[order::FrozenMoney] =
-      order.ledger == nullptr ? 0 : word(toDouble(order.ledger->frozenOf(told.id)));
+      order.ledger == nullptr ? 0 : wordOf(toDouble(order.ledger->frozenOf(told.id)));
   add(time, std::move(told));
 }
 

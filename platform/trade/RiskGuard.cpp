@@ -2,12 +2,14 @@
 
 #include <stdexcept>
 
+#include "platform/core/Periods.h"
+#include "shared/StatusCodes.h"
+
 namespace orvane::detail {
 namespace {
 
-constexpr int kNotAllowed = 42;
-constexpr int kTooMany = 52;
-constexpr int64 kSecondMs = 1000;
+using status::kNotAllowed;
+using status::kTooMany;
 
 std::invalid_argument badField(const std::string& field, const std::string& value) {
   return std::invalid_argument("limits: " + field + ": \"" + value +

@@ -5,11 +5,10 @@
 #include <stdexcept>
 #include <string_view>
 
+#include "platform/core/Periods.h"
+
 namespace orvane::detail {
 namespace {
-
-constexpr int64 kMinuteMs = 60'000;
-constexpr int64 kDayMs = 24 * 60 * kMinuteMs;
 
 /// "HH:MM" as milliseconds since midnight; -1 if it is none.
 int64 timeOfDay(std::string_view text) {
@@ -27,7 +26,7 @@ int64 timeOfDay(std::string_view text) {
   return hour * 60 * kMinuteMs + minute * kMinuteMs;
 }
 
-std::string_view trimmed(std::string_view text) {
+std::string_view withoutBlanks(std::string_view text) {
   while (text.starts_with(' ')) text.remove_prefix(1);
   while (text.ends_with(' ')) text.remove_suffix(1);
   return text;
@@ -39,16 +38,16 @@ SessionRule::SessionRule(const std::string& sessions, const std::string& timeZon
     : zone_(ZoneRules::find(timeZone.empty() ? "UTC" : timeZone)) {
   if (zone_ == nullptr)
     throw std::invalid_argument("timeZone: \"" + timeZone + "\" is not a time zone");
-  std::string_view rest = trimmed(sessions);
+  std::string_view rest = withoutBlanks(sessions);
   while (!rest.empty()) {
     const auto comma = rest.find(',');
-    const std::string_view one = trimmed(rest.substr(0, comma));
+    const std::string_view one = withoutBlanks(rest.substr(0, comma));
     rest = comma == std::string_view::npos ? std::string_view() : rest.substr(comma + 1);
     const auto dash = one.find('-');
     const int64 begin =
-        dash == std::string_view::npos ? -1 : timeOfDay(trimmed(one.substr(0, dash)));
+        dash == std::string_view::npos ? -1 : timeOfDay(withoutBlanks(one.substr(0, dash)));
     const int64 end =
-        dash == std::string_view::npos ? -1 : timeOfDay(trimmed(one.substr(dash + 1)));
+        dash == std::string_view::npos ? -1 : timeOfDay(withoutBlanks(one.substr(dash + 1)));
     if (begin < 0 || end < 0)
       throw std::invalid_argument("sessions: \"" + sessions +
                                   "\" is not a list such as 09:30-11:30,13:00-15:00");

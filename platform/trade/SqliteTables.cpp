@@ -14,10 +14,10 @@ namespace orvane::detail {
 namespace {
 
 /// "ORVS": says in the file's head whose database it is.
-constexpr int kApplicationId = 0x4F525653;
-constexpr int kTablesVersion = 1;
+constexpr int kStoreId = 0x4F525653;
+constexpr int kStoreVersion = 1;
 
-constexpr const char* kTables = R"(
+constexpr const char* kStoreTables = R"(
 CREATE TABLE runs(
   run_id INTEGER PRIMARY KEY, mode TEXT NOT NULL,
   begin_ms INTEGER NOT NULL, begin_at TEXT NOT NULL,
@@ -62,7 +62,7 @@ CREATE TABLE connections(
   PRIMARY KEY(run_id, number));
 )";
 
-constexpr SqliteFormat kFormat{kApplicationId, kTablesVersion, kTables};
+constexpr SqliteFormat kFormat{kStoreId, kStoreVersion, kStoreTables};
 
 template <std::size_t N>
 const char* nameOf(const char* const (&names)[N], std::int32_t at) {

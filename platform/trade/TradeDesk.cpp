@@ -7,13 +7,14 @@
 #include "platform/core/LostCalls.h"
 #include "platform/trade/EventSources.h"
 #include "shared/CodeTables.h"
+#include "shared/StatusCodes.h"
 
 namespace orvane::detail {
 namespace {
 
-constexpr int kConnected = 16;
-constexpr int kDisconnected = 17;
-constexpr int kNotConnectedCode = -6;
+using status::kConnected;
+using status::kDisconnected;
+using status::kNotConnected;
 /// How much news a playback lets gather before it goes to the file.
 constexpr std::size_t kNewsPerBatch = 1024;
 
@@ -129,7 +130,7 @@ void TradeDesk::admitOrder(const TradeAction& action, int64 now) {
 
 void TradeDesk::rejectOrder(Order order, int64 now) {
   OrderWriter(order).setStatus(order::Status::Rejected);
-  order.ints[order::ReasonAt] = kNotConnectedCode;
+  order.ints[order::ReasonAt] = kNotConnected;
   order.text5 = "account not connected";
   order.updateTime() = now;
   parts_.state.store.updateOrder(order);
@@ -258,7 +259,7 @@ void TradeDesk::reportStatus(std::int32_t account, int64 due, TradeReceivers rec
   TradeReport::Status status;
   status.account = AccountBook::connectionOf(id);
   status.info.statusCode = isUp ? kConnected : kDisconnected;
-  if (!isUp) status.info.result = {kNotConnectedCode, statusMessage(kNotConnectedCode)};
+  if (!isUp) status.info.result = {kNotConnected, statusMessage(kNotConnected)};
   status.info.accounts = {id};
   enqueue({due,
            {TradeTopic::Status, account, TradeSelector::kEveryCode, 0, {}},

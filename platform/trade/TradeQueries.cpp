@@ -9,12 +9,13 @@
 #include "platform/trade/TradeService.h"
 #include "shared/CodeTables.h"
 #include "shared/GbkLiteral.h"
+#include "shared/StatusCodes.h"
 
 namespace orvane::detail {
 namespace {
 
-constexpr int kNotThere = 22;
-constexpr int kNotConnected = -6;
+using status::kNotConnected;
+using status::kNotThere;
 /// Bits of a history query's mask.
 constexpr std::int32_t kHistoryOrders = 64;
 constexpr std::int32_t kHistoryFills = 128;

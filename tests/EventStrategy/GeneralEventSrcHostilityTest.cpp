@@ -11,8 +11,8 @@
 namespace orvane::support {
 namespace {
 
-const char* const kSubscriptionCalls[] = {"event.subscribe", "event.unsubscribe",
-                                          "event.unsubscribeTarget", "event.unsubscribeAll"};
+const char* const kEventCalls[] = {"event.subscribe", "event.unsubscribe",
+                                   "event.unsubscribeTarget", "event.unsubscribeAll"};
 
 class GeneralEventSrcHostility : public LibraryTest {
  protected:
@@ -54,7 +54,7 @@ TEST_F(GeneralEventSrcHostility,
 }
 
 TEST_F(GeneralEventSrcHostility, shouldLetAnExceptionOfTheManagerThroughAndFreeItsMutex) {
-  for (const char* operation : kSubscriptionCalls) throwFrom(operation);
+  for (const char* operation : kEventCalls) throwFrom(operation);
   using Table = std::map<std::string, std::set<std::string>>;
   EXPECT_THROW(src->subscribeEvent("t", "n", {}), std::runtime_error);
   EXPECT_THROW(src->unsubscribeEvent("t", "n"), std::runtime_error);

@@ -10,7 +10,7 @@
 namespace orvane::support {
 namespace {
 
-const std::vector<std::string> kTexts = {"a", "b", "c"};
+const std::vector<std::string> kEventTexts = {"a", "b", "c"};
 
 /// The source holds its mutex across each call of the manager.
 class EventSchedule final : public HostileSchedule {
@@ -30,11 +30,11 @@ class EventSchedule final : public HostileSchedule {
       case 1:
       case 2:
       case 3:
-        return subscribe(oneOf(kTexts), oneOf(kTexts));
+        return subscribe(oneOf(kEventTexts), oneOf(kEventTexts));
       case 4:
       case 5:
       case 6:
-        return unsubscribe(oneOf(kTexts), oneOf(kTexts));
+        return unsubscribe(oneOf(kEventTexts), oneOf(kEventTexts));
       case 7:
         return unsubscribeAll();
       case 8:

@@ -11,8 +11,8 @@
 namespace orvane::support {
 namespace {
 
-const char* const kSubscriptionCalls[] = {"index.subscribeElementChange",
-                                          "index.unsubscribeElementChange"};
+const char* const kIndexCalls[] = {"index.subscribeElementChange",
+                                   "index.unsubscribeElementChange"};
 
 void tell(IndexTradeSpi& spi, int64 code) {
   std::list<IndexTradeElement> elements = {{codeOf(3), 30}};
@@ -25,7 +25,7 @@ class IndexSrcHostility : public LibraryTest {
  protected:
   IndexSrcHostility() { src->setNotify(&notify); }
   ~IndexSrcHostility() override {
-    for (const char* operation : kSubscriptionCalls) platform.calls.onCall(operation, {});
+    for (const char* operation : kIndexCalls) platform.calls.onCall(operation, {});
     src->setNotify(nullptr);
     platform.forgetSpis();
   }
@@ -71,7 +71,7 @@ TEST_F(IndexSrcHostility, shouldLiveUntilTheServiceLetsGoAndDeliverNothingOnceIt
 }
 
 TEST_F(IndexSrcHostility, shouldLetAnExceptionOfTheServiceThroughAndFreeItsMutex) {
-  for (const char* operation : kSubscriptionCalls)
+  for (const char* operation : kIndexCalls)
     platform.calls.onCall(operation, [] { throw std::runtime_error("hostile"); });
   EXPECT_THROW(src->subscribeElementChange(codeOf(7)), std::runtime_error);
   EXPECT_THROW(src->unsubscribeElementChange(codeOf(7)), std::runtime_error);

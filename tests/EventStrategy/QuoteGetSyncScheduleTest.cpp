@@ -14,7 +14,7 @@ namespace {
 
 using Spi = std::shared_ptr<detail::QuoteGetSyncSpi>;
 
-constexpr int kCodes = 3;
+constexpr int kFetchedCodes = 3;
 const std::vector<std::pair<int64, const char*>> kTerms = {
     {0, "(8,0)"}, {250, "(5,1)"}, {60000, "(3,1)"}, {120000, "(3,2)"}};
 
@@ -63,7 +63,7 @@ class FetchSchedule final : public HostileSchedule {
     for (int count = below(5); count > 0; --count) {
       const auto& [term, pair] = oneOf(kTerms);
       OVDataRange range;
-      range.code = codeOf(1 + below(kCodes));
+      range.code = codeOf(1 + below(kFetchedCodes));
       range.term = term;
       range.beginTime = below(100);
       range.flags = below(8);
@@ -83,7 +83,7 @@ class FetchSchedule final : public HostileSchedule {
 
   void maintain() {
     const bool isBad = oneIn(4);
-    const int code = 1 + below(kCodes), value = below(100);
+    const int code = 1 + below(kFetchedCodes), value = below(100);
     maintenance_ = platform_.routes.lastRequestId() + 1;
     model_.ask(maintenance_, {code, true});
     tell("maintain " + std::to_string(code) + (isBad ? " of a bad period" : ""));

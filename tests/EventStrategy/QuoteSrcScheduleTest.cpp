@@ -23,7 +23,7 @@ const std::vector<Period> kPeriods = {
     {"90s", 90000, "(2,90)", true}, {"1d", 86400000, "(5,1)", false},
     {"250ms", 250, "(5,1)", false}, {"tick", 0, "(8,0)", false}};
 
-constexpr int kCodes = 4, kIds = 5;
+constexpr int kQuotedCodes = 4, kQuoteIds = 5;
 
 class QuoteSchedule final : public HostileSchedule {
  public:
@@ -31,7 +31,7 @@ class QuoteSchedule final : public HostileSchedule {
       : HostileSchedule(platform, seed, seen, "quote.",
                         {"quote.subscribeQuote", "quote.unsubscribeQuote", "quote.subscribeBars",
                          "quote.cancelRequest", "quote.unsubscribeSpi"}) {
-    for (int code = 1; code <= kCodes; ++code)
+    for (int code = 1; code <= kQuotedCodes; ++code)
       platform_.codes().codes["C" + std::to_string(code)] = codeOf(code, "resolved");
     source_->setNotify(&owner_);
   }
@@ -76,8 +76,8 @@ class QuoteSchedule final : public HostileSchedule {
   }
 
   /// Codes are known by their id alone, so their texts vary.
-  ICodeID aCode() { return codeOf(1 + below(kCodes), std::string(1, "XYZ"[below(3)])); }
-  int anId() { return 1 + below(kIds); }
+  ICodeID aCode() { return codeOf(1 + below(kQuotedCodes), std::string(1, "XYZ"[below(3)])); }
+  int anId() { return 1 + below(kQuoteIds); }
 
   // What the owner does.
 
@@ -127,7 +127,7 @@ class QuoteSchedule final : public HostileSchedule {
 
   void requestByText() {
     const Period& period = oneOf(kPeriods);
-    const int id = anId(), code = 1 + below(kCodes), begin = below(100), flags = below(2048);
+    const int id = anId(), code = 1 + below(kQuotedCodes), begin = below(100), flags = below(2048);
     const int extraFlags = oneIn(2) ? 1048576 : 0;
     int passed = flags & (1 | 2 | 512 | 1024);
     if ((passed & 512) != 0) passed &= ~1024;
@@ -280,9 +280,9 @@ class QuoteSchedule final : public HostileSchedule {
       ASSERT_TRUE(requests.contains(id));
       EXPECT_EQ(textOf(requests.at(id)), textOf(query));
     }
-    for (int id = 1; id <= kIds; ++id)
+    for (int id = 1; id <= kQuoteIds; ++id)
       EXPECT_EQ(source_->isSubscribeKline(id), model_.requests.contains(id));
-    for (int code = 1; code <= kCodes; ++code)
+    for (int code = 1; code <= kQuotedCodes; ++code)
       EXPECT_EQ(source_->isSubscribeQuote(codeOf(code)), model_.subscribers.contains(code));
   }
   static std::string textOf(const IMDQuery& query) {

@@ -10,7 +10,7 @@
 namespace orvane::support {
 namespace {
 
-constexpr int kIds = 5;
+constexpr int kTimerIds = 5;
 
 class TimerSchedule final : public HostileSchedule {
  public:
@@ -35,11 +35,11 @@ class TimerSchedule final : public HostileSchedule {
       case 2:
       case 3:
       case 4:
-        return create(below(kIds));
+        return create(below(kTimerIds));
       case 5:
       case 6:
       case 7:
-        return stop(below(kIds));
+        return stop(below(kTimerIds));
       case 8:
         return stopAll();
       case 9:
@@ -99,7 +99,7 @@ class TimerSchedule final : public HostileSchedule {
     tell("replace");
     ++seen_.replaced;
     listen(false);
-    for (const auto& notify : notifies_) notify->onTimer(below(kIds), 1);
+    for (const auto& notify : notifies_) notify->onTimer(below(kTimerIds), 1);
     letGo();
     expectCalls(model_.stopAll());
     source_ = std::make_shared<TimerSrc>();
@@ -117,7 +117,7 @@ class TimerSchedule final : public HostileSchedule {
   /// A firing of any timer, known or not: whether it is still wanted is for others to say.
   void callBack() override {
     const std::shared_ptr<ITimerNotify> notify = notifies_.empty() ? source_ : oneOf(notifies_);
-    const int id = below(kIds), value = below(1000), times = oneIn(6) ? 2 : 1;
+    const int id = below(kTimerIds), value = below(1000), times = oneIn(6) ? 2 : 1;
     for (int i = 0; i < times; ++i) {
       expectDelivery(model_.listens, std::to_string(id) + " " + std::to_string(value));
       const bool fails = model_.listens && oneIn(20);
@@ -141,7 +141,7 @@ class TimerSchedule final : public HostileSchedule {
   }
   void expectInside() override { expectTables(); }
   void expectTables() override {
-    for (int id = 0; id < kIds; ++id)
+    for (int id = 0; id < kTimerIds; ++id)
       EXPECT_EQ(source_->isTimerExist(id), model_.ids.contains(id)) << id;
     EXPECT_EQ(TestAccess::timerCount(*source_), model_.ids.size());
   }

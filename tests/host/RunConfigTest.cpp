@@ -11,7 +11,7 @@ namespace {
 
 using testing::HasSubstr;
 
-std::string errorOf(const std::string& json) {
+std::string refusalOf(const std::string& json) {
   const test::TempFolder folder;
   RunPlan plan;
   try {
@@ -63,30 +63,30 @@ TEST(RunConfig, shouldReadEverythingAndFindFilesBesideItself) {
 }
 
 TEST(RunConfig, shouldNameLineAndColumnOfBadJson) {
-  EXPECT_THAT(errorOf("{\n  \"runners\": [\n    {,}\n  ]\n}"), HasSubstr("run.json:3:"));
+  EXPECT_THAT(refusalOf("{\n  \"runners\": [\n    {,}\n  ]\n}"), HasSubstr("run.json:3:"));
 }
 
 TEST(RunConfig, shouldNameTheKeyThatItDoesNotKnow) {
-  const std::string error = errorOf(R"({"runners": [{"strategy": "x", "parms": {}}]})");
+  const std::string error = refusalOf(R"({"runners": [{"strategy": "x", "parms": {}}]})");
   EXPECT_THAT(error, HasSubstr("run.json: runners[0].parms: unknown key"));
   EXPECT_THAT(error, HasSubstr("params"));
 }
 
 TEST(RunConfig, shouldNameFieldAndValueOfAWrongType) {
-  EXPECT_THAT(errorOf(R"({"runners": [{"strategy": 5}]})"),
+  EXPECT_THAT(refusalOf(R"({"runners": [{"strategy": 5}]})"),
               HasSubstr("run.json: runners[0].strategy: must be a text, not 5"));
-  EXPECT_THAT(errorOf(R"({"runners": {}})"), HasSubstr("run.json: runners: must be an array"));
-  EXPECT_THAT(errorOf(R"({"runners": [{"strategy": "x"}], "threads": 1.5})"),
+  EXPECT_THAT(refusalOf(R"({"runners": {}})"), HasSubstr("run.json: runners: must be an array"));
+  EXPECT_THAT(refusalOf(R"({"runners": [{"strategy": "x"}], "threads": 1.5})"),
               HasSubstr("run.json: threads: must be a whole number from 0 to 1024, not 1.5"));
-  EXPECT_THAT(errorOf(R"({"runners": [{"strategy": "x"}], "speed": "fast"})"),
+  EXPECT_THAT(refusalOf(R"({"runners": [{"strategy": "x"}], "speed": "fast"})"),
               HasSubstr("run.json: speed: \"fast\" is not a speed"));
 }
 
 TEST(RunConfig, shouldNameTheFieldThatIsMissing) {
-  EXPECT_THAT(errorOf(R"({"bars": "a.csv"})"), HasSubstr("run.json: runners: is missing"));
-  EXPECT_THAT(errorOf(R"({"runners": [{"name": "x"}]})"),
+  EXPECT_THAT(refusalOf(R"({"bars": "a.csv"})"), HasSubstr("run.json: runners: is missing"));
+  EXPECT_THAT(refusalOf(R"({"runners": [{"name": "x"}]})"),
               HasSubstr("run.json: runners[0].strategy: is missing"));
-  EXPECT_THAT(errorOf(R"({"runners": [{"strategy": "x"}], "bars": [{"code": "A"}]})"),
+  EXPECT_THAT(refusalOf(R"({"runners": [{"strategy": "x"}], "bars": [{"code": "A"}]})"),
               HasSubstr("run.json: bars[0]: names no file"));
 }
 

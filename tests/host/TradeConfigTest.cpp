@@ -26,7 +26,7 @@ RunPlan planOf(const std::string& keys) {
   return plan;
 }
 
-std::string errorOf(const std::string& keys) {
+std::string faultOf(const std::string& keys) {
   try {
     tradeOptions(planOf(keys), "UTC");
   } catch (const InputError& error) {
@@ -95,19 +95,19 @@ TEST(TradeConfig, shouldReadTheExchange) {
 }
 
 TEST(TradeConfig, shouldNameThePlaceAndTheValueOfWhatIsWrong) {
-  EXPECT_THAT(errorOf(R"("accounts": [{"name": "A"}, {"name": "A"}])"),
+  EXPECT_THAT(faultOf(R"("accounts": [{"name": "A"}, {"name": "A"}])"),
               HasSubstr("accounts[1].name: two accounts are named \"A\""));
-  EXPECT_THAT(errorOf(R"("accounts": [{"name": "A", "currency": "QQQ"}])"), HasSubstr("currency"));
-  EXPECT_THAT(errorOf(R"("accounts": [{"currency": "CNY"}])"), HasSubstr("accounts[0].name"));
-  EXPECT_THAT(errorOf(R"("trade": {"limitFill": "never"})"),
+  EXPECT_THAT(faultOf(R"("accounts": [{"name": "A", "currency": "QQQ"}])"), HasSubstr("currency"));
+  EXPECT_THAT(faultOf(R"("accounts": [{"currency": "CNY"}])"), HasSubstr("accounts[0].name"));
+  EXPECT_THAT(faultOf(R"("trade": {"limitFill": "never"})"),
               HasSubstr("must be \"through\" or \"touch\""));
-  EXPECT_THAT(errorOf(R"("trade": {"latency": 3})"), HasSubstr("latency"));
-  EXPECT_THAT(errorOf(R"("trade": {"entryLatencyMs": -3})"), HasSubstr("entryLatencyMs"));
+  EXPECT_THAT(faultOf(R"("trade": {"latency": 3})"), HasSubstr("latency"));
+  EXPECT_THAT(faultOf(R"("trade": {"entryLatencyMs": -3})"), HasSubstr("entryLatencyMs"));
   EXPECT_THAT(
-      errorOf(R"("trade": {"connection": [{"account": "x", "time": "2021-01-04", "up": true}]})"),
+      faultOf(R"("trade": {"connection": [{"account": "x", "time": "2021-01-04", "up": true}]})"),
       HasSubstr("connection[0].account: there is no account \"x\""));
   EXPECT_THAT(
-      errorOf(R"("trade": {"connection": [{"account": "one", "time": "soon", "up": true}]})"),
+      faultOf(R"("trade": {"connection": [{"account": "one", "time": "soon", "up": true}]})"),
       HasSubstr("connection[0].time"));
 }
 

@@ -22,8 +22,8 @@
 namespace orvane {
 namespace {
 
-constexpr int64 kMinute = 60'000;
-constexpr int64 kStart = 1'609'718'400'000;  // 2021-01-04 00:00 UTC.
+constexpr int64 kMinuteMs = 60'000;
+constexpr int64 kRoadStart = 1'609'718'400'000;  // 2021-01-04 00:00 UTC.
 
 using Lines = std::vector<std::string>;
 
@@ -35,7 +35,7 @@ struct Script {
   std::map<std::string, Lines> lines;
 
   void note(IContext* context, const std::string& line) {
-    const int64 now = (Timestamp::now(1).toUtcMsEponch() - kStart) / kMinute;
+    const int64 now = (Timestamp::now(1).toUtcMsEponch() - kRoadStart) / kMinuteMs;
     const std::lock_guard lock(mutex);
     lines[context->orderSource()].push_back("@" + std::to_string(now) + " " + line);
   }
@@ -56,7 +56,7 @@ class ScriptedTrader final : public Strategy {
                    const std::vector<IKLine>& bars, const ResultStatus&, int flags) override {
     if (flags != 0) return;
     for (const IKLine& bar : bars) {
-      const auto at = static_cast<int>((KLineView(bar).endTime() - kStart) / kMinute);
+      const auto at = static_cast<int>((KLineView(bar).endTime() - kRoadStart) / kMinuteMs);
       if (script->onBar) script->onBar(*context, account_, code_, at);
     }
   }
@@ -98,13 +98,13 @@ OrderRequest market(const TradingAccountID& account, const ICodeID& code,
 BarSeries rising(const ICodeID& code, int count) {
   BarSeries series;
   series.code = code;
-  series.periodMs = kMinute;
+  series.periodMs = kMinuteMs;
   series.timeZone = "UTC";
   series.origin = "test";
   for (int i = 0; i < count; ++i) {
     IKLine bar;
     KLineWriter writer(bar);
-    writer.setTimes(kStart + i * kMinute, kStart + (i + 1) * kMinute);
+    writer.setTimes(kRoadStart + i * kMinuteMs, kRoadStart + (i + 1) * kMinuteMs);
     for (const kline::Word at : {kline::Open, kline::High, kline::Low, kline::Close})
       writer.set(at, i + 1);
     writer.set(kline::Volume, 1000);
@@ -220,7 +220,7 @@ TEST(TradeRoad, shouldTellWhatHappenedDuringAnOutageOnceAfterTheReconnect) {
     PlatformOptions options;
     for (const auto& [minute, isUp] :
          {std::pair{5, false}, std::pair{10, true}, std::pair{12, false}, std::pair{14, true}})
-      options.trade.script.push_back({"A1", kStart + minute * kMinute, isUp});
+      options.trade.script.push_back({"A1", kRoadStart + minute * kMinuteMs, isUp});
     play(acts, {"S"}, options);
     Lines told = acts.lines["S"];
     EXPECT_EQ(std::count(told.begin(), told.end(), "@10 order 1000000001 3 "), 1);

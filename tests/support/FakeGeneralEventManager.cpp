@@ -3,7 +3,7 @@
 namespace orvane::support {
 namespace {
 
-std::string joined(const std::list<std::string>& texts) {
+std::string commaList(const std::list<std::string>& texts) {
   std::string all;
   for (const std::string& text : texts) all += (all.empty() ? "" : ",") + text;
   return all;
@@ -20,8 +20,8 @@ void FakeGeneralEventManager::subscribe(const std::shared_ptr<GeneralEventSpi>& 
     spi_ = spi;
   }
   keep(spi);
-  calls_.record("event.subscribe", target + " names=" + joined(names) + " keys=" + joined(keys) +
-                                       " live=" + (live ? "1" : "0"));
+  calls_.record("event.subscribe", target + " names=" + commaList(names) +
+                                       " keys=" + commaList(keys) + " live=" + (live ? "1" : "0"));
 }
 
 void FakeGeneralEventManager::unsubscribeAll(const std::shared_ptr<GeneralEventSpi>& spi) {
@@ -39,7 +39,7 @@ void FakeGeneralEventManager::unsubscribe(const std::shared_ptr<GeneralEventSpi>
                                           const std::string& target,
                                           const std::list<std::string>& names) {
   keep(spi);
-  calls_.record("event.unsubscribe", target + " names=" + joined(names));
+  calls_.record("event.unsubscribe", target + " names=" + commaList(names));
 }
 
 ResultStatus FakeGeneralEventManager::publishEvent(const std::string& topic,

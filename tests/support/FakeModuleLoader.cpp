@@ -9,9 +9,9 @@ namespace {
 
 // "createStrategy" takes no argument, so what it stands for travels beside the call: a loader's
 // user calls the address on the thread that looked it up.
-thread_local ModuleShelf::Create found;
+thread_local ModuleShelf::Create created;
 
-IStrategy* createFound() { return found(); }
+IStrategy* createFound() { return created(); }
 
 }  // namespace
 
@@ -33,7 +33,7 @@ class FakeModuleLoader final : public IModuleLoader {
   std::string find(const std::string& symbol, void*& address) override {
     shelf_.calls_.record("module.find", symbol);
     if (!module_.findError.empty()) return module_.findError;
-    found = module_.create;
+    created = module_.create;
     address = reinterpret_cast<void*>(&createFound);
     return {};
   }

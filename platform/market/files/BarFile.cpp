@@ -29,9 +29,9 @@ struct PriceColumns {
 
 /// The double nearest to the mean of two decimals of at most eight places.
 double meanOf(double a, double b) {
-  constexpr double kUnits = 1e8;
+  constexpr double kWhole = 1e8;
   if (std::abs(a) > 4e7 || std::abs(b) > 4e7) return a / 2 + b / 2;
-  return (std::round(a * kUnits) + std::round(b * kUnits)) / (2 * kUnits);
+  return (std::round(a * kWhole) + std::round(b * kWhole)) / (2 * kWhole);
 }
 
 class BarReader {

@@ -62,8 +62,7 @@ Fit fitOf(std::int64_t period, const Distances& distances) {
 
 /// A distance as a period: days and weeks are not whole numbers of hours everywhere.
 std::int64_t rounded(std::int64_t distance) {
-  constexpr std::int64_t kHour = 3'600'000;
-  if (distance > 22 * kHour && distance < 6 * kDayMs) return kDayMs;
+  if (distance > 22 * kHourMs && distance < 6 * kDayMs) return kDayMs;
   if (distance >= 6 * kDayMs && distance <= 8 * kDayMs) return kWeekMs;
   return distance;
 }

@@ -79,13 +79,13 @@ std::int64_t periodOf(const std::string& word, bool isFirst) {
   return parsePeriod(word);
 }
 
-struct Word {
+struct NameWord {
   std::string_view text;
   std::size_t begin;
 };
 
-std::vector<Word> wordsOf(std::string_view stem) {
-  std::vector<Word> words;
+std::vector<NameWord> wordsOf(std::string_view stem) {
+  std::vector<NameWord> words;
   std::size_t at = 0;
   while (at < stem.size()) {
     const std::size_t begin = stem.find_first_not_of(kSeparators, at);
@@ -120,7 +120,7 @@ std::string folderOf(std::string_view path) {
 FileNameFacts factsOfFileName(const std::string& path) {
   FileNameFacts facts;
   const std::string_view stem = stemOf(lastPart(path));
-  const std::vector<Word> words = wordsOf(stem);
+  const std::vector<NameWord> words = wordsOf(stem);
   std::size_t codeEnd = stem.size();
   std::size_t codeWords = words.size();
   const auto endCodeAt = [&](std::size_t index) {

@@ -9,13 +9,14 @@
 #include "platform/fields/FillView.h"
 #include "platform/fields/OrderView.h"
 #include "platform/trade/conditions/GridSource.h"
+#include "shared/StatusCodes.h"
 
 namespace orvane::detail {
 namespace {
 
-constexpr int kConnected = 16;
+using status::kConnected;
 /// Where an order carries its cell, counted from 1: with the order's keys it joins a detail to it.
-constexpr std::size_t kCellAt = 9;
+constexpr std::size_t kOrderCell = 9;
 
 bool isSameState(const Order& a, const Order& b) {
   return a.status() == b.status() && a.values[order::FilledVolume] == b.values[order::FilledVolume];
@@ -176,7 +177,7 @@ OrderRequest GridDesk::requestOf(int64 id, const Grid& grid, const GridAction& a
   request.code = *grid.code;
   request.source = {kGridSourceType, kGridSource, std::to_string(id)};
   request.pair.second = request.source.sourceText;
-  request.ints[kCellAt] = static_cast<std::int32_t>(action.cell) + 1;
+  request.ints[kOrderCell] = static_cast<std::int32_t>(action.cell) + 1;
   OrderWriter writer(request);
   writer.setType(order::Type::Limit);
   writer.setTimeInForce(order::TimeInForce::UntilCancelled);
@@ -224,7 +225,7 @@ void GridDesk::onRtnTrade(const OrderFill& fill) {
   grid->worker->onFill(fill);
   grid->fills.push_back(fill);
   const auto order = grid->told.find(orderId);
-  grid->fillCells.push_back(order == grid->told.end() ? 0 : order->second.ints[kCellAt]);
+  grid->fillCells.push_back(order == grid->told.end() ? 0 : order->second.ints[kOrderCell]);
   isWaiting_.store(true);
 }
 

@@ -7,6 +7,7 @@
 #include "platform/core/Periods.h"
 #include "platform/trade/conditions/GridDesk.h"
 #include "shared/CodeTables.h"
+#include "shared/StatusCodes.h"
 #include "shared/TextCodec.h"
 
 namespace orvane {
@@ -18,8 +19,8 @@ IGridConditions::~IGridConditions() = default;
 namespace orvane::detail {
 namespace {
 
-constexpr int kBadArgument = -2;
-constexpr int kNotThere = 22;
+using status::kBadArgument;
+using status::kNotThere;
 
 GridState::Mode modeOf(const GridWorker& worker, bool hasBegun) {
   if (worker.mode() == GridWorker::Mode::Stopped) return GridState::Mode::Stopped;

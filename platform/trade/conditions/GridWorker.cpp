@@ -5,12 +5,13 @@
 
 #include "platform/fields/FillView.h"
 #include "platform/fields/OrderView.h"
+#include "shared/StatusCodes.h"
 
 namespace orvane::detail {
 namespace {
 
-constexpr int kClosedSession = 37;
-constexpr int kTooMany = 52;
+using status::kClosedSession;
+using status::kTooMany;
 
 }  // namespace
 

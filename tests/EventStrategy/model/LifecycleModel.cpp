@@ -11,7 +11,7 @@ namespace {
 
 bool isOrder(const EventModel& event) { return event.type == EventTypeOrder; }
 
-std::string text(int number) { return std::to_string(number); }
+std::string shown(int number) { return std::to_string(number); }
 
 void append(Flow::Parts& parts, Flow::Parts more) {
   for (Flow::Part& part : more) parts.push_back(std::move(part));
@@ -166,7 +166,7 @@ void LifecycleModel::deliver(Flow& flow, RunnerModel& runner, const EventModel& 
       break;
     case Control::Update:
       if (runner.wantsData() && runner.strategy != 0)
-        parts = {toStrategy(runner, "onUpdate " + text(event.mark))};
+        parts = {toStrategy(runner, "onUpdate " + shown(event.mark))};
       break;
     case Control::Reset:
       if (!runner.wantsData()) return;
@@ -185,7 +185,7 @@ void LifecycleModel::deliver(Flow& flow, RunnerModel& runner, const EventModel& 
 // The life of a run.
 
 Flow::Part LifecycleModel::toStrategy(const RunnerModel& runner, const std::string& call) {
-  return Flow::call("s" + text(runner.strategy) + " " + call);
+  return Flow::call("s" + shown(runner.strategy) + " " + call);
 }
 
 Flow::Part LifecycleModel::destroyed(RunnerModel& runner) {
@@ -195,7 +195,7 @@ Flow::Part LifecycleModel::destroyed(RunnerModel& runner) {
 Flow::Part LifecycleModel::told(Flow& flow, RunnerModel& runner) {
   return Flow::act([&] {
     if (runner.spi == 0) return;
-    flow.first({Flow::call("spi" + text(runner.spi) + " status " + text(runner.status()) + " " +
+    flow.first({Flow::call("spi" + shown(runner.spi) + " status " + shown(runner.status()) + " " +
                            runner.message)});
   });
 }
@@ -223,7 +223,8 @@ void LifecycleModel::load(Flow& flow, RunnerModel& runner, int mark) {
   flow.first({Flow::call("create " + runner.name), Flow::act([&flow, &runner, mark, this] {
                 runner.strategy = ++lastStrategy;
                 runner.hearsAccounts = true;
-                flow.first({toStrategy(runner, "onStart " + text(mark) + " for " + runner.source)});
+                flow.first(
+                    {toStrategy(runner, "onStart " + shown(mark) + " for " + runner.source)});
               })});
 }
 
@@ -252,43 +253,43 @@ bool LifecycleModel::isHeard(int spi) const {
 Flow::Parts LifecycleModel::dispatched(const RunnerModel& runner, const EventModel& event) {
   const SubscriptionModel& books = runner.subscriptions;
   const auto call = [&](const std::string& what, const std::string& who) {
-    return Flow::Parts{toStrategy(runner, what + " " + who + " " + text(event.mark))};
+    return Flow::Parts{toStrategy(runner, what + " " + who + " " + shown(event.mark))};
   };
   const auto ofRequest = [&](const std::string& what) -> Flow::Parts {
     if (const auto it = books.byCaller.find(event.id); it != books.byCaller.end())
-      return call(what + "ById " + text(event.id), text(it->second));
+      return call(what + "ById " + shown(event.id), shown(it->second));
     if (const auto it = books.drawn.find(event.id); it != books.drawn.end())
-      return call(what, text(it->second));
+      return call(what, shown(it->second));
     return {};
   };
   const auto ofDic = [&](const std::string& what) -> Flow::Parts {
     const auto it = books.dics.find(event.id);
-    return it == books.dics.end() ? Flow::Parts() : call(what, text(it->second));
+    return it == books.dics.end() ? Flow::Parts() : call(what, shown(it->second));
   };
   Flow::Parts parts;
   switch (event.type) {
     case EventTypeAccountStatus:
       for (const int account : event.accounts)
-        append(parts, call("onAccountStatus", text(account)));
+        append(parts, call("onAccountStatus", shown(account)));
       return parts;
     case EventTypeCapital:
-      return call("onCapital", text(event.id));
+      return call("onCapital", shown(event.id));
     case EventTypeOrder:
-      return call("onOrder", text(event.id));
+      return call("onOrder", shown(event.id));
     case EventTypeTick:
-      return books.quoteGate.contains(event.id) ? call("onQuote", text(event.id)) : parts;
+      return books.quoteGate.contains(event.id) ? call("onQuote", shown(event.id)) : parts;
     case EventTypeBar:
       return ofRequest(event.isTicks ? "onTickSeries" : "onBarSeries");
     case EventTypeBarProcess:
       return ofRequest("onBarProgress");
     case EventTypeTimer:
-      return books.timers.contains(event.id) ? call("onTimer", text(event.id)) : parts;
+      return books.timers.contains(event.id) ? call("onTimer", shown(event.id)) : parts;
     case EventTypeData:
       return ofDic("onDic");
     case EventTypeDataDeleted:
       return ofDic("onDicDeleted");
     case EventTypeDataSnapshot:
-      return books.snapshotGate.contains(event.id) ? call("onDicSnapshot", text(event.id)) : parts;
+      return books.snapshotGate.contains(event.id) ? call("onDicSnapshot", shown(event.id)) : parts;
     default:
       return parts;
   }

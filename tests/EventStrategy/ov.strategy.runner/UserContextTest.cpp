@@ -7,7 +7,7 @@
 namespace orvane::support {
 namespace {
 
-TradingAccountID accountOf(int key, const std::string& text = "acc") {
+TradingAccountID accountNamed(int key, const std::string& text = "acc") {
   TradingAccountID account;
   account.accountKey = key;
   account.account = text;
@@ -28,7 +28,7 @@ OrderFill fillOf(int64 id, const std::string& source) {
   return fill;
 }
 
-std::vector<int64> idsOf(const auto& records) {
+std::vector<int64> idList(const auto& records) {
   std::vector<int64> ids;
   for (const auto& record : records) ids.push_back(record.id);
   return ids;
@@ -198,11 +198,11 @@ class FindTradingAccount : public UserContextTest {
     AccountLinks other;
     other.id.text3 = "other";
     other.id.counterType = 2;
-    other.tradingAccounts = {accountOf(1)};
+    other.tradingAccounts = {accountNamed(1)};
     AccountLinks wanted;
     wanted.id.text3 = "acc";
     wanted.id.counterType = 3;
-    wanted.tradingAccounts = {accountOf(5), accountOf(6)};
+    wanted.tradingAccounts = {accountNamed(5), accountNamed(6)};
     platform.trade().links = {other, wanted};
     out.accountKey = 99;
   }
@@ -264,7 +264,7 @@ TEST_F(UserContextTest, shouldReturnTheStatusAndTheOrdersOfSendOrder) {
   platform.trade().sentOrders = {orderOf(11, ""), orderOf(12, "")};
   std::list<Order> orders;
   EXPECT_EQ(user.sendOrder({}, orders), ResultStatus());
-  EXPECT_EQ(idsOf(orders), (std::vector<int64>{11, 12}));
+  EXPECT_EQ(idList(orders), (std::vector<int64>{11, 12}));
   platform.calls.answer("trade.sendOrder", {38, "no"});
   EXPECT_EQ(user.sendOrder({}, orders), (ResultStatus{38, "no"}));
 }
@@ -279,7 +279,7 @@ TEST_F(UserContextTest, shouldAppendTheIdsOfTheNewOrdersInOrder) {
 
 TEST_F(UserContextTest, shouldBuildACancelFromIdAccountAndNumericSourceAlone) {
   Order order = orderOf(11, "theirs");
-  order.account = accountOf(5, "acc");
+  order.account = accountNamed(5, "acc");
   order.code = codeOf(7);
   order.source.sourceType = 8;
   order.source.sourceText = "text";
@@ -323,13 +323,13 @@ TEST_F(UserContextTest, shouldKeepAllRecordsForAnEmptySourceAndAppendThem) {
   platform.trade().orders = {orderOf(1, "a"), orderOf(2, "b")};
   platform.trade().fills = {fillOf(3, "a"), fillOf(4, "b")};
   std::list<Order> orders = {orderOf(9, "z")};
-  EXPECT_EQ(user.ordersByCode(accountOf(5), codeOf(7), orders, ""), ResultStatus());
-  EXPECT_EQ(idsOf(orders), (std::vector<int64>{9, 1, 2}));
-  EXPECT_EQ(user.openOrdersByCode(accountOf(5), codeOf(7), orders, ""), ResultStatus());
+  EXPECT_EQ(user.ordersByCode(accountNamed(5), codeOf(7), orders, ""), ResultStatus());
+  EXPECT_EQ(idList(orders), (std::vector<int64>{9, 1, 2}));
+  EXPECT_EQ(user.openOrdersByCode(accountNamed(5), codeOf(7), orders, ""), ResultStatus());
   EXPECT_EQ(orders.size(), 5u);
   std::list<OrderFill> fills;
-  EXPECT_EQ(user.fillsByCode(accountOf(5), codeOf(7), fills, ""), ResultStatus());
-  EXPECT_EQ(idsOf(fills), (std::vector<int64>{3, 4}));
+  EXPECT_EQ(user.fillsByCode(accountNamed(5), codeOf(7), fills, ""), ResultStatus());
+  EXPECT_EQ(idList(fills), (std::vector<int64>{3, 4}));
   EXPECT_THAT(taken(), ElementsAre("trade.ordersByCode 5 7", "trade.openOrdersByCode 5 7",
                                    "trade.fillsByCode 5 7"));
 }
@@ -342,14 +342,14 @@ TEST_F(UserContextTest, shouldKeepTheRecordsOfTheSourceAloneAndStillAnswerTheSer
     platform.calls.answer(operation, {50, "busy"});
   const ResultStatus busy{50, "busy"};
   std::list<Order> orders;
-  EXPECT_EQ(user.ordersByCode(accountOf(5), codeOf(7), orders, "b"), busy);
-  EXPECT_EQ(user.openOrdersByCode(accountOf(5), codeOf(7), orders, "b"), busy);
-  EXPECT_EQ(idsOf(orders), (std::vector<int64>{2, 2}));
+  EXPECT_EQ(user.ordersByCode(accountNamed(5), codeOf(7), orders, "b"), busy);
+  EXPECT_EQ(user.openOrdersByCode(accountNamed(5), codeOf(7), orders, "b"), busy);
+  EXPECT_EQ(idList(orders), (std::vector<int64>{2, 2}));
   std::list<OrderFill> fills;
-  EXPECT_EQ(user.fillsByCode(accountOf(5), codeOf(7), fills, "b"), busy);
-  EXPECT_EQ(idsOf(fills), (std::vector<int64>{4}));
+  EXPECT_EQ(user.fillsByCode(accountNamed(5), codeOf(7), fills, "b"), busy);
+  EXPECT_EQ(idList(fills), (std::vector<int64>{4}));
   orders.clear();
-  EXPECT_EQ(user.ordersByCode(accountOf(5), codeOf(7), orders, "nobody"), busy);
+  EXPECT_EQ(user.ordersByCode(accountNamed(5), codeOf(7), orders, "nobody"), busy);
   EXPECT_TRUE(orders.empty());
 }
 
@@ -365,18 +365,19 @@ TEST_F(UserContextTest, shouldBuildAHistoryQueryAndMoveTheRecordsInOrder) {
   second.entries.front().fills = {fillOf(12, "")};
   platform.trade().history = {first, second};
   std::list<Order> orders = {orderOf(9, "")};
-  EXPECT_EQ(user.historyOrders(accountOf(5), codeOf(7), orders, "src", 100, 200), ResultStatus());
-  EXPECT_EQ(idsOf(orders), (std::vector<int64>{9, 1, 2, 3, 4}));
+  EXPECT_EQ(user.historyOrders(accountNamed(5), codeOf(7), orders, "src", 100, 200),
+            ResultStatus());
+  EXPECT_EQ(idList(orders), (std::vector<int64>{9, 1, 2, 3, 4}));
   HistoryQuery query = platform.trade().lastQuery;
-  EXPECT_EQ(query.accounts, (std::vector<TradingAccountID>{accountOf(5)}));
+  EXPECT_EQ(query.accounts, (std::vector<TradingAccountID>{accountNamed(5)}));
   EXPECT_EQ(query.codes, (std::vector<ICodeID>{codeOf(7)}));
   EXPECT_EQ(query.sources, (std::list<std::string>{"src"}));
   EXPECT_EQ(query.begin, 100);
   EXPECT_EQ(query.end, 200);
   EXPECT_EQ(query.mask, 1089);
   std::list<OrderFill> fills;
-  EXPECT_EQ(user.historyFills(accountOf(5), codeOf(7), fills, "", 100, 200), ResultStatus());
-  EXPECT_EQ(idsOf(fills), (std::vector<int64>{11, 12}));
+  EXPECT_EQ(user.historyFills(accountNamed(5), codeOf(7), fills, "", 100, 200), ResultStatus());
+  EXPECT_EQ(idList(fills), (std::vector<int64>{11, 12}));
   EXPECT_EQ(platform.trade().lastQuery.mask, 1153);
   EXPECT_TRUE(platform.trade().lastQuery.sources.empty());
 }
@@ -385,12 +386,12 @@ TEST_F(UserContextTest, shouldBuildAHistoryQueryAndMoveTheRecordsInOrder) {
 
 TEST_F(UserContextTest, shouldAnswerCode0WithAccountAndCodeForACodeWithoutAPosition) {
   Position position;
-  EXPECT_EQ(user.getPosition(accountOf(5, "mine"), codeOf(7), position, ""), ResultStatus());
+  EXPECT_EQ(user.getPosition(accountNamed(5, "mine"), codeOf(7), position, ""), ResultStatus());
   EXPECT_EQ(position.account.accountKey, 5);
   EXPECT_EQ(position.account.account, "mine");
   EXPECT_EQ(position.code.id, 7);
   Position bySource;
-  EXPECT_EQ(user.getPosition(accountOf(5, "mine"), codeOf(7), bySource, "src"), ResultStatus());
+  EXPECT_EQ(user.getPosition(accountNamed(5, "mine"), codeOf(7), bySource, "src"), ResultStatus());
   EXPECT_EQ(bySource.account.accountKey, 5);
   EXPECT_EQ(bySource.code.id, 7);
   EXPECT_THAT(taken(), ElementsAre("trade.getPosition 5 7", "trade.getSourcePosition 5 7 src"));
@@ -399,37 +400,37 @@ TEST_F(UserContextTest, shouldAnswerCode0WithAccountAndCodeForACodeWithoutAPosit
 TEST_F(UserContextTest, shouldKeepAnotherFailureOfGetPositionAndStillFillAccountAndCode) {
   platform.calls.answer("trade.getPosition", {50, "busy"});
   Position position;
-  EXPECT_EQ(user.getPosition(accountOf(5), codeOf(7), position, ""), (ResultStatus{50, "busy"}));
+  EXPECT_EQ(user.getPosition(accountNamed(5), codeOf(7), position, ""), (ResultStatus{50, "busy"}));
   EXPECT_EQ(position.account.accountKey, 5);
   EXPECT_EQ(position.code.id, 7);
 }
 
 TEST_F(UserContextTest, shouldAnswerThePositionOfTheAccountOrOfTheSource) {
   Position whole;
-  whole.account = accountOf(5);
+  whole.account = accountNamed(5);
   whole.code = codeOf(7);
   whole.value1 = 10;
   SourcePosition part;
-  part.account = accountOf(5);
+  part.account = accountNamed(5);
   part.code = codeOf(7);
   part.createSource = "src";
   part.value1 = 3;
   platform.trade().positions = {whole};
   platform.trade().sourcePositionRecords = {part};
   Position position;
-  EXPECT_EQ(user.getPosition(accountOf(5), codeOf(7), position, ""), ResultStatus());
+  EXPECT_EQ(user.getPosition(accountNamed(5), codeOf(7), position, ""), ResultStatus());
   EXPECT_EQ(position.value1, 10);
-  EXPECT_EQ(user.getPosition(accountOf(5), codeOf(7), position, "src"), ResultStatus());
+  EXPECT_EQ(user.getPosition(accountNamed(5), codeOf(7), position, "src"), ResultStatus());
   EXPECT_EQ(position.value1, 3);
 }
 
 TEST_F(UserContextTest, shouldAskForPositionsWithMask32AndKeepTheStatus) {
   platform.trade().positions.resize(2);
   std::list<Position> positions;
-  EXPECT_EQ(user.getPositions(accountOf(5), positions), ResultStatus());
+  EXPECT_EQ(user.getPositions(accountNamed(5), positions), ResultStatus());
   EXPECT_EQ(positions.size(), 2u);
   platform.calls.answer("trade.getPositions", {50, "busy"});
-  EXPECT_EQ(user.getPositions(accountOf(5), positions), (ResultStatus{50, "busy"}));
+  EXPECT_EQ(user.getPositions(accountNamed(5), positions), (ResultStatus{50, "busy"}));
   EXPECT_EQ(platform.calls.count("trade.getPositions 5 mask=32"), 2);
 }
 

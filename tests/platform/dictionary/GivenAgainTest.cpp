@@ -11,14 +11,14 @@ namespace {
 
 constexpr int64 kNever = kUnsetTime;
 
-int64 at(int minute) { return kMonday + minute * kMinute; }
+int64 minuteOf(int minute) { return kMonday + minute * kMinute; }
 
 RecordPublication record(int minute, const std::string& text, int64 time = kNever) {
-  return {"N", "a", 0, 0, 0, time, {{at(minute), 0, text}}};
+  return {"N", "a", 0, 0, 0, time, {{minuteOf(minute), 0, text}}};
 }
 
 RecordPublication deletion(int minute, int64 time) {
-  return {"N", "a", 0, dictionary::kDeletes, 0, time, {{at(minute), 0, {}}}};
+  return {"N", "a", 0, dictionary::kDeletes, 0, time, {{minuteOf(minute), 0, {}}}};
 }
 
 class GivenAgain : public ::testing::Test {
@@ -48,7 +48,7 @@ class GivenAgain : public ::testing::Test {
 };
 
 TEST_F(GivenAgain, shouldTellRecordsAndDeletionsAlikeInEachRunAndStoreThemOnce) {
-  const std::vector<RecordPublication> given = {record(3, "x"), deletion(3, at(5))};
+  const std::vector<RecordPublication> given = {record(3, "x"), deletion(3, minuteOf(5))};
   const Lines first = told(given);
   EXPECT_EQ(first,
             (Lines{"@0:01 data#1 f16", "@0:03 data#1 a 0:03=x f0", "@0:05 delete#1 a 0:03 n1"}));
@@ -61,7 +61,7 @@ TEST_F(GivenAgain, shouldTellRecordsAndDeletionsAlikeInEachRunAndStoreThemOnce) 
 }
 
 TEST_F(GivenAgain, shouldTellADeletionOnceThatAnEarlierVersionStoredTwice) {
-  told({record(3, "x"), deletion(3, at(5))});
+  told({record(3, "x"), deletion(3, minuteOf(5))});
   {
     SQLite::Database database(path_, SQLite::OPEN_READWRITE);
     database.exec(
@@ -79,7 +79,7 @@ TEST_F(GivenAgain, shouldNotBringARecordBackThatARunDeleted) {
     options.mode = PlatformOptions::Mode::Live;
     options.dictionary.file = path_;
     InstalledPlatform platform(options);
-    makePublisher()->publishRecords("N", "a", 0, {{at(3), 0, {}}}, dictionary::kDeletes, 0);
+    makePublisher()->publishRecords("N", "a", 0, {{minuteOf(3), 0, {}}}, dictionary::kDeletes, 0);
     platform->addRecords({record(3, "x")});
     EXPECT_EQ(readAll("N", "a"), "");
   }
@@ -87,14 +87,15 @@ TEST_F(GivenAgain, shouldNotBringARecordBackThatARunDeleted) {
 }
 
 TEST_F(GivenAgain, shouldHoldToTheLastThatAChangedListSaysOfAKey) {
-  told({record(3, "x"), deletion(3, at(5)), record(3, "x", at(7))});
-  EXPECT_EQ(left_, std::to_string(at(3)) + "=x");
+  told({record(3, "x"), deletion(3, minuteOf(5)), record(3, "x", minuteOf(7))});
+  EXPECT_EQ(left_, std::to_string(minuteOf(3)) + "=x");
   // Another text at the front: it is deleted at its time as the first one was, and comes back.
-  const Lines second = told({record(3, "y"), deletion(3, at(5)), record(3, "x", at(7))});
-  EXPECT_EQ(left_, std::to_string(at(3)) + "=x");
+  const Lines second =
+      told({record(3, "y"), deletion(3, minuteOf(5)), record(3, "x", minuteOf(7))});
+  EXPECT_EQ(left_, std::to_string(minuteOf(3)) + "=x");
   EXPECT_EQ(second.back(), "@0:07 data#1 a 0:03=x f0");
   // Another time of the deletion: none is left when it comes.
-  told({record(3, "y"), deletion(3, at(8))});
+  told({record(3, "y"), deletion(3, minuteOf(8))});
   EXPECT_EQ(left_, "");
 }
 

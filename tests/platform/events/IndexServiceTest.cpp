@@ -45,8 +45,8 @@ std::string elementsOf(const ICodeID& code) {
 }
 
 /// An index I of A, B and C, and a day of bars.
-struct Setting {
-  explicit Setting(PlatformOptions options = {}) : platform(options) {
+struct IndexedRun {
+  explicit IndexedRun(PlatformOptions options = {}) : platform(options) {
     platform->addBars(makeBars(a, kMonday, kMinute, 5));
   }
   InstalledPlatform platform;
@@ -60,7 +60,7 @@ IndexComposition composition(const std::string& index, int64 time,
 }
 
 TEST(IndexService, shouldTellAChangeAtItsTimeAndAnswerWithWhatHoldsBefore) {
-  Setting on;
+  IndexedRun on;
   on.platform->addIndexes(
       {composition("I.X", kMonday + 3 * kMinute, {{"C.X", 1}}),
        composition("I.X", IndexComposition::kFromTheStart, {{"A.X", 0.25}, {"B.X", 0.75}})});
@@ -83,7 +83,7 @@ TEST(IndexService, shouldTellAChangeAtItsTimeAndAnswerWithWhatHoldsBefore) {
 }
 
 TEST(IndexService, shouldKnowNothingOfAnIndexWhoseFirstCompositionLiesAhead) {
-  Setting on;
+  IndexedRun on;
   on.platform->addIndexes({composition("I.X", kMonday + 2 * kMinute, {{"A.X", 1}})});
   EXPECT_EQ(elementsOf(on.index), "22");
   EXPECT_EQ(elementsOf(on.b), "22");
@@ -95,7 +95,7 @@ TEST(IndexService, shouldNotTellWhatLiesBeforeTheFirstInstantOrFromTheEndOn) {
   PlatformOptions options;
   options.from = kMonday + 2 * kMinute;
   options.to = kMonday + 4 * kMinute;
-  Setting on(options);
+  IndexedRun on(options);
   on.platform->addIndexes({composition("I.X", kMonday + kMinute, {{"A.X", 1}}),
                            composition("I.X", kMonday + 4 * kMinute, {{"B.X", 1}})});
   auto spi = std::make_shared<IndexSpi>();
@@ -106,7 +106,7 @@ TEST(IndexService, shouldNotTellWhatLiesBeforeTheFirstInstantOrFromTheEndOn) {
 }
 
 TEST(IndexService, shouldTellNothingMoreAndLetGoOfTheReceiverOnceItUnsubscribed) {
-  Setting on;
+  IndexedRun on;
   on.platform->addIndexes({composition("I.X", kMonday + 2 * kMinute, {{"A.X", 1}})});
   auto spi = std::make_shared<IndexSpi>();
   indexes().subscribeElementChange(on.index, spi);
@@ -119,7 +119,7 @@ TEST(IndexService, shouldTellNothingMoreAndLetGoOfTheReceiverOnceItUnsubscribed)
 }
 
 TEST(IndexService, shouldForgetTheChangesOnARewindAndTellThemAgain) {
-  Setting on;
+  IndexedRun on;
   on.platform->addIndexes({composition("I.X", kMonday + 2 * kMinute, {{"A.X", 1}})});
   auto spi = std::make_shared<IndexSpi>();
   indexes().subscribeElementChange(on.index, spi);
@@ -131,7 +131,7 @@ TEST(IndexService, shouldForgetTheChangesOnARewindAndTellThemAgain) {
 }
 
 TEST(IndexService, shouldGoOnWhenAReceiverThrows) {
-  Setting on;
+  IndexedRun on;
   on.platform->addIndexes({composition("I.X", kMonday + 2 * kMinute, {{"A.X", 1}})});
   auto bad = std::make_shared<IndexSpi>(), good = std::make_shared<IndexSpi>();
   bad->onTold = [] { throw std::runtime_error("no"); };
@@ -142,7 +142,7 @@ TEST(IndexService, shouldGoOnWhenAReceiverThrows) {
 }
 
 TEST(IndexService, shouldRefuseAnIndexThatIsMadeOfItselfByItsElementsToo) {
-  Setting on;
+  IndexedRun on;
   const auto refusal = [&](const std::vector<IndexComposition>& compositions) -> std::string {
     try {
       on.platform->addIndexes(compositions);
@@ -164,7 +164,7 @@ TEST(IndexService, shouldRefuseAnIndexThatIsMadeOfItselfByItsElementsToo) {
 }
 
 TEST(IndexService, shouldRefuseCodesThatAreNotThereAndElementsThatComeTwice) {
-  Setting on;
+  IndexedRun on;
   const auto refusal = [&](const IndexComposition& wrong) -> std::string {
     try {
       on.platform->addIndexes({composition("C.X", 1, {{"A.X", 1}}), wrong});

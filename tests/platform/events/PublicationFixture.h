@@ -12,7 +12,7 @@ namespace orvane::testing {
 
 inline constexpr int kLive = 1;
 
-inline std::unique_ptr<IPublisher> makePublisher() {
+inline std::unique_ptr<IPublisher> makeRunPublisher() {
   return std::unique_ptr<IPublisher>(IPublisher::create(2));
 }
 

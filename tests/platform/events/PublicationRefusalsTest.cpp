@@ -10,11 +10,9 @@ namespace {
 
 using ::testing::HasSubstr;
 
-using Setting = PublishingPlayback;
-
 TEST(PublicationRefusals, shouldRefuseWhatFilesFeedAndFilesForWhatIsPublished) {
-  Setting on;
-  auto publisher = makePublisher();
+  PublishingPlayback on;
+  auto publisher = makeRunPublisher();
   const ResultStatus status = publisher->publishQuoteItems2(on.a, {barOf(0, 1)}, kLive);
   EXPECT_EQ(status.code, -2);
   EXPECT_THAT(status.message, HasSubstr("A.X is fed by files"));
@@ -27,8 +25,8 @@ TEST(PublicationRefusals, shouldRefuseWhatFilesFeedAndFilesForWhatIsPublished) {
 }
 
 TEST(PublicationRefusals, shouldDropWhatWaitsWhenAHostAddsAFileOfItsCode) {
-  Setting on(2);
-  auto publisher = makePublisher();
+  PublishingPlayback on(2);
+  auto publisher = makeRunPublisher();
   EXPECT_EQ(publisher->publishQuoteItems2(on.p, {barOf(0, 1)}, kLive).code, 0);
   EXPECT_EQ(publisher->publishQuoteList({makeTick(on.p, kMonday, 1)}, kLive).code, 0);
   on.platform->addBars(makeBars(on.p, kMonday, kMinute, 2));
@@ -40,8 +38,8 @@ TEST(PublicationRefusals, shouldDropWhatWaitsWhenAHostAddsAFileOfItsCode) {
 }
 
 TEST(PublicationRefusals, shouldRefuseUnknownCodesEmptyListsAndPeriodsThatAreNone) {
-  Setting on;
-  auto publisher = makePublisher();
+  PublishingPlayback on;
+  auto publisher = makeRunPublisher();
   EXPECT_EQ(publisher->publishQuoteItems2({}, {barOf(0, 1)}, kLive).code, 22);
   EXPECT_EQ(publisher->publishQuoteList({makeTick({}, kMonday, 1)}, kLive).code, 22);
   EXPECT_THAT(publisher->publishQuoteItems2(on.p, {}, kLive).message, HasSubstr("no bars"));
@@ -56,8 +54,8 @@ TEST(PublicationRefusals, shouldRefuseUnknownCodesEmptyListsAndPeriodsThatAreNon
 }
 
 TEST(PublicationRefusals, shouldSayWhatIsWrongWithABar) {
-  Setting on;
-  auto publisher = makePublisher();
+  PublishingPlayback on;
+  auto publisher = makeRunPublisher();
   const double nan = std::numeric_limits<double>::quiet_NaN();
   const double infinity = std::numeric_limits<double>::infinity();
   const auto refusal = [&](const std::function<void(KLineWriter&, IKLine&)>& spoil) {
@@ -105,8 +103,8 @@ TEST(PublicationRefusals, shouldSayWhatIsWrongWithABar) {
 }
 
 TEST(PublicationRefusals, shouldSayWhatIsWrongWithAQuote) {
-  Setting on;
-  auto publisher = makePublisher();
+  PublishingPlayback on;
+  auto publisher = makeRunPublisher();
   const double nan = std::numeric_limits<double>::quiet_NaN();
   const auto refusal = [&](const std::function<void(QuoteWriter&)>& spoil) {
     IDepthMarketData tick = makeTick(on.p, kMonday, 10);
@@ -151,7 +149,7 @@ TEST(PublicationRefusals, shouldSayWhatIsWrongWithAQuote) {
 
 TEST(PublicationRefusals, shouldAnswerThatItDoesNotSupportWhatHasNoMeaningHere) {
   PublishingPlayback on;
-  auto publisher = makePublisher();
+  auto publisher = makeRunPublisher();
   using Operation = decltype(&IPublisher::publisherOp5);
   for (const Operation operation :
        {&IPublisher::publisherOp5, &IPublisher::publisherOp6, &IPublisher::publisherOp7,

@@ -15,8 +15,6 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
-using Setting = PublishingPlayback;
-
 /// Keeps every quote and tick that it gets.
 struct TickReader final : QuoteSpi {
   void onQuote(const IDepthMarketData& quote) override { got.push_back(quote); }
@@ -27,9 +25,9 @@ struct TickReader final : QuoteSpi {
 };
 
 TEST(Publications, shouldBeSeenByOtherRunnersAsBarsLikeAnyOther) {
-  Setting on;
+  PublishingPlayback on;
   on.platform->addPublished(on.p, "1m");
-  auto publisher = makePublisher();
+  auto publisher = makeRunPublisher();
   auto runner = on.eachMinute([&](int minute) {
     EXPECT_EQ(publisher->publishQuoteItems2(on.p, {barOf(minute, minute * 10)}, kLive).code, 0);
   });
@@ -48,14 +46,14 @@ TEST(Publications, shouldBeSeenByOtherRunnersAsBarsLikeAnyOther) {
 }
 
 TEST(Publications, shouldBeSeenAsQuotesAndTicksWithEveryFieldAsItWasPublished) {
-  Setting on(2);
+  PublishingPlayback on(2);
   on.platform->addPublished(on.p, "tick");
   IDepthMarketData given = makeTick(on.p, kMonday + kMinute, 12.5, 3);
   QuoteWriter(given).setBid(9, 12.25, 7);
   given.block3[7] = std::bit_cast<Word>(2.5);
   given.block2[5] = 77;
   given.extras[4] = "text";
-  auto publisher = makePublisher();
+  auto publisher = makeRunPublisher();
   auto runner = on.eachMinute([&](int minute) {
     if (minute == 1) {
       EXPECT_EQ(publisher->publishQuoteList({given}, kLive).code, 0);
@@ -80,10 +78,10 @@ TEST(Publications, shouldBeSeenAsQuotesAndTicksWithEveryFieldAsItWasPublished) {
 }
 
 TEST(Publications, shouldGiveLongerBarsThatAreMadeOfThePublishedOnes) {
-  Setting on(7);
+  PublishingPlayback on(7);
   on.platform->addPublished(on.p, "1m");
   on.platform->addPublished(on.q, "tick");
-  auto publisher = makePublisher();
+  auto publisher = makeRunPublisher();
   auto runner = on.eachMinute([&](int minute) {
     publisher->publishQuoteItems2(on.p, {barOf(minute, minute)}, kLive);
     publisher->publishQuoteList({makeTick(on.q, kMonday + minute * kMinute, minute, 2)}, kLive);
@@ -99,9 +97,9 @@ TEST(Publications, shouldGiveLongerBarsThatAreMadeOfThePublishedOnes) {
 }
 
 TEST(Publications, shouldTellHistoryToNobodyButLaterRequests) {
-  Setting on(2);
+  PublishingPlayback on(2);
   on.platform->addPublished(on.p, "1m");
-  auto publisher = makePublisher();
+  auto publisher = makeRunPublisher();
   const auto reader = on.readBars(on.p);
   on.platform->drain();
   EXPECT_EQ(publisher->publishQuoteSeries(on.p, {barOf(-1, 1), barOf(0, 2)}, kMinute, 0).code, 0);
@@ -113,8 +111,8 @@ TEST(Publications, shouldTellHistoryToNobodyButLaterRequests) {
 }
 
 TEST(Publications, shouldMakeASeriesKnownOnceItIsAnnounced) {
-  Setting on(3);
-  auto publisher = makePublisher();
+  PublishingPlayback on(3);
+  auto publisher = makeRunPublisher();
   auto reader = std::make_shared<RecordingSpi>();
   std::vector<int> answers;
   auto runner = on.eachMinute([&](int minute) {
@@ -135,9 +133,9 @@ TEST(Publications, shouldComeInOneOrderWhicheverThreadIsFaster) {
   const auto played = [](int faster) {
     PlatformOptions options;
     options.poolThreads = 3;
-    Setting on(1, options);
+    PublishingPlayback on(1, options);
     on.platform->addPublished(on.p, "tick");
-    std::unique_ptr<IPublisher> publishers[] = {makePublisher(), makePublisher()};
+    std::unique_ptr<IPublisher> publishers[] = {makeRunPublisher(), makeRunPublisher()};
     std::latch first(1);
     std::vector<std::shared_ptr<RunnerSpi>> runners;
     for (int number : {0, 1})
@@ -160,9 +158,9 @@ TEST(Publications, shouldComeInOneOrderWhicheverThreadIsFaster) {
 }
 
 TEST(Publications, shouldDropTheRowsOfThePublisherThatComesSecondInTime) {
-  Setting on(1);
+  PublishingPlayback on(1);
   on.platform->addPublished(on.p, "1m");
-  auto first = makePublisher(), second = makePublisher();
+  auto first = makeRunPublisher(), second = makeRunPublisher();
   auto runner = on.eachMinute([&](int) {
     EXPECT_EQ(second->publishQuoteItems2(on.p, {barOf(1, 2)}, kLive).code, 0);
     EXPECT_EQ(first->publishQuoteItems2(on.p, {barOf(1, 1)}, kLive).code, 0);
@@ -174,9 +172,9 @@ TEST(Publications, shouldDropTheRowsOfThePublisherThatComesSecondInTime) {
 }
 
 TEST(Publications, shouldRefuseAtOnceWhatComesBeforeTheSamePublishersRowsThatAreNotToldYet) {
-  Setting on(7);
+  PublishingPlayback on(7);
   on.platform->addPublished(on.p, "1m");
-  auto publisher = makePublisher();
+  auto publisher = makeRunPublisher();
   auto runner = on.eachMinute([&](int minute) {
     if (minute == 7) {
       EXPECT_EQ(publisher->publishQuoteItems2(on.p, {barOf(3, 3), barOf(7, 7)}, kLive).code, 0);
@@ -193,7 +191,7 @@ TEST(Publications, shouldRefuseAtOnceWhatComesBeforeTheSamePublishersRowsThatAre
 }
 
 /// The first account buys one of a code, at any price.
-void buy(Setting& on, const ICodeID& code) {
+void buy(PublishingPlayback& on, const ICodeID& code) {
   const TradingAccountID account = *tradeOf(on.platform).tradingAccounts().begin();
   std::list<Order> orders;
   const auto request = makeRequest(account, code, order::Direction::Buy);
@@ -201,7 +199,7 @@ void buy(Setting& on, const ICodeID& code) {
 }
 
 /// How much of P the first account holds.
-double heldOf(Setting& on) {
+double heldOf(PublishingPlayback& on) {
   const TradingAccountID account = *tradeOf(on.platform).tradingAccounts().begin();
   Position held;
   tradeOf(on.platform).getPosition(account, on.p, held);
@@ -210,9 +208,9 @@ double heldOf(Setting& on) {
 
 TEST(Publications, shouldFillOrdersThatStoodBeforeAndNoneThatAnswerTheRecord) {
   PlatformOptions options = tradeOptions();
-  Setting on(4, options);
+  PublishingPlayback on(4, options);
   on.platform->addPublished(on.p, "tick");
-  auto publisher = makePublisher();
+  auto publisher = makeRunPublisher();
   std::vector<double> held;
   auto runner = on.eachMinute([&](int minute) {
     held.push_back(heldOf(on));
@@ -225,8 +223,8 @@ TEST(Publications, shouldFillOrdersThatStoodBeforeAndNoneThatAnswerTheRecord) {
 }
 
 TEST(Publications, shouldFillAnOrderThatWaitedBeforeAnybodyPublishedItsCode) {
-  Setting on(3, tradeOptions());
-  auto publisher = makePublisher();
+  PublishingPlayback on(3, tradeOptions());
+  auto publisher = makeRunPublisher();
   auto runner = on.eachMinute([&](int minute) {
     if (minute == 1)
       buy(on, on.p);
@@ -238,8 +236,8 @@ TEST(Publications, shouldFillAnOrderThatWaitedBeforeAnybodyPublishedItsCode) {
 }
 
 TEST(Publications, shouldFillAnOrderThatWaitedWhenAnotherCodeIsTradedAfterTheAnnouncement) {
-  Setting on(4, tradeOptions());
-  auto publisher = makePublisher();
+  PublishingPlayback on(4, tradeOptions());
+  auto publisher = makeRunPublisher();
   auto runner = on.eachMinute([&](int minute) {
     if (minute == 1) buy(on, on.p);
     if (minute == 2) {
@@ -254,9 +252,9 @@ TEST(Publications, shouldFillAnOrderThatWaitedWhenAnotherCodeIsTradedAfterTheAnn
 }
 
 TEST(Publications, shouldNotTellLongerBarsThatAreMadeOfHistory) {
-  Setting on(2);
+  PublishingPlayback on(2);
   on.platform->addPublished(on.p, "1m");
-  auto publisher = makePublisher();
+  auto publisher = makeRunPublisher();
   const auto reader = on.readBars(on.p, kFiveMinutes);
   on.platform->drain();
   publisher->publishQuoteItems2(on.p, {barOf(-6, 1), barOf(-1, 1)}, 0);
@@ -270,9 +268,9 @@ TEST(Publications, shouldNotTellLongerBarsThatAreMadeOfHistory) {
 }
 
 TEST(Publications, shouldChangeNoLongerBarThatIsCompleteWhenABarComesLate) {
-  Setting on(7);
+  PublishingPlayback on(7);
   on.platform->addPublished(on.p, "1m");
-  auto publisher = makePublisher();
+  auto publisher = makeRunPublisher();
   const auto reader = on.readBars(on.p, kFiveMinutes);
   auto runner = on.eachMinute([&](int minute) {
     if (minute == 1) publisher->publishQuoteItems2(on.p, {barOf(1, 1)}, kLive);
@@ -284,9 +282,9 @@ TEST(Publications, shouldChangeNoLongerBarThatIsCompleteWhenABarComesLate) {
 }
 
 TEST(Publications, shouldBeForgottenOnARewindAndPlayedAgain) {
-  Setting on(2);
+  PublishingPlayback on(2);
   on.platform->addPublished(on.p, "1m");
-  auto publisher = makePublisher();
+  auto publisher = makeRunPublisher();
   auto runner = on.eachMinute([&](int minute) {
     EXPECT_EQ(publisher->publishQuoteItems2(on.p, {barOf(minute, minute)}, kLive).code, 0);
   });
@@ -300,11 +298,11 @@ TEST(Publications, shouldBeForgottenOnARewindAndPlayedAgain) {
 }
 
 TEST(Publications, shouldTakeTheLocalDayWhereNoTradingDayIsTold) {
-  Setting on(1);
+  PublishingPlayback on(1);
   const ICodeID east = on.platform.code("E", "Asia/Tokyo");
   on.platform->addPublished(east, "1d");
   on.platform->addPublished(on.p, "tick");
-  auto publisher = makePublisher();
+  auto publisher = makeRunPublisher();
   IDepthMarketData tick = makeTick(on.p, kMonday, 1);
   QuoteWriter(tick).set(quote::TradingDay, 0);
   IKLine bar = makeBar(kMonday - 9 * kHour - kDay, kMonday - 9 * kHour, 1, 1, 1, 1);
@@ -323,9 +321,9 @@ TEST(Publications, shouldTakeTheLocalDayWhereNoTradingDayIsTold) {
 }
 
 TEST(Publications, shouldTakeThePriceOfAShortForm) {
-  Setting on(2);
+  PublishingPlayback on(2);
   on.platform->addPublished(on.p, "tick");
-  auto publisher = makePublisher();
+  auto publisher = makeRunPublisher();
   auto runner = on.eachMinute([&](int minute) {
     if (minute == 1) {
       EXPECT_EQ(publisher->publishOp8("P.X", "12.5", 0).code, 0);
@@ -346,8 +344,8 @@ TEST(Publications, shouldTakeThePriceOfAShortForm) {
 }
 
 TEST(Publications, shouldTellGeneralEventsOfTheShortForms) {
-  Setting on(1);
-  auto publisher = makePublisher();
+  PublishingPlayback on(1);
+  auto publisher = makeRunPublisher();
   auto spi = makeEventSpi();
   subscribe(spi, "room", "");
   EXPECT_EQ(publisher->publishOp5("room", "open", 0).code, 0);
@@ -362,9 +360,9 @@ TEST(Publications, shouldComeInLiveModeOnceTheRunHasBegun) {
   PlatformOptions options;
   options.mode = PlatformOptions::Mode::Live;
   options.speed = 60'000;
-  Setting on(20, options);
+  PublishingPlayback on(20, options);
   on.platform->addPublished(on.p, "tick");
-  auto publisher = makePublisher();
+  auto publisher = makeRunPublisher();
   const int64 before = on.platform->nowUtcMs();
   EXPECT_EQ(publisher->publishQuoteList({makeTick(on.p, before, 7)}, kLive).code, 0);
   struct Spi final : QuoteSpi {

@@ -22,7 +22,7 @@ TEST(BarFiles, shouldReadColumnsInAnyOrderWhenAHeaderNamesThem) {
 }
 
 /// Every text gives the same two bars of a minute from nine o'clock.
-class SameBars : public testing::TestWithParam<std::pair<const char*, const char*>> {};
+class SameBars : public ::testing::TestWithParam<std::pair<const char*, const char*>> {};
 
 TEST_P(SameBars, shouldReadTheSameBarsWhateverTheShape) {
   const auto loaded = barsOf(GetParam().first, GetParam().second, "x_20131206.csv");
@@ -42,7 +42,7 @@ TEST_P(SameBars, shouldReadTheSameBarsWhateverTheShape) {
 
 INSTANTIATE_TEST_SUITE_P(
     Shapes, SameBars,
-    testing::Values(
+    ::testing::Values(
         // Without a header.
         std::pair{"20131206 09:00,10,12.5,9.5,11,7\n20131206 09:01,11,13.5,10.5,12,8\n", "{}"},
         std::pair{"32400000,10,12.5,9.5,11,7\n32460000,11,13.5,10.5,12,8\n", "{}"},

@@ -27,13 +27,13 @@ void tryBoth(const std::string& bytes, const char* description, const DataFolder
 
 const char* const kDatedBars =
     "date,time,open,high,low,close,volume\n20131206,0900,1,2,1,2,5\n20131206,0901,1,2,1,2,5\n";
-const char* const kQuoteBars =
+const char* const kBidAskBars =
     "32400000,1.5,2.5,1.25,2,10,1.75,2.75,1.5,2.25,20\n32460000,,,,,0,1.75,2.75,1.5,2.25,20\n";
 const char* const kTicks =
     "symbol,datetime,price,size,bid1,ask1\nA,2013-12-06T09:00:00.5+08:00,1.1,2,1,1.2\n"
     "B,2013-12-06T09:00:01.5+08:00,1.1,2,1,1.2\n";
 const char* const kEpochBars = "1386320400000,10,12.5,9.5,11,7\n1386320460000,11,13.5,10.5,12,8\n";
-const char* const kSeeds[] = {kDatedBars, kQuoteBars, kTicks, kEpochBars};
+const char* const kSeeds[] = {kDatedBars, kBidAskBars, kTicks, kEpochBars};
 
 TEST(GarbageFiles, shouldNeverCrashWhenBytesAreChangedAtRandom) {
   const unsigned seed = 42;

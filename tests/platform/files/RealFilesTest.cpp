@@ -325,7 +325,7 @@ int64 utcOf(const char* iso) {
   return QDateTime::fromString(QLatin1String(iso), Qt::ISODate).toMSecsSinceEpoch();
 }
 
-class RealBarFiles : public testing::TestWithParam<BarFile> {};
+class RealBarFiles : public ::testing::TestWithParam<BarFile> {};
 
 TEST_P(RealBarFiles, shouldLoadEveryRow) {
   SKIP_WITHOUT_DATA();
@@ -370,7 +370,7 @@ TEST_P(RealBarFiles, shouldLoadEveryRow) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Files, RealBarFiles, testing::ValuesIn(kBarFiles));
+INSTANTIATE_TEST_SUITE_P(Files, RealBarFiles, ::testing::ValuesIn(kBarFiles));
 
 struct TickFile {
   const char* path;
@@ -438,7 +438,7 @@ const TickFile kTickFiles[] = {
      "2013-10-07T23:26:07.550Z", false, kTrade, -4},
 };
 
-class RealTickFiles : public testing::TestWithParam<TickFile> {};
+class RealTickFiles : public ::testing::TestWithParam<TickFile> {};
 
 TEST_P(RealTickFiles, shouldLoadEveryRow) {
   SKIP_WITHOUT_DATA();
@@ -468,7 +468,7 @@ TEST_P(RealTickFiles, shouldLoadEveryRow) {
   for (std::size_t i = 1; i < rows.size(); ++i) ASSERT_GE(series.times[i], series.times[i - 1]);
 }
 
-INSTANTIATE_TEST_SUITE_P(Files, RealTickFiles, testing::ValuesIn(kTickFiles));
+INSTANTIATE_TEST_SUITE_P(Files, RealTickFiles, ::testing::ValuesIn(kTickFiles));
 
 TEST(RealFiles, shouldMakeOneSeriesOfTheDaysOfOneInstrument) {
   SKIP_WITHOUT_DATA();

@@ -60,7 +60,7 @@ TEST(TickFiles, shouldJoinDateTimeAndMillisecondsWhenTheyAreThreeColumns) {
 }
 
 /// Every text gives one tick at nine o'clock and 400 milliseconds.
-class SameTick : public testing::TestWithParam<const char*> {};
+class SameTick : public ::testing::TestWithParam<const char*> {};
 
 TEST_P(SameTick, shouldReadTheSameTickWhateverTheShape) {
   const auto loaded = ticksOf(GetParam(), "{}", "x_20131206.csv");
@@ -72,7 +72,7 @@ TEST_P(SameTick, shouldReadTheSameTickWhateverTheShape) {
 
 INSTANTIATE_TEST_SUITE_P(
     Shapes, SameTick,
-    testing::Values(
+    ::testing::Values(
         "action_date,action_time,last_price,volume\n20131206,090000400,10.25,3\n",
         "action_date,action_time,last_price,volume\n20131206,90000400,10.25,3\n"
         "20131206,143000400,10.25,3\n",

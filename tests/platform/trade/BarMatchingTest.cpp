@@ -4,12 +4,10 @@
 #include <stdexcept>
 
 #include "tests/platform/trade/ExchangeFixture.h"
+#include "tests/platform/trade/Sides.h"
 
 namespace orvane::testing {
 namespace {
-
-constexpr auto kBuy = order::Direction::Buy;
-constexpr auto kSell = order::Direction::Sell;
 
 class BarMatching : public ExchangeTest {};
 

@@ -37,7 +37,7 @@ std::uint64_t firstSeed() {
   return std::random_device{}() * std::uint64_t{1'000'000};
 }
 
-std::string lineOf(const Told& told) {
+std::string toldLine(const Told& told) {
   std::ostringstream line;
   line.precision(17);
   line << told.orderId << (told.what == Told::kFill ? " fill" : " status ")
@@ -238,10 +238,10 @@ class Trial {
     for (const Told& told : expected)
       if (!told.reason.empty()) ++reasons_[told.reason];
     if (isTold_)
-      for (const Told& told : seen) trace_ << "    " << lineOf(told) << "\n";
+      for (const Told& told : seen) trace_ << "    " << toldLine(told) << "\n";
     if (!std::ranges::equal(seen, expected, isSame)) {
       fault_ = "other events than the naive exchange's:\n";
-      for (const Told& told : expected) fault_ += "    " + lineOf(told) + "\n";
+      for (const Told& told : expected) fault_ += "    " + toldLine(told) + "\n";
     }
     if (!watch_.fault().empty()) fault_ += "never may be: " + watch_.fault();
     for (std::size_t i = 0; i < market_.startBalances.size(); ++i) compareAccount(i);

@@ -1,12 +1,10 @@
 // What the record of a fill carries, position by position.
 
 #include "tests/platform/trade/ExchangeFixture.h"
+#include "tests/platform/trade/Sides.h"
 
 namespace orvane::testing {
 namespace {
-
-constexpr auto kBuy = order::Direction::Buy;
-constexpr auto kSell = order::Direction::Sell;
 
 class FillRecord : public ExchangeTest {
  protected:

@@ -25,8 +25,8 @@ using detail::Money;
 using detail::Price;
 using detail::Volume;
 
-constexpr int64 kTick = 2'000'000'000;  // 0.2
-constexpr int64 kLot = 100'000'000;     // 1
+constexpr int64 kPriceTick = 2'000'000'000;  // 0.2
+constexpr int64 kLot = 100'000'000;          // 1
 constexpr std::uint32_t kCodes = 3;
 
 /// A sanitizer makes each sequence some thirty times slower, and looks for other things.
@@ -42,7 +42,7 @@ class Draw {
     number_ /= limit;
     return drawn;
   }
-  Price price() { return {(30 + below(50)) * kTick}; }
+  Price price() { return {(30 + below(50)) * kPriceTick}; }
 
  private:
   std::uint32_t number_;
@@ -341,7 +341,8 @@ class Session {
   }
 
   std::array<ContractTerms, kCodes> terms_;
-  std::array<Price, kCodes> marks_{Price{50 * kTick}, Price{50 * kTick}, Price{50 * kTick}};
+  std::array<Price, kCodes> marks_{Price{50 * kPriceTick}, Price{50 * kPriceTick},
+                                   Price{50 * kPriceTick}};
   Ledger ledger_;
   std::map<int64, Working> working_;
   std::map<SideKey, NaiveSide> sides_;

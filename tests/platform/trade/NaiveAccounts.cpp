@@ -2,32 +2,32 @@
 
 #include <algorithm>
 
+#include "platform/core/Periods.h"
 #include "tests/platform/trade/NaiveExchange.h"
 
 namespace orvane::testing {
 namespace {
 
-constexpr Int128 power(int exponent) {
-  return exponent == 0 ? Int128{1} : 10 * power(exponent - 1);
+constexpr Int128 powerOfTen(int exponent) {
+  return exponent == 0 ? Int128{1} : 10 * powerOfTen(exponent - 1);
 }
 
-constexpr Int128 kMoney = power(22);
-constexpr Int128 kMostTurnover = power(14) * kMoney;
-constexpr Int128 kMostMargin = power(15) * kMoney;
-constexpr Int128 kMostFees = power(15) * kMoney;
-constexpr Int128 kMostTraded = power(14) * 25 * kMoney;
+constexpr Int128 kMoney = powerOfTen(22);
+constexpr Int128 kMostTurnover = powerOfTen(14) * kMoney;
+constexpr Int128 kMostMargin = powerOfTen(15) * kMoney;
+constexpr Int128 kMostFees = powerOfTen(15) * kMoney;
+constexpr Int128 kMostTraded = powerOfTen(14) * 25 * kMoney;
 constexpr Int128 kMostValue = kMostTraded;
 constexpr int64 kMostVolume = 1'000'000'000'000'000'000;
-constexpr int64 kHourMs = 3'600'000;
 
 /// amount x factor / 10^decimals of money, rounded half up to 8 decimals; of positive numbers. The
 /// amount is split in two, since the product may be too long.
-Int128 rounded(Int128 amount, Int128 factor, int decimals) {
+Int128 moneyOf(Int128 amount, Int128 factor, int decimals) {
   const auto about = static_cast<long double>(amount) * static_cast<long double>(factor) /
-                     static_cast<long double>(power(decimals));
-  if (about > 1e38L) return power(38);  // More than anything may be.
-  const Int128 unit = power(14);
-  const Int128 scale = power(decimals);
+                     static_cast<long double>(powerOfTen(decimals));
+  if (about > 1e38L) return powerOfTen(38);  // More than anything may be.
+  const Int128 unit = powerOfTen(14);
+  const Int128 scale = powerOfTen(decimals);
   const Int128 high = amount / unit * factor;
   const Int128 rest = high % scale * unit + amount % unit * factor;
   return (high / scale + (rest + scale * unit / 2) / (scale * unit)) * unit;
@@ -48,12 +48,12 @@ std::optional<Int128> NaiveExchange::turnover(std::size_t code, int64 price, int
 }
 
 Int128 NaiveExchange::marginFor(std::size_t code, int64 price, int64 volume) const {
-  return rounded(turnover(code, price, volume).value(), terms_[code].marginRate, 10);
+  return moneyOf(turnover(code, price, volume).value(), terms_[code].marginRate, 10);
 }
 
 Int128 NaiveExchange::feeFor(std::size_t code, int64 price, int64 volume) const {
-  return rounded(turnover(code, price, volume).value(), terms_[code].feeRate, 10) +
-         rounded(terms_[code].feePerLot, volume, 8);
+  return moneyOf(turnover(code, price, volume).value(), terms_[code].feeRate, 10) +
+         moneyOf(terms_[code].feePerLot, volume, 8);
 }
 
 Int128 NaiveExchange::gain(std::size_t code, const Lot& lot, int64 price, bool isLong) const {
@@ -228,10 +228,11 @@ std::string NaiveExchange::notEnough(const NaiveOrder& order) const {
 std::string NaiveExchange::whyNot(const NaiveOrder& order, int64 now) {
   if (std::string bad = badNumbers(order); !bad.empty()) return bad;
   const NaiveTerms& terms = terms_[order.code];
-  const int64 time = now % (24 * kHourMs);
-  const bool isOpen = terms.openHour < terms.closeHour
-                          ? time >= terms.openHour * kHourMs && time < terms.closeHour * kHourMs
-                          : time >= terms.openHour * kHourMs || time < terms.closeHour * kHourMs;
+  const int64 time = now % (24 * detail::kHourMs);
+  const bool isOpen =
+      terms.openHour < terms.closeHour
+          ? time >= terms.openHour * detail::kHourMs && time < terms.closeHour * detail::kHourMs
+          : time >= terms.openHour * detail::kHourMs || time < terms.closeHour * detail::kHourMs;
   if (options_.rejectsOutside && !isOpen) return "the session of";
   return riskBroken(order, now);
 }

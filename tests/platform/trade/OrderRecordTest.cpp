@@ -3,12 +3,10 @@
 #include <algorithm>
 
 #include "tests/platform/trade/ExchangeFixture.h"
+#include "tests/platform/trade/Sides.h"
 
 namespace orvane::testing {
 namespace {
-
-constexpr auto kBuy = order::Direction::Buy;
-constexpr auto kSell = order::Direction::Sell;
 
 class OrderRecord : public ExchangeTest {
  protected:

@@ -4,14 +4,14 @@
 #include <cmath>
 #include <limits>
 
+#include "platform/core/Periods.h"
 #include "platform/fields/KLineView.h"
 #include "platform/fields/QuoteView.h"
 
 namespace orvane::testing {
 namespace {
 
-constexpr int64 kLot = 100'000'000;  // 1
-constexpr int64 kHourMs = 3'600'000;
+constexpr int64 kOneLot = 100'000'000;  // 1
 constexpr int64 kHighest = std::numeric_limits<int64>::max();
 
 double priceNumber(int64 units) { return toDouble(detail::Price{units}); }
@@ -21,7 +21,7 @@ double volumeNumber(int64 units) { return toDouble(detail::Volume{units}); }
 
 RandomMarket::RandomMarket(std::uint64_t seed) : random_(seed) {
   isWild_ = chance(15);
-  now = 1'609'718'400'000 + below(24) * kHourMs;
+  now = 1'609'718'400'000 + below(24) * detail::kHourMs;
   makeOptions();
   const auto count = oneOf<int>({1, 1, 2, 3});
   for (int number = 1; number <= count; ++number) addCode(number);
@@ -62,8 +62,8 @@ void RandomMarket::makeOptions() {
                     chance(20) ? 4 : 0};
   options.limits.push_back(limits);
   NaiveLimits& naive = naiveOptions.limits["a"];
-  if (!limits.maxOrder.empty()) naive.maxOrder = 7 * kLot;
-  if (!limits.maxPosition.empty()) naive.maxPosition = 20 * kLot;
+  if (!limits.maxOrder.empty()) naive.maxOrder = 7 * kOneLot;
+  if (!limits.maxPosition.empty()) naive.maxPosition = 20 * kOneLot;
   if (!limits.maxLoss.empty()) naive.maxLoss = detail::moneyOf(std::string_view("50"))->units;
   naive.maxOrdersPerSecond = limits.maxOrdersPerSecond;
 }
@@ -82,7 +82,7 @@ void RandomMarket::addCode(int number) {
   NaiveTerms& terms = code.terms;
   Instrument& told = code.instrument;
   take(told.priceTick, terms.tick, {{"0.2", 2'000'000'000}, {"0.05", 500'000'000}, {"", 0}});
-  take(told.lotSize, terms.lot, {{"1", kLot}, {"0.5", kLot / 2}, {"", 0}});
+  take(told.lotSize, terms.lot, {{"1", kOneLot}, {"0.5", kOneLot / 2}, {"", 0}});
   take(told.multiplier, terms.multiplier, {{"", 10'000}, {"10", 100'000}, {"0.5", 5'000}});
   take(told.marginRate, terms.marginRate,
        {{"", 0},
@@ -116,7 +116,7 @@ void RandomMarket::wander(Code& code) {
 }
 
 void RandomMarket::passTime(Code& code) {
-  if (chance(2)) now += below(7) * kHourMs;
+  if (chance(2)) now += below(7) * detail::kHourMs;
   now += code.hasTicks && chance(30) ? 0 : 1 + below(15);
 }
 
@@ -126,7 +126,7 @@ std::pair<double, std::optional<int64>> RandomMarket::size(const Code& code) {
   if (kind == 1) return {std::nan(""), std::nullopt};
   if (kind == 2) return {-3, std::nullopt};
   if (kind == 3 && isWild_) return {chance(50) ? 1e300 : HUGE_VAL, kHighest};
-  const int64 part = kind < 6 ? kLot / 5 : std::max<int64>(code.terms.lot, kLot / 2);
+  const int64 part = kind < 6 ? kOneLot / 5 : std::max<int64>(code.terms.lot, kOneLot / 2);
   const int64 volume = (1 + below(12)) * part * (isWild_ && kind == 7 ? 1'000'000'000 : 1);
   return {volumeNumber(volume), volume};
 }
@@ -229,7 +229,7 @@ NaiveOrder RandomMarket::nextOrder() {
   order.timeInForce = static_cast<int>(chance(50) ? 3 : below(3));
   order.direction = static_cast<int>(below(2));
   order.offset = chance(60) ? 0 : static_cast<int>(1 + below(2));
-  order.volume = (1 + below(8)) * std::max<int64>(code.terms.lot, kLot / 2);
+  order.volume = (1 + below(8)) * std::max<int64>(code.terms.lot, kOneLot / 2);
   const int64 price = code.middle + (below(11) - 5) * code.step;
   if (order.type == 0) order.limit = price;
   if (order.type == 2) order.stop = price;
@@ -249,7 +249,7 @@ NaiveOrder RandomMarket::nextOrder() {
       order.offset = static_cast<int>(below(2)) * 4 - 1;
       break;
     case 4:
-      order.volume = oneOf<int64>({0, -kLot, kLot / 4});
+      order.volume = oneOf<int64>({0, -kOneLot, kOneLot / 4});
       break;
     case 5:
       order.volume.reset();

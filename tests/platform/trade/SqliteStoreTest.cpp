@@ -32,7 +32,7 @@ class TempFolder {
 };
 
 /// The rows of a query, their columns joined by "|".
-Lines rowsOf(const std::string& path, const std::string& query) {
+Lines storedRows(const std::string& path, const std::string& query) {
   SQLite::Database database(path, SQLite::OPEN_READONLY);
   SQLite::Statement statement(database, query);
   Lines rows;
@@ -75,18 +75,19 @@ TEST(SqliteStore, shouldHoldWhatTheResultsHold) {
   const std::string path = folder.file("run.db");
   TradePlatform platform(storing(path));
   trade(platform);
-  EXPECT_EQ(rowsOf(path, "SELECT run_id, mode, begin_at, last_at, is_complete FROM runs"),
+  EXPECT_EQ(storedRows(path, "SELECT run_id, mode, begin_at, last_at, is_complete FROM runs"),
             Lines{"1|playback|2021-01-04T00:01:00.000Z|2021-01-04T00:10:00.000Z|1"});
-  EXPECT_EQ(rowsOf(path, "SELECT account_key, name, currency, start_balance, equity FROM accounts"),
-            Lines{"1|A1|CNY|1000000.0|1000011.0"});
-  EXPECT_EQ(rowsOf(path,
-                   "SELECT order_id, code, source, side, offset, type, volume, filled_volume, "
-                   "limit_price, mean_price, state FROM orders ORDER BY order_id"),
+  EXPECT_EQ(
+      storedRows(path, "SELECT account_key, name, currency, start_balance, equity FROM accounts"),
+      Lines{"1|A1|CNY|1000000.0|1000011.0"});
+  EXPECT_EQ(storedRows(path,
+                       "SELECT order_id, code, source, side, offset, type, volume, filled_volume, "
+                       "limit_price, mean_price, state FROM orders ORDER BY order_id"),
             (Lines{"1000000001|A.X|S|buy|open|market|2.0|2.0||2.0|filled",
                    "1000000002|A.X|S|sell|close|market|1.0|1.0||5.0|filled",
                    "1000000003|A.X|S|buy|open|limit|1.0|0.0|0.5||working",
                    "1000000004|A.X|S|sell|close|market|9.0|0.0|||rejected"}));
-  EXPECT_EQ(rowsOf(path, "SELECT number, order_id, side, price, volume, profit FROM fills"),
+  EXPECT_EQ(storedRows(path, "SELECT number, order_id, side, price, volume, profit FROM fills"),
             (Lines{"1|1000000001|buy|2.0|2.0|0.0", "2|1000000002|sell|5.0|1.0|3.0"}));
   const AccountResult result = platform->tradeResults().at(0);
   for (const auto& [source, curve] : {std::pair{std::string(), result.curve},
@@ -115,7 +116,7 @@ constexpr const char* kReadVariable = "ORVANE_STORE_TO_READ";
 TEST(SqliteStoreReader, shouldFindTheOrdersOfAnotherProcess) {
   const char* path = std::getenv(kReadVariable);
   if (path == nullptr) GTEST_SKIP() << "runs as the second process of another test";
-  EXPECT_EQ(rowsOf(path, "SELECT count(*) FROM orders"), Lines{"4"});
+  EXPECT_EQ(storedRows(path, "SELECT count(*) FROM orders"), Lines{"4"});
 }
 
 TEST(SqliteStore, shouldBeReadByASecondProcessWhileTheFirstStillHasItOpen) {
@@ -138,9 +139,9 @@ TEST(SqliteStore, shouldSurviveThePlatformAndTakeASecondRun) {
     TradePlatform platform(storing(path));
     trade(platform);
   }
-  EXPECT_EQ(rowsOf(path, "SELECT run_id, count(*) FROM orders GROUP BY run_id"),
+  EXPECT_EQ(storedRows(path, "SELECT run_id, count(*) FROM orders GROUP BY run_id"),
             (Lines{"1|4", "2|4"}));
-  EXPECT_EQ(rowsOf(path, "SELECT count(*) FROM runs"), Lines{"2"});
+  EXPECT_EQ(storedRows(path, "SELECT count(*) FROM runs"), Lines{"2"});
 }
 
 TEST(SqliteStore, shouldMakeARewoundPlaybackARunOfItsOwn) {
@@ -150,9 +151,9 @@ TEST(SqliteStore, shouldMakeARewoundPlaybackARunOfItsOwn) {
   trade(platform);
   platform->rewind();
   trade(platform);
-  EXPECT_EQ(rowsOf(path, "SELECT run_id, count(*) FROM orders GROUP BY run_id"),
+  EXPECT_EQ(storedRows(path, "SELECT run_id, count(*) FROM orders GROUP BY run_id"),
             (Lines{"1|4", "2|8"}));
-  EXPECT_EQ(rowsOf(path, "SELECT run_id, is_complete FROM runs"), (Lines{"1|1", "2|1"}));
+  EXPECT_EQ(storedRows(path, "SELECT run_id, is_complete FROM runs"), (Lines{"1|1", "2|1"}));
 }
 
 TEST(SqliteStore, shouldHoldWhatWasDoneWhenTheRunWasCancelled) {
@@ -166,8 +167,8 @@ TEST(SqliteStore, shouldHoldWhatWasDoneWhenTheRunWasCancelled) {
   };
   platform.subscribeBars(spi);
   platform->run();
-  EXPECT_EQ(rowsOf(path, "SELECT order_id, state FROM orders"), Lines{"1000000001|filled"});
-  EXPECT_EQ(rowsOf(path, "SELECT last_at, is_complete FROM runs"),
+  EXPECT_EQ(storedRows(path, "SELECT order_id, state FROM orders"), Lines{"1000000001|filled"});
+  EXPECT_EQ(storedRows(path, "SELECT last_at, is_complete FROM runs"),
             Lines{"2021-01-04T00:05:00.000Z|0"});
 }
 
@@ -179,7 +180,7 @@ TEST(SqliteStore, shouldHoldTheConnectionsAsTheyChanged) {
                           {"A1", kMonday + 4 * kMinute, true}};
   TradePlatform platform(options);
   platform->run();
-  EXPECT_EQ(rowsOf(path, "SELECT account_key, time_at, is_connected FROM connections"),
+  EXPECT_EQ(storedRows(path, "SELECT account_key, time_at, is_connected FROM connections"),
             (Lines{"1|2021-01-04T00:03:00.000Z|0", "1|2021-01-04T00:04:00.000Z|1"}));
 }
 
@@ -201,7 +202,7 @@ TEST(SqliteStore, shouldRefuseAFileOfAnotherProgramAndNameIt) {
       EXPECT_NE(std::string(error.what()).find(path), std::string::npos) << error.what();
     }
   }
-  EXPECT_EQ(rowsOf(foreign, "SELECT name FROM sqlite_master"), Lines{"theirs"});
+  EXPECT_EQ(storedRows(foreign, "SELECT name FROM sqlite_master"), Lines{"theirs"});
 }
 
 TEST(SqliteStore, shouldTellWithThePathWhatCouldNotBeWritten) {

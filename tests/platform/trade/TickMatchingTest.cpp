@@ -3,12 +3,10 @@
 #include <cmath>
 
 #include "tests/platform/trade/ExchangeFixture.h"
+#include "tests/platform/trade/Sides.h"
 
 namespace orvane::testing {
 namespace {
-
-constexpr auto kBuy = order::Direction::Buy;
-constexpr auto kSell = order::Direction::Sell;
 
 class TickMatching : public ExchangeTest {
  protected:

@@ -62,9 +62,9 @@ Outcome simulate(const Market& market) {
   return outcome;
 }
 
-class Draw {
+class GridDraw {
  public:
-  explicit Draw(unsigned seed) : engine_(seed) {}
+  explicit GridDraw(unsigned seed) : engine_(seed) {}
   /// From `low` to `high`, both inclusive.
   int between(int low, int high) {
     return low + static_cast<int>(engine_() % static_cast<unsigned>(high - low + 1));
@@ -74,7 +74,7 @@ class Draw {
   std::mt19937 engine_;
 };
 
-Market drawMarket(Draw& draw) {
+Market drawMarket(GridDraw& draw) {
   Market market;
   market.lower = draw.between(50, 120);
   market.step = draw.between(1, 8);
@@ -152,7 +152,7 @@ TEST(GridRandom, shouldTradeAsItsDefinitionSaysOnRandomMarkets) {
   const int runs = support::randomRuns(400);
   const unsigned seed = std::random_device{}();
   SCOPED_TRACE("seed " + std::to_string(seed));
-  Draw draw(seed);
+  GridDraw draw(seed);
   long long sales = 0;
   for (int run = 0; run < runs; ++run) {
     const Market market = drawMarket(draw);
