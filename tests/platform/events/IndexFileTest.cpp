@@ -14,7 +14,7 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
 constexpr int64 kMonday = 1'609'718'400'000;  // 2021-01-04 00:00 UTC.
-constexpr int64 kHour = 3'600'000;
+constexpr int64 kOneHour = 3'600'000;
 
 /// A file that goes with the test.
 class TextFile {
@@ -40,7 +40,7 @@ std::string textOf(const std::vector<IndexComposition>& all) {
     text += each.index + "@" +
             (each.time == IndexComposition::kFromTheStart
                  ? "start"
-                 : std::to_string((each.time - kMonday) / kHour)) +
+                 : std::to_string((each.time - kMonday) / kOneHour)) +
             ":";
     for (const IndexElementSpec& element : each.elements)
       text += " " + element.code + "*" + std::to_string(static_cast<int>(element.weight * 100));
