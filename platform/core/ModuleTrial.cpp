@@ -56,7 +56,7 @@ class Slip {
 /// Where the second process leaves its answer; for its handler of exceptions.
 const Slip* answerSlip = nullptr;
 
-/// No exception gets through the dynamic linker: it ends here, with the process.
+/// Where an exception does not get through the dynamic linker, it ends here, with the process.
 [[noreturn]] void tellException() {
   std::string text = "threw" + std::string(kLoading);
   try {
@@ -76,7 +76,12 @@ const Slip* answerSlip = nullptr;
   dup2(output.file(), STDERR_FILENO);
   answerSlip = &answer;
   std::set_terminate(tellException);
-  void* const module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+  void* module = nullptr;
+  try {
+    module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+  } catch (...) {
+    tellException();
+  }
   answer.write(kMark + (module != nullptr ? detail::interfaceFault(module)
                                           : std::string("is not a strategy module: ") + dlerror()));
   _exit(0);
