@@ -77,8 +77,10 @@ const Slip* answerSlip = nullptr;
   answerSlip = &answer;
   std::set_terminate(tellException);
   void* module = nullptr;
+  // It is declared as never throwing, and compilers would leave out the handler.
+  void* (*volatile open)(const char*, int) = dlopen;
   try {
-    module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    module = open(path.c_str(), RTLD_NOW | RTLD_LOCAL);
   } catch (...) {
     tellException();
   }
