@@ -3,7 +3,7 @@
 
 #include "tests/EventStrategy/DataSrcFixture.h"
 #include "tests/EventStrategy/model/DataModel.h"
-#include "tests/EventStrategy/model/HostileSchedule.h"
+#include "tests/EventStrategy/model/OwnedSchedule.h"
 #include "tests/EventStrategy/model/ScheduleTest.h"
 
 namespace orvane::support {
@@ -12,15 +12,12 @@ namespace {
 constexpr int kIds = 5;
 const std::vector<std::string> kTexts = {"a", "b", ""};
 
-class DataSchedule final : public HostileSchedule {
+class DataSchedule final : public OwnedSchedule<DataSrc, RecordingDataNotify, DataModel> {
  public:
   DataSchedule(FakePlatform& platform, std::uint64_t seed, HostileSeen& seen)
-      : HostileSchedule(platform, seed, seen, "data.",
-                        {"data.subscribeData", "data.unsubscribeData", "data.subscribeSnapshot",
-                         "data.unsubscribeSnapshot", "data.unsubscribeAllSnapshots"}) {
-    source_->setNotify(&owner_);
-  }
-  ~DataSchedule() override { source_->setNotify(nullptr); }
+      : OwnedSchedule(platform, seed, seen, "data.",
+                      {"data.subscribeData", "data.unsubscribeData", "data.subscribeSnapshot",
+                       "data.unsubscribeSnapshot", "data.unsubscribeAllSnapshots"}) {}
 
  private:
   void takeStep() override {
@@ -46,7 +43,7 @@ class DataSchedule final : public HostileSchedule {
       case 13:
         return oneIn(4) ? release() : listen(true);
       case 14:
-        return oneIn(2) ? replace() : callBack();
+        return oneIn(2) ? replace(model_.release()) : callBack();
       default:
         callBack();
         callBack();
@@ -87,27 +84,10 @@ class DataSchedule final : public HostileSchedule {
     source_->unsubscribeDataSnapshot(key.name, key.target, flags);
   }
 
-  void listen(bool listens) {
-    tell(listens ? "listen" : "do not listen");
-    model_.listens = listens;
-    source_->setNotify(listens ? &owner_ : nullptr);
-  }
-
   void release() {
     tell("release");
     expectCalls(model_.release());
     source_->release();
-  }
-
-  /// The owner goes and another comes; the service still has the old source's pointers.
-  void replace() {
-    tell("replace");
-    ++seen_.replaced;
-    listen(false);
-    expectCalls(model_.release());
-    const auto old = std::exchange(source_, std::make_shared<DataSrc>(0));
-    listen(true);
-    old->release();
   }
 
   // What the service does.
@@ -155,19 +135,7 @@ class DataSchedule final : public HostileSchedule {
     }
   }
 
-  /// The owner may throw: the service gets it, and the source is as it was.
-  template <typename Call>
-  void tellOwner(bool isWanted, const std::string& line, Call&& call) {
-    expectDelivery(isWanted, line);
-    const bool fails = isWanted && oneIn(20);
-    if (fails) owner_.hook = [] { throw std::runtime_error("owner"); };
-    EXPECT_EQ(thrownBy(call), fails ? std::optional<std::string>("owner") : std::nullopt);
-    owner_.hook = {};
-  }
-
   // What is compared.
-
-  Lines takeDeliveries() override { return owner_.take(); }
 
   /// No call finds the source's books behind the owner's wishes, nor its locks held.
   void expectInside() override { expectTables(); }
@@ -182,10 +150,6 @@ class DataSchedule final : public HostileSchedule {
         EXPECT_EQ(source_->isSubscribeDataSnapshot(name, target),
                   model_.snapshots.contains(SnapshotKey{target, name}));
   }
-
-  RecordingDataNotify owner_;
-  std::shared_ptr<DataSrc> source_ = std::make_shared<DataSrc>(0);
-  DataModel model_;
 };
 
 class DataSrcSchedule : public ScheduleTest {};

@@ -4,7 +4,7 @@
 #include "EventStrategy/GeneralEventSrc.h"
 #include "tests/EventStrategy/RecordingEventNotify.h"
 #include "tests/EventStrategy/model/GeneralEventModel.h"
-#include "tests/EventStrategy/model/HostileSchedule.h"
+#include "tests/EventStrategy/model/OwnedSchedule.h"
 #include "tests/EventStrategy/model/ScheduleTest.h"
 
 namespace orvane::support {
@@ -13,15 +13,13 @@ namespace {
 const std::vector<std::string> kEventTexts = {"a", "b", "c"};
 
 /// The source holds its mutex across each call of the manager.
-class EventSchedule final : public HostileSchedule {
+class EventSchedule final
+    : public OwnedSchedule<GeneralEventSrc, RecordingEventNotify, GeneralEventModel> {
  public:
   EventSchedule(FakePlatform& platform, std::uint64_t seed, HostileSeen& seen)
-      : HostileSchedule(platform, seed, seen, "event.",
-                        {"event.subscribe", "event.unsubscribe", "event.unsubscribeTarget",
-                         "event.unsubscribeAll"}) {
-    source_->setNotify(&owner_);
-  }
-  ~EventSchedule() override { source_->setNotify(nullptr); }
+      : OwnedSchedule(platform, seed, seen, "event.",
+                      {"event.subscribe", "event.unsubscribe", "event.unsubscribeTarget",
+                       "event.unsubscribeAll"}) {}
 
  private:
   void takeStep() override {
@@ -42,7 +40,7 @@ class EventSchedule final : public HostileSchedule {
       case 9:
         return listen(oneIn(2));
       case 10:
-        return oneIn(2) ? replace() : listen(true);
+        return oneIn(2) ? replace(model_.release()) : listen(true);
       default:
         callBack();
         callBack();
@@ -84,23 +82,6 @@ class EventSchedule final : public HostileSchedule {
     source_->release();
   }
 
-  void listen(bool listens) {
-    tell(listens ? "listen" : "do not listen");
-    model_.listens = listens;
-    source_->setNotify(listens ? &owner_ : nullptr);
-  }
-
-  /// The owner goes and another comes; the manager still has the old source's pointers.
-  void replace() {
-    tell("replace");
-    ++seen_.replaced;
-    listen(false);
-    expectCalls(model_.release());
-    const auto old = std::exchange(source_, std::make_shared<GeneralEventSrc>());
-    listen(true);
-    old->release();
-  }
-
   // What the manager does.
 
   void act() override {
@@ -129,12 +110,8 @@ class EventSchedule final : public HostileSchedule {
 
   // What is compared.
 
-  Lines takeDeliveries() override { return owner_.take(); }
   void expectTables() override { EXPECT_EQ(TestAccess::subscriptions(*source_), model_.table); }
 
-  RecordingEventNotify owner_;
-  std::shared_ptr<GeneralEventSrc> source_ = std::make_shared<GeneralEventSrc>();
-  GeneralEventModel model_;
   int asked_ = 0;  ///< Calls that the manager got in this step.
 };
 

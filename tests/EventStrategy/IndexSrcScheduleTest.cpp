@@ -3,8 +3,8 @@
 
 #include "EventStrategy/IndexSrc.h"
 #include "tests/EventStrategy/RecordingEventNotify.h"
-#include "tests/EventStrategy/model/HostileSchedule.h"
 #include "tests/EventStrategy/model/IndexModel.h"
+#include "tests/EventStrategy/model/OwnedSchedule.h"
 #include "tests/EventStrategy/model/ScheduleTest.h"
 
 namespace orvane::support {
@@ -13,14 +13,11 @@ namespace {
 constexpr int kCodes = 4;
 
 /// The source holds its mutex across each call of the service.
-class IndexSchedule final : public HostileSchedule {
+class IndexSchedule final : public OwnedSchedule<IndexSrc, RecordingEventNotify, IndexModel> {
  public:
   IndexSchedule(FakePlatform& platform, std::uint64_t seed, HostileSeen& seen)
-      : HostileSchedule(platform, seed, seen, "index.",
-                        {"index.subscribeElementChange", "index.unsubscribeElementChange"}) {
-    source_->setNotify(&owner_);
-  }
-  ~IndexSchedule() override { source_->setNotify(nullptr); }
+      : OwnedSchedule(platform, seed, seen, "index.",
+                      {"index.subscribeElementChange", "index.unsubscribeElementChange"}) {}
 
  private:
   void takeStep() override {
@@ -40,7 +37,7 @@ class IndexSchedule final : public HostileSchedule {
       case 8:
         return listen(oneIn(2));
       case 9:
-        return oneIn(2) ? replace() : listen(true);
+        return oneIn(2) ? replace(model_.withdrawAll()) : listen(true);
       default:
         callBack();
         callBack();
@@ -69,23 +66,6 @@ class IndexSchedule final : public HostileSchedule {
     tell(how);
     expectCalls(model_.withdrawAll());
     (source_.get()->*operation)();
-  }
-
-  void listen(bool listens) {
-    tell(listens ? "listen" : "do not listen");
-    model_.listens = listens;
-    source_->setNotify(listens ? &owner_ : nullptr);
-  }
-
-  /// The owner goes and another comes; the service still has the old source's pointers.
-  void replace() {
-    tell("replace");
-    ++seen_.replaced;
-    listen(false);
-    expectCalls(model_.withdrawAll());
-    const auto old = std::exchange(source_, std::make_shared<IndexSrc>());
-    listen(true);
-    old->release();
   }
 
   // What the service does.
@@ -137,16 +117,12 @@ class IndexSchedule final : public HostileSchedule {
 
   // What is compared.
 
-  Lines takeDeliveries() override { return owner_.take(); }
   void expectTables() override {
     std::set<int64> ids;
     for (const ICodeID& code : TestAccess::codes(*source_)) ids.insert(code.id);
     EXPECT_EQ(ids, model_.codes);
   }
 
-  RecordingEventNotify owner_;
-  std::shared_ptr<IndexSrc> source_ = std::make_shared<IndexSrc>();
-  IndexModel model_;
   std::optional<CallBack> pending_;
 };
 

@@ -3,7 +3,7 @@
 
 #include "EventStrategy/QuoteSrc.h"
 
-#include "tests/EventStrategy/model/HostileSchedule.h"
+#include "tests/EventStrategy/model/OwnedSchedule.h"
 #include "tests/EventStrategy/model/QuoteKeeper.h"
 #include "tests/EventStrategy/model/QuoteModel.h"
 #include "tests/EventStrategy/model/ScheduleTest.h"
@@ -25,17 +25,16 @@ const std::vector<Period> kPeriods = {
 
 constexpr int kQuotedCodes = 4, kQuoteIds = 5;
 
-class QuoteSchedule final : public HostileSchedule {
+class QuoteSchedule final : public OwnedSchedule<QuoteSrc, QuoteKeeper, QuoteModel> {
  public:
   QuoteSchedule(FakePlatform& platform, std::uint64_t seed, HostileSeen& seen)
-      : HostileSchedule(platform, seed, seen, "quote.",
-                        {"quote.subscribeQuote", "quote.unsubscribeQuote", "quote.subscribeBars",
-                         "quote.cancelRequest", "quote.unsubscribeSpi"}) {
+      : OwnedSchedule(platform, seed, seen, "quote.",
+                      {"quote.subscribeQuote", "quote.unsubscribeQuote", "quote.subscribeBars",
+                       "quote.cancelRequest", "quote.unsubscribeSpi"}) {
     for (int code = 1; code <= kQuotedCodes; ++code)
       platform_.codes().codes["C" + std::to_string(code)] = codeOf(code, "resolved");
     source_->setNotify(&owner_);
   }
-  ~QuoteSchedule() override { source_->setNotify(nullptr); }
 
  private:
   void takeStep() override {
@@ -68,7 +67,7 @@ class QuoteSchedule final : public HostileSchedule {
       case 17:
         return oneIn(3) ? release() : reset();
       case 18:
-        return oneIn(2) ? replace() : listen(true);
+        return oneIn(2) ? replace(model_.release()) : listen(true);
       default:
         callBack();
         callBack();
@@ -164,12 +163,6 @@ class QuoteSchedule final : public HostileSchedule {
     EXPECT_EQ(source_->subscribeKline("C1", "7x", 1, 0, anId(), 0).code, 17);
   }
 
-  void listen(bool listens) {
-    tell(listens ? "listen" : "do not listen");
-    model_.listens = listens;
-    source_->setNotify(listens ? &owner_ : nullptr);
-  }
-
   void release() {
     tell("release");
     platform_.routes.hasRealtime = !oneIn(8);
@@ -184,17 +177,6 @@ class QuoteSchedule final : public HostileSchedule {
     while (!model_.subscribers.empty())
       unsubscribeQuote(codeOf(model_.subscribers.begin()->first), 0, false);
     while (!model_.requests.empty()) cancel(model_.requests.begin()->first);
-  }
-
-  /// The owner goes and another comes; the service still has the old source's pointers.
-  void replace() {
-    tell("replace");
-    ++seen_.replaced;
-    listen(false);
-    expectCalls(model_.release());
-    const auto old = std::exchange(source_, std::make_shared<QuoteSrc>(0));
-    listen(true);
-    old->release();
   }
 
   void afterStep() override { platform_.routes.hasRealtime = true; }
@@ -253,19 +235,7 @@ class QuoteSchedule final : public HostileSchedule {
     return quote;
   }
 
-  /// The owner may throw: the service gets it, and the source is as it was.
-  template <typename Call>
-  void tellOwner(bool isWanted, const std::string& line, Call&& call) {
-    expectDelivery(isWanted, line);
-    const bool fails = isWanted && oneIn(20);
-    if (fails) owner_.hook = [] { throw std::runtime_error("owner"); };
-    EXPECT_EQ(thrownBy(call), fails ? std::optional<std::string>("owner") : std::nullopt);
-    owner_.hook = {};
-  }
-
   // What is compared.
-
-  Lines takeDeliveries() override { return owner_.take(); }
 
   /// No call finds the source's books behind the owner's wishes, nor its locks held.
   void expectInside() override { expectTables(); }
@@ -290,10 +260,6 @@ class QuoteSchedule final : public HostileSchedule {
            " " + std::to_string(query.endTime) + " " + std::to_string(query.count) + " " +
            std::to_string(query.flags);
   }
-
-  QuoteKeeper owner_;
-  std::shared_ptr<QuoteSrc> source_ = std::make_shared<QuoteSrc>(0);
-  QuoteModel model_;
 };
 
 class QuoteSrcSchedule : public ScheduleTest {};

@@ -2,7 +2,7 @@
 // a model of the source's table.
 
 #include "EventStrategy/TimerSrc.h"
-#include "tests/EventStrategy/model/HostileSchedule.h"
+#include "tests/EventStrategy/model/OwnedSchedule.h"
 #include "tests/EventStrategy/model/ScheduleTest.h"
 #include "tests/EventStrategy/model/TimerKeeper.h"
 #include "tests/EventStrategy/model/TimerModel.h"
@@ -12,15 +12,13 @@ namespace {
 
 constexpr int kTimerIds = 5;
 
-class TimerSchedule final : public HostileSchedule {
+class TimerSchedule final : public OwnedSchedule<TimerSrc, TimerKeeper, TimerModel> {
  public:
   TimerSchedule(FakePlatform& platform, std::uint64_t seed, HostileSeen& seen)
-      : HostileSchedule(platform, seed, seen, "timer.st", {"timer.stop"}) {
+      : OwnedSchedule(platform, seed, seen, "timer.st", {"timer.stop"}) {
     platform_.calls.onCall("timer.start", [this] { startInside(); });
-    source_->setNotify(&owner_);
   }
   ~TimerSchedule() override {
-    source_->setNotify(nullptr);
     for (const char* operation : {"timer.start", "timer.stop"})
       platform_.calls.onCall(operation, {});
     letGo();
@@ -87,12 +85,6 @@ class TimerSchedule final : public HostileSchedule {
     source_->stopAllTimer();
   }
 
-  void listen(bool listens) {
-    tell(listens ? "listen" : "do not listen");
-    model_.listens = listens;
-    source_->setNotify(listens ? &owner_ : nullptr);
-  }
-
   /// The owner goes without a word; once the platform lets go too, the source stops what is left.
   /// What a stop throws then reaches nobody.
   void replace() {
@@ -118,19 +110,13 @@ class TimerSchedule final : public HostileSchedule {
   void callBack() override {
     const std::shared_ptr<ITimerNotify> notify = notifies_.empty() ? source_ : oneOf(notifies_);
     const int id = below(kTimerIds), value = below(1000), times = oneIn(6) ? 2 : 1;
-    for (int i = 0; i < times; ++i) {
-      expectDelivery(model_.listens, std::to_string(id) + " " + std::to_string(value));
-      const bool fails = model_.listens && oneIn(20);
-      if (fails) owner_.hook = [] { throw std::runtime_error("owner"); };
-      EXPECT_EQ(thrownBy([&] { notify->onTimer(id, value); }),
-                fails ? std::optional<std::string>("owner") : std::nullopt);
-      owner_.hook = {};
-    }
+    for (int i = 0; i < times; ++i)
+      tellOwner(model_.listens, std::to_string(id) + " " + std::to_string(value),
+                [&] { notify->onTimer(id, value); });
   }
 
   // What is compared.
 
-  Lines takeDeliveries() override { return owner_.take(); }
   void afterStep() override {
     starting_ = -1;
     expectGone();
@@ -146,9 +132,6 @@ class TimerSchedule final : public HostileSchedule {
     EXPECT_EQ(TestAccess::timerCount(*source_), model_.ids.size());
   }
 
-  TimerKeeper owner_;
-  std::shared_ptr<TimerSrc> source_ = std::make_shared<TimerSrc>();
-  TimerModel model_;
   std::vector<std::shared_ptr<ITimerNotify>> notifies_;  ///< All that a start brought.
   int starting_ = -1;                                    ///< What is about to be started.
   std::string terms_;
