@@ -228,6 +228,8 @@ void EmbeddedPlatform::Impl::run(const std::function<void(const PlaybackProgress
         live.run();
     } catch (const std::exception& error) {
       failure = std::string("the run ended early: ") + error.what();
+    } catch (...) {
+      failure = "the run ended early: something was thrown that is no exception";
     }
     const std::lock_guard lock(mutex);
     done = true;
