@@ -8,8 +8,8 @@ namespace orvane::bench {
 inline constexpr int64 kMinuteMs = 60000;
 inline constexpr int64 kStart = 1704067200000;  ///< 2024-01-01 00:00 UTC.
 
-/// One-minute bars from `kStart` on, whose prices go round.
-inline BarSeries makeBars(const ICodeID& code, std::size_t count) {
+/// One-minute bars from `kStart` on, whose prices go round, each of `volume` contracts.
+inline BarSeries makeBars(const ICodeID& code, std::size_t count, int64 volume = 10) {
   BarSeries series;
   series.code = code;
   series.periodMs = kMinuteMs;
@@ -25,7 +25,7 @@ inline BarSeries makeBars(const ICodeID& code, std::size_t count) {
     writer.set(kline::High, close + 1);
     writer.set(kline::Low, close - 1);
     writer.set(kline::Close, close);
-    writer.set(kline::Volume, 10);
+    writer.set(kline::Volume, static_cast<double>(volume));
     writer.setDayAndFlags(20240101, 0);
   }
   return series;

@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "EventStrategy/ov.strategy.runner/IRunnerFactory.h"
-#include "platform/fields/KLineView.h"
+#include "bench/BenchBars.h"
 #include "tests/support/RandomRuns.h"
 
 namespace orvane::load {
@@ -50,30 +50,10 @@ LoadPlatform::~LoadPlatform() {
 }
 
 ICodeID LoadPlatform::addCode(const std::string& name, std::size_t bars) {
-  constexpr int64 kStart = 1704067200000;  // 2024-01-01 00:00 UTC.
-  constexpr int64 kMinute = 60000;
   Instrument instrument;
   instrument.code = name;
-  BarSeries series;
-  series.code = platform_->addInstrument(instrument);
-  series.periodMs = kMinute;
-  series.timeZone = "UTC";
-  series.origin = "load";
-  series.bars.resize(bars);
-  for (std::size_t i = 0; i < bars; ++i) {
-    KLineWriter writer(series.bars[i]);
-    const int64 begin = kStart + static_cast<int64>(i) * kMinute;
-    writer.setTimes(begin, begin + kMinute);
-    const double close = 100 + static_cast<double>(i % 50);
-    writer.set(kline::Open, close);
-    writer.set(kline::High, close + 1);
-    writer.set(kline::Low, close - 1);
-    writer.set(kline::Close, close);
-    writer.set(kline::Volume, 1'000'000);
-    writer.setDayAndFlags(20240101, 0);
-  }
-  const ICodeID code = series.code;
-  if (bars != 0) platform_->addBars(std::move(series));
+  const ICodeID code = platform_->addInstrument(instrument);
+  if (bars != 0) platform_->addBars(bench::makeBars(code, bars, 1'000'000));
   return code;
 }
 
