@@ -50,12 +50,17 @@ std::string configOf(const std::string& grid) {
          grid + R"(], "report": "out"})";
 }
 
+constexpr const char* kGrid = R"({"code": "A", "lower": 98, "upper": 102, "step": 1, "volume": 2})";
+
+/// Runs `grid` over the prices; the report is in "out".
+test::ProgramResult runGrid(const test::TempFolder& folder, const std::string& grid) {
+  folder.write("a.csv", pricesCsv());
+  return test::runProgram({"run", folder.write("run.json", configOf(grid))});
+}
+
 TEST(GridRoad, shouldShowTheGridOfARunToAStrategyOfItsAccount) {
   const test::TempFolder folder;
-  folder.write("a.csv", pricesCsv());
-  const std::string config = folder.write(
-      "run.json", configOf(R"({"code": "A", "lower": 98, "upper": 102, "step": 1, "volume": 2})"));
-  const test::ProgramResult result = test::runProgram({"run", config});
+  const test::ProgramResult result = runGrid(folder, kGrid);
   ASSERT_EQ(result.exitCode, 0) << result.err;
   const QJsonObject report = test::readReport(folder / "out");
   const QJsonObject env = report["runners"].toArray()[0].toObject()["env"].toObject();
@@ -71,10 +76,7 @@ TEST(GridRoad, shouldShowTheGridOfARunToAStrategyOfItsAccount) {
 
 TEST(GridRoad, shouldReportTheTradesOfAGridAsTheGrids) {
   const test::TempFolder folder;
-  folder.write("a.csv", pricesCsv());
-  const std::string config = folder.write(
-      "run.json", configOf(R"({"code": "A", "lower": 98, "upper": 102, "step": 1, "volume": 2})"));
-  const test::ProgramResult result = test::runProgram({"run", config});
+  const test::ProgramResult result = runGrid(folder, kGrid);
   ASSERT_EQ(result.exitCode, 0) << result.err;
   const QJsonObject report = test::readReport(folder / "out");
   EXPECT_TRUE(report["runners"].toArray()[0].toObject()["trading"].isNull());

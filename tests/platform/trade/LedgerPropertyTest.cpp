@@ -385,7 +385,8 @@ TEST(LedgerProperty, shouldKeepEveryIdentityOverRandomOrderSequences) {
     noMoney += session.noMoney();
     noPosition += session.noPosition();
   });
-  // The sequences go where there is something to see.
+  // The sequences go where there is something to see. Some four in a hundred run out of money:
+  // half of that, since a sanitizer draws too few of them to come closer.
   EXPECT_GT(fills, kSequences);
   EXPECT_GT(noMoney, kSequences / 50);
   EXPECT_GT(noPosition, kSequences);
