@@ -252,14 +252,14 @@ TEST(DerivedBars, shouldBeMadeOfTicksAfterAllRecordsOfTheInstant) {
                                    kMonday + 2 * kMinute + 1}));
   auto spi = std::make_shared<RecordingSpi>();
   auto late = std::make_shared<RecordingSpi>();
-  platform.quotes().subscribeBars(makeQuery(a), kOneMinute, spi, 1);
-  platform.quotes().subscribeQuote(a, spi, 0);
   int quotes = 0;
   spi->onLine = [&](const std::string& line) {
     // Asked between the two ticks of one instant, the bar is not history yet.
     if (line.find("quote") == 0 && ++quotes == 3)
       platform.quotes().subscribeBars(makeQuery(a), kOneMinute, late, 2);
   };
+  platform.quotes().subscribeBars(makeQuery(a), kOneMinute, spi, 1);
+  platform.quotes().subscribeQuote(a, spi, 0);
   platform->run();
   EXPECT_EQ(spi->lines(),
             (Lines{"@0:00 bar#1 flags=16", "@0:00 quote 0:00", "@0:00+59500 quote 0:00+59500",

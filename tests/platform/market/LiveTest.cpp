@@ -120,11 +120,11 @@ TEST(LivePlayback, shouldPlayTheFeedThoughAReceiverAnswersEachEventWithAnother) 
   auto restless = std::make_shared<Restless>();
   IGeneralEventManager::instance()->subscribe(restless, "room", {""}, {}, true);
   auto spi = std::make_shared<LiveSpi>();
-  platform.quotes().subscribeBars(makeQuery(code), kOneMinute, spi, 1);
   spi->onBars = [&](std::size_t count) {
     if (count == 1) Restless::answer();
     if (count == 20) restless->isOver = true;
   };
+  platform.quotes().subscribeBars(makeQuery(code), kOneMinute, spi, 1);
   platform->run();
   EXPECT_EQ(spi->bars.size(), 20u);
   EXPECT_GT(restless->told, 1);
