@@ -23,6 +23,8 @@ namespace {
   throw DataFileError(path + ": " + what);
 }
 
+constexpr std::size_t kReadStep = std::size_t{1} << 20;
+
 std::string readBytes(const std::string& path) {
   struct stat info {};
   if (stat(path.c_str(), &info) != 0) fail(path, std::string("cannot be read: ") + strerror(errno));
@@ -31,21 +33,21 @@ std::string readBytes(const std::string& path) {
                                                              &std::fclose);
   if (!file) fail(path, std::string("cannot be read: ") + strerror(errno));
 
+  // A file in one step, with a byte more to see its end; what has no size, and what grows, in many.
+  const bool hasSize = S_ISREG(info.st_mode);
+  const auto size = static_cast<std::size_t>(hasSize ? info.st_size : 0);
   std::string bytes;
-  if (S_ISREG(info.st_mode)) bytes.reserve(static_cast<std::size_t>(info.st_size) + 1);
-  constexpr std::size_t kStep = std::size_t{1} << 20;
-  for (;;) {
+  for (std::size_t step = hasSize ? size + 1 : kReadStep;; step = kReadStep) {
     const std::size_t before = bytes.size();
-    if (before > kMostTextBytes) fail(path, "is larger than 4 GiB");
-    bytes.resize(before + kStep);
-    const std::size_t got = std::fread(bytes.data() + before, 1, kStep, file.get());
+    if (std::max(before, size) > kMostTextBytes) fail(path, "is larger than 4 GiB");
+    bytes.resize(before + step);
+    const std::size_t got = std::fread(bytes.data() + before, 1, step, file.get());
     bytes.resize(before + got);
     if (std::ferror(file.get())) fail(path, std::string("cannot be read: ") + strerror(errno));
-    if (got < kStep) break;
+    if (got < step) break;
   }
   // Half a file may look like a whole one.
-  if (S_ISREG(info.st_mode) && bytes.size() < static_cast<std::size_t>(info.st_size))
-    fail(path, "was cut short while it was read");
+  if (bytes.size() < size) fail(path, "was cut short while it was read");
   return bytes;
 }
 
