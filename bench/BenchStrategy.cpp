@@ -1,5 +1,9 @@
 #include "bench/BenchStrategy.h"
 
+#include <QJsonObject>
+#include <atomic>
+#include <list>
+
 #include "EventStrategy/ov.strategy.runner/IContext.h"
 #include "EventStrategy/ov.strategy.runner/IRunnerFactory.h"
 #include "sdk/Orders.h"
@@ -11,6 +15,7 @@ namespace {
 Wanted wantedNow = Wanted::Bars;
 ICodeID codeNow;
 std::size_t seen = 0;
+std::atomic<std::size_t> ordersTold{0};
 
 class CountingStrategy final : public Strategy {
  public:
@@ -24,6 +29,14 @@ class CountingStrategy final : public Strategy {
     else
       context->subscribeQuote(codeNow, 0);
   }
+  void onUpdate(IContext* context, const QJsonObject& params) override {
+    const OrderRequest request =
+        limitOrder(account_, codeNow, order::Direction::Buy, order::Offset::Open, 1, 0.01);
+    std::list<Order> sent;
+    for (int left = params.value("orders").toInt(); left > 0; --left)
+      context->sendOrder(request, sent);
+  }
+  void onOrder(IContext* /*context*/, const Order& /*order*/) override { ++ordersTold; }
   void onQuote(IContext* /*context*/, const IDepthMarketData& /*quote*/) override { ++seen; }
   void onBarSeriesById(IContext* context, int /*requestId*/, const ICodeID& /*code*/,
                        const std::string& /*frequency*/, const std::vector<IKLine>& bars,
@@ -86,6 +99,13 @@ std::shared_ptr<RunnerContext> Playback::startContext(const ICodeID& code, Wante
   context_->start({});
   platform_->drain();
   return context_;
+}
+
+std::size_t Playback::sendOrders(int count) {
+  ordersTold = 0;
+  runner_->update({{"orders", count}});
+  platform_->drain();
+  return ordersTold;
 }
 
 std::size_t Playback::stop() {

@@ -35,6 +35,10 @@ class Playback {
   /// Starts a bare `RunnerContext` with its sources attached.
   std::shared_ptr<RunnerContext> startContext(const ICodeID& code, Wanted wanted);
 
+  /// Lets the strategy send so many resting orders from one call-back, and waits until all that
+  /// comes of them is told. Answers how many order call-backs it got. For `Wanted::Trading`.
+  std::size_t sendOrders(int count);
+
   /// Ends the run and tells how many records the strategy saw.
   std::size_t stop();
 

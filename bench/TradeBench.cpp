@@ -3,15 +3,10 @@
 
 #include <benchmark/benchmark.h>
 
-#include <atomic>
-#include <list>
 #include <memory>
 
 #include "bench/BenchBars.h"
 #include "bench/BenchStrategy.h"
-#include "sdk/Orders.h"
-#include "services/Common/IServiceRouter.h"
-#include "services/Common/ITradeService.h"
 
 namespace orvane {
 namespace {
@@ -39,35 +34,21 @@ void tradingPlayback(benchmark::State& state) {
 }
 BENCHMARK(tradingPlayback)->Arg(100000)->Unit(benchmark::kMillisecond)->UseRealTime();
 
-class CountingSpi final : public TradeEventSpi {
- public:
-  std::atomic<int64> orders{0};
-  void onRtnOrder(const Order& /*order*/) override { orders.fetch_add(1); }
-};
-
-/// Orders from `sendOrder` to the first call-back of each, on the service's thread. With one order
-/// the figure is the wait for a thread; with many it is the work.
+/// Orders from a strategy's `sendOrder` to the first call-back of each, the whole road. With one
+/// order the figure is the wait for threads; with many it is the work.
 void orderToCallback(benchmark::State& state) {
-  bench::Playback playback;
-  EmbeddedPlatform& platform = playback.platform();
-  const ICodeID code = playback.addCode();
-  ITradeService& service = *platform.router()->tradeService();
-  const TradingAccountID account = service.tradingAccounts().front();
-  const auto spi = std::make_shared<CountingSpi>();
-  service.subscribeOrderBySourceName(spi, "bench", account, code);
-  OrderRequest request =
-      limitOrder(account, code, order::Direction::Buy, order::Offset::Open, 1, 100);
-  request.source.createSource = "bench";
+  const auto count = static_cast<int>(state.range(0));
   for (auto _ : state) {
-    spi->orders = 0;
-    for (int64 i = 0; i < state.range(0); ++i) {
-      std::list<Order> sent;
-      service.sendOrder(request, sent);
-    }
-    platform.drain();
     state.PauseTiming();
-    if (spi->orders != state.range(0)) state.SkipWithError("call-backs are missing");
-    platform.rewind();
+    bench::Playback playback;
+    playback.addCode();
+    playback.start(bench::Wanted::Trading);
+    playback.sendOrders(1);  // The first brings threads and books along.
+    state.ResumeTiming();
+    const std::size_t told = playback.sendOrders(count);
+    state.PauseTiming();
+    if (told < static_cast<std::size_t>(count)) state.SkipWithError("call-backs are missing");
+    playback.stop();
     state.ResumeTiming();
   }
   state.SetItemsProcessed(state.iterations() * state.range(0));

@@ -141,6 +141,15 @@ void checkNotOfGrids(const RunnerPlan& runner, const std::string& place, const s
 
 }  // namespace
 
+/// Limits, figures and tables are of a source: two runners with one would be told as one.
+void checkOwnSource(const RunPlan& plan, std::size_t at, const std::string& here) {
+  const RunnerPlan& runner = plan.runners[at];
+  for (std::size_t i = 0; i < at; ++i)
+    if (plan.runners[i].orderSource == runner.orderSource)
+      throw InputError(fmt::format("{}: orderSource: \"{}\" is that of the runner \"{}\" already",
+                                   here, runner.orderSource, plan.runners[i].name));
+}
+
 void completeTrade(RunPlan& plan, const std::string& place) {
   const bool isAlone = plan.runners.size() == 1;
   for (std::size_t i = 0; i < plan.runners.size(); ++i) {
@@ -148,6 +157,7 @@ void completeTrade(RunPlan& plan, const std::string& place) {
     const std::string here = isAlone ? place : fmt::format("{}: runners[{}]", place, i);
     if (runner.orderSource.empty()) runner.orderSource = runner.name;
     checkNotOfGrids(runner, place, here);
+    checkOwnSource(plan, i, here);
     if (runner.account.empty()) {
       // An account of its own, unless the parameters name one.
       const QJsonValue chosen = runner.params.value("account");
@@ -173,8 +183,7 @@ TradeOptions tradeOptions(const RunPlan& plan, const std::string& timeZone) {
   TradeOptions options = plan.trade;
   for (const RunnerPlan& runner : plan.runners) {
     const std::string source = utf8ToGbk(runner.orderSource);
-    if (std::ranges::find(options.sources, source) == options.sources.end())
-      options.sources.push_back(source);
+    options.sources.push_back(source);
     RiskLimits limits = runner.limits;
     limits.source = source;
     options.limits.push_back(std::move(limits));

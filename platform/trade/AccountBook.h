@@ -23,7 +23,7 @@ class AccountBook {
   const TradingAccountID* find(const TradingAccountID& account) const;
   const TradingAccountID* find(std::int32_t key) const;
   const TradingAccountID* named(const std::string& account) const;
-  /// Whether there is an account of that text and counter type.
+  /// Whether there is an account of that text and counter type; type 0 means any.
   bool has(const AccountID& id) const;
 
   /// The connection that an account stands behind.

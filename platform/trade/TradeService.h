@@ -104,7 +104,7 @@ class TradeService final : public ITradeService {
                           const TradingAccountID& account) override;
   void unsubscribeAll(const std::shared_ptr<TradeEventSpi>& spi) override;
 
-  // Accounts of server runs: not supported.
+  // Accounts of server runs: each of ours is always there, any other is refused.
   ResultStatus attachAccount(const AccountRecord& account) override;
   ResultStatus detachAccount(const AccountRecord& account) override;
 

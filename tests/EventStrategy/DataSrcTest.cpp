@@ -2,11 +2,11 @@
 
 #include "EventStrategy/DataSrc.h"
 
-#include <future>
 #include <latch>
 #include <thread>
 
 #include "tests/EventStrategy/DataSrcFixture.h"
+#include "tests/support/HostThread.h"
 
 namespace orvane::support {
 namespace {
@@ -324,16 +324,15 @@ TEST_F(DataSrcThreads, shouldBlockADetachUntilTheCallBackInProgressHasReturned) 
   };
   std::thread service([&] { src->onProgress(7, 1, 2); });
   inside.wait();
-  std::promise<bool> detached;
-  std::thread host([&] {
-    src->setNotify(nullptr);
-    detached.set_value(returned);
-  });
-  // The host waits for the mutex now or will: either way it must see the call-back's end.
-  leave.count_down();
-  EXPECT_TRUE(detached.get_future().get());
+  {
+    HostThread host([&] {
+      src->setNotify(nullptr);
+      EXPECT_TRUE(returned);
+    });
+    EXPECT_TRUE(host.awaitSleep());
+    leave.count_down();
+  }
   service.join();
-  host.join();
 }
 
 TEST_F(DataSrcThreads, shouldSubscribeWhileACallOfTheNotifyIsInProgress) {

@@ -1,11 +1,11 @@
 #include "EventStrategy/GeneralEventSrc.h"
 
-#include <future>
 #include <latch>
 #include <thread>
 
 #include "tests/EventStrategy/LibraryTest.h"
 #include "tests/EventStrategy/RecordingEventNotify.h"
+#include "tests/support/HostThread.h"
 
 namespace orvane::support {
 namespace {
@@ -255,15 +255,15 @@ TEST_F(GeneralEventSrcThreads, shouldBlockADetachUntilTheCallBackInProgressHasRe
   };
   std::thread service([&] { src->onGeneralEvent("topic", {}, ""); });
   inside.wait();
-  std::promise<bool> detached;
-  std::thread host([&] {
-    src->setNotify(nullptr);
-    detached.set_value(returned);
-  });
-  leave.count_down();
-  EXPECT_TRUE(detached.get_future().get());
+  {
+    HostThread host([&] {
+      src->setNotify(nullptr);
+      EXPECT_TRUE(returned);
+    });
+    EXPECT_TRUE(host.awaitSleep());
+    leave.count_down();
+  }
   service.join();
-  host.join();
 }
 
 }  // namespace

@@ -1,12 +1,12 @@
 #include "EventStrategy/IndexSrc.h"
 
-#include <future>
 #include <latch>
 #include <thread>
 
 #include "shared/BaseInformation.h"
 #include "tests/EventStrategy/LibraryTest.h"
 #include "tests/EventStrategy/RecordingEventNotify.h"
+#include "tests/support/HostThread.h"
 
 namespace orvane::support {
 namespace {
@@ -268,15 +268,15 @@ TEST_F(IndexSrcThreads, shouldBlockADetachUntilTheCallBackInProgressHasReturned)
   };
   std::thread service([&] { change(codeOf(7)); });
   inside.wait();
-  std::promise<bool> detached;
-  std::thread host([&] {
-    src->setNotify(nullptr);
-    detached.set_value(returned);
-  });
-  leave.count_down();
-  EXPECT_TRUE(detached.get_future().get());
+  {
+    HostThread host([&] {
+      src->setNotify(nullptr);
+      EXPECT_TRUE(returned);
+    });
+    EXPECT_TRUE(host.awaitSleep());
+    leave.count_down();
+  }
   service.join();
-  host.join();
 }
 
 }  // namespace

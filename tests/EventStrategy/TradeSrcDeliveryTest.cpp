@@ -79,11 +79,18 @@ TEST_F(TradeSrcDelivery, shouldReplayNothingForAnyOtherStatus) {
 
 TEST_F(TradeSrcDelivery, shouldMarkTheSnapshotSentWithoutAFetchWhenNothingIsWanted) {
   configure(0);
+  source->setNotify(nullptr);
   source->subscribeTrade(account);
-  notify.take();
+  source->setNotify(&notify);
+  EXPECT_FALSE(marks().snapshotSent);
   platform.calls.clear();
   tellStatus(16);
+  EXPECT_TRUE(marks().snapshotSent);
   EXPECT_THAT(notify.take(), IsEmpty());
+  EXPECT_THAT(tradeCalls(), IsEmpty());
+  EXPECT_TRUE(loggedOnce("Event", "DEBUG", "stg,sendSnapshot begin"));
+  EXPECT_EQ(logs.countContaining(",onReConnect begin,"), 0);
+  tellStatus(16);
   EXPECT_THAT(tradeCalls(), IsEmpty());
   EXPECT_EQ(logs.countContaining(",onReConnect begin,"), 1);
 }

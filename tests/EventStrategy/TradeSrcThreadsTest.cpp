@@ -7,6 +7,7 @@
 #include "EventStrategy/Events.h"
 #include "tests/EventStrategy/CollectingStrategy.h"
 #include "tests/EventStrategy/TradeSrcFixture.h"
+#include "tests/support/HostThread.h"
 
 namespace orvane::support {
 namespace {
@@ -131,15 +132,15 @@ TEST_F(TradeSrcThreads, shouldNotDetachBeforeACallBackInProgressHasReturned) {
   };
   std::thread service([&] { static_cast<TradeDataSpi&>(*source).onRtnOrder(orderOf(1)); });
   inside.wait();
-  bool seen = false;
-  std::thread host([&] {
-    source->setNotify(nullptr);
-    seen = returned;
-  });
-  leave.count_down();
+  {
+    HostThread host([&] {
+      source->setNotify(nullptr);
+      EXPECT_TRUE(returned);
+    });
+    EXPECT_TRUE(host.awaitSleep());
+    leave.count_down();
+  }
   service.join();
-  host.join();
-  EXPECT_TRUE(seen);
   notify.onLine = {};
 }
 
@@ -158,10 +159,12 @@ TEST_F(TradeSrcThreads, shouldNotWithdrawBeforeACallBackInProgressHasReturned) {
   platform.calls.onCall("trade.unsubscribeAll", [&] { seen = returned; });
   std::thread service([&] { static_cast<TradeDataSpi&>(*source).onRtnTrade(fillOf("f")); });
   inside.wait();
-  std::thread host([&] { source->release(); });
-  leave.count_down();
+  {
+    HostThread host([&] { source->release(); });
+    EXPECT_TRUE(host.awaitSleep());
+    leave.count_down();
+  }
   service.join();
-  host.join();
   EXPECT_TRUE(seen);
   platform.calls.onCall("trade.unsubscribeAll", {});
   notify.onLine = {};

@@ -50,6 +50,23 @@ TEST_F(ServiceInputs, shouldGiveARunnerTheRecordsOfAFileEachFromItsTimeOn) {
   EXPECT_EQ(runner["env"].toObject()["last"].toString(), "5.5");
 }
 
+TEST_F(ServiceInputs, shouldTellEventsOfAScriptAndChangesOfAnIndexToWhoeverListens) {
+  const auto events = folder_.write("events.json",
+                                    R"([{"time": "2021-01-04 09:10", "target": "news",
+      "name": "open", "fields": {"who": "X"}},
+      {"time": "2021-01-04 09:12", "target": "news", "name": "close"}])");
+  const auto indexes = folder_.write("indexes.csv",
+                                     "index,time,element\nI.X,,A.X\n"
+                                     "I.X,2021-01-04 09:15,A.X\nI.X,2021-01-04 09:15,B.X\n");
+  const auto result = test::runProgram(
+      {"run", "-s", test::testModule("event_listener"), "-b", "A.X=" + bars_, "-i", "I.X", "-i",
+       "B.X", "--events", events, "--indexes", indexes, "--report", folder_ / "report"});
+  ASSERT_EQ(result.exitCode, kExitSuccess) << result.err;
+  const QJsonObject runner =
+      test::readReport(folder_ / "report")["runners"].toArray()[0].toObject();
+  EXPECT_EQ(runner["env"].toObject()["heard"].toString(), "news who=X;I: A B;");
+}
+
 TEST_F(ServiceInputs, shouldNameFileLineFieldAndValueOfABadRecord) {
   const auto records = folder_.write("records.csv",
                                      "name,target,key,text\n"

@@ -94,6 +94,31 @@ TEST(TradeConfig, shouldReadTheExchange) {
   EXPECT_FALSE(options.script[0].isUp);
 }
 
+TEST(TradeConfig, shouldRefuseAnOrderSourceThatIsAnotherRunnersAlready) {
+  // Limits and figures are of a source: the second runner's would hide those of the first.
+  const auto faultOfRunners = [](const std::string& runners) {
+    try {
+      const test::TempFolder folder;
+      RunPlan plan;
+      readRunConfig(folder.write("run.json", R"({"bars": "a.csv", "runners": [)" + runners + "]}"),
+                    plan);
+      completeTrade(plan, "run.json");
+    } catch (const InputError& error) {
+      return std::string(error.what());
+    }
+    return std::string("none");
+  };
+  EXPECT_THAT(faultOfRunners(R"({"strategy": "a", "name": "one", "orderSource": "S"},
+                                {"strategy": "a", "name": "two", "orderSource": "S"})"),
+              HasSubstr("runners[1]: orderSource: \"S\" is that of the runner \"one\" already"));
+  EXPECT_THAT(faultOfRunners(R"({"strategy": "a", "name": "one", "orderSource": "two"},
+                                {"strategy": "a", "name": "two"})"),
+              HasSubstr("runners[1]: orderSource: \"two\" is that of the runner \"one\" already"));
+  EXPECT_EQ(faultOfRunners(R"({"strategy": "a", "name": "one", "orderSource": "two"},
+                              {"strategy": "a", "name": "two", "orderSource": "one"})"),
+            "none");
+}
+
 TEST(TradeConfig, shouldNameThePlaceAndTheValueOfWhatIsWrong) {
   EXPECT_THAT(faultOf(R"("accounts": [{"name": "A"}, {"name": "A"}])"),
               HasSubstr("accounts[1].name: two accounts are named \"A\""));

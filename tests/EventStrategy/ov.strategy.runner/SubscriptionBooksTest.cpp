@@ -220,12 +220,14 @@ TEST_F(SubscriptionBooks, shouldTellTheFullSetOfCodesOnceForEachNewCode) {
   user.subscribeTrade(account, codeOf(2, "B"));
   EXPECT_TRUE(runnerLogged("DEBUG", ",subscribe trade,0815"));
   EXPECT_TRUE(runnerLogged("DEBUG", ",subscribe trade,B.CFFEX"));
-  const int first = logs.countContaining("onRelatedCodeIdChange");
+  const std::string told = ",onRelatedCodeIdChange begin,";
+  EXPECT_EQ(logs.countContaining(told), 1);
   user.subscribeTrade(account, codeOf(2, "B"));
   EXPECT_EQ(logs.countContaining(",subscribe trade,"), 2);
-  EXPECT_EQ(logs.countContaining("onRelatedCodeIdChange"), first);
+  EXPECT_EQ(logs.countContaining(told), 1);
   user.subscribeTrade(account, codeOf(1, "A"));
   EXPECT_EQ(logs.countContaining(",subscribe trade,0815"), 1);
+  EXPECT_EQ(logs.countContaining(told), 2);
   const auto codes = TestAccess::relatedCodes(TestAccess::trades(*runner));
   EXPECT_EQ(codes, (std::set<ICodeID>{codeOf(1), codeOf(2)}));
 }

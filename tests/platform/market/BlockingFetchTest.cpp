@@ -222,19 +222,33 @@ TEST(BlockingFetch, shouldNotStandStillWithOnePoolThreadAndManyRunnersThatFetchA
 }
 
 TEST(BlockingFetch, shouldNotStandStillWithATimeoutOf0) {
-  InstalledPlatform platform;
-  const ICodeID code = platform.code("A");
-  platform->addBars(makeBars(code, kMonday, kMinute, 200));
-  Fetcher fetcher;
-  auto runner = std::make_shared<RunnerSpi>([&](const std::string&) {
-    // It may come in time or not: but nothing that is too much.
-    for (const IKLine& bar : fetcher.fetch(everything(code, kMinute), 0))
-      EXPECT_LE(KLineView(bar).endTime(), nowMs());
-    EXPECT_TRUE(fetcher.fetch(everything(code, kMinute), -1).size() <= 200);
-  });
-  platform.quotes().subscribeBars(makeQuery(code), kOneMinute, runner, 1);
-  platform->run();
-  EXPECT_EQ(runner->handled().size(), 201u);
+  for (const int threads : {1, 4}) {
+    PlatformOptions options;
+    options.poolThreads = threads;
+    InstalledPlatform platform(options);
+    const ICodeID code = platform.code("A");
+    platform->addBars(makeBars(code, kMonday, kMinute, 100));
+    constexpr int kRunners = 8;
+    std::vector<std::unique_ptr<Fetcher>> fetchers;
+    std::vector<std::shared_ptr<RunnerSpi>> runners;
+    std::atomic<int> wrong{0};
+    for (int i = 0; i < kRunners; ++i) {
+      Fetcher& fetcher = *fetchers.emplace_back(std::make_unique<Fetcher>());
+      // An answer may come in time or not: but all that has ended by now, or nothing.
+      runners.push_back(std::make_shared<RunnerSpi>([&](const std::string&) {
+        for (const int64 timeout : {0, -1}) {
+          const auto bars = fetcher.fetch(everything(code, kMinute), timeout);
+          const int64 now = nowMs();
+          if (!bars.empty() && KLineView(bars.back()).endTime() != now) ++wrong;
+          if (!bars.empty() && KLineView(bars.front()).beginTime() != kMonday) ++wrong;
+        }
+      }));
+      platform.quotes().subscribeBars(makeQuery(code), kOneMinute, runners.back(), i + 1);
+    }
+    platform->run();
+    EXPECT_EQ(wrong, 0) << threads;
+    for (const auto& runner : runners) EXPECT_EQ(runner->handled().size(), 101u);
+  }
 }
 
 TEST(BlockingFetch, shouldAnswerWhenTheDriversThreadRunsTheTaskThatFetches) {

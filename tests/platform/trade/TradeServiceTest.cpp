@@ -314,6 +314,7 @@ TEST(TradeService, shouldAttachAndDetachTheAccountsThatItHasAndNoOthers) {
   const AccountRecord known = connection(mine.account, mine.counterType);
   EXPECT_EQ(platform.service().attachAccount(known).code, 0);
   EXPECT_EQ(platform.service().detachAccount(known).code, 0);
+  EXPECT_EQ(platform.service().attachAccount(connection(mine.account, 0)).code, 0);
 
   const AccountRecord otherCounter = connection(mine.account, mine.counterType + 1);
   const AccountRecord otherText = connection(mine.account + "x", mine.counterType);
