@@ -64,8 +64,7 @@ const TradingAccountID* AccountBook::named(const std::string& account) const {
 
 bool AccountBook::has(const AccountID& id) const {
   return std::any_of(accounts_.begin(), accounts_.end(), [&id](const TradingAccountID& each) {
-    return each.account == id.text3 &&
-           (id.counterType < 1 || each.counterType == id.counterType);
+    return each.account == id.text3 && (id.counterType < 1 || each.counterType == id.counterType);
   });
 }
 
