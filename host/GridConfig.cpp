@@ -4,7 +4,6 @@
 
 #include <QJsonArray>
 #include <algorithm>
-#include <stdexcept>
 
 #include "host/InputError.h"
 #include "shared/TextCodec.h"
@@ -37,6 +36,7 @@ void readGrids(JsonReader& reader, RunPlan& plan) {
   const QJsonValue found = reader.value("grids");
   if (found.isUndefined()) return;
   if (!found.isArray()) reader.refuse("grids", "must be an array");
+  plan.places["grids"] = reader.place("grids");
   const QJsonArray list = found.toArray();
   for (qsizetype i = 0; i < list.size(); ++i)
     plan.trade.grids.push_back(readGrid(list[i], fmt::format("{}[{}]", reader.place("grids"), i)));
@@ -55,14 +55,6 @@ void completeGrids(RunPlan& plan, const std::string& place) {
     if (std::ranges::none_of(plan.trade.accounts, isIts))
       throw InputError(
           fmt::format("{}: there is no account \"{}\"", here, gbkToUtf8(grid.account)));
-  }
-}
-
-void checkGrids(IGridConditions& grids) {
-  try {
-    grids.prepare();
-  } catch (const std::invalid_argument& error) {
-    throw InputError(error.what());
   }
 }
 

@@ -4,7 +4,6 @@
 
 #include "host/JsonInput.h"
 #include "host/RunPlan.h"
-#include "platform/trade/conditions/IGridConditions.h"
 
 namespace orvane {
 
@@ -15,8 +14,5 @@ void readGrids(JsonReader& reader, RunPlan& plan);
 /// Gives each grid its account where the plan names none: that of the only runner. Throws
 /// `InputError` that begins with `place` where a grid's account is not there.
 void completeGrids(RunPlan& plan, const std::string& place);
-
-/// Finds the codes of the grids, now that all are known. Throws `InputError`.
-void checkGrids(IGridConditions& grids);
 
 }  // namespace orvane

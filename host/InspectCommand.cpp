@@ -121,7 +121,10 @@ void InspectCommand::showAll() {
     }
     request.kind = DataFileRequest::Kind::Ticks;
     tickError = tryShow([](const DataFileRequest& its) { return loadTicks(its); }, request);
-    if (!tickError) continue;
+    if (!tickError) {
+      if (barError) fmt::print("  note   not read as bars: {}\n", *barError);
+      continue;
+    }
     if (onlyTicks_ || *tickError == *barError) throw DataFileError(*tickError);
     throw InputError(fmt::format("neither bars nor ticks\n  as bars:  {}\n  as ticks: {}",
                                  *barError, *tickError));

@@ -3,6 +3,7 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <map>
 #include <stdexcept>
 
 #include "host/InputError.h"
@@ -50,6 +51,15 @@ std::vector<InstrumentInput> instrumentsOfFile(const std::string& path) {
     throw InputError(error.what());
   }
   return result;
+}
+
+void checkNotGivenTwice(const std::vector<InstrumentInput>& instruments) {
+  std::map<std::string, const InstrumentInput*> known;
+  for (const InstrumentInput& input : instruments) {
+    const auto [at, isNew] = known.try_emplace(instrumentText(input.instrument), &input);
+    if (!isNew)
+      throw InputError(fmt::format("{}: is given already: {}", input.origin, at->second->origin));
+  }
 }
 
 void setCodeText(Instrument& instrument, const std::string& codeText) {

@@ -17,6 +17,9 @@ std::vector<InstrumentInput> instrumentsOfFile(const std::string& path);
 /// "CODE.MARKET", or "CODE" without a market; UTF-8.
 std::string instrumentText(const Instrument& instrument);
 
+/// Throws `InputError` if two of them are of one code and market.
+void checkNotGivenTwice(const std::vector<InstrumentInput>& instruments);
+
 /// Splits "CODE.MARKET" at its last dot; UTF-8 in, GBK in the instrument.
 void setCodeText(Instrument& instrument, const std::string& codeText);
 

@@ -12,6 +12,7 @@
 #include <cmath>
 
 #include "host/InputError.h"
+#include "platform/core/JsonKeys.h"
 
 namespace orvane {
 
@@ -28,13 +29,17 @@ QJsonValue parseJson(const QByteArray& given, const std::string& origin) {
   if (text.startsWith("\xEF\xBB\xBF")) text.remove(0, 3);
   QJsonParseError error;
   const QJsonDocument document = QJsonDocument::fromJson(text, &error);
-  if (error.error != QJsonParseError::NoError) {
-    const QByteArray before = text.left(error.offset);
+  const auto refuseAt = [&](qsizetype offset, const std::string& what) {
+    const QByteArray before = text.left(offset);
     const auto line = before.count('\n') + 1;
-    const auto column = error.offset - before.lastIndexOf('\n');
-    throw InputError(fmt::format("{}:{}:{}: bad JSON: {}", origin, line, column,
-                                 error.errorString().toStdString()));
-  }
+    const auto column = offset - before.lastIndexOf('\n');
+    throw InputError(fmt::format("{}:{}:{}: {}", origin, line, column, what));
+  };
+  if (error.error != QJsonParseError::NoError)
+    refuseAt(error.offset, "bad JSON: " + error.errorString().toStdString());
+  const std::string_view all(text.constData(), static_cast<std::size_t>(text.size()));
+  if (const auto twice = detail::keyGivenTwice(all))
+    refuseAt(static_cast<qsizetype>(twice->offset), "key \"" + twice->key + "\" comes twice");
   if (document.isArray()) return document.array();
   return document.object();
 }
@@ -82,6 +87,8 @@ void JsonReader::refuse(const char* key, const std::string& what) const {
   throw InputError(
       fmt::format("{}: {}, not {}", place(key), what, jsonText(object_.value(QLatin1String(key)))));
 }
+
+bool JsonReader::has(const char* key) { return !value(key).isUndefined(); }
 
 QJsonValue JsonReader::value(const char* key) {
   const QString name = QString::fromUtf8(key);

@@ -26,7 +26,7 @@ class JsonReader {
   /// `place` is the file and the path inside it, such as "run.json: runners[0]".
   JsonReader(const QJsonValue& value, std::string place);
 
-  bool has(const char* key) const { return object_.contains(QLatin1String(key)); }
+  bool has(const char* key);
   QJsonValue value(const char* key);
   std::string place(const char* key) const;
 

@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "host/EventConfig.h"
-#include "host/GridConfig.h"
 #include "host/InputError.h"
 #include "host/InstrumentInputs.h"
 #include "host/TimeArgument.h"
@@ -101,8 +100,15 @@ void addServiceFiles(EmbeddedPlatform& platform, const RunPlan& plan, const std:
 
 /// Where the user gave what the platform calls `field`.
 std::string placeOf(const RunPlan& plan, const std::string& field) {
-  const auto at = plan.places.find(field);
-  return at == plan.places.end() ? field : at->second;
+  const std::size_t entry = std::min(field.find('['), field.size());
+  const auto at = plan.places.find(field.substr(0, entry));
+  return at == plan.places.end() ? field : at->second + field.substr(entry);
+}
+
+/// A message of the platform, which begins with what it calls the field.
+std::string placed(const RunPlan& plan, const std::string& text) {
+  const std::size_t colon = std::min(text.find(": "), text.size());
+  return placeOf(plan, text.substr(0, colon)) + text.substr(colon);
 }
 
 /// Slippage in ticks that no instrument has would pass for a run without slippage.
@@ -122,9 +128,7 @@ std::unique_ptr<EmbeddedPlatform> platformOf(const RunPlan& plan, const Platform
   try {
     return std::make_unique<EmbeddedPlatform>(options);
   } catch (const std::invalid_argument& error) {
-    const std::string text = error.what();
-    const std::size_t colon = std::min(text.find(": "), text.size());
-    throw InputError(placeOf(plan, text.substr(0, colon)) + text.substr(colon));
+    throw InputError(placed(plan, error.what()));
   } catch (const std::runtime_error& error) {
     throw InputError(error.what());
   }
@@ -159,7 +163,11 @@ std::unique_ptr<EmbeddedPlatform> makePlatform(const RunPlan& plan, const Platfo
   addSeries(*platform, plan, std::move(data));
   addPublished(*platform, plan, options.timeZone);
   addServiceFiles(*platform, plan, options.timeZone);
-  checkGrids(platform->gridConditions());
+  try {
+    platform->gridConditions().prepare();
+  } catch (const std::invalid_argument& error) {
+    throw InputError(placed(plan, error.what()));
+  }
   return platform;
 }
 

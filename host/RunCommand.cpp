@@ -66,7 +66,9 @@ RunCommand::RunCommand(CLI::App& parent) {
       ->group(what);
   command_->add_option("--name", name_, "Name of the runner (default: the module's)")->group(what);
   command_->add_option("--order-source", orderSource_, "Create source of its orders")->group(what);
-  command_->add_flag("--server", isServer_, "Server run: it may publish, attaches accounts, counts")
+  command_
+      ->add_flag("--server", isServer_,
+                 "Server run: it counts what it does and can attach the accounts of the host")
       ->disable_flag_override()
       ->group(what);
 
@@ -263,6 +265,7 @@ RunPlan RunCommand::makePlan() const {
       plan.eventFiles.push_back(events_);
     }
   }
+  checkNotGivenTwice(plan.instruments);
   addOptions(plan);
   if (plan.data.empty())
     throw InputError("there is no market data: give --bars FILE or --ticks FILE");

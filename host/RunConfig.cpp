@@ -169,7 +169,7 @@ void readRunConfig(const std::string& path, RunPlan& plan) {
   plan.from = reader.filledText("from");
   plan.to = reader.filledText("to");
   for (const char* key : {"from", "to", "timeZone"}) plan.places[key] = reader.place(key);
-  plan.threads = reader.integer("threads", 0, 0, 1024);
+  if (reader.has("threads")) plan.threads = reader.integer("threads", 0, 1, 1024);
   plan.isLive = reader.flag("live", false);
   plan.withDigest = reader.flag("digest", true);
   if (reader.has("speed"))

@@ -119,9 +119,14 @@ RiskLimits readLimits(JsonReader& runner) {
   const QJsonValue found = runner.value("limits");
   if (found.isUndefined()) return limits;
   JsonReader reader(found, runner.place("limits"));
-  limits.maxOrder = reader.decimal("maxOrder");
-  limits.maxPosition = reader.decimal("maxPosition");
-  limits.maxLoss = reader.decimal("maxLoss");
+  const auto limit = [&reader](const char* key) {
+    std::string given = reader.decimal(key);
+    if (given.starts_with('-')) reader.refuse(key, "must not be below 0");
+    return given;
+  };
+  limits.maxOrder = limit("maxOrder");
+  limits.maxPosition = limit("maxPosition");
+  limits.maxLoss = limit("maxLoss");
   limits.maxOrdersPerSecond = reader.integer("maxOrdersPerSecond", 0, 0, kLargestInt);
   reader.close();
   return limits;
@@ -139,8 +144,6 @@ void checkNotOfGrids(const RunnerPlan& runner, const std::string& place, const s
                                where, kGridOrderSource));
 }
 
-}  // namespace
-
 /// Limits, figures and tables are of a source: two runners with one would be told as one.
 void checkOwnSource(const RunPlan& plan, std::size_t at, const std::string& here) {
   const RunnerPlan& runner = plan.runners[at];
@@ -149,6 +152,22 @@ void checkOwnSource(const RunPlan& plan, std::size_t at, const std::string& here
       throw InputError(fmt::format("{}: orderSource: \"{}\" is that of the runner \"{}\" already",
                                    here, runner.orderSource, plan.runners[i].name));
 }
+
+/// The capital of the run is that of each account which has no balance of its own.
+void giveCapital(RunPlan& plan) {
+  if (plan.startBalance.empty()) return;
+  bool isTaken = false;
+  for (AccountSpec& account : plan.trade.accounts) {
+    if (!account.startBalance.empty()) continue;
+    account.startBalance = plan.startBalance;
+    isTaken = true;
+  }
+  if (!isTaken)
+    throw InputError(fmt::format("{}: \"{}\" is nobody's: each account has a \"startBalance\"",
+                                 plan.places["startBalance"], plan.startBalance));
+}
+
+}  // namespace
 
 void completeTrade(RunPlan& plan, const std::string& place) {
   const bool isAlone = plan.runners.size() == 1;
@@ -165,7 +184,6 @@ void completeTrade(RunPlan& plan, const std::string& place) {
       if (!chosen.isString() && !hasAccount(plan, utf8ToGbk(runner.account))) {
         AccountSpec own;
         own.name = utf8ToGbk(runner.account);
-        own.startBalance = plan.startBalance;
         plan.trade.accounts.push_back(std::move(own));
       }
     }
@@ -173,6 +191,7 @@ void completeTrade(RunPlan& plan, const std::string& place) {
       throw InputError(
           fmt::format("{}: account: there is no account \"{}\"", here, runner.account));
   }
+  giveCapital(plan);
   for (const ConnectionPlan& change : plan.connections)
     if (!hasAccount(plan, utf8ToGbk(change.account)))
       throw InputError(

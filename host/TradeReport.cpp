@@ -275,8 +275,26 @@ QJsonValue totalReport(const RunOutcome& outcome) {
       {"figures", figuresObject(makeFigures(start, sumOf(outcome.accounts), fills))}};
 }
 
+namespace {
+
+/// How many orders of a source were rejected, and why the first was; empty if none was.
+std::string rejectionsOf(const std::string& name, const SourceResult& trading) {
+  std::size_t count = 0;
+  std::string first;
+  for (const Order& order : trading.orders) {
+    const OrderView view(order);
+    if (view.status() != order::Status::Rejected) continue;
+    if (count++ == 0) first = gbkToUtf8(view.message());
+  }
+  if (count == 0) return {};
+  return fmt::format("{}: {} of {} orders rejected, the first: {}\n", name, count,
+                     trading.orders.size(), first);
+}
+
+}  // namespace
+
 std::string figuresTable(const RunOutcome& outcome) {
-  std::string rows;
+  std::string rows, rejections;
   const auto addRow = [&rows](const std::string& name, const Figures& figures) {
     rows += fmt::format("{:<16} {:>7} {:>14.2f} {:>9} {:>9} {:>7} {:>7} {:>8} {:>7} {:>7}\n", name,
                         figures.fills, figures.finalEquity, percent(figures.totalReturn),
@@ -290,6 +308,7 @@ std::string figuresTable(const RunOutcome& outcome) {
     ++traders;
     addRow(runner.plan.name,
            makeFigures(runner.startBalance, runner.trading->curve, runner.trading->fills));
+    rejections += rejectionsOf(runner.plan.name, *runner.trading);
   }
   for (const OtherTrading& other : otherTrading(outcome)) {
     ++traders;
@@ -311,7 +330,7 @@ std::string figuresTable(const RunOutcome& outcome) {
   return fmt::format("\n{:<16} {:>7} {:>14} {:>9} {:>9} {:>7} {:>7} {:>8} {:>7} {:>7}\n", "trading",
                      "fills", "final equity", "return", "annual", "sharpe", "sortino", "max dd",
                      "wins", "pf") +
-         rows;
+         rows + rejections;
 }
 
 }  // namespace orvane

@@ -86,6 +86,7 @@ Number numberOf(const Row& row, Field field) {
 int flagsOf(const Row& row) {
   if (!isThere(row, Flags)) return 0;
   if (*row.fields[Flags] != "delete") fail(row, Flags, "is not a flag; \"delete\" is");
+  if (isThere(row, Text)) fail(row, Text, "stands in a deletion, which has none");
   return dictionary::kDeletes;
 }
 

@@ -8,6 +8,7 @@
 #include <set>
 #include <utility>
 
+#include "platform/core/JsonKeys.h"
 #include "platform/core/JsonText.h"
 #include "platform/market/files/CsvRows.h"
 #include "platform/market/files/DataFiles.h"
@@ -238,6 +239,9 @@ std::vector<IndexComposition> readJson(const detail::FileText& file, const std::
   if (error.error != QJsonParseError::NoError)
     fail(file.path + ":" + std::to_string(bytes.left(error.offset).count('\n') + 1),
          error.errorString().toStdString());
+  if (const auto twice = detail::keyGivenTwice(file.text))
+    fail(file.path + ":" + std::to_string(bytes.left(qsizetype(twice->offset)).count('\n') + 1),
+         "key \"" + twice->key + "\" comes twice");
   if (!document.isObject())
     fail(file.path, "must hold a JSON object with the key \"indexes\", not a list");
   const QJsonObject root = document.object();

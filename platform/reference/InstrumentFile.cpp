@@ -9,8 +9,10 @@
 #include <functional>
 #include <map>
 #include <regex>
+#include <set>
 #include <stdexcept>
 
+#include "platform/core/JsonKeys.h"
 #include "platform/core/JsonText.h"
 #include "platform/core/ZoneRules.h"
 #include "shared/CodeTables.h"
@@ -122,6 +124,16 @@ Instrument readInstrument(const QJsonValue& value) {
   return instrument;
 }
 
+/// The last of them stands for a code and market of its own.
+void checkNotGivenBefore(const std::vector<Instrument>& instruments, const std::string& path) {
+  const Instrument& last = instruments.back();
+  for (std::size_t i = 0; i + 1 < instruments.size(); ++i)
+    if (instruments[i].code == last.code && instruments[i].market == last.market)
+      throw std::invalid_argument(path + ": instruments[" + std::to_string(instruments.size() - 1) +
+                                  "]: key \"code\": \"" + gbkToUtf8(last.code) +
+                                  "\" is that of instruments[" + std::to_string(i) + "] already");
+}
+
 std::vector<std::string> split(const std::string& text, char at) {
   std::vector<std::string> parts;
   std::size_t begin = 0;
@@ -169,6 +181,11 @@ std::vector<Instrument> loadInstruments(const std::string& path) {
     throw std::invalid_argument(path + ":" + std::to_string(line) + ": " +
                                 error.errorString().toStdString());
   }
+  if (const auto twice = detail::keyGivenTwice({bytes.constData(), std::size_t(bytes.size())})) {
+    const auto line = bytes.left(qsizetype(twice->offset)).count('\n') + 1;
+    throw std::invalid_argument(path + ":" + std::to_string(line) + ": key \"" + twice->key +
+                                "\" comes twice");
+  }
   const QJsonValue list =
       document.isArray() ? QJsonValue(document.array()) : document.object().value("instruments");
   if (!list.isArray())
@@ -182,6 +199,7 @@ std::vector<Instrument> loadInstruments(const std::string& path) {
       throw std::invalid_argument(path + ": instruments[" + std::to_string(instruments.size()) +
                                   "]: " + wrong.what());
     }
+    checkNotGivenBefore(instruments, path);
   }
   return instruments;
 }
@@ -192,6 +210,7 @@ Instrument parseInstrument(const std::string& text) {
   const std::size_t point = parts[0].rfind('.');
   instrument.code = utf8ToGbk(parts[0].substr(0, point));
   if (point != std::string::npos) instrument.market = utf8ToGbk(parts[0].substr(point + 1));
+  std::set<std::string> given;
   for (std::size_t i = 1; i < parts.size(); ++i) {
     const std::size_t equals = parts[i].find('=');
     if (equals == std::string::npos) fail(parts[i], "", "has no value");
@@ -200,6 +219,7 @@ Instrument parseInstrument(const std::string& text) {
     const auto full = shortKeys().find(key);
     if (full != shortKeys().end()) key = full->second;
     if (key == "code" || key == "market") fail(key, value, "stands before the first comma");
+    if (!given.insert(key).second) fail(key, value, "comes a second time");
     if (key == "sessions") std::replace(value.begin(), value.end(), '+', ',');
     if (key == "id") {
       instrument.id = idOf(key, value);

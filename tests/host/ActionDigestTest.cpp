@@ -29,7 +29,6 @@ std::map<std::string, std::string> digests(const test::TempFolder& folder, int t
       runners.append(
           QJsonObject{{"name", QString("%1 %2").arg(act, value)},
                       {"strategy", QString::fromStdString(test::testModule("acting_strategy"))},
-                      {"orderSource", value},
                       {"account", "shared"},
                       {"server", true},
                       {"params", QJsonObject{{"act", act}}}});

@@ -84,6 +84,42 @@ TEST(BadInput, shouldNamePlaceAndProblemWhenJsonIsBad) {
                 {"colums", "columns"});
 }
 
+TEST(BadInput, shouldNamePlaceAndKeyWhenAKeyComesTwice) {
+  const test::TempFolder folder;
+  const std::string bars = folder.write("bars.csv", test::barsCsv());
+  expectRefused({"run", "-s", "sma_cross", "-b", bars, "-p", R"({"fast": 2, "fast": 9})"},
+                {"--params:1:13:", "\"fast\" comes twice"});
+  const std::string runner = R"("runners": [{"strategy": "sma_cross"}], "bars": "bars.csv")";
+  expectRefused(
+      {"run", folder.write("run.json", "{\"capital\": 5,\n \"capital\": 7, " + runner + "}")},
+      {"run.json:2:2:", "\"capital\" comes twice"});
+  const auto instruments = folder.write(
+      "i.json", R"({"instruments": [{"code": "A", "multiplier": 1, "multiplier": 2}]})");
+  expectRefused({"run", "-s", "sma_cross", "-b", bars, "-i", instruments},
+                {"i.json:1:", "\"multiplier\" comes twice"});
+  const auto again = folder.write("j.json", R"([{"code": "A"}, {"code": "B"}, {"code": "A"}])");
+  expectRefused({"run", "-s", "sma_cross", "-b", bars, "-i", again},
+                {"j.json: instruments[2]:", "\"A\" is that of instruments[0] already"});
+}
+
+TEST(BadInput, shouldNameThePlaceOfALimitAndOfAGrid) {
+  const test::TempFolder folder;
+  folder.write("bars.csv", test::barsCsv());
+  const auto refused = [&](const std::string& runner, const std::string& more,
+                           const std::vector<std::string>& parts) {
+    expectRefused(
+        {"run", folder.write("run.json", R"({"runners": [{"strategy": "sma_cross")" + runner +
+                                             R"(}], "bars": "bars.csv")" + more + "}")},
+        parts);
+  };
+  refused(R"(, "limits": {"maxLoss": -1})", "", {"run.json: runners[0].limits.maxLoss:", "-1"});
+  const std::string grid = R"(, "grids": [{"code": "bars", "lower": 1, "upper": 10, "volume": 1, )";
+  refused("", grid + R"("step": 7}])", {"run.json: grids[0].step:"});
+  refused("", R"(, "threads": 0)", {"run.json: threads:", "from 1 to 1024"});
+  refused("", R"(, "capital": 5, "accounts": [{"name": "sma_cross", "startBalance": 7}])",
+          {"run.json: capital:", "nobody's"});
+}
+
 TEST(BadInput, shouldNameTheCodeWhenItIsUnknown) {
   const test::TempFolder folder;
   const auto bars = folder.write("bars.csv", test::barsCsv());

@@ -29,6 +29,23 @@ TEST(InstrumentInputs, shouldNameOptionKeyAndValueWhenAValueIsWrong) {
   }
 }
 
+TEST(InstrumentInputs, shouldRefuseAKeyOrAnInstrumentThatComesTwice) {
+  const auto faultOf = [](const std::vector<std::string>& given) {
+    try {
+      std::vector<InstrumentInput> inputs;
+      for (const std::string& text : given) inputs.push_back(instrumentOf(text, "--instrument"));
+      checkNotGivenTwice(inputs);
+    } catch (const InputError& error) {
+      return std::string(error.what());
+    }
+    return std::string("none");
+  };
+  EXPECT_THAT(faultOf({"A.X,multiplier=300,multiplier=10"}), testing::HasSubstr("multiplier"));
+  EXPECT_EQ(faultOf({"A.X,multiplier=300", "A.X"}),
+            "--instrument A.X: is given already: --instrument A.X,multiplier=300");
+  EXPECT_EQ(faultOf({"A.X", "A.Y", "A"}), "none");
+}
+
 TEST(InstrumentInputs, shouldSplitACodeAtItsLastDot) {
   Instrument instrument;
   setCodeText(instrument, "BRK.B.NYSE");

@@ -174,10 +174,25 @@ TEST_F(Program, shouldRunSeveralRunnersOfAConfigurationOverGeneratedData) {
 }
 
 TEST_F(Program, shouldShowWhatItRecognisesOfAFile) {
+  // Two bars of one time can be read as ticks, but that is hardly what they are.
+  const auto twice = folder_.write("twice.csv",
+                                   "datetime,open,high,low,close,volume\n"
+                                   "2021-01-04 09:30,1,2,1,2,5\n2021-01-04 09:30,1,2,1,2,5\n");
+  const auto asTicks = test::runProgram({"inspect", twice});
+  EXPECT_THAT(asTicks.out, HasSubstr("ticks of"));
+  EXPECT_THAT(asTicks.out, HasSubstr("  note   not read as bars: " + twice + ":3"));
+
   const auto result = test::runProgram({"inspect", folder_.write("zz_1min.csv", test::barsCsv())});
   EXPECT_EQ(result.exitCode, kExitSuccess) << result.err;
   EXPECT_THAT(result.out, HasSubstr("bars of ZZ, period 1m"));
   EXPECT_THAT(result.out, HasSubstr("30 rows"));
+}
+
+TEST_F(Program, shouldTellHowManyOrdersWereRejectedAndWhyTheFirstWas) {
+  const auto result = run("sma_cross", {"--capital", "1", "--margin-rate", "1", "--params",
+                                        R"({"fast": 2, "slow": 3})"});
+  EXPECT_EQ(result.exitCode, kExitSuccess) << result.err;
+  EXPECT_THAT(result.out, HasSubstr(" orders rejected, the first: not enough money: needs "));
 }
 
 TEST_F(Program, shouldPlayTheSameRecordsInLiveMode) {

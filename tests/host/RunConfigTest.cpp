@@ -77,7 +77,7 @@ TEST(RunConfig, shouldNameFieldAndValueOfAWrongType) {
               HasSubstr("run.json: runners[0].strategy: must be a text, not 5"));
   EXPECT_THAT(refusalOf(R"({"runners": {}})"), HasSubstr("run.json: runners: must be an array"));
   EXPECT_THAT(refusalOf(R"({"runners": [{"strategy": "x"}], "threads": 1.5})"),
-              HasSubstr("run.json: threads: must be a whole number from 0 to 1024, not 1.5"));
+              HasSubstr("run.json: threads: must be a whole number from 1 to 1024, not 1.5"));
   EXPECT_THAT(refusalOf(R"({"runners": [{"strategy": "x"}], "speed": "fast"})"),
               HasSubstr("run.json: speed: \"fast\" is not a speed"));
 }

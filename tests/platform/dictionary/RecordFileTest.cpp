@@ -83,8 +83,10 @@ TEST(RecordFile, shouldNameFileLineFieldAndValueOfAFaultInCsv) {
             "r.csv:2: field \"key\": \"99999999999999999999\" is too large a number");
   EXPECT_EQ(errorOf(head + "N,a,1,x,realtime\n", "r.csv"),
             "r.csv:2: field \"flags\": \"realtime\" is not a flag; \"delete\" is");
-  EXPECT_EQ(errorOf(head + "N,a,1,x,delete\n", "r.csv"),
+  EXPECT_EQ(errorOf(head + "N,a,1,,delete\n", "r.csv"),
             "r.csv:2: field \"flags\": \"delete\" needs a time");
+  EXPECT_EQ(errorOf(head + "N,a,1,x,delete\n", "r.csv"),
+            "r.csv:2: field \"text\": \"x\" stands in a deletion, which has none");
   EXPECT_EQ(errorOf(head + "N,a,1\n", "r.csv"), "r.csv:2: has 3 fields instead of 5");
   EXPECT_EQ(errorOf("name,target,key\n", "r.csv"), "r.csv:1: field \"text\" is missing");
   EXPECT_EQ(errorOf("name,target,key,text,when\n", "r.csv"),
