@@ -124,16 +124,6 @@ Instrument readInstrument(const QJsonValue& value) {
   return instrument;
 }
 
-/// The last of them stands for a code and market of its own.
-void checkNotGivenBefore(const std::vector<Instrument>& instruments, const std::string& path) {
-  const Instrument& last = instruments.back();
-  for (std::size_t i = 0; i + 1 < instruments.size(); ++i)
-    if (instruments[i].code == last.code && instruments[i].market == last.market)
-      throw std::invalid_argument(path + ": instruments[" + std::to_string(instruments.size() - 1) +
-                                  "]: key \"code\": \"" + gbkToUtf8(last.code) +
-                                  "\" is that of instruments[" + std::to_string(i) + "] already");
-}
-
 std::vector<std::string> split(const std::string& text, char at) {
   std::vector<std::string> parts;
   std::size_t begin = 0;
@@ -199,7 +189,6 @@ std::vector<Instrument> loadInstruments(const std::string& path) {
       throw std::invalid_argument(path + ": instruments[" + std::to_string(instruments.size()) +
                                   "]: " + wrong.what());
     }
-    checkNotGivenBefore(instruments, path);
   }
   return instruments;
 }

@@ -46,6 +46,15 @@ TEST(TradeConfig, shouldGiveEachRunnerAnAccountOfItsOwn) {
   EXPECT_EQ(options.sources, (std::vector<std::string>{"one", "desk"}));
 }
 
+TEST(TradeConfig, shouldGiveTheCapitalToEachAccountWithoutABalanceOfItsOwn) {
+  const RunPlan plan = planOf(
+      R"("capital": "70", "accounts": [{"name": "one"}, {"name": "two", "startBalance": 5}])");
+  const TradeOptions options = tradeOptions(plan, "UTC");
+  ASSERT_EQ(options.accounts.size(), 2u);
+  EXPECT_EQ(options.accounts[0].startBalance, "70");
+  EXPECT_EQ(options.accounts[1].startBalance, "5");
+}
+
 TEST(TradeConfig, shouldLetRunnersShareAnAccount) {
   const test::TempFolder folder;
   RunPlan plan;
