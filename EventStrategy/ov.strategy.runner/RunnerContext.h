@@ -97,9 +97,10 @@ class RunnerContext final : public AbstractEventStrategy,
   std::unique_ptr<UserContext> context_;              ///< Made once, kept across runs.
   std::atomic<bool> isSetStop_{false};
 
-  std::mutex mutex_;      ///< Guards the three below; never held while anything is delivered.
+  std::mutex mutex_;      ///< Guards the four below; never held while anything is delivered.
   bool running_ = false;  ///< A pool task is scheduled or running.
   std::list<std::unique_ptr<IEvent>> events_;
+  std::list<std::unique_ptr<IEvent>> spare_;  ///< Empty entries for events that are to come.
   std::unique_ptr<NotifyRefCounter> notifyRefCounter_;  ///< There while data events are pending.
 };
 

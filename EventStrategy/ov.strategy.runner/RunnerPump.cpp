@@ -7,17 +7,43 @@
 #include "services/Common/ThreadPoolBase.h"
 
 namespace orvane {
+namespace {
+
+/// A burst's entries are not kept for ever.
+constexpr std::size_t kMostSpare = 1024;
+/// A batch of so many is taken for part of a flood.
+constexpr std::size_t kFlood = 4;
+/// Rounds of waiting, about a microsecond.
+constexpr int kLinger = 16;
+
+void pause(int rounds) {
+#if defined(__x86_64__)
+  for (int i = 0; i < rounds; ++i) __builtin_ia32_pause();
+#endif
+}
+
+/// The list's mutex is held for a moment only. Falling asleep for it and being woken takes many
+/// times as long; so it is tried a few times, ever more rarely: each try disturbs the holder.
+std::unique_lock<std::mutex> lockSoon(std::mutex& mutex) {
+  for (int rounds = 4; rounds <= 64; rounds *= 2) {
+    if (mutex.try_lock()) return {mutex, std::adopt_lock};
+    pause(rounds);
+  }
+  return std::unique_lock(mutex);
+}
+
+}  // namespace
 
 void RunnerContext::pushEvent(IEvent* event) {
   std::unique_ptr<IEvent> owned(event);
-  // All that needs memory comes first: an event without a counter would not be waited for.
-  std::list<std::unique_ptr<IEvent>> entry;
-  entry.push_back(std::move(owned));
   std::unique_ptr<NotifyRefCounter> counter;
-  const std::lock_guard lock(mutex_);
+  const auto lock = lockSoon(mutex_);
+  // All that needs memory comes first: an event without a counter would not be waited for.
+  if (spare_.empty()) spare_.emplace_back();
   const bool isFirst = !notifyRefCounter_;
   if (isFirst) counter = std::make_unique<NotifyRefCounter>();
-  events_.splice(events_.end(), entry);
+  spare_.front() = std::move(owned);
+  events_.splice(events_.end(), spare_, spare_.begin());
   if (isFirst) notifyRefCounter_ = std::move(counter);
   try {
     schedulePoolTask();
@@ -75,7 +101,10 @@ void RunnerContext::doPoolTask() {
       event.reset();
     }
     counter.reset();
+    // Whoever takes faster than others push would go through the pool for each event.
+    if (batch.size() >= kFlood) pause(kLinger);
     const std::lock_guard lock(mutex_);
+    if (spare_.size() + batch.size() <= kMostSpare) spare_.splice(spare_.end(), batch);
     running_ = false;
     try {
       schedulePoolTask();
