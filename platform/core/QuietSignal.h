@@ -11,22 +11,20 @@ namespace orvane::detail {
 /// or running, and no `NotifyRefCounter` alive. Both are needed. Control events have no counter,
 /// and a counter exists for a moment before its task does.
 ///
-/// Any thread may call any operation. The counts are sequentially consistent, so that a waiter
-/// that announced itself is never missed by whoever takes a count to zero.
+/// Any thread may call any operation. What came and what went are counted apart: who gives and who
+/// takes are different threads, and a count that both write would travel between them with each
+/// event. The counts are sequentially consistent, so that a waiter that announced itself is never
+/// missed by whoever takes the last of them away.
 class QuietSignal {
  public:
-  void addWork() { work_.fetch_add(1); }
-  void endWork() {
-    if (work_.fetch_sub(1) == 1) wake();
-  }
-  void acquireRef() { refs_.fetch_add(1); }
-  void releaseRef() {
-    if (refs_.fetch_sub(1) == 1) wake();
-  }
+  void addWork() { work_.came.fetch_add(1); }
+  void endWork() { end(work_); }
+  void acquireRef() { refs_.came.fetch_add(1); }
+  void releaseRef() { end(refs_); }
 
-  bool quiet() const { return work_.load() == 0 && refs_.load() == 0; }
-  std::int64_t work() const { return work_.load(); }
-  std::int64_t refs() const { return refs_.load(); }
+  bool quiet() const { return work() == 0 && refs() == 0; }
+  std::int64_t work() const { return work_.open(); }
+  std::int64_t refs() const { return refs_.open(); }
 
   /// Lets waiters look at their condition again.
   void wake() {
@@ -47,9 +45,25 @@ class QuietSignal {
   }
 
  private:
-  std::atomic<std::int64_t> work_{0};
-  std::atomic<std::int64_t> refs_{0};
-  std::atomic<int> waiters_{0};
+  struct Count {
+    alignas(64) std::atomic<std::int64_t> came{0};
+    alignas(64) std::atomic<std::int64_t> went{0};
+
+    /// Nothing goes before it came; so none is open if what had gone first is what has come since.
+    std::int64_t open() const {
+      const std::int64_t gone = went.load();
+      return came.load() - gone;
+    }
+  };
+
+  void end(Count& count) {
+    count.went.fetch_add(1);
+    if (waiters_.load() != 0 && count.open() == 0) wake();
+  }
+
+  Count work_;
+  Count refs_;
+  alignas(64) std::atomic<int> waiters_{0};
   std::mutex mutex_;
   std::condition_variable changed_;
 };

@@ -12,10 +12,21 @@ namespace {
 /// What waking a thread and its share of the locks costs, generously.
 constexpr std::int64_t kWorthWakingNs = 40'000;
 constexpr std::chrono::milliseconds kSentinelTurn{1};
+/// How long a worker stays awake for the next task. Falling asleep and being woken takes longer
+/// than most tasks; an idle process must not burn a processor.
+constexpr std::chrono::microseconds kWatch{100};
 /// Room for as many runners with something to do from the start. A power of two.
 constexpr std::size_t kFirstSlots = 1024;
 
+void relax() {
+#if defined(__x86_64__)
+  __builtin_ia32_pause();
+#endif
+}
+
 thread_local TaskOrigin runningOrigin;
+/// The pool that this thread helps, while it does.
+thread_local const WorkerPool* helped = nullptr;
 
 }  // namespace
 
@@ -73,13 +84,20 @@ int WorkerPool::threadCount() const {
 
 TaskOrigin WorkerPool::currentOrigin() { return runningOrigin; }
 
+bool WorkerPool::keepForHelper(Task& task) {
+  if (helped != this || kept_.task || runningOrigin.root != 0 || pending_.load() != 0) return false;
+  kept_ = {std::move(task), {roots_.fetch_add(1, std::memory_order_relaxed) + 1, 0}};
+  return true;
+}
+
 void WorkerPool::add(Task task) {
   signal_.addWork();
+  if (keepForHelper(task)) return;
   bool wakeWorker = false;
   TaskOrigin origin{runningOrigin.root, runningOrigin.depth + 1};
   {
     const std::lock_guard lock(mutex_);
-    if (origin.root == 0) origin = {++roots_, 0};
+    if (origin.root == 0) origin = {roots_.fetch_add(1) + 1, 0};
     try {
       queue_.push({std::move(task), origin});
     } catch (...) {
@@ -87,7 +105,8 @@ void WorkerPool::add(Task task) {
       throw;
     }
     pending_.store(queue_.size());
-    wakeWorker = sleepers_ > 0 && workersMayTake();
+    const bool isSeen = hasWatch_ && queue_.size() == 1;
+    wakeWorker = !isSeen && sleepers_ > 0 && workersMayTake();
   }
   if (wakeWorker)
     wakeUp_.notify_one();
@@ -99,6 +118,7 @@ void WorkerPool::beginHelping() {
   const std::lock_guard lock(mutex_);
   helping_ = true;
   helperReady_ = true;
+  helped = this;
   wakeUp_.notify_one();  // Whoever wakes becomes the sentinel.
 }
 
@@ -106,10 +126,27 @@ void WorkerPool::endHelping() {
   const std::lock_guard lock(mutex_);
   helping_ = false;
   helperReady_ = false;
+  helped = nullptr;
+  if (kept_.task) {
+    queue_.push(std::exchange(kept_, {}));
+    pending_.store(queue_.size());
+  }
   if (!queue_.empty()) wakeUp_.notify_all();
 }
 
+void WorkerPool::runKept() {
+  Entry task = std::exchange(kept_, {});
+  // Who adds meanwhile and still sees it ready leaves its task to the sentinel, a moment later.
+  helperReady_.store(false, std::memory_order_release);
+  run(task);
+  helperReady_.store(true, std::memory_order_release);
+}
+
 bool WorkerPool::helpOne() {
+  if (kept_.task) {
+    runKept();
+    return true;
+  }
   if (pending_.load() == 0) return false;
   Entry task;
   bool othersWait = false;
@@ -123,8 +160,7 @@ bool WorkerPool::helpOne() {
   }
   if (!othersWait) {
     run(task);
-    const std::lock_guard lock(mutex_);
-    helperReady_ = true;
+    helperReady_.store(true);
     return true;
   }
   const auto begin = std::chrono::steady_clock::now();
@@ -147,15 +183,29 @@ void WorkerPool::awaitTaskOrQuiet() {
   // Most tasks are shorter than falling asleep and being woken takes.
   for (int i = 0; i < 200; ++i) {
     if (pending_.load() != 0 || signal_.quiet()) return;
-#if defined(__x86_64__)
-    __builtin_ia32_pause();
-#endif
+    relax();
   }
   signal_.wait([this] { return pending_.load() != 0 || signal_.quiet(); });
 }
 
+void WorkerPool::watch(std::unique_lock<std::mutex>& lock) {
+  hasWatch_ = true;
+  lock.unlock();
+  const auto end = std::chrono::steady_clock::now() + kWatch;
+  bool isOver = false;
+  while (pending_.load(std::memory_order_relaxed) == 0 && !isOver) {
+    for (int i = 0; i < 32 && pending_.load(std::memory_order_relaxed) == 0; ++i) relax();
+    isOver = std::chrono::steady_clock::now() >= end;
+  }
+  // Whoever has added something lets go of the lock in a moment: no need to sleep for it.
+  for (int i = 0; i < 100 && !lock.try_lock(); ++i) relax();
+  if (!lock.owns_lock()) lock.lock();
+  hasWatch_ = false;
+}
+
 void WorkerPool::work() {
   std::unique_lock lock(mutex_);
+  bool hasWatched = false;
   while (true) {
     if (workersMayTake()) {
       Entry task = queue_.pop();
@@ -164,6 +214,7 @@ void WorkerPool::work() {
       lock.unlock();
       run(task);
       lock.lock();
+      hasWatched = false;
     } else if (threads_ > target_ || closing_) {
       break;
     } else if (helping_ && !hasSentinel_) {
@@ -172,10 +223,14 @@ void WorkerPool::work() {
       wakeUp_.wait_for(lock, kSentinelTurn);
       --sleepers_;
       hasSentinel_ = false;
+    } else if (!helping_ && !hasWatch_ && !hasWatched) {
+      hasWatched = true;
+      watch(lock);
     } else {
       ++sleepers_;
       wakeUp_.wait(lock);
       --sleepers_;
+      hasWatched = false;
     }
   }
   --threads_;

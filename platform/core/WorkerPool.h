@@ -30,6 +30,9 @@ struct TaskOrigin {
 /// helper's task may turn out long, or may even wait for one that is queued, one worker, the
 /// sentinel, looks every millisecond whether it is so.
 ///
+/// A task that the helper adds between two of its own, where nothing else is pending, does not even
+/// enter the queue: nobody else would take it, so nobody else need see it.
+///
 /// Any thread may call any operation, but the helper's own are for one thread at a time.
 class WorkerPool {
  public:
@@ -89,21 +92,30 @@ class WorkerPool {
   };
 
   void work();
+  /// Stays awake for a while after work, so that what comes next needs no waking. One worker at a
+  /// time does so; `lock` is given up meanwhile.
+  void watch(std::unique_lock<std::mutex>& lock);
   void run(Entry& entry);
+  /// The helper's way to add a task that it will run next. False if the task must be queued.
+  bool keepForHelper(Task& task);
+  void runKept();
   /// Whether there is a task that is not better left to the helper. Under `mutex_`.
   bool workersMayTake() const;
 
   QuietSignal signal_;
   std::atomic<std::size_t> pending_{0};  ///< Size of `queue_`, for a look without the lock.
 
+  Entry kept_;                            ///< The helper's next task; the helper's alone.
+  std::atomic<bool> helperReady_{false};  ///< It runs no task and will look for one.
+  std::atomic<std::uint64_t> roots_{0};   ///< Tasks that were added from outside.
+
   mutable std::mutex mutex_;  ///< Guards what follows. No task runs under it.
   std::condition_variable wakeUp_;
   std::condition_variable left_;
   Ring queue_;
-  std::uint64_t roots_ = 0;   ///< Tasks that were added from outside.
-  bool helping_ = false;      ///< There is a helper.
-  bool helperReady_ = false;  ///< It runs no task and will look for one.
+  bool helping_ = false;  ///< There is a helper.
   bool hasSentinel_ = false;
+  bool hasWatch_ = false;    ///< A worker watches for the next task.
   std::int64_t taskNs_ = 0;  ///< How long the helper's tasks lately took.
   bool closing_ = false;
   int target_ = 0;

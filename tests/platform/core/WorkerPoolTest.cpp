@@ -122,18 +122,69 @@ TEST(WorkerPool, shouldLeaveTheFirstTaskToAReadyHelper) {
   pool.beginHelping();
   const auto helper = std::this_thread::get_id();
   for (int i = 0; i < 100; ++i) {
-    // Workers are awake for a while after a start, so only the helper's share is certain.
     std::thread::id ranOn;
     pool.add([&] { ranOn = std::this_thread::get_id(); });
     while (pool.helpOne()) {
     }
-    if (!pool.signal().quiet()) pool.awaitTaskOrQuiet();
-    EXPECT_NE(ranOn, std::thread::id());
-    if (i > 50) {
-      EXPECT_EQ(ranOn, helper);
-    }
+    EXPECT_EQ(ranOn, helper);
+    EXPECT_TRUE(pool.signal().quiet());
   }
   pool.endHelping();
+}
+
+TEST(WorkerPool, shouldKeepTheOrderOfWhatTheHelperAddsAndWhatOthersAdd) {
+  WorkerPool pool;  // Without a worker, so that the helper runs all.
+  pool.beginHelping();
+  std::vector<int> order;
+  const auto adder = [&](int number) {
+    return [&, number] { pool.add([&order, number] { order.push_back(number); }); };
+  };
+  adder(1)();
+  adder(2)();
+  std::thread(adder(3)).join();
+  adder(4)();
+  while (pool.helpOne()) {
+  }
+  std::thread(adder(5)).join();
+  adder(6)();
+  while (pool.helpOne()) {
+  }
+  EXPECT_EQ(order, (std::vector<int>{1, 2, 3, 4, 5, 6}));
+  EXPECT_TRUE(pool.signal().quiet());
+  pool.endHelping();
+}
+
+TEST(WorkerPool, shouldGiveWhatTheHelperAddsItsOwnTreesInTheirOrder) {
+  WorkerPool pool;
+  pool.beginHelping();
+  std::vector<TaskOrigin> seen;
+  const auto note = [&] { seen.push_back(WorkerPool::currentOrigin()); };
+  pool.add([&] {
+    note();
+    pool.add(note);
+  });
+  pool.add(note);
+  while (pool.helpOne()) {
+  }
+  pool.endHelping();
+  ASSERT_EQ(seen.size(), 3u);
+  EXPECT_EQ(seen[1].root, seen[0].root + 1);
+  EXPECT_EQ(seen[2].root, seen[0].root);
+  EXPECT_EQ(seen[0].depth, 0u);
+  EXPECT_EQ(seen[1].depth, 0u);
+  EXPECT_EQ(seen[2].depth, 1u);
+}
+
+TEST(WorkerPool, shouldLoseNoTaskThatComesWhileAWorkerIsStillAwake) {
+  WorkerPool pool;
+  pool.resize(2);
+  for (int i = 0; i < 20000; ++i) {
+    std::atomic<int> ran{0};
+    pool.add([&] { ++ran; });
+    if (i % 3 == 0) pool.add([&] { ++ran; });
+    awaitQuiet(pool);
+    ASSERT_EQ(ran.load(), i % 3 == 0 ? 2 : 1);
+  }
 }
 
 TEST(WorkerPool, shouldNotStrandATaskWhenTheHelperLeaves) {
