@@ -56,9 +56,7 @@ void AbstractEventStrategy::onRtnCapital(const TradingAccount& capital) {
 }
 
 void AbstractEventStrategy::onQuote(const IDepthMarketData& quote) {
-  auto event = std::make_unique<TickEvent>();
-  event->quote = quote;
-  pushEvent(event.release());
+  pushEvent(std::make_unique<TickEvent>(quote).release());
 }
 
 void AbstractEventStrategy::onKLine(int requestId, const ICodeID& code,

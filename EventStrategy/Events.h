@@ -57,6 +57,7 @@ struct DataEvent : IEvent {
 /// One live quote.
 struct TickEvent : IEvent {
   TickEvent() : IEvent(EventTypeTick) {}
+  explicit TickEvent(const IDepthMarketData& from) : IEvent(EventTypeTick), quote(from) {}
   IDepthMarketData quote;
   std::int32_t requestId = -1;  ///< Stays -1: live quotes answer no request.
 };

@@ -1,5 +1,7 @@
 #include "platform/market/Series.h"
 
+#include <algorithm>
+
 namespace orvane {
 namespace {
 
@@ -18,14 +20,6 @@ void clearCarried(IDepthMarketData& record) {
   if (!record.extras.empty()) record.extras.clear();
 }
 
-/// How many levels a side has: up to the last one with a price.
-template <typename Price>
-int levelsOf(Price price) {
-  for (int level = 10; level > 0; --level)
-    if (price(level - 1) != 0) return level;
-  return 0;
-}
-
 }  // namespace
 
 void TickSeries::fill(std::size_t row, IDepthMarketData& record) const {
@@ -37,6 +31,7 @@ void TickSeries::fill(std::size_t row, IDepthMarketData& record) const {
   writer.set(quote::TradingDay, tradingDays[row]);
   const double* cell = cells.data() + row * columns.size();
   bool traded = false;
+  int bids = 0, asks = 0;  // Up to the last level with a price.
   for (std::size_t i = 0; i < columns.size(); ++i) {
     const TickColumnId id = columns[i];
     const double value = cell[i];
@@ -44,12 +39,14 @@ void TickSeries::fill(std::size_t row, IDepthMarketData& record) const {
     switch (id.column) {
       case TickColumn::BidPrice:
         level.value1 = std::bit_cast<Word>(value);
+        if (value != 0) bids = std::max(bids, id.level + 1);
         break;
       case TickColumn::BidSize:
         level.value3 = value;
         break;
       case TickColumn::AskPrice:
         level.value2 = std::bit_cast<Word>(value);
+        if (value != 0) asks = std::max(asks, id.level + 1);
         break;
       case TickColumn::AskSize:
         (id.level < 7 ? record.block3[id.level] : record.block1[quote::AskSize8 + id.level - 7]) =
@@ -63,8 +60,6 @@ void TickSeries::fill(std::size_t row, IDepthMarketData& record) const {
     }
   }
   const QuoteView view(record);
-  const int bids = levelsOf([&](int at) { return view.bidPrice(static_cast<std::size_t>(at)); });
-  const int asks = levelsOf([&](int at) { return view.askPrice(static_cast<std::size_t>(at)); });
   writer.set(quote::BidLevels, bids);
   writer.set(quote::AskLevels, asks);
   writer.set(quote::Flags, (traded ? quote::kHasTrade : 0) |
