@@ -14,11 +14,13 @@ namespace {
 
 Wanted wantedNow = Wanted::Bars;
 ICodeID codeNow;
-std::size_t seen = 0;
+std::atomic<std::size_t> seen{0};
 std::atomic<std::size_t> ordersTold{0};
 
 class CountingStrategy final : public Strategy {
  public:
+  ~CountingStrategy() override { seen += seen_; }
+
   void onStart(IContext* context, const QJsonObject& /*params*/) override {
     if (wantedNow == Wanted::Trading) {
       context->findTradingAccount(kAccount, 0, account_);
@@ -37,11 +39,11 @@ class CountingStrategy final : public Strategy {
       context->sendOrder(request, sent);
   }
   void onOrder(IContext* /*context*/, const Order& /*order*/) override { ++ordersTold; }
-  void onQuote(IContext* /*context*/, const IDepthMarketData& /*quote*/) override { ++seen; }
+  void onQuote(IContext* /*context*/, const IDepthMarketData& /*quote*/) override { ++seen_; }
   void onBarSeriesById(IContext* context, int /*requestId*/, const ICodeID& /*code*/,
                        const std::string& /*frequency*/, const std::vector<IKLine>& bars,
                        const ResultStatus& /*status*/, int /*batchFlag*/) override {
-    seen += bars.size();
+    seen_ += bars.size();
     if (wantedNow != Wanted::Trading) return;
     holds_ = !holds_;
     std::list<Order> sent;
@@ -53,6 +55,7 @@ class CountingStrategy final : public Strategy {
 
  private:
   TradingAccountID account_;
+  std::size_t seen_ = 0;
   bool holds_ = false;
 };
 
@@ -71,7 +74,7 @@ Playback::Playback() {
 }
 
 Playback::~Playback() {
-  if (runner_ || context_) stop();
+  if (!runners_.empty() || context_) stop();
   platform_->drain();
   installPlatform(nullptr);
 }
@@ -82,12 +85,14 @@ ICodeID Playback::addCode() {
   return code_ = platform_->addInstrument(instrument);
 }
 
-void Playback::start(Wanted wanted) {
+void Playback::start(Wanted wanted, int count) {
   wantedNow = wanted;
   codeNow = code_;
-  runner_ = IRunnerFactory::instance()->createRunner("bench", 0);
-  runner_->setStrategyPath(ORVANE_ANY_MODULE);
-  runner_->start({});
+  for (int i = 0; i < count; ++i) {
+    runners_.push_back(IRunnerFactory::instance()->createRunner("bench" + std::to_string(i), 0));
+    runners_.back()->setStrategyPath(ORVANE_ANY_MODULE);
+    runners_.back()->start({});
+  }
 }
 
 std::shared_ptr<RunnerContext> Playback::startContext(const ICodeID& code, Wanted wanted) {
@@ -103,18 +108,17 @@ std::shared_ptr<RunnerContext> Playback::startContext(const ICodeID& code, Wante
 
 std::size_t Playback::sendOrders(int count) {
   ordersTold = 0;
-  runner_->update({{"orders", count}});
+  runners_.front()->update({{"orders", count}});
   platform_->drain();
   return ordersTold;
 }
 
 std::size_t Playback::stop() {
-  if (runner_) {
-    runner_->stop();
-    platform_->drain();
-    IRunnerFactory::instance()->destroyRunner("bench");
-    runner_.reset();
-  }
+  for (const auto& runner : runners_) runner->stop();
+  platform_->drain();
+  for (std::size_t i = 0; i < runners_.size(); ++i)
+    IRunnerFactory::instance()->destroyRunner("bench" + std::to_string(i));
+  runners_.clear();
   if (context_) {
     context_->stop();
     platform_->drain();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <vector>
 
 #include "EventStrategy/ov.strategy.runner/IRunner.h"
 #include "EventStrategy/ov.strategy.runner/RunnerContext.h"
@@ -29,8 +30,8 @@ class Playback {
   EmbeddedPlatform& platform() { return *platform_; }
   ICodeID addCode();
 
-  /// Starts a runner from the factory.
-  void start(Wanted wanted);
+  /// Starts so many runners from the factory, alike.
+  void start(Wanted wanted, int count = 1);
 
   /// Starts a bare `RunnerContext` with its sources attached.
   std::shared_ptr<RunnerContext> startContext(const ICodeID& code, Wanted wanted);
@@ -39,12 +40,12 @@ class Playback {
   /// comes of them is told. Answers how many order call-backs it got. For `Wanted::Trading`.
   std::size_t sendOrders(int count);
 
-  /// Ends the run and tells how many records the strategy saw.
+  /// Ends the run and tells how many records the strategies saw, together.
   std::size_t stop();
 
  private:
   std::unique_ptr<EmbeddedPlatform> platform_;
-  std::shared_ptr<IRunner> runner_;
+  std::vector<std::shared_ptr<IRunner>> runners_;
   std::shared_ptr<RunnerContext> context_;
   ICodeID code_;
 };

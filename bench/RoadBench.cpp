@@ -4,9 +4,8 @@
 #include <benchmark/benchmark.h>
 
 #include <QJsonObject>
-#include <condition_variable>
+#include <bit>
 #include <memory>
-#include <mutex>
 
 #include "EventStrategy/Events.h"
 #include "EventStrategy/QuoteSrc.h"
@@ -39,8 +38,9 @@ TickSeries makeTicks(const ICodeID& code, std::size_t count) {
   return series;
 }
 
-/// Plays one series through the whole road, from the start of the runner to its end.
-void play(benchmark::State& state, bool ticks) {
+/// Plays one series through the whole road, from the start of the runners to their end. The rate
+/// is that of all their call-backs.
+void play(benchmark::State& state, bool ticks, int runners = 1) {
   const auto count = static_cast<std::size_t>(state.range(0));
   for (auto _ : state) {
     state.PauseTiming();
@@ -50,22 +50,25 @@ void play(benchmark::State& state, bool ticks) {
       playback.platform().addTicks(makeTicks(code, count));
     else
       playback.platform().addBars(makeBars(code, count));
-    playback.start(ticks ? bench::Wanted::Quotes : bench::Wanted::Bars);
+    playback.start(ticks ? bench::Wanted::Quotes : bench::Wanted::Bars, runners);
     state.ResumeTiming();
     playback.platform().run();
     state.PauseTiming();
     const std::size_t seen = playback.stop();
-    if (seen != count) state.SkipWithError("the strategy did not see every record");
+    if (seen != count * static_cast<std::size_t>(runners))
+      state.SkipWithError("the strategy did not see every record");
     state.ResumeTiming();
   }
-  state.SetItemsProcessed(state.iterations() * state.range(0));
+  state.SetItemsProcessed(state.iterations() * state.range(0) * runners);
 }
 
 void barPlayback(benchmark::State& state) { play(state, false); }
 void tickPlayback(benchmark::State& state) { play(state, true); }
+void tickPlaybackOfMany(benchmark::State& state) { play(state, true, 64); }
 
 BENCHMARK(barPlayback)->Arg(500000)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(tickPlayback)->Arg(200000)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(tickPlaybackOfMany)->Arg(10000)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 /// Events pushed, taken by pool tasks, dispatched and destroyed. With one event the figure is the
 /// wait for quiet from a foreign thread; with many it is the pump.
@@ -88,20 +91,25 @@ void eventThroughPump(benchmark::State& state) {
 }
 BENCHMARK(eventThroughPump)->Arg(1)->Arg(10000)->UseRealTime();
 
-/// Quotes from the service's call-back to the strategy's; one and many as above.
+/// Quotes of ten levels from the service's call-back to the strategy's; one and many as above.
 void quoteToStrategy(benchmark::State& state) {
   bench::Playback playback;
   const ICodeID code = playback.addCode();
   const auto runner = playback.startContext(code, bench::Wanted::Quotes);
   IDepthMarketData quote;
   quote.code = code;
+  for (std::size_t level = 0; level < quote.levels.size(); ++level) {
+    quote.levels[level].value1 = std::bit_cast<Word>(100.0 - static_cast<double>(level));
+    quote.levels[level].value2 = std::bit_cast<Word>(101.0 + static_cast<double>(level));
+    quote.levels[level].value3 = 5;
+  }
   for (auto _ : state) {
     for (int64 i = 0; i < state.range(0); ++i) runner->quotes()->onQuote(quote);
     playback.platform().drain();
   }
   state.SetItemsProcessed(state.iterations() * state.range(0));
 }
-BENCHMARK(quoteToStrategy)->Arg(1)->Arg(10000)->UseRealTime();
+BENCHMARK(quoteToStrategy)->Arg(1)->Arg(10000)->MeasureProcessCPUTime()->UseRealTime();
 
 }  // namespace
 }  // namespace orvane

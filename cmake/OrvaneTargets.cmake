@@ -46,8 +46,8 @@ if(ORVANE_TIDY)
   set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${rules_file}")
 endif()
 
-# Events are made on one thread and destroyed on another, which this allocator does in less than half
-# the time that the C library's takes. A sanitizer brings its own.
+# Events are made on one thread and destroyed on another, which this allocator does in less than
+# half the time that the C library's takes. A sanitizer brings its own.
 if(NOT ORVANE_SANITIZE)
   pkg_check_modules(JEMALLOC REQUIRED IMPORTED_TARGET jemalloc)
 endif()
