@@ -22,14 +22,14 @@ class CountingStrategy final : public Strategy {
   ~CountingStrategy() override { seen += seen_; }
 
   void onStart(IContext* context, const QJsonObject& /*params*/) override {
-    if (wantedNow == Wanted::Trading) {
+    if (wantedNow == Wanted::Trading || wantedNow == Wanted::QuoteTrading) {
       context->findTradingAccount(kAccount, 0, account_);
       context->subscribeTrade(account_, codeNow);
     }
-    if (wantedNow != Wanted::Quotes)
-      context->subscribeKline(kRequestId, codeNow, "1m", kUnsetTime, kUnsetTime, 0, 0);
-    else
+    if (wantedNow == Wanted::Quotes || wantedNow == Wanted::QuoteTrading)
       context->subscribeQuote(codeNow, 0);
+    else
+      context->subscribeKline(kRequestId, codeNow, "1m", kUnsetTime, kUnsetTime, 0, 0);
   }
   void onUpdate(IContext* context, const QJsonObject& params) override {
     const OrderRequest request =
@@ -39,12 +39,18 @@ class CountingStrategy final : public Strategy {
       context->sendOrder(request, sent);
   }
   void onOrder(IContext* /*context*/, const Order& /*order*/) override { ++ordersTold; }
-  void onQuote(IContext* /*context*/, const IDepthMarketData& /*quote*/) override { ++seen_; }
+  void onQuote(IContext* context, const IDepthMarketData& /*quote*/) override {
+    if (seen_++ % kQuotesPerOrder == 0 && wantedNow == Wanted::QuoteTrading) trade(context);
+  }
   void onBarSeriesById(IContext* context, int /*requestId*/, const ICodeID& /*code*/,
                        const std::string& /*frequency*/, const std::vector<IKLine>& bars,
                        const ResultStatus& /*status*/, int /*batchFlag*/) override {
     seen_ += bars.size();
-    if (wantedNow != Wanted::Trading) return;
+    if (wantedNow == Wanted::Trading) trade(context);
+  }
+
+ private:
+  void trade(IContext* context) {
     holds_ = !holds_;
     std::list<Order> sent;
     context->sendOrder(
@@ -53,7 +59,6 @@ class CountingStrategy final : public Strategy {
         sent);
   }
 
- private:
   TradingAccountID account_;
   std::size_t seen_ = 0;
   bool holds_ = false;

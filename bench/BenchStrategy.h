@@ -10,9 +10,13 @@
 
 namespace orvane::bench {
 
-/// What the benchmark's strategy subscribes to in `onStart`. With `Trading` it takes bars, and
-/// sends an order on each: it opens and closes by turns.
-enum class Wanted { Bars, Quotes, Trading };
+/// What the benchmark's strategy subscribes to in `onStart`. With `Trading` it takes bars and sends
+/// an order on each, with `QuoteTrading` it takes quotes and sends one on every tenth; it opens and
+/// closes by turns.
+enum class Wanted { Bars, Quotes, Trading, QuoteTrading };
+
+/// On which quotes `QuoteTrading` sends an order: the first and then every tenth.
+inline constexpr std::size_t kQuotesPerOrder = 10;
 
 /// The account that it trades on.
 inline constexpr char kAccount[] = "bench";

@@ -14,36 +14,21 @@
 #include "EventStrategy/ov.strategy.runner/RunnerContext.h"
 #include "bench/BenchBars.h"
 #include "bench/BenchStrategy.h"
+#include "bench/BenchTicks.h"
+#include "bench/Timed.h"
 #include "platform/EmbeddedPlatform.h"
 
 namespace orvane {
 namespace {
 
-using bench::kStart;
 using bench::makeBars;
-
-TickSeries makeTicks(const ICodeID& code, std::size_t count) {
-  TickSeries series;
-  series.code = code;
-  series.timeZone = "UTC";
-  series.origin = "bench";
-  series.columns = {{TickColumn::LastPrice},  {TickColumn::Volume},      {TickColumn::BidPrice, 0},
-                    {TickColumn::BidSize, 0}, {TickColumn::AskPrice, 0}, {TickColumn::AskSize, 0}};
-  for (std::size_t i = 0; i < count; ++i) {
-    series.times.push_back(kStart + static_cast<int64>(i) * 500);
-    series.tradingDays.push_back(20240101);
-    const double price = 100 + static_cast<double>(i % 50);
-    series.cells.insert(series.cells.end(), {price, 1, price - 1, 5, price + 1, 7});
-  }
-  return series;
-}
+using bench::makeTicks;
 
 /// Plays one series through the whole road, from the start of the runners to their end. The rate
 /// is that of all their call-backs.
 void play(benchmark::State& state, bool ticks, int runners = 1) {
   const auto count = static_cast<std::size_t>(state.range(0));
   for (auto _ : state) {
-    state.PauseTiming();
     bench::Playback playback;
     const ICodeID code = playback.addCode();
     if (ticks)
@@ -51,13 +36,10 @@ void play(benchmark::State& state, bool ticks, int runners = 1) {
     else
       playback.platform().addBars(makeBars(code, count));
     playback.start(ticks ? bench::Wanted::Quotes : bench::Wanted::Bars, runners);
-    state.ResumeTiming();
-    playback.platform().run();
-    state.PauseTiming();
+    bench::timed(state, [&] { playback.platform().run(); });
     const std::size_t seen = playback.stop();
     if (seen != count * static_cast<std::size_t>(runners))
       state.SkipWithError("the strategy did not see every record");
-    state.ResumeTiming();
   }
   state.SetItemsProcessed(state.iterations() * state.range(0) * runners);
 }
@@ -66,9 +48,9 @@ void barPlayback(benchmark::State& state) { play(state, false); }
 void tickPlayback(benchmark::State& state) { play(state, true); }
 void tickPlaybackOfMany(benchmark::State& state) { play(state, true, 64); }
 
-BENCHMARK(barPlayback)->Arg(500000)->Unit(benchmark::kMillisecond)->UseRealTime();
-BENCHMARK(tickPlayback)->Arg(200000)->Unit(benchmark::kMillisecond)->UseRealTime();
-BENCHMARK(tickPlaybackOfMany)->Arg(10000)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(barPlayback)->Arg(500000)->Unit(benchmark::kMillisecond)->UseManualTime();
+BENCHMARK(tickPlayback)->Arg(200000)->Unit(benchmark::kMillisecond)->UseManualTime();
+BENCHMARK(tickPlaybackOfMany)->Arg(10000)->Unit(benchmark::kMillisecond)->UseManualTime();
 
 /// Events pushed, taken by pool tasks, dispatched and destroyed. With one event the figure is the
 /// wait for quiet from a foreign thread; with many it is the pump.
