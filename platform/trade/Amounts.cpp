@@ -1,6 +1,7 @@
 #include "platform/trade/Amounts.h"
 
 #include <array>
+#include <bit>
 #include <charconv>
 #include <cmath>
 #include <limits>
@@ -8,17 +9,21 @@
 namespace orvane::detail {
 namespace {
 
+__extension__ typedef unsigned __int128 UInt128;
+
 constexpr int kMoneyDecimals = 22;
 constexpr int kRoundedDecimals = 8;
 /// Integers up to here are doubles, and so are the powers of ten up to 10^22: a quotient of the two
 /// is rounded once, and right.
 constexpr Int128 kExactInteger = Int128{1} << 53;
+constexpr int kDoubleDigits = std::numeric_limits<double>::digits;
 
-constexpr Int128 powerOfTen(int exponent) {
+constexpr Int128 powerOf(int base, int exponent) {
   Int128 result = 1;
-  for (int i = 0; i < exponent; ++i) result *= 10;
+  for (int i = 0; i < exponent; ++i) result *= base;
   return result;
 }
+constexpr Int128 powerOfTen(int exponent) { return powerOf(10, exponent); }
 
 constexpr Int128 kMaxInt128 = ~(Int128{1} << 127);
 
@@ -69,12 +74,19 @@ std::optional<Number> nearest(double value) {
   constexpr auto scale = static_cast<double>(powerOfTen(kDecimals));
   if (!std::isfinite(value) || std::abs(value) >= 9.2e18 / scale) return std::nullopt;
   // Most have few decimals. Below 10^15 the integer is the only one whose quotient is this double.
-  for (const int decimals : {0, 2, 4}) {
-    const auto power = static_cast<double>(powerOfTen(decimals));
+  struct Few {
+    double power;
+    int64 rest;
+  };
+  constexpr auto few = [](int decimals) {
+    return Few{static_cast<double>(powerOfTen(decimals)),
+               static_cast<int64>(powerOfTen(kDecimals - decimals))};
+  };
+  constexpr std::array kFew{few(0), few(2), few(4), few(6), few(8)};
+  for (const auto& [power, rest] : kFew) {
     const double units = std::nearbyint(value * power);
     if (std::abs(units) < 1e15 && units / power == value)
-      return Number{static_cast<int64>(units) *
-                    static_cast<int64>(powerOfTen(kDecimals - decimals))};
+      return Number{static_cast<int64>(units) * rest};
   }
   std::array<char, 400> text{};
   const auto end =
@@ -107,37 +119,57 @@ std::string decimalText(Int128 units, int decimals) {
   return {reversed.rbegin(), reversed.rend()};
 }
 
-double nearestDouble(Int128 units, int decimals) {
-  for (const int dropped : {16, 12, 8, 0}) {
-    if (dropped > decimals) continue;
-    const Int128 power = powerOfTen(dropped);
-    const Int128 shorter = units / power;
-    if (shorter > -kExactInteger && shorter < kExactInteger && shorter * power == units)
-      return static_cast<double>(shorter) / static_cast<double>(powerOfTen(decimals - dropped));
-  }
-  const std::string decimal = decimalText(units, decimals);
-  double result = 0;
-  std::from_chars(decimal.data(), decimal.data() + decimal.size(), result);
-  return result;
+int leadingZeros(UInt128 value) {
+  const auto high = static_cast<std::uint64_t>(value >> 64);
+  return high != 0 ? std::countl_zero(high)
+                   : 64 + std::countl_zero(static_cast<std::uint64_t>(value));
 }
 
-/// amount x factor / 10^decimals, rounded to 8 decimals of money. Split in two, since the product
+/// The nearest double to units / 10^kDecimals; of two that are as near, the even one.
+template <int kDecimals>
+double nearestDouble(Int128 units) {
+  if (units > -kExactInteger && units < kExactInteger) {
+    constexpr auto power = static_cast<double>(powerOfTen(kDecimals));
+    return static_cast<double>(static_cast<int64>(units)) / power;
+  }
+  // Ten is two times five, and twos only move the point. The quotient by the fives has more bits
+  // than a double, whose last one it decides together with whether anything is left over.
+  constexpr auto fives = static_cast<std::uint64_t>(powerOf(5, kDecimals));
+  const UInt128 size =
+      units < 0 ? UInt128{0} - static_cast<UInt128>(units) : static_cast<UInt128>(units);
+  const int shift = leadingZeros(size);
+  const UInt128 dividend = size << shift;
+  const UInt128 quotient = dividend / fives;
+  const bool isWhole = quotient * fives == dividend;
+  const int surplus = 128 - leadingZeros(quotient) - kDoubleDigits;
+  const UInt128 half = UInt128{1} << (surplus - 1);
+  const UInt128 rest = quotient & (half + half - 1);
+  auto kept = static_cast<std::uint64_t>(quotient >> surplus);
+  if (rest > half || (rest == half && (!isWhole || (kept & 1) != 0))) ++kept;
+  const double result = std::ldexp(static_cast<double>(kept), surplus - shift - kDecimals);
+  return units < 0 ? -result : result;
+}
+
+/// amount x factor / 10^kDecimals, rounded to 8 decimals of money. Split in two, since the product
 /// alone would not fit.
-std::optional<Money> roundedProduct(Money amount, int64 factor, int decimals) {
+template <int kDecimals>
+std::optional<Money> roundedProduct(Money amount, int64 factor) {
+  if (amount.isZero() || factor == 0) return Money{};
   const bool isNegative = (amount.units < 0) != (factor < 0);
   const Int128 size = amount.units < 0 ? -amount.units : amount.units;
   const Int128 count = factor < 0 ? -Int128{factor} : Int128{factor};
-  const Int128 unit = powerOfTen(kMoneyDecimals - kRoundedDecimals);
-  const Int128 scale = powerOfTen(decimals);
-  const auto high = multiplied(size / unit, count);
-  const auto low = multiplied(size % unit, count);
+  constexpr Int128 unit = powerOfTen(kMoneyDecimals - kRoundedDecimals);
+  constexpr Int128 scale = powerOfTen(kDecimals);
+  constexpr Int128 whole = scale * unit;
+  const Int128 units = size / unit;
+  const auto high = multiplied(units, count);
+  const auto low = multiplied(size - units * unit, count);
   if (!high || !low) return std::nullopt;
-  const Int128 rest = *high % scale * unit + *low;
-  const Int128 whole = scale * unit;
-  const Int128 rounded = *high / scale + (rest + whole / 2) / whole;
-  const auto units = multiplied(rounded, unit);
-  if (!units) return std::nullopt;
-  return Money{isNegative ? -*units : *units};
+  const Int128 wholes = *high / scale;
+  const Int128 rest = (*high - wholes * scale) * unit + *low;
+  const auto rounded = multiplied(wholes + (rest + whole / 2) / whole, unit);
+  if (!rounded) return std::nullopt;
+  return Money{isNegative ? -*rounded : *rounded};
 }
 
 }  // namespace
@@ -160,29 +192,28 @@ std::optional<Volume> marketVolumeOf(double value) {
   return volumeOf(value).value_or(Volume{std::numeric_limits<int64>::max()});
 }
 
-double toDouble(Price price) { return nearestDouble(price.units, 10); }
-double toDouble(Volume volume) { return nearestDouble(volume.units, 8); }
-double toDouble(Multiplier multiplier) { return nearestDouble(multiplier.units, 4); }
-double toDouble(Money money) { return nearestDouble(money.units, kMoneyDecimals); }
+double toDouble(Price price) { return nearestDouble<10>(price.units); }
+double toDouble(Volume volume) { return nearestDouble<8>(volume.units); }
+double toDouble(Multiplier multiplier) { return nearestDouble<4>(multiplier.units); }
+double toDouble(Money money) { return nearestDouble<kMoneyDecimals>(money.units); }
 
 std::string text(Price price) { return decimalText(price.units, 10); }
 std::string text(Volume volume) { return decimalText(volume.units, 8); }
 std::string text(Money money) { return decimalText(money.units, kMoneyDecimals); }
 
 std::optional<Money> turnoverOf(Price price, Volume volume, Multiplier multiplier) {
-  const auto product = multiplied(price.units, volume.units);
-  if (!product) return std::nullopt;
-  const auto units = multiplied(*product, multiplier.units);
+  // Twice 63 bits always fit.
+  const auto units = multiplied(Int128{price.units} * volume.units, multiplier.units);
   if (!units) return std::nullopt;
   return Money{*units};
 }
 
 std::optional<Money> shareOf(Money amount, Rate rate) {
-  return roundedProduct(amount, rate.units, 10);
+  return roundedProduct<10>(amount, rate.units);
 }
 
 std::optional<Money> chargeOf(Money each, Volume volume) {
-  return roundedProduct(each, volume.units, 8);
+  return roundedProduct<8>(each, volume.units);
 }
 
 }  // namespace orvane::detail

@@ -1,7 +1,5 @@
 #include "platform/trade/EquityBook.h"
 
-#include "platform/fields/PositionView.h"
-
 namespace orvane::detail {
 namespace {
 
@@ -44,13 +42,7 @@ void EquityBook::addSource(std::int32_t account, const std::string& source) {
 }
 
 double EquityBook::exposureOf(const SourceKey& key, int64 codeId) const {
-  const Ledger* ledger = exchange_.ledger(key.first);
-  Position record;
-  if (!ledger->positionRecord(codeId, record)) return 0;
-  const double volume = toDouble(ledger->volumeOf(key.second, codeId, true) +
-                                 ledger->volumeOf(key.second, codeId, false));
-  const PositionView view(record);
-  return volume * view.markPrice() * view.multiplier();
+  return exchange_.ledger(key.first)->exposureOf(key.second, codeId);
 }
 
 void EquityBook::addAccountPoint(std::int32_t account, int64 time) {
@@ -65,10 +57,7 @@ void EquityBook::addSourcePoint(const SourceKey& key, int64 time) {
 void EquityBook::noteFill(std::int32_t account, const std::string& source, int64 codeId,
                           int64 time) {
   const SourceKey key{account, source};
-  const Ledger* ledger = exchange_.ledger(account);
-  const bool holds = !ledger->volumeOf(source, codeId, true).isZero() ||
-                     !ledger->volumeOf(source, codeId, false).isZero();
-  if (holds) {
+  if (exchange_.ledger(account)->holds(source, codeId)) {
     holders_[codeId].insert(key);
   } else if (const auto at = holders_.find(codeId); at != holders_.end()) {
     at->second.erase(key);

@@ -297,6 +297,21 @@ Volume Ledger::volumeOf(const std::string& source, int64 codeId, bool isLong) co
   return result;
 }
 
+double Ledger::exposureOf(const std::string& source, int64 codeId) const {
+  const auto code = codes_.find(codeId);
+  if (code == codes_.end()) return 0;
+  Volume volume;
+  for (const auto& [name, book] : code->second.sources)
+    if (source.empty() || name == source)
+      volume += book.longSide.volume() + book.shortSide.volume();
+  const double mark = code->second.markPrice ? toDouble(*code->second.markPrice) : 0;
+  return toDouble(volume) * mark * toDouble(code->second.terms->multiplier);
+}
+
+bool Ledger::holds(const std::string& source, int64 codeId) const {
+  return !volumeOf(source, codeId, true).isZero() || !volumeOf(source, codeId, false).isZero();
+}
+
 TradingAccount Ledger::capitalRecord(int64 time) const {
   TradingAccount record;
   record.account = account_;

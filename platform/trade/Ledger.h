@@ -105,6 +105,10 @@ class Ledger {
   Money resultOf(const std::string& source) const;
   /// Volume on one side of a code that a source holds, or all sources if it is empty.
   Volume volumeOf(const std::string& source, int64 codeId, bool isLong) const;
+  /// What both sides, added up, are worth at the last price, of a source or of all if it is empty.
+  double exposureOf(const std::string& source, int64 codeId) const;
+  /// Whether a source holds anything of a code.
+  bool holds(const std::string& source, int64 codeId) const;
 
   /// The public records, complete. `time` is the time of the last change, UTC milliseconds.
   TradingAccount capitalRecord(int64 time) const;

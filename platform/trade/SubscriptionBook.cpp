@@ -22,6 +22,7 @@ template <typename Ends>
 std::shared_ptr<TradeReceiver> SubscriptionBook::endWhere(const TradeEventSpi* spi, Ends ends) {
   const auto at = bySpi_.find(spi);
   if (at == bySpi_.end()) return nullptr;
+  ++endings_;
   Holder& holder = at->second;
   std::shared_ptr<TradeReceiver> receiver = holder.receiver;
   std::erase_if(holder.selectors, [&](const TradeSelector& selector) {
@@ -52,8 +53,9 @@ std::shared_ptr<TradeReceiver> SubscriptionBook::unsubscribeAll(const TradeEvent
 
 template <typename Visit>
 void SubscriptionBook::eachSelector(const TradeSubject& subject, Visit visit) const {
-  const auto look = [&](int64 codeId, EventSourceId eventSource, const std::string& source) {
-    const auto at = bySelector_.find({subject.topic, subject.account, codeId, eventSource, source});
+  const auto look = [&](int64 codeId, EventSourceId eventSource, std::string_view source) {
+    const auto at =
+        bySelector_.find(Wanted{subject.topic, subject.account, codeId, eventSource, source});
     if (at != bySelector_.end()) visit(at->second);
   };
   look(subject.codeId, 0, subject.source);
@@ -70,6 +72,7 @@ TradeReceivers SubscriptionBook::receiversOf(const TradeSubject& subject,
     for (const Entry& entry : entries)
       if (entry.number < number) found.push_back(entry.receiver);
   });
+  if (found.size() < 2) return found;
   std::sort(found.begin(), found.end(),
             [](const auto& a, const auto& b) { return a->order < b->order; });
   found.erase(std::unique(found.begin(), found.end()), found.end());

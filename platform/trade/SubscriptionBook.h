@@ -5,6 +5,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "services/Common/ITradeService.h"
@@ -63,6 +64,9 @@ class SubscriptionBook {
   TradeReceivers receiversOf(const TradeSubject& subject, std::uint64_t number) const;
   /// Whether a subscription that lets the subject through to the receiver stands.
   bool reaches(const TradeReceiver& receiver, const TradeSubject& subject) const;
+  /// How often subscriptions were ended: as long as it is the same, whom `receiversOf` answered the
+  /// subject reaches still.
+  std::uint64_t endings() const { return endings_; }
   /// The receiver of a spi; null without a subscription.
   std::shared_ptr<TradeReceiver> receiverOf(const TradeEventSpi* spi) const;
 
@@ -75,14 +79,34 @@ class SubscriptionBook {
     std::shared_ptr<TradeReceiver> receiver;
     std::vector<TradeSelector> selectors;
   };
+  /// A selector to look for, without a text of its own.
+  struct Wanted {
+    TradeTopic topic{};
+    std::int32_t account = 0;
+    int64 codeId = 0;
+    EventSourceId eventSource = 0;
+    std::string_view source;
+
+    friend auto operator<=>(const Wanted&, const Wanted&) = default;
+  };
+  struct Less {
+    using is_transparent = void;
+    static Wanted wanted(const TradeSelector& selector) {
+      return {selector.topic, selector.account, selector.codeId, selector.eventSource,
+              selector.source};
+    }
+    static const Wanted& wanted(const Wanted& selector) { return selector; }
+    bool operator()(const auto& a, const auto& b) const { return wanted(a) < wanted(b); }
+  };
   template <typename Visit>
   void eachSelector(const TradeSubject& subject, Visit visit) const;
   template <typename Ends>
   std::shared_ptr<TradeReceiver> endWhere(const TradeEventSpi* spi, Ends ends);
 
-  std::map<TradeSelector, std::vector<Entry>> bySelector_;
+  std::map<TradeSelector, std::vector<Entry>, Less> bySelector_;
   std::map<const TradeEventSpi*, Holder> bySpi_;
   std::uint64_t receivers_ = 0;
+  std::uint64_t endings_ = 0;
 };
 
 }  // namespace orvane::detail

@@ -5,7 +5,10 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdlib>
 #include <limits>
+#include <random>
+#include <string>
 
 namespace orvane::detail {
 namespace {
@@ -37,6 +40,45 @@ TEST(Amounts, shouldGiveTheNearestDoubleBack) {
   for (const char* decimal :
        {"1000000.01", "12345678901234.0123456789", "0.0000000000000000000001"})
     EXPECT_EQ(toDouble(*moneyOf(std::string_view(decimal))), std::strtod(decimal, nullptr));
+}
+
+TEST(Amounts, shouldGiveTheNearestDoubleOfAmountsOfEverySize) {
+  const std::uint64_t seed = std::random_device{}();
+  SCOPED_TRACE("seed " + std::to_string(seed));
+  std::mt19937_64 random(seed);
+  const auto expectNearest = [](auto amount) {
+    const std::string decimal = text(amount);
+    EXPECT_EQ(toDouble(amount), std::strtod(decimal.c_str(), nullptr)) << decimal;
+  };
+  for (int run = 0; run < 20'000; ++run) {
+    const auto wide = static_cast<Int128>(random()) << 64 | random();
+    expectNearest(Money{wide >> random() % 120});
+    const auto units = static_cast<int64>(random()) >> random() % 63;
+    expectNearest(Price{units});
+    expectNearest(Volume{units});
+    // What fees are rounded to.
+    expectNearest(Money{Int128{units} / 10'000 * 100'000'000'000'000});
+  }
+}
+
+TEST(Amounts, shouldTakeTheEvenOneOfTwoDoublesThatAreAsNear) {
+  constexpr int64 kEven = int64{1} << 53;
+  const Money one = *moneyOf(std::string_view("1"));
+  for (const int64 whole : {kEven + 1, kEven + 3, kEven + 4095}) {
+    const auto expected = static_cast<double>(whole);  // It is rounded so, too.
+    EXPECT_EQ(toDouble(Money{one.units * whole}), expected) << whole;
+    EXPECT_EQ(toDouble(Money{-one.units * whole}), -expected) << whole;
+    // The smallest part more or less ends the tie.
+    EXPECT_EQ(toDouble(Money{one.units * whole + 1}), static_cast<double>(whole + 1));
+    EXPECT_EQ(toDouble(Money{one.units * whole - 1}), static_cast<double>(whole - 1));
+  }
+}
+
+TEST(Amounts, shouldTakeADoubleOfManyDecimalsForTheirShortestForm) {
+  for (const char* decimal : {"1.08423", "0.000123", "67123.4567891", "0.00000001", "12.3456789",
+                              "9999999.12345678", "-1.0842301", "0.1234567891"})
+    EXPECT_EQ(priceOf(std::strtod(decimal, nullptr)), priceOf(std::string_view(decimal)))
+        << decimal;
 }
 
 TEST(Amounts, shouldMultiplyWithoutRounding) {
