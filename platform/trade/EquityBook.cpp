@@ -4,6 +4,7 @@ namespace orvane::detail {
 namespace {
 
 constexpr int64 kTickPointMs = 60'000;
+const std::string kEverySource;
 
 void append(EquityBook::Curve& curve, int64 time, double equity) {
   double exposure = 0;
@@ -33,65 +34,66 @@ void EquityBook::start(int64 time) {
   for (std::size_t i = 0; i < accounts_.size(); ++i)
     addAccountPoint(static_cast<std::int32_t>(i) + 1, time);
   for (auto& [key, curve] : sources_)
-    if (curve.points.empty()) addSourcePoint(key, time);
+    if (curve.points.empty()) addSourcePoint(key, curve, time);
 }
 
 void EquityBook::addSource(std::int32_t account, const std::string& source) {
   const auto [at, isNew] = sources_.try_emplace({account, source});
-  if (isNew && hasStarted_) addSourcePoint(at->first, startTime_);
+  if (isNew && hasStarted_) addSourcePoint(at->first, at->second, startTime_);
 }
 
-double EquityBook::exposureOf(const SourceKey& key, int64 codeId) const {
-  return exchange_.ledger(key.first)->exposureOf(key.second, codeId);
+void EquityBook::markCurve(Curve& curve, std::int32_t account, const std::string& source,
+                           int64 codeId) const {
+  setExposure(curve, codeId, exchange_.ledger(account)->exposureOf(source, codeId));
 }
 
 void EquityBook::addAccountPoint(std::int32_t account, int64 time) {
   append(this->account(account), time, toDouble(exchange_.ledger(account)->equity()));
 }
 
-void EquityBook::addSourcePoint(const SourceKey& key, int64 time) {
+void EquityBook::addSourcePoint(const SourceKey& key, Curve& curve, int64 time) {
   const Ledger* ledger = exchange_.ledger(key.first);
-  append(sources_[key], time, toDouble(ledger->startBalance() + ledger->resultOf(key.second)));
+  append(curve, time, toDouble(ledger->startBalance() + ledger->resultOf(key.second)));
 }
 
 void EquityBook::noteFill(std::int32_t account, const std::string& source, int64 codeId,
                           int64 time) {
   const SourceKey key{account, source};
+  Curve& curve = sources_[key];
   if (exchange_.ledger(account)->holds(source, codeId)) {
-    holders_[codeId].insert(key);
+    holders_[codeId].try_emplace(key, &curve);
   } else if (const auto at = holders_.find(codeId); at != holders_.end()) {
     at->second.erase(key);
     if (at->second.empty()) holders_.erase(at);
   }
-  setExposure(sources_[key], codeId, exposureOf(key, codeId));
-  setExposure(this->account(account), codeId, exposureOf({account, ""}, codeId));
+  markCurve(curve, account, source, codeId);
+  markCurve(this->account(account), account, kEverySource, codeId);
   addAccountPoint(account, time);
-  addSourcePoint(key, time);
+  addSourcePoint(key, curve, time);
 }
 
 void EquityBook::noteMark(int64 codeId, int64 time, bool isTick) {
   const auto held = holders_.find(codeId);
   if (held == holders_.end()) return;
   std::int32_t last = 0;
-  for (const SourceKey& key : held->second) {
+  const auto wantsPoint = [&](const Curve& curve) {
+    return !isTick || time / kTickPointMs != curve.points.back().time / kTickPointMs;
+  };
+  for (const auto& [key, curve] : held->second) {
     if (key.first != last) {
       last = key.first;
-      Curve& curve = account(last);
-      setExposure(curve, codeId, exposureOf({last, ""}, codeId));
-      if (!isTick || time / kTickPointMs != curve.points.back().time / kTickPointMs)
-        addAccountPoint(last, time);
+      markCurve(account(last), last, kEverySource, codeId);
+      if (wantsPoint(account(last))) addAccountPoint(last, time);
     }
-    Curve& curve = sources_[key];
-    setExposure(curve, codeId, exposureOf(key, codeId));
-    if (!isTick || time / kTickPointMs != curve.points.back().time / kTickPointMs)
-      addSourcePoint(key, time);
+    markCurve(*curve, key.first, key.second, codeId);
+    if (wantsPoint(*curve)) addSourcePoint(key, *curve, time);
   }
 }
 
 void EquityBook::finish(int64 time) {
   for (std::size_t i = 0; i < accounts_.size(); ++i)
     addAccountPoint(static_cast<std::int32_t>(i) + 1, time);
-  for (const auto& [key, curve] : sources_) addSourcePoint(key, time);
+  for (auto& [key, curve] : sources_) addSourcePoint(key, curve, time);
 }
 
 void EquityBook::clear() {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <map>
-#include <set>
 #include <string>
 #include <unordered_map>
 #include <utility>
@@ -47,13 +46,14 @@ class EquityBook {
 
  private:
   void addAccountPoint(std::int32_t account, int64 time);
-  void addSourcePoint(const SourceKey& key, int64 time);
-  double exposureOf(const SourceKey& key, int64 codeId) const;
+  void addSourcePoint(const SourceKey& key, Curve& curve, int64 time);
+  void markCurve(Curve& curve, std::int32_t account, const std::string& source, int64 codeId) const;
 
   const PaperExchange& exchange_;
   std::vector<Curve> accounts_;
   std::map<SourceKey, Curve> sources_;
-  std::unordered_map<int64, std::set<SourceKey>> holders_;  ///< By code.
+  /// By code: who holds it, with their curves.
+  std::unordered_map<int64, std::map<SourceKey, Curve*>> holders_;
   bool hasStarted_ = false;
   int64 startTime_ = 0;
 };

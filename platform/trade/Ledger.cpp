@@ -304,6 +304,7 @@ double Ledger::exposureOf(const std::string& source, int64 codeId) const {
   for (const auto& [name, book] : code->second.sources)
     if (source.empty() || name == source)
       volume += book.longSide.volume() + book.shortSide.volume();
+  if (volume.isZero()) return 0;
   const double mark = code->second.markPrice ? toDouble(*code->second.markPrice) : 0;
   return toDouble(volume) * mark * toDouble(code->second.terms->multiplier);
 }
@@ -331,19 +332,25 @@ TradingAccount Ledger::capitalRecord(int64 time) const {
   return record;
 }
 
-void Ledger::fillSide(Position& position, const CodeBook& code,
-                      const std::vector<const SourceBook*>& of, bool isLong) const {
+template <typename Visit>
+void Ledger::eachBook(const CodeBook& code, const SourceBook* only, Visit visit) {
+  if (only != nullptr) return visit(*only);
+  for (const auto& [name, book] : code.sources) visit(book);
+}
+
+void Ledger::fillSide(Position& position, const CodeBook& code, const SourceBook* only,
+                      bool isLong) {
   Volume volume, today, frozen;
   Money margin, floating, openTurnover;
-  for (const SourceBook* book : of) {
-    const PositionSide& side = isLong ? book->longSide : book->shortSide;
+  eachBook(code, only, [&](const SourceBook& book) {
+    const PositionSide& side = isLong ? book.longSide : book.shortSide;
     volume += side.volume();
     today += side.today();
     frozen += side.frozen();
     margin += side.margin();
     openTurnover += side.openTurnover();
     if (code.markPrice) floating += side.floating(*code.terms, *code.markPrice);
-  }
+  });
   auto& block = isLong ? position.block1 : position.block2;
   block[position::Volume] = wordOf(toDouble(volume));
   block[position::TodayVolume] = wordOf(toDouble(today));
@@ -356,19 +363,19 @@ void Ledger::fillSide(Position& position, const CodeBook& code,
   (isLong ? position.value1 : position.value2) = units > 0 ? toDouble(openTurnover) / units : 0;
 }
 
-void Ledger::fillRecord(int64 codeId, const CodeBook& code,
-                        const std::vector<const SourceBook*>& of, Position& position) const {
+void Ledger::fillRecord(int64 codeId, const CodeBook& code, const SourceBook* only,
+                        Position& position) const {
   position = {};
   position.account = account_;
   position.code = code.terms->code;
   position.code.id = codeId;
-  fillSide(position, code, of, true);
-  fillSide(position, code, of, false);
+  fillSide(position, code, only, true);
+  fillSide(position, code, only, false);
   Money closed, fees;
-  for (const SourceBook* book : of) {
-    closed += book->closedProfit;
-    fees += book->fees;
-  }
+  eachBook(code, only, [&](const SourceBook& book) {
+    closed += book.closedProfit;
+    fees += book.fees;
+  });
   const double mark = code.markPrice ? toDouble(*code.markPrice) : 0;
   position.block3[position::MarkPrice] = wordOf(mark);
   position.block3[position::ClosedProfit] = wordOf(toDouble(closed));
@@ -379,10 +386,7 @@ void Ledger::fillRecord(int64 codeId, const CodeBook& code,
 bool Ledger::positionRecord(int64 codeId, Position& position) const {
   const auto code = codes_.find(codeId);
   if (code == codes_.end()) return false;
-  std::vector<const SourceBook*> all;
-  all.reserve(code->second.sources.size());
-  for (const auto& [name, book] : code->second.sources) all.push_back(&book);
-  fillRecord(codeId, code->second, all, position);
+  fillRecord(codeId, code->second, nullptr, position);
   return true;
 }
 
@@ -392,7 +396,7 @@ bool Ledger::sourcePositionRecord(int64 codeId, const std::string& source,
   if (code == codes_.end()) return false;
   const auto book = code->second.sources.find(source);
   if (book == code->second.sources.end()) return false;
-  fillRecord(codeId, code->second, {&book->second}, position);
+  fillRecord(codeId, code->second, &book->second, position);
   position.sourceType = book->second.source.sourceType;
   position.createSource = book->second.source.createSource;
   position.sourceText = book->second.source.sourceText;

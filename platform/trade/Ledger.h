@@ -155,9 +155,12 @@ class Ledger {
   void revalue(CodeBook& code);
   static std::optional<Money> valueOf(const CodeBook& code, Price price);
   bool settlementFits(const CodeBook& code) const;
-  void fillSide(Position& position, const CodeBook& code, const std::vector<const SourceBook*>& of,
-                bool isLong) const;
-  void fillRecord(int64 codeId, const CodeBook& code, const std::vector<const SourceBook*>& of,
+  // Of one source's book or, if it is null, of all.
+  template <typename Visit>
+  static void eachBook(const CodeBook& code, const SourceBook* only, Visit visit);
+  static void fillSide(Position& position, const CodeBook& code, const SourceBook* only,
+                       bool isLong);
+  void fillRecord(int64 codeId, const CodeBook& code, const SourceBook* only,
                   Position& position) const;
 
   TradingAccountID account_;
