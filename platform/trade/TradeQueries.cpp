@@ -148,8 +148,7 @@ ResultStatus TradeService::fillQueryForward(int64 orderId, std::list<OrderFill>&
                ? ResultStatus()
                : ResultStatus(kNotThere, statusMessage(kNotThere));
   ResultStatus status = checkLocked(order->account);
-  const auto ofOrder = [&](const OrderFill& fill) { return FillView(fill).orderId() == orderId; };
-  if (status.code == 0) state_.store.fills(order->account.accountKey, ofOrder, fills);
+  if (status.code == 0) state_.store.fillsOfOrder(orderId, fills);
   return status;
 }
 
@@ -249,12 +248,12 @@ std::vector<AccountResult> TradeService::results() const {
     result.capital = state_.exchange.ledger(account.accountKey)->capitalRecord(now_());
     result.curve = state_.equity.account(account.accountKey).points;
     std::map<std::string, SourceResult> sources;
-    std::list<Order> orders;
-    std::list<OrderFill> fills;
-    state_.store.orders(account.accountKey, kAll, orders);
-    state_.store.fills(account.accountKey, kAll, fills);
-    for (const Order& order : orders) sources[order.source.createSource].orders.push_back(order);
-    for (const OrderFill& fill : fills) sources[fill.source.createSource].fills.push_back(fill);
+    state_.store.eachOrder(account.accountKey, [&](const Order& order) {
+      sources[order.source.createSource].orders.push_back(order);
+    });
+    state_.store.eachFill(account.accountKey, [&](const OrderFill& fill) {
+      sources[fill.source.createSource].fills.push_back(fill);
+    });
     for (auto& [name, source] : sources) {
       source.source = name;
       const auto curve = state_.equity.sources().find({account.accountKey, name});

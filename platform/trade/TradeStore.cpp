@@ -1,6 +1,6 @@
 #include "platform/trade/TradeStore.h"
 
-#include "platform/fields/OrderView.h"
+#include "platform/fields/FillView.h"
 
 namespace orvane::detail {
 
@@ -9,7 +9,7 @@ TradeStore::TradeStore(std::size_t accounts, bool notesChanges)
 
 void TradeStore::addOrder(const Order& order) {
   const std::size_t at = orders_.size();
-  byId_[order.id] = at;
+  byId_[order.id] = {at, 0, 0};
   orders_.push_back(order);
   PerAccount& account = of(order.account.accountKey);
   account.orders.push_back(at);
@@ -20,19 +20,33 @@ void TradeStore::addOrder(const Order& order) {
 void TradeStore::updateOrder(const Order& order) {
   const auto found = byId_.find(order.id);
   if (found == byId_.end()) return;
-  orders_[found->second] = order;
-  if (OrderView(order).isFinal()) of(order.account.accountKey).open.erase(found->second);
-  if (notesChanges_) changed_.insert(found->second);
+  const std::size_t at = found->second.order;
+  orders_[at] = order;
+  if (OrderView(order).isFinal()) of(order.account.accountKey).open.erase(at);
+  if (notesChanges_) changed_.insert(at);
 }
 
 void TradeStore::addFill(const OrderFill& fill) {
-  of(fill.account.accountKey).fills.push_back(fills_.size());
+  const std::size_t at = fills_.size();
+  of(fill.account.accountKey).fills.push_back(at);
   fills_.push_back(fill);
+  const auto order = byId_.find(FillView(fill).orderId());
+  if (order == byId_.end()) return;
+  Place& place = order->second;
+  if (place.endOfFills == 0) place.firstFill = at;
+  place.endOfFills = at + 1;
+}
+
+void TradeStore::fillsOfOrder(int64 id, std::list<OrderFill>& found) const {
+  const auto order = byId_.find(id);
+  if (order == byId_.end()) return;
+  for (std::size_t at = order->second.firstFill; at < order->second.endOfFills; ++at)
+    if (FillView(fills_[at]).orderId() == id) found.push_back(fills_[at]);
 }
 
 const Order* TradeStore::order(int64 id) const {
   const auto found = byId_.find(id);
-  return found == byId_.end() ? nullptr : &orders_[found->second];
+  return found == byId_.end() ? nullptr : &orders_[found->second.order];
 }
 
 void TradeStore::clear() {

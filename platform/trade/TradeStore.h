@@ -42,6 +42,18 @@ class TradeStore {
     for (const std::size_t at : of(account).fills)
       if (wanted(fills_[at])) found.push_back(fills_[at]);
   }
+  /// The fills of one order that was added.
+  void fillsOfOrder(int64 id, std::list<OrderFill>& found) const;
+
+  /// Shows `visit` every order, or fill, of an account.
+  template <typename Visit>
+  void eachOrder(std::int32_t account, Visit visit) const {
+    for (const std::size_t at : of(account).orders) visit(orders_[at]);
+  }
+  template <typename Visit>
+  void eachFill(std::int32_t account, Visit visit) const {
+    for (const std::size_t at : of(account).fills) visit(fills_[at]);
+  }
 
   const std::deque<Order>& allOrders() const { return orders_; }
   const std::deque<OrderFill>& allFills() const { return fills_; }
@@ -62,10 +74,17 @@ class TradeStore {
   }
   PerAccount& of(std::int32_t account) { return accounts_[static_cast<std::size_t>(account) - 1]; }
 
+  /// Where an order is, and between which places its fills are, others' among them.
+  struct Place {
+    std::size_t order = 0;
+    std::size_t firstFill = 0;
+    std::size_t endOfFills = 0;
+  };
+
   const bool notesChanges_;
   std::deque<Order> orders_;
   std::deque<OrderFill> fills_;
-  std::unordered_map<int64, std::size_t> byId_;
+  std::unordered_map<int64, Place> byId_;
   std::vector<PerAccount> accounts_;
   std::set<std::size_t> changed_;
 };

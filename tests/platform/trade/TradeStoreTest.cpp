@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/fields/FillView.h"
 #include "platform/fields/OrderView.h"
 
 namespace orvane::detail {
@@ -86,6 +87,37 @@ TEST(TradeStore, shouldForgetEverythingWhenCleared) {
   EXPECT_TRUE(orders.empty());
   EXPECT_TRUE(fills.empty());
   EXPECT_EQ(store.order(7), nullptr);
+}
+
+TEST(TradeStore, shouldFindTheFillsOfAnOrderAmongThoseOfOthers) {
+  TradeStore store(2);
+  const auto addFill = [&store](int64 id, int64 orderId, std::int32_t account) {
+    OrderFill record;
+    record.id = id;
+    record.account.accountKey = account;
+    record.numbers[fill::OrderId] = orderId;
+    store.addFill(record);
+  };
+  const auto fillsOf = [&store](int64 orderId) {
+    std::list<OrderFill> found;
+    store.fillsOfOrder(orderId, found);
+    std::vector<int64> ids;
+    for (const OrderFill& each : found) ids.push_back(each.id);
+    return ids;
+  };
+  for (const int64 id : {7, 8, 9}) store.addOrder(makeOrder(id, id == 8 ? 2 : 1));
+  addFill(70, 7, 1);
+  addFill(80, 8, 2);
+  addFill(71, 7, 1);
+  addFill(81, 8, 2);
+  addFill(72, 7, 1);
+  EXPECT_EQ(fillsOf(7), (std::vector<int64>{70, 71, 72}));
+  EXPECT_EQ(fillsOf(8), (std::vector<int64>{80, 81}));
+  EXPECT_TRUE(fillsOf(9).empty());
+  EXPECT_TRUE(fillsOf(1).empty());
+  store.clear();
+  store.addOrder(makeOrder(8, 2));
+  EXPECT_TRUE(fillsOf(8).empty());
 }
 
 }  // namespace
