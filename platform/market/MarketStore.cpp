@@ -220,6 +220,11 @@ std::vector<MarketStream*> MarketStore::streams() const {
   return all;
 }
 
+std::size_t MarketStore::streamCount() const {
+  const std::lock_guard lock(mutex_);
+  return streams_.size();
+}
+
 DerivedSeries& MarketStore::derive(MarketStream& base, const TermPair& term, int64 closedThrough) {
   DerivedSeries* found = nullptr;
   for (DerivedSeries* series : base.derived)

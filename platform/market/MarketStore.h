@@ -122,6 +122,7 @@ class MarketStore {
   bool hasRecords() const;  ///< Whether files gave any.
 
   std::vector<MarketStream*> streams() const;  ///< In the order they were added.
+  std::size_t streamCount() const;
   int64 from() const { return from_; }
   int64 to() const { return to_; }
 

@@ -14,8 +14,8 @@ bool tellsPrices(const MarketStream& stream) {
 }  // namespace
 
 void TradeFeed::lookAtStreams() {
+  if (store_.streamCount() == lines_.size()) return;
   const std::vector<MarketStream*> streams = store_.streams();
-  if (streams.size() == lines_.size()) return;
   lines_.resize(streams.size());
   byCode_.clear();
   for (const MarketStream* stream : streams) {

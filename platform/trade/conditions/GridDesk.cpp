@@ -120,6 +120,7 @@ void GridDesk::onRecord(int64 codeId) {
 
 bool GridDesk::serve(bool isQuiet) {
   isWaiting_.store(false);
+  if (isIdle()) return false;
   beginNew();
   bool any = sendAll();
   if (!any && isQuiet) any = details_.tell(takeChanges(), [this] { return picture(); });
@@ -262,6 +263,15 @@ void GridDesk::catchUp(const TradingAccountID& account) {
 }
 
 // Details.
+
+/// Whether there is no grid at all, and nobody waits to hear so.
+bool GridDesk::isIdle() const {
+  {
+    const std::lock_guard lock(mutex_);
+    if (!grids_.empty()) return false;
+  }
+  return !details_.anyWaiting();
+}
 
 bool GridDesk::anyChanges() const {
   const std::lock_guard lock(mutex_);

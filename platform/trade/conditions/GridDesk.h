@@ -104,6 +104,7 @@ class GridDesk final : public TradeEventSpi,
   OrderRequest requestOf(int64 id, const Grid& grid, const GridAction& action) const;
   Grid* gridOf(const SourceId& source);
   void catchUp(const TradingAccountID& account);
+  bool isIdle() const;
   bool anyChanges() const;
   std::vector<GridDetail> takeChanges();
   std::vector<GridDetail> picture() const;
