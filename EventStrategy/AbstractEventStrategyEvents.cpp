@@ -19,27 +19,19 @@ void AbstractEventStrategy::pushTickEvent(int requestId, const ICodeID& code,
 }
 
 void AbstractEventStrategy::onRtnPosition(const Position& position) {
-  auto event = std::make_unique<PositionEvent>();
-  event->position = position;
-  pushEvent(event.release());
+  pushEvent(std::make_unique<PositionEvent>(position).release());
 }
 
 void AbstractEventStrategy::onRtnStrategyPosition(const SourcePosition& position) {
-  auto event = std::make_unique<StrategyPositionEvent>();
-  event->position = position;
-  pushEvent(event.release());
+  pushEvent(std::make_unique<StrategyPositionEvent>(position).release());
 }
 
 void AbstractEventStrategy::onRtnOrder(const Order& order) {
-  auto event = std::make_unique<OrderEvent>();
-  event->order = order;
-  pushEvent(event.release());
+  pushEvent(std::make_unique<OrderEvent>(order).release());
 }
 
 void AbstractEventStrategy::onRtnTrade(const OrderFill& fill) {
-  auto event = std::make_unique<FillEvent>();
-  event->fill = fill;
-  pushEvent(event.release());
+  pushEvent(std::make_unique<FillEvent>(fill).release());
 }
 
 void AbstractEventStrategy::onRspStatus(const AccountID& account, const AccountStatusInfo& info) {
@@ -50,9 +42,7 @@ void AbstractEventStrategy::onRspStatus(const AccountID& account, const AccountS
 }
 
 void AbstractEventStrategy::onRtnCapital(const TradingAccount& capital) {
-  auto event = std::make_unique<CapitalEvent>();
-  event->capital = capital;
-  pushEvent(event.release());
+  pushEvent(std::make_unique<CapitalEvent>(capital).release());
 }
 
 void AbstractEventStrategy::onQuote(const IDepthMarketData& quote) {

@@ -64,16 +64,19 @@ struct TickEvent : IEvent {
 
 struct PositionEvent : IEvent {
   PositionEvent() : IEvent(EventTypePosition) {}
+  explicit PositionEvent(const Position& of) : IEvent(EventTypePosition), position(of) {}
   Position position;
 };
 
 struct OrderEvent : IEvent {
   OrderEvent() : IEvent(EventTypeOrder) {}
+  explicit OrderEvent(const Order& of) : IEvent(EventTypeOrder), order(of) {}
   Order order;
 };
 
 struct FillEvent : IEvent {
   FillEvent() : IEvent(EventTypeFill) {}
+  explicit FillEvent(const OrderFill& of) : IEvent(EventTypeFill), fill(of) {}
   OrderFill fill;
 };
 
@@ -85,6 +88,8 @@ struct TimerEvent : IEvent {
 
 struct StrategyPositionEvent : IEvent {
   StrategyPositionEvent() : IEvent(EventTypeStrategyPosition) {}
+  explicit StrategyPositionEvent(const SourcePosition& of)
+      : IEvent(EventTypeStrategyPosition), position(of) {}
   SourcePosition position;
 };
 
@@ -97,6 +102,7 @@ struct GeneralEvent : IEvent {
 
 struct CapitalEvent : IEvent {
   CapitalEvent() : IEvent(EventTypeCapital) {}
+  explicit CapitalEvent(const TradingAccount& of) : IEvent(EventTypeCapital), capital(of) {}
   TradingAccount capital;
 };
 

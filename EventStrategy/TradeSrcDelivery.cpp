@@ -34,7 +34,8 @@ void TradeSrc::onRtnTrade(const OrderFill& fill) {
   const std::lock_guard lock(mutex_);
   if (notify_ == nullptr) return;
   notify_->onRtnTrade(fill);
-  deliveredFillKeys_.insert(fillKey(fill));
+  // Keys grow with the numbers of orders, as a rule: then the end is their place.
+  deliveredFillKeys_.insert(deliveredFillKeys_.end(), fillKey(fill));
 }
 
 void TradeSrc::onRtnOrder(const Order& order) {
@@ -65,7 +66,7 @@ void TradeSrc::onRtnCapital(const TradingAccount& capital) {
 }
 
 void TradeSrc::rememberFinal(const Order& order) {
-  if (isFinalStatus(order.status())) finishedOrderIds_.insert(order.id);
+  if (isFinalStatus(order.status())) finishedOrderIds_.insert(finishedOrderIds_.end(), order.id);
 }
 
 bool TradeSrc::isFinished(const Order& order) const {

@@ -13,8 +13,14 @@ inline bool isFinalStatus(std::int32_t status) {
 
 /// What tells one fill from every other one.
 inline std::string fillKey(const OrderFill& fill) {
-  return std::to_string(fill.account.accountKey) + '@' + std::to_string(fill.code.market) + '@' +
-         fill.orderRef + '@' + std::to_string(fill.direction()) + '@' + fill.fillText;
+  constexpr std::size_t kThreeNumbersAndBlanks = 40;
+  std::string key;
+  key.reserve(kThreeNumbersAndBlanks + fill.orderRef.size() + fill.fillText.size());
+  key.append(std::to_string(fill.account.accountKey)).append(1, '@');
+  key.append(std::to_string(fill.code.market)).append(1, '@');
+  key.append(fill.orderRef).append(1, '@');
+  key.append(std::to_string(fill.direction())).append(1, '@');
+  return key.append(fill.fillText);
 }
 
 }  // namespace orvane

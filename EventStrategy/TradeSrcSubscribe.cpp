@@ -160,7 +160,7 @@ ResultStatus TradeSrc::sendOrder(const OrderRequest& request, std::list<Order>& 
   }
   std::list<Order> sent;
   ResultStatus status = tradeService()->sendOrder(request, sent);
-  orders = sent;
+  orders = std::move(sent);
   return status;
 }
 
