@@ -24,33 +24,41 @@ void OrderInbox::number(Order& order) {
   order.id = source.number * kIdsPerSource + ++source.orders;
 }
 
-void OrderInbox::putOrder(const Order& order, int64 now) {
-  Source& source = sourceOf(order.source.createSource);
-  waiting_.push_back({false, order, source.number, ++source.actions, now});
+void OrderInbox::put(std::unique_ptr<TradeAction> action, Source& source, int64 now) {
+  action->sourceNumber = source.number;
+  action->sequence = ++source.actions;
+  action->sentAt = now;
+  waiting_.push_back(std::move(action));
+}
+
+void OrderInbox::putOrder(std::unique_ptr<TradeAction> action, int64 now) {
+  Source& source = sourceOf(action->order.source.createSource);
+  put(std::move(action), source, now);
 }
 
 void OrderInbox::putCancel(int64 orderId, const TradingAccountID& account, const SourceId& by,
                            int64 now) {
-  Source& source = sourceOf(by.createSource);
-  TradeAction action{true, {}, source.number, ++source.actions, now};
-  action.order.id = orderId;
-  action.order.account = account;
-  action.order.cancelSource = by;
-  waiting_.push_back(std::move(action));
+  auto action = std::make_unique<TradeAction>();
+  action->isCancel = true;
+  action->order.id = orderId;
+  action->order.account = account;
+  action->order.cancelSource = by;
+  put(std::move(action), sourceOf(by.createSource), now);
 }
 
 const Order* OrderInbox::waitingOrder(int64 orderId) const {
-  for (const TradeAction& action : waiting_)
-    if (!action.isCancel && action.order.id == orderId) return &action.order;
+  // Whoever asks asks for what was sent last, as a rule.
+  for (auto action = waiting_.rbegin(); action != waiting_.rend(); ++action)
+    if (!(*action)->isCancel && (*action)->order.id == orderId) return &(*action)->order;
   return nullptr;
 }
 
-std::vector<TradeAction> OrderInbox::takeAll() {
-  std::vector<TradeAction> taken = std::exchange(waiting_, {});
-  std::sort(taken.begin(), taken.end(), [](const TradeAction& a, const TradeAction& b) {
-    return std::pair(a.sourceNumber, a.sequence) < std::pair(b.sourceNumber, b.sequence);
+void OrderInbox::takeAll(TradeActions& taken) {
+  taken.clear();
+  taken.swap(waiting_);
+  std::sort(taken.begin(), taken.end(), [](const auto& a, const auto& b) {
+    return std::pair(a->sourceNumber, a->sequence) < std::pair(b->sourceNumber, b->sequence);
   });
-  return taken;
 }
 
 }  // namespace orvane::detail

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -16,6 +17,8 @@ struct TradeAction {
   int64 sequence = 0;  ///< Counts the actions of its source.
   int64 sentAt = 0;    ///< UTC milliseconds.
 };
+/// Actions stay where they are: an order is large to move.
+using TradeActions = std::vector<std::unique_ptr<TradeAction>>;
 
 /// Orders and cancels that nobody has taken yet, and the numbers of orders.
 ///
@@ -32,14 +35,16 @@ class OrderInbox {
 
   /// Takes the next number of the order's create source for its id.
   void number(Order& order);
-  void putOrder(const Order& order, int64 now);
+  /// Takes an action whose order is set.
+  void putOrder(std::unique_ptr<TradeAction> action, int64 now);
   void putCancel(int64 orderId, const TradingAccountID& account, const SourceId& by, int64 now);
 
   bool empty() const { return waiting_.empty(); }
   /// The order of an id that waits; null if there is none.
   const Order* waitingOrder(int64 orderId) const;
-  /// All that waits, by number of the source and then as each source gave it.
-  std::vector<TradeAction> takeAll();
+  /// Makes `taken` all that waits, by number of the source and then as each source gave it; its
+  /// room is used again.
+  void takeAll(TradeActions& taken);
 
   /// Drops what waits and counts from the start again.
   void reset();
@@ -50,11 +55,12 @@ class OrderInbox {
     int64 orders = 0;
     int64 actions = 0;
   };
+  void put(std::unique_ptr<TradeAction> action, Source& source, int64 now);
   Source& sourceOf(const std::string& createSource);
 
   const std::vector<std::string> named_;
   std::map<std::string, Source> sources_;
-  std::vector<TradeAction> waiting_;
+  TradeActions waiting_;
 };
 
 }  // namespace orvane::detail

@@ -1,7 +1,9 @@
 #include "platform/trade/PaperExchange.h"
 
 #include <algorithm>
+#include <list>
 #include <stdexcept>
+#include <unordered_map>
 
 #include "platform/fields/FillView.h"
 #include "platform/fields/KLineView.h"
@@ -44,7 +46,7 @@ class PaperExchange::Impl {
     Ledger ledger;
   };
 
-  void place(const Order& record, int64 now);
+  void place(Order&& record, int64 now);
   void cancel(int64 orderId, const SourceId& by, int64 now);
   void onBar(Contract& contract, const ExactBar& bar, int64 now);
   void onTick(Contract& contract, const IDepthMarketData& tick, int64 now);
@@ -62,14 +64,21 @@ class PaperExchange::Impl {
   void giveUp(WorkingOrder& order, const Refusal& why, int64 time);
   void finish(WorkingOrder& order, order::Status status, int64 time);
   void tell(const WorkingOrder& order, int64 time);
-  void tellCapital(const WorkingOrder& order, int64 time);
+  void tellPosition(std::int32_t accountKey, int64 codeId, const std::string& source, int64 time);
+  void tellCapital(std::int32_t accountKey, int64 time);
   void sweep(Contract& contract);
-  template <typename What>
-  void add(int64 time, What what) {
-    TradeEvent& event = events.emplace_back();
-    event.time = time;
-    event.what.emplace<What>(std::move(what));
+  template <typename What, typename... Args>
+  What& add(int64 time, Args&&... args) {
+    TradeEvent& event =
+        events.emplace_back(time, std::in_place_type<What>, std::forward<Args>(args)...);
+    return std::get<What>(event.what);
   }
+
+  /// Where an order at work is.
+  struct Place {
+    Contract* contract = nullptr;
+    std::list<WorkingOrder>::iterator order;
+  };
 
   const TradeOptions options;
   std::map<std::int32_t, Account> accounts;
@@ -77,18 +86,19 @@ class PaperExchange::Impl {
   RiskGuard guard;
   BarMatcher barMatcher;
   std::optional<Rate> volumeShare;
-  std::map<int64, Contract*> working;  ///< By order id.
+  std::unordered_map<int64, Place> working;  ///< By order id.
   std::vector<TradeEvent> events;
 };
 
 // Orders that come and go.
 
-void PaperExchange::Impl::place(const Order& record, int64 now) {
-  WorkingOrder order;
-  order.record = record;
+void PaperExchange::Impl::place(Order&& record, int64 now) {
+  std::list<WorkingOrder> entry;
+  WorkingOrder& order = entry.emplace_back();
+  order.record = std::move(record);
   order.arrival = now;
   order.record.values[order::ArrivalTime] = now;
-  Contract* const contract = contracts.find(record.code.id);
+  Contract* const contract = contracts.find(order.record.code.id);
   if (const auto refusal = check(order, contract, now)) {
     order.record.text5 = refusal->text;
     order.record.ints[order::ReasonAt] = refusal->code;
@@ -98,10 +108,11 @@ void PaperExchange::Impl::place(const Order& record, int64 now) {
   }
   order.record.status() = static_cast<std::int32_t>(order::Status::Working);
   contract->ledgers.insert(order.ledger);
-  contract->orders.push_back(order);
-  working[record.id] = contract;
+  const int64 id = order.record.id;
+  working[id] = {contract, entry.begin()};
+  contract->orders.splice(contract->orders.end(), entry);
   tell(order, now);
-  if (!order.ledger->frozenOf(record.id).isZero()) tellCapital(order, now);
+  if (!order.ledger->frozenOf(id).isZero()) tellCapital(order.record.account.accountKey, now);
 }
 
 std::optional<Refusal> PaperExchange::Impl::check(WorkingOrder& order, Contract* contract,
@@ -128,7 +139,7 @@ std::optional<Refusal> PaperExchange::Impl::check(WorkingOrder& order, Contract*
   claim.price = order.type == order::Type::Limit  ? order.limit
                 : order.type == order::Type::Stop ? order.stop
                                                   : contract->mark.value_or(Price{});
-  return order.ledger->freeze(claim);
+  return order.ledger->freeze(std::move(claim));
 }
 
 std::optional<Refusal> PaperExchange::Impl::checkRisk(const WorkingOrder& order,
@@ -152,12 +163,10 @@ std::optional<Refusal> PaperExchange::Impl::checkRisk(const WorkingOrder& order,
 void PaperExchange::Impl::cancel(int64 orderId, const SourceId& by, int64 now) {
   const auto at = working.find(orderId);
   if (at == working.end()) return;
-  Contract& contract = *at->second;
-  const auto order = std::ranges::find(contract.orders, orderId,
-                                       [](const WorkingOrder& each) { return each.record.id; });
+  const auto [contract, order] = at->second;
   order->record.cancelSource = by;
   finish(*order, order::Status::Cancelled, now);
-  sweep(contract);
+  contract->orders.erase(order);
 }
 
 // Market data.
@@ -178,8 +187,8 @@ void PaperExchange::Impl::beginDay(Contract& contract, int day, int64 time) {
     if (!ledger->beginDay(contract.terms.code.id, options.settlesDaily)) continue;
     const std::int32_t key = ledger->account().accountKey;
     for (const std::string& source : ledger->sources(contract.terms.code.id))
-      add(time, TradeEvent::PositionChanged{key, contract.terms.code.id, source});
-    if (options.settlesDaily) add(time, TradeEvent::CapitalChanged{key});
+      tellPosition(key, contract.terms.code.id, source, time);
+    if (options.settlesDaily) tellCapital(key, time);
   }
 }
 
@@ -211,9 +220,10 @@ void PaperExchange::Impl::onBar(Contract& contract, const ExactBar& bar, int64 n
       const int rank = order.type == order::Type::Limit ? 1 : 0;
       candidates.push_back({match ? match->time : bar.end, rank, &order});
     }
-    std::ranges::stable_sort(candidates, [](const Candidate& a, const Candidate& b) {
-      return a.time != b.time ? a.time < b.time : a.rank < b.rank;
-    });
+    if (candidates.size() > 1)
+      std::ranges::stable_sort(candidates, [](const Candidate& a, const Candidate& b) {
+        return a.time != b.time ? a.time < b.time : a.rank < b.rank;
+      });
     for (const Candidate& candidate : candidates) {
       matchBar(contract, bar, *candidate.order, capacity);
       endImmediate(*candidate.order, bar.end);
@@ -247,7 +257,7 @@ void PaperExchange::Impl::onTick(Contract& contract, const IDepthMarketData& tic
   beginDay(contract, view.tradingDay(), now);
   contract.limits.upper = priceOf(view.upperLimit()).value_or(Price{});
   contract.limits.lower = priceOf(view.lowerLimit()).value_or(Price{});
-  TickMarket market(tick, options.queue);
+  TickMarket market(tick, options.queue, !contract.orders.empty());
   for (WorkingOrder& order : contract.orders) {
     meet(contract, order);
     if (order.type == order::Type::Stop && !order.isTriggered)
@@ -318,14 +328,12 @@ bool PaperExchange::Impl::fill(WorkingOrder& order, Price price, Volume volume, 
       static_cast<std::int32_t>(isWhole ? order::Status::Filled : order::Status::PartlyFilled);
   tell(order, time);
 
-  OrderFill told = fillRecord(order, booking, price, volume);
+  OrderFill& told = add<OrderFill>(time, fillRecord(order, booking, price, volume));
   told.ints[fill::LiquidityAt] = hadRested ? 1 : 0;
   told.fillTime() = time;
   told.numbers[fill::TradingDay] = day;
-  const std::int32_t key = record.account.accountKey;
-  add(time, std::move(told));
-  add(time, TradeEvent::PositionChanged{key, record.code.id, record.source.createSource});
-  tellCapital(order, time);
+  tellPosition(record.account.accountKey, record.code.id, record.source.createSource, time);
+  tellCapital(record.account.accountKey, time);
   return true;
 }
 
@@ -342,19 +350,23 @@ void PaperExchange::Impl::finish(WorkingOrder& order, order::Status status, int6
   working.erase(order.record.id);
   order.record.status() = static_cast<std::int32_t>(status);
   tell(order, time);
-  if (heldMoney) tellCapital(order, time);
+  if (heldMoney) tellCapital(order.record.account.accountKey, time);
 }
 
 void PaperExchange::Impl::tell(const WorkingOrder& order, int64 time) {
-  Order told = order.record;
+  Order& told = add<Order>(time, order.record);
   told.updateTime() = time;
   told.values[order::FrozenMoney] =
       order.ledger == nullptr ? 0 : wordOf(toDouble(order.ledger->frozenOf(told.id)));
-  add(time, std::move(told));
 }
 
-void PaperExchange::Impl::tellCapital(const WorkingOrder& order, int64 time) {
-  add(time, TradeEvent::CapitalChanged{order.record.account.accountKey});
+void PaperExchange::Impl::tellPosition(std::int32_t accountKey, int64 codeId,
+                                       const std::string& source, int64 time) {
+  add<TradeEvent::PositionChanged>(time, TradeEvent::PositionChanged{accountKey, codeId, source});
+}
+
+void PaperExchange::Impl::tellCapital(std::int32_t accountKey, int64 time) {
+  add<TradeEvent::CapitalChanged>(time, TradeEvent::CapitalChanged{accountKey});
 }
 
 void PaperExchange::Impl::sweep(Contract& contract) {
@@ -382,7 +394,7 @@ void PaperExchange::addContract(const ICodeID& code, const Instrument& instrumen
   impl_->contracts.add(code, instrument);
 }
 
-void PaperExchange::place(const Order& order, int64 now) { impl_->place(order, now); }
+void PaperExchange::place(Order order, int64 now) { impl_->place(std::move(order), now); }
 
 void PaperExchange::cancel(int64 orderId, const SourceId& by, int64 now) {
   impl_->cancel(orderId, by, now);
@@ -419,8 +431,13 @@ const ContractTerms* PaperExchange::terms(int64 codeId) const {
 
 std::vector<TradeEvent> PaperExchange::takeEvents() {
   std::vector<TradeEvent> taken;
-  taken.swap(impl_->events);
+  takeEvents(taken);
   return taken;
+}
+
+void PaperExchange::takeEvents(std::vector<TradeEvent>& taken) {
+  taken.clear();
+  taken.swap(impl_->events);
 }
 
 bool PaperExchange::hasEvents() const { return !impl_->events.empty(); }

@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -29,6 +30,10 @@ struct TradeEvent {
   };
   int64 time = 0;  ///< When it happened, UTC milliseconds.
   std::variant<Order, OrderFill, PositionChanged, CapitalChanged> what;
+
+  template <typename What, typename... Args>
+  TradeEvent(int64 at, std::in_place_type_t<What> kind, Args&&... args)
+      : time(at), what(kind, std::forward<Args>(args)...) {}
 };
 
 /// What the last market event of a code told.
@@ -57,7 +62,7 @@ class PaperExchange {
 
   /// Takes an order that arrives now. `order` is complete but for what the exchange fills in. It
   /// is answered by events: Working or Rejected, and what follows.
-  void place(const Order& order, int64 now);
+  void place(Order order, int64 now);
   /// Cancels an order that is at work; of any other nothing happens.
   void cancel(int64 orderId, const SourceId& by, int64 now);
 
@@ -73,8 +78,9 @@ class PaperExchange {
   /// Null for a code that is not known. It stays where it is.
   const ContractTerms* terms(int64 codeId) const;
 
-  /// What happened since the last call.
+  /// What happened since the last call. The other form fills `taken`, whose room is used again.
   std::vector<TradeEvent> takeEvents();
+  void takeEvents(std::vector<TradeEvent>& taken);
   bool hasEvents() const;
 
   Ledger* ledger(std::int32_t accountKey);

@@ -68,15 +68,21 @@ void SubscriptionBook::eachSelector(const TradeSubject& subject, Visit visit) co
 TradeReceivers SubscriptionBook::receiversOf(const TradeSubject& subject,
                                              std::uint64_t number) const {
   TradeReceivers found;
+  receiversOf(subject, number, found);
+  return found;
+}
+
+void SubscriptionBook::receiversOf(const TradeSubject& subject, std::uint64_t number,
+                                   TradeReceivers& found) const {
+  found.clear();
   eachSelector(subject, [&](const std::vector<Entry>& entries) {
     for (const Entry& entry : entries)
       if (entry.number < number) found.push_back(entry.receiver);
   });
-  if (found.size() < 2) return found;
+  if (found.size() < 2) return;
   std::sort(found.begin(), found.end(),
             [](const auto& a, const auto& b) { return a->order < b->order; });
   found.erase(std::unique(found.begin(), found.end()), found.end());
-  return found;
 }
 
 bool SubscriptionBook::reaches(const TradeReceiver& receiver, const TradeSubject& subject) const {

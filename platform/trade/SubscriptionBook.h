@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <compare>
 #include <cstdint>
 #include <map>
@@ -60,13 +61,15 @@ class SubscriptionBook {
   std::shared_ptr<TradeReceiver> unsubscribeAccount(const TradeEventSpi* spi, std::int32_t account);
   std::shared_ptr<TradeReceiver> unsubscribeAll(const TradeEventSpi* spi);
 
-  /// Who subscribed to a subject before `number`: each once, by their first subscription.
+  /// Who subscribed to a subject before `number`: each once, by their first subscription. The other
+  /// form fills `found`, whose room is used again.
   TradeReceivers receiversOf(const TradeSubject& subject, std::uint64_t number) const;
+  void receiversOf(const TradeSubject& subject, std::uint64_t number, TradeReceivers& found) const;
   /// Whether a subscription that lets the subject through to the receiver stands.
   bool reaches(const TradeReceiver& receiver, const TradeSubject& subject) const;
   /// How often subscriptions were ended: as long as it is the same, whom `receiversOf` answered the
-  /// subject reaches still.
-  std::uint64_t endings() const { return endings_; }
+  /// subject reaches still. To be read without the owner's lock, too.
+  std::uint64_t endings() const { return endings_.load(); }
   /// The receiver of a spi; null without a subscription.
   std::shared_ptr<TradeReceiver> receiverOf(const TradeEventSpi* spi) const;
 
@@ -106,7 +109,7 @@ class SubscriptionBook {
   std::map<TradeSelector, std::vector<Entry>, Less> bySelector_;
   std::map<const TradeEventSpi*, Holder> bySpi_;
   std::uint64_t receivers_ = 0;
-  std::uint64_t endings_ = 0;
+  std::atomic<std::uint64_t> endings_{0};
 };
 
 }  // namespace orvane::detail

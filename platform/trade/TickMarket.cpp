@@ -20,26 +20,34 @@ Volume wholeLots(Volume volume, const ContractTerms& terms) {
 
 }  // namespace
 
-TickMarket::TickMarket(const IDepthMarketData& tick, TradeOptions::Queue queue) : queue_(queue) {
+TickMarket::TickMarket(const IDepthMarketData& tick, TradeOptions::Queue queue, bool isTraded)
+    : queue_(queue) {
   const QuoteView view(tick);
-  const auto add = [](Ladder& ladder, double price, double size) {
-    const auto exactPrice = priceOf(price);
-    if (exactPrice && exactPrice->isPositive())
-      ladder.push_back({*exactPrice, marketVolumeOf(size)});
-  };
-  const int bidLevels = view.hasBid() ? std::clamp(view.bidLevels(), 0, 10) : 0;
-  const int askLevels = view.hasAsk() ? std::clamp(view.askLevels(), 0, 10) : 0;
-  for (int i = 0; i < bidLevels; ++i)
-    add(bids_, view.bidPrice(static_cast<std::size_t>(i)),
-        view.bidSize(static_cast<std::size_t>(i)));
-  for (int i = 0; i < askLevels; ++i)
-    add(asks_, view.askPrice(static_cast<std::size_t>(i)),
-        view.askSize(static_cast<std::size_t>(i)));
   if (view.hasTrade()) {
     last_ = priceOf(view.lastPrice());
     if (last_ && !last_->isPositive()) last_.reset();
     // A trade whose size is not told moves no queue: who stood before is not known to be gone.
     traded_ = marketVolumeOf(view.volume()).value_or(Volume{});
+  }
+  if (last_ && !isTraded) return;
+  addLevels(
+      bids_, view.hasBid() ? view.bidLevels() : 0, !isTraded,
+      [&](std::size_t i) { return view.bidPrice(i); },
+      [&](std::size_t i) { return view.bidSize(i); });
+  addLevels(
+      asks_, view.hasAsk() ? view.askLevels() : 0, !isTraded,
+      [&](std::size_t i) { return view.askPrice(i); },
+      [&](std::size_t i) { return view.askSize(i); });
+}
+
+template <typename PriceOf, typename SizeOf>
+void TickMarket::addLevels(Ladder& ladder, int count, bool bestAlone, PriceOf price, SizeOf size) {
+  const auto levels = static_cast<std::size_t>(std::clamp(count, 0, 10));
+  ladder.reserve(bestAlone ? 1 : levels);
+  for (std::size_t i = 0; i < levels && !(bestAlone && !ladder.empty()); ++i) {
+    const auto exactPrice = priceOf(price(i));
+    if (exactPrice && exactPrice->isPositive())
+      ladder.push_back({*exactPrice, marketVolumeOf(size(i))});
   }
 }
 

@@ -32,7 +32,8 @@ struct TickMatch {
 /// it, fills it at its limit. A tick that shows no depth at all fills by its trade.
 class TickMarket {
  public:
-  TickMarket(const IDepthMarketData& tick, TradeOptions::Queue queue);
+  /// Without `isTraded`, where no order is at work, nothing but the mark will be asked for.
+  TickMarket(const IDepthMarketData& tick, TradeOptions::Queue queue, bool isTraded = true);
 
   /// The last price, or the middle of the best bid and ask, or the one side there is.
   std::optional<Price> mark() const;
@@ -49,9 +50,12 @@ class TickMarket {
     Price price;
     std::optional<Volume> volume;  ///< Empty: not told, as much as anybody wants.
   };
+  using Ladder = std::vector<Level>;
+
+  template <typename PriceOf, typename SizeOf>
+  static void addLevels(Ladder& ladder, int count, bool bestAlone, PriceOf price, SizeOf size);
   /// Takes what there is, in whole lots, up to `wanted`.
   static Volume take(Level& level, Volume wanted, const ContractTerms& terms);
-  using Ladder = std::vector<Level>;
 
   bool hasDepth() const { return !bids_.empty() || !asks_.empty(); }
   Ladder& otherSide(const WorkingOrder& order) { return order.isBuy() ? asks_ : bids_; }

@@ -68,7 +68,7 @@ int64 TradeDesk::scriptTime() const {
 void TradeDesk::noteDue() {
   nextDue_ = scriptTime();
   if (!arriving_.empty()) nextDue_ = std::min(nextDue_, arriving_.begin()->first);
-  if (!reports_.empty()) nextDue_ = std::min(nextDue_, reports_.front().due);
+  if (!reports_.empty()) nextDue_ = std::min(nextDue_, reports_.nextDue());
 }
 
 bool TradeDesk::changeConnections(int64 now) {
@@ -82,13 +82,10 @@ bool TradeDesk::changeConnections(int64 now) {
     if (change.isUp == wasUp) continue;
     if (parts_.file != nullptr) changes_.emplace_back(now, change);
     // What was on its way is lost; whoever fetches the account's state later finds it there.
-    const auto lost =
-        std::stable_partition(reports_.begin(), reports_.end(), [&](const TradeReport& report) {
-          return report.subject.account != change.account ||
-                 report.subject.topic == TradeTopic::Status;
-        });
-    lost_.insert(lost_.end(), std::move_iterator(lost), std::move_iterator(reports_.end()));
-    reports_.erase(lost, reports_.end());
+    std::vector<ReportQueue::Report> lost = reports_.takeIf([&](const TradeReport& report) {
+      return report.subject.account == change.account && report.subject.topic != TradeTopic::Status;
+    });
+    std::ranges::move(lost, std::back_inserter(lost_));
     ++state.number;
     const TradeSubject subject{
         TradeTopic::Status, change.account, TradeSelector::kEveryCode, 0, {}};
@@ -109,21 +106,23 @@ bool TradeDesk::takeWishes(int64 now) {
 bool TradeDesk::admit(int64 now) {
   TradeState& state = parts_.state;
   if (admits_) {
-    for (const TradeAction& action : state.inbox.takeAll())
-      action.isCancel ? admitCancel(action, now) : admitOrder(action, now);
+    state.inbox.takeAll(actions_);
+    for (std::unique_ptr<TradeAction>& action : actions_)
+      action->isCancel ? admitCancel(std::move(action), now) : admitOrder(std::move(action), now);
+    actions_.clear();
   }
   const bool any = admits_ && state.waiting.load() != 0;
   state.waiting.store(state.inbox.empty() ? 0 : 1);
   return any;
 }
 
-void TradeDesk::admitOrder(const TradeAction& action, int64 now) {
+void TradeDesk::admitOrder(std::unique_ptr<TradeAction> action, int64 now) {
   TradeState& state = parts_.state;
-  const Order& order = action.order;
+  const Order& order = action->order;
   state.store.addOrder(order);
   state.equity.addSource(order.account.accountKey, order.source.createSource);
   if (state.connections.isUp(order.account.accountKey))
-    arriving_.emplace(action.sentAt + parts_.options.entryLatencyMs, action);
+    arriving_.emplace(action->sentAt + parts_.options.entryLatencyMs, std::move(action));
   else
     rejectOrder(order, now);
 }
@@ -136,15 +135,16 @@ void TradeDesk::rejectOrder(Order order, int64 now) {
   parts_.state.store.updateOrder(order);
 }
 
-void TradeDesk::admitCancel(const TradeAction& action, int64 now) {
+void TradeDesk::admitCancel(std::unique_ptr<TradeAction> action, int64 now) {
   TradeState& state = parts_.state;
-  const Order* order = state.store.order(action.order.id);
+  const Order* order = state.store.order(action->order.id);
   if (order == nullptr || OrderView(*order).isFinal()) return;
   if (!state.connections.isUp(order->account.accountKey)) return;
-  arriving_.emplace(action.sentAt + parts_.options.entryLatencyMs, action);
-  if (parts_.options.entryLatencyMs <= 0 || OrderView(*order).status() == order::Status::Sent)
-    return;
-  cancelling_[action.order.id] = action.order.cancelSource;
+  const bool isTold =
+      parts_.options.entryLatencyMs > 0 && OrderView(*order).status() != order::Status::Sent;
+  if (isTold) cancelling_[action->order.id] = action->order.cancelSource;
+  arriving_.emplace(action->sentAt + parts_.options.entryLatencyMs, std::move(action));
+  if (!isTold) return;
   Order pending = *order;
   pending.updateTime() = now;
   ++state.number;
@@ -156,13 +156,14 @@ bool TradeDesk::letArrive(int64 now) {
   bool any = false;
   while (!arriving_.empty() && arriving_.begin()->first <= now) {
     any = true;
-    const TradeAction action = std::move(arriving_.begin()->second);
+    const std::unique_ptr<TradeAction> arrived = std::move(arriving_.begin()->second);
     arriving_.erase(arriving_.begin());
+    TradeAction& action = *arrived;
     if (action.isCancel) {
       state.exchange.cancel(action.order.id, action.order.cancelSource, now);
     } else {
       feed_.begin(action.order.code.id, state.exchange);
-      state.exchange.place(action.order, now);
+      state.exchange.place(std::move(action.order), now);
     }
     takeEvents(now);
   }
@@ -191,7 +192,8 @@ bool TradeDesk::feedRecord(const MarketStream& stream) {
 
 void TradeDesk::takeEvents(int64 now) {
   if (!parts_.state.exchange.hasEvents()) return;
-  for (TradeEvent& event : parts_.state.exchange.takeEvents()) takeEvent(event, now);
+  parts_.state.exchange.takeEvents(events_);
+  for (TradeEvent& event : events_) takeEvent(event, now);
 }
 
 void TradeDesk::takeEvent(TradeEvent& event, int64 now) {
@@ -204,19 +206,20 @@ void TradeDesk::takeEvent(TradeEvent& event, int64 now) {
     state.store.addFill(*fill);
     // A fill inside a bar is known, and its price marked, when the bar is over.
     state.equity.noteFill(fill->account.accountKey, fill->source.createSource, fill->code.id, now);
-    report({TradeTopic::Fill, fill->account.accountKey, fill->code.id, eventSourcesOf(fill->source),
-            fill->source.createSource},
-           due, [&] { return std::move(*fill); });
+    report<OrderFill>({TradeTopic::Fill, fill->account.accountKey, fill->code.id,
+                       eventSourcesOf(fill->source), fill->source.createSource},
+                      due, std::move(*fill));
   } else if (auto* position = std::get_if<TradeEvent::PositionChanged>(&event.what)) {
     reportPosition(*position, due);
   } else {
     const std::int32_t account = std::get<TradeEvent::CapitalChanged>(event.what).accountKey;
-    report({TradeTopic::Capital, account, TradeSelector::kEveryCode, 0, {}}, due,
-           [&] { return state.exchange.ledger(account)->capitalRecord(event.time); });
+    auto* capital = report<TradingAccount>(
+        {TradeTopic::Capital, account, TradeSelector::kEveryCode, 0, {}}, due);
+    if (capital != nullptr) *capital = state.exchange.ledger(account)->capitalRecord(event.time);
   }
 }
 
-void TradeDesk::reportOrder(Order order, int64 due) {
+void TradeDesk::reportOrder(Order&& order, int64 due) {
   if (const auto at = cancelling_.find(order.id); at != cancelling_.end()) {
     if (OrderView(order).isFinal()) {
       cancelling_.erase(at);
@@ -226,52 +229,51 @@ void TradeDesk::reportOrder(Order order, int64 due) {
     }
   }
   parts_.state.store.updateOrder(order);
-  report(subjectOf(TradeTopic::Order, order), due, [&] { return std::move(order); });
+  report<Order>(subjectOf(TradeTopic::Order, order), due, std::move(order));
 }
 
 void TradeDesk::reportPosition(const TradeEvent::PositionChanged& changed, int64 due) {
   const Ledger* ledger = parts_.state.exchange.ledger(changed.accountKey);
-  report({TradeTopic::Position, changed.accountKey, changed.codeId, 0, {}}, due, [&] {
-    Position position;
-    ledger->positionRecord(changed.codeId, position);
-    return position;
-  });
-  report({TradeTopic::SourcePosition, changed.accountKey, changed.codeId, 0, changed.source}, due,
-         [&] {
-           SourcePosition position;
-           ledger->sourcePositionRecord(changed.codeId, changed.source, position);
-           return position;
-         });
+  if (auto* position =
+          report<Position>({TradeTopic::Position, changed.accountKey, changed.codeId, 0, {}}, due))
+    ledger->positionRecord(changed.codeId, *position);
+  if (auto* position = report<SourcePosition>(
+          {TradeTopic::SourcePosition, changed.accountKey, changed.codeId, 0, changed.source}, due))
+    ledger->sourcePositionRecord(changed.codeId, changed.source, *position);
 }
 
-template <typename Make>
-void TradeDesk::report(TradeSubject subject, int64 due, Make make) {
+template <typename What, typename... Args>
+What* TradeDesk::report(TradeSubject subject, int64 due, Args&&... args) {
   TradeState& state = parts_.state;
-  if (!state.connections.isUp(subject.account)) return;
-  TradeReceivers receivers = state.subscriptions.receiversOf(subject, state.number);
-  if (receivers.empty()) return;
-  enqueue({due, std::move(subject), std::move(receivers), make()});
+  if (!state.connections.isUp(subject.account)) return nullptr;
+  ReportQueue::Report made = reports_.blank();
+  state.subscriptions.receiversOf(subject, state.number, made->receivers);
+  if (made->receivers.empty()) {
+    reports_.giveBack(std::move(made));
+    return nullptr;
+  }
+  made->due = due;
+  made->subject = std::move(subject);
+  made->endings = state.subscriptions.endings();
+  What& what = made->what.emplace<What>(std::forward<Args>(args)...);
+  reports_.put(std::move(made));
+  return &what;
 }
 
 void TradeDesk::reportStatus(std::int32_t account, int64 due, TradeReceivers receivers) {
   const TradingAccountID& id = *parts_.state.accounts.find(account);
   const bool isUp = parts_.state.connections.isUp(account);
-  TradeReport::Status status;
+  ReportQueue::Report made = reports_.blank();
+  made->due = due;
+  made->subject = {TradeTopic::Status, account, TradeSelector::kEveryCode, 0, {}};
+  made->receivers = std::move(receivers);
+  made->endings = TradeReport::kNotKnown;  // Who wished for it may have gone since.
+  auto& status = made->what.emplace<TradeReport::Status>();
   status.account = AccountBook::connectionOf(id);
   status.info.statusCode = isUp ? kConnected : kDisconnected;
   if (!isUp) status.info.result = {kNotConnected, statusMessage(kNotConnected)};
   status.info.accounts = {id};
-  enqueue({due,
-           {TradeTopic::Status, account, TradeSelector::kEveryCode, 0, {}},
-           std::move(receivers),
-           std::move(status)});
-}
-
-void TradeDesk::enqueue(TradeReport report) {
-  const auto after =
-      std::upper_bound(reports_.begin(), reports_.end(), report.due,
-                       [](int64 due, const TradeReport& each) { return due < each.due; });
-  reports_.insert(after, std::move(report));
+  reports_.put(std::move(made));
 }
 
 // Delivering.
@@ -280,14 +282,14 @@ bool TradeDesk::deliver(int64 now) {
   bool any = false;
   lost_.clear();
   rounds_.begin();
-  while (!reports_.empty() && reports_.front().due <= now) {
+  while (!reports_.empty() && reports_.nextDue() <= now) {
     any = true;
-    const TradeReport report = std::move(reports_.front());
-    reports_.pop_front();
-    for (const std::shared_ptr<TradeReceiver>& receiver : report.receivers) {
+    ReportQueue::Report report = reports_.takeNext();
+    for (const std::shared_ptr<TradeReceiver>& receiver : report->receivers) {
       rounds_.enter(receiver->calledIn);
-      if (isStillWanted(*receiver, report)) call(*receiver, report);
+      if (isStillWanted(*receiver, *report)) call(*receiver, *report);
     }
+    reports_.giveBack(std::move(report));
   }
   const std::lock_guard lock(parts_.state.mutex);
   noteDue();
@@ -295,8 +297,10 @@ bool TradeDesk::deliver(int64 now) {
 }
 
 bool TradeDesk::isStillWanted(const TradeReceiver& receiver, const TradeReport& report) const {
+  const SubscriptionBook& subscriptions = parts_.state.subscriptions;
+  if (report.endings == subscriptions.endings()) return true;
   const std::lock_guard lock(parts_.state.mutex);
-  return parts_.state.subscriptions.reaches(receiver, report.subject);
+  return subscriptions.reaches(receiver, report.subject);
 }
 
 void TradeDesk::call(TradeReceiver& receiver, const TradeReport& report) {
@@ -338,7 +342,7 @@ void TradeDesk::rewind() {
   persist(true);
   parts_.grids.rewind();
   TradeState& state = parts_.state;
-  const std::deque<TradeReport> ended = std::exchange(reports_, {});
+  const ReportQueue ended = std::exchange(reports_, {});
   const std::lock_guard lock(state.mutex);
   state.exchange.reset();
   state.store.clear();

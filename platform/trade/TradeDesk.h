@@ -1,16 +1,16 @@
 #pragma once
 
 #include <atomic>
-#include <deque>
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <vector>
 
 #include "platform/core/CallRounds.h"
+#include "platform/trade/ReportQueue.h"
 #include "platform/trade/SqliteStore.h"
 #include "platform/trade/TradeFeed.h"
-#include "platform/trade/TradeReport.h"
 #include "platform/trade/TradeState.h"
 #include "platform/trade/conditions/GridDesk.h"
 
@@ -67,18 +67,18 @@ class TradeDesk {
   void watchNewCodes(int64 now);
   bool takeWishes(int64 now);
   bool admit(int64 now);
-  void admitOrder(const TradeAction& action, int64 now);
-  void admitCancel(const TradeAction& action, int64 now);
+  void admitOrder(std::unique_ptr<TradeAction> action, int64 now);
+  void admitCancel(std::unique_ptr<TradeAction> action, int64 now);
   void rejectOrder(Order order, int64 now);
   bool changeConnections(int64 now);
   bool letArrive(int64 now);
   void takeEvents(int64 now);
   void takeEvent(TradeEvent& event, int64 now);
-  void reportOrder(Order order, int64 due);
+  void reportOrder(Order&& order, int64 due);
   void reportPosition(const TradeEvent::PositionChanged& changed, int64 due);
-  template <typename Make>
-  void report(TradeSubject subject, int64 due, Make make);
-  void enqueue(TradeReport report);
+  /// The report of something that somebody wants to hear of; null if nobody does.
+  template <typename What, typename... Args>
+  What* report(TradeSubject subject, int64 due, Args&&... args);
   void reportStatus(std::int32_t account, int64 due, TradeReceivers receivers);
   bool deliver(int64 now);
   void call(TradeReceiver& receiver, const TradeReport& report);
@@ -93,12 +93,16 @@ class TradeDesk {
   bool admits_ = true;  ///< A run that was cancelled takes nothing more in.
   bool followsScript_;  ///< In live mode the script's times mean nothing before the run.
   int64 nextDue_ = kUnsetTime;
-  std::multimap<int64, TradeAction> arriving_;  ///< By the time of arrival.
-  std::deque<TradeReport> reports_;             ///< By the time they are due.
-  std::deque<TradeReport> lost_;  ///< Let go with no lock held: they may be a receiver's last.
+  std::multimap<int64, std::unique_ptr<TradeAction>> arriving_;  ///< By the time of arrival.
+  ReportQueue reports_;
+  std::vector<ReportQueue::Report>
+      lost_;  ///< Let go with no lock held: they may be a receiver's last.
   std::map<int64, SourceId> cancelling_;  ///< Orders with a cancel on its way.
   std::vector<std::pair<int64, ConnectionBook::Change>> changes_;  ///< Not stored yet.
   std::size_t storedFills_ = 0;
+  // Room that is used again.
+  TradeActions actions_;
+  std::vector<TradeEvent> events_;
 };
 
 }  // namespace orvane::detail

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <variant>
 
 #include "platform/trade/SubscriptionBook.h"
@@ -14,9 +15,13 @@ struct TradeReport {
   };
   using What = std::variant<Order, OrderFill, Position, SourcePosition, TradingAccount, Status>;
 
+  /// That nothing can be said of its receivers without a look.
+  static constexpr std::uint64_t kNotKnown = ~std::uint64_t{0};
+
   int64 due = 0;  ///< UTC milliseconds.
   TradeSubject subject;
   TradeReceivers receivers;
+  std::uint64_t endings = kNotKnown;  ///< The book's when these were its receivers.
   What what;
 };
 

@@ -12,8 +12,9 @@
 namespace orvane::detail {
 namespace {
 
-Order orderOf(const OrderRequest& request, const TradingAccountID& account, int64 now) {
-  Order order;
+/// Makes a blank order that of a request.
+void setOrder(Order& order, const OrderRequest& request, const TradingAccountID& account,
+              int64 now) {
   order.account = account;
   order.code = request.code;
   order.source = request.source;
@@ -31,7 +32,6 @@ Order orderOf(const OrderRequest& request, const TradingAccountID& account, int6
   for (const order::Values at : {order::FilledVolume, order::ArrivalTime, order::Turnover,
                                  order::Fee, order::FrozenMoney, order::TradingDay})
     order.values[at] = 0;
-  return order;
 }
 
 }  // namespace
@@ -58,15 +58,17 @@ ResultStatus TradeService::sendOrder(const OrderRequest& request, std::list<Orde
   const TradingAccountID* account = state_.accounts.find(request.account);
   if (account == nullptr) return {22, "账号不存在"_gbk};
   const int64 now = now_();
-  Order order = orderOf(request, *account, now);
+  auto action = std::make_unique<TradeAction>();
+  Order& order = action->order;
+  setOrder(order, request, *account, now);
   {
     const std::lock_guard lock(state_.mutex);
     state_.inbox.number(order);
     order.pair.first = std::to_string(order.id);
     if (order.orderRef.empty()) order.orderRef = order.pair.first;
-    state_.inbox.putOrder(order, now);
+    orders.push_back(order);
+    state_.inbox.putOrder(std::move(action), now);
   }
-  orders.push_back(std::move(order));
   noteWaiting();
   return {};
 }
