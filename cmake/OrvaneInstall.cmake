@@ -63,6 +63,7 @@ orvane_public_headers(orvane_platform
   platform/dictionary/RecordPublication.h
   platform/events/EventOptions.h
   platform/events/IndexFile.h
+  platform/market/Rows.h
   platform/market/Series.h
   platform/market/files/DataFiles.h
   platform/reference/Instrument.h

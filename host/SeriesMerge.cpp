@@ -34,8 +34,8 @@ bool follows(const LoadedTicks& before, const LoadedTicks& after) {
 }
 
 void append(LoadedBars& to, LoadedBars& part) {
-  auto& bars = to.series.bars;
-  bars.insert(bars.end(), part.series.bars.begin(), part.series.bars.end());
+  to.series.bars.append(part.series.bars);
+  to.series.isOrdered = to.series.isOrdered && part.series.isOrdered;
 }
 
 /// Makes the columns of `series` those of `columns`, which hold all of its own; a cell that it
@@ -46,7 +46,7 @@ void widen(TickSeries& series, const std::vector<TickColumnId>& columns) {
   for (const TickColumnId& column : series.columns)
     to.push_back(static_cast<std::size_t>(std::find(columns.begin(), columns.end(), column) -
                                           columns.begin()));
-  std::vector<double> cells(series.rows() * columns.size());
+  Rows<double> cells(series.rows() * columns.size());
   for (std::size_t row = 0; row < series.rows(); ++row)
     for (std::size_t i = 0; i < to.size(); ++i)
       cells[row * columns.size() + to[i]] = series.cells[row * to.size() + i];
@@ -61,12 +61,10 @@ void append(LoadedTicks& to, LoadedTicks& part) {
       columns.push_back(column);
   widen(to.series, columns);
   widen(part.series, columns);
-  const auto join = [](auto& into, const auto& from) {
-    into.insert(into.end(), from.begin(), from.end());
-  };
-  join(to.series.times, part.series.times);
-  join(to.series.tradingDays, part.series.tradingDays);
-  join(to.series.cells, part.series.cells);
+  to.series.times.append(part.series.times);
+  to.series.tradingDays.append(part.series.tradingDays);
+  to.series.cells.append(part.series.cells);
+  to.series.isOrdered = to.series.isOrdered && part.series.isOrdered;
 }
 
 template <typename Loaded>

@@ -233,7 +233,7 @@ class JsonReader {
 };
 
 std::vector<IndexComposition> readJson(const detail::FileText& file, const std::string& timeZone) {
-  const QByteArray bytes = QByteArray::fromStdString(file.text);
+  const QByteArray bytes(file.text.data(), static_cast<qsizetype>(file.text.size()));
   QJsonParseError error;
   const QJsonDocument document = QJsonDocument::fromJson(bytes, &error);
   if (error.error != QJsonParseError::NoError)

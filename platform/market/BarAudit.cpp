@@ -18,7 +18,7 @@ std::string faultBeside(const KLineView& bar, const KLineView& before) {
 
 }  // namespace
 
-BarAudit auditBars(const std::vector<IKLine>& bars, int64 periodMs, int64 from) {
+BarAudit auditBars(std::span<const IKLine> bars, int64 periodMs, int64 from) {
   BarAudit audit;
   for (std::size_t at = 0; at < bars.size(); ++at) {
     const KLineView view(bars[at]);

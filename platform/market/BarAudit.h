@@ -1,8 +1,8 @@
 #pragma once
 
 #include <cstddef>
+#include <span>
 #include <string>
-#include <vector>
 
 #include "shared/MarketRecords.h"
 
@@ -18,6 +18,6 @@ struct BarAudit {
 /// Looks through bars whose begin lies at or after `from`: each by itself, that is times, the
 /// order of high, low, open and close, and volumes below 0; and beside the one before, that is
 /// duplicates, times that run backwards and intervals that overlap. Any thread may call it.
-BarAudit auditBars(const std::vector<IKLine>& bars, int64 periodMs, int64 from);
+BarAudit auditBars(std::span<const IKLine> bars, int64 periodMs, int64 from);
 
 }  // namespace orvane::detail

@@ -1,6 +1,7 @@
 #include "platform/market/QuoteService.h"
 
 #include <algorithm>
+#include <span>
 #include <string>
 #include <utility>
 
@@ -192,7 +193,8 @@ void QuoteService::serveBars(const std::shared_ptr<MarketRequest>& request, bool
   const bool direct = stream.periodMs() == periodMsOf(request->term);
   DerivedSeries* series = direct ? nullptr : &store_.derive(stream, request->term, closedThrough_);
   if (series != nullptr) noteOpenEnd(*series);
-  const std::vector<IKLine>& bars = direct ? stream.bars().bars : series->bars();
+  const std::span<const IKLine> bars =
+      direct ? std::span<const IKLine>(stream.bars().bars) : series->bars();
   const std::size_t known = direct ? stream.known.load() : series->sent;
   const auto begin = [&](std::size_t at) { return shift_.shown(KLineView(bars[at]).beginTime()); };
   std::size_t last = known;

@@ -5,6 +5,7 @@
 
 #include "platform/fields/KLineView.h"
 #include "platform/fields/QuoteView.h"
+#include "platform/market/Rows.h"
 #include "shared/Export.h"
 #include "shared/MarketRecords.h"
 
@@ -19,7 +20,8 @@ struct BarSeries {
   int64 periodMs = 0;    ///< Above 0; a day is 86,400,000.
   std::string timeZone;  ///< IANA name of the zone that days and sessions are cut in.
   std::string origin;    ///< The file or files, for messages.
-  std::vector<IKLine> bars;
+  Rows<IKLine> bars;
+  bool isOrdered = false;  ///< Whoever made the bars vouches for their order: nobody checks it.
 };
 
 /// What a column of a `TickSeries` holds.
@@ -57,9 +59,10 @@ struct ORVANE_API TickSeries {
   std::string timeZone;
   std::string origin;
   std::vector<TickColumnId> columns;
-  std::vector<int64> times;  ///< UTC milliseconds, ascending; equal ones keep the file's order.
-  std::vector<std::int32_t> tradingDays;  ///< YYYYMMDD, one a row.
-  std::vector<double> cells;              ///< Row by row, `columns.size()` a row.
+  Rows<int64> times;  ///< UTC milliseconds, ascending; equal ones keep the file's order.
+  Rows<std::int32_t> tradingDays;  ///< YYYYMMDD, one a row.
+  Rows<double> cells;              ///< Row by row, `columns.size()` a row.
+  bool isOrdered = false;  ///< Whoever made the rows vouches for their order: nobody checks it.
 
   std::size_t rows() const { return times.size(); }
 

@@ -71,7 +71,7 @@ void TradeFeed::feed(const MarketStream& stream, std::size_t row, PaperExchange&
     exchange.onTick(stream.code().id, tick_, now);
     return;
   }
-  const std::vector<IKLine>& bars = stream.bars().bars;
+  const Rows<IKLine>& bars = stream.bars().bars;
   const int64 previousEnd =
       row == 0 ? KLineView(bars[row]).beginTime() : KLineView(bars[row - 1]).endTime();
   IKLine bar = bars[row];

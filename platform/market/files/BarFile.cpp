@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "platform/fields/KLineView.h"
+#include "platform/market/files/ChunkedRead.h"
 #include "platform/market/files/CodeParts.h"
 #include "platform/market/files/DataFiles.h"
 
@@ -36,7 +37,7 @@ double meanOf(double a, double b) {
 
 class BarReader {
  public:
-  BarReader(Table& table, const Description& description, const DecimalStep& tick)
+  BarReader(const Table& table, const Description& description, const DecimalStep& tick)
       : table_(table),
         description_(description),
         map_(table.map()),
@@ -44,13 +45,62 @@ class BarReader {
         volume_(description.numbers, description.volumeShift, {}),
         turnover_(description.numbers, description.turnoverShift, {}) {}
 
-  std::vector<BarPart> run(const std::function<void(double)>& progress) {
-    std::size_t count = 0;
-    while (table_.next()) {
-      readRow();
-      if (progress && (++count & 0x3FFF) == 0) progress(table_.share());
+  /// Room for the rows of a file of one code; with several it is each part's own matter.
+  void reserve(std::size_t rows) {
+    if (map_.code < 0) room_.reserve(rows);
+  }
+
+  BarReader chunkReader(std::size_t row, std::size_t rows) const {
+    BarReader chunk = *this;
+    chunk.isChunk_ = true;
+    if (map_.code < 0) chunk.room_ = room_.roomAt(row, rows);
+    return chunk;
+  }
+
+  void read(TableRows& rows) {
+    rows_ = &rows;
+    while (rows.next()) readRow();
+  }
+
+  bool isSure() const { return isSure_; }
+
+  bool takes(const BarReader& chunk) const {
+    return std::ranges::all_of(chunk.parts_.parts(), [this](const BarPart& part) {
+      const BarPart* const mine = parts_.find(part.code);
+      return !mine || part.bars.empty() || mine->bars.empty() ||
+             mayFollow(table_, stampOf(mine->bars.back()), stampOf(part.bars.front()), true);
+    });
+  }
+
+  void join(BarReader& chunk, std::size_t linesBefore) {
+    for (const BarPart& part : chunk.parts_.parts()) {
+      BarPart& mine = parts_.of(part.code, part.path);
+      if (map_.code < 0) {
+        takeRoom(mine);
+        mine.bars.join(part.bars);
+      } else {
+        mine.bars.append(part.bars);
+      }
+      mine.datesOnly = mine.datesOnly && part.datesOnly;
+      mine.midnights = mine.midnights && part.midnights;
     }
-    finish();
+    skipped_ += chunk.skipped_;
+    if (doubts_ == 0 && chunk.doubts_ > 0) firstDoubt_ = linesBefore + chunk.firstDoubt_;
+    doubts_ += chunk.doubts_;
+  }
+
+  /// Notes what was passed over.
+  void tell(std::vector<std::string>& notes) const {
+    if (skipped_ > 0)
+      notes.push_back(table_.path() + ": " + std::to_string(skipped_) +
+                      " rows without a price were passed over");
+    if (doubts_ > 0)
+      notes.push_back(table_.path() + ": " + std::to_string(doubts_) +
+                      " doubtful values were kept, the first in line " +
+                      std::to_string(firstDoubt_));
+  }
+
+  std::vector<BarPart> takeParts() {
     std::vector<BarPart> parts;
     for (BarPart& part : parts_.parts()) {
       if (part.bars.empty()) continue;
@@ -63,25 +113,33 @@ class BarReader {
   }
 
  private:
+  static std::int64_t stampOf(const IKLine& bar) { return bar.words[kline::BeginTime]; }
+
+  void takeRoom(BarPart& part) {
+    if (part.bars.capacity() == 0) part.bars = std::move(room_);
+  }
+
   void readRow() {
     IKLine bar;
     KLineWriter writer(bar);
     const int flags = map_.quoteBar ? readQuote(writer) : readTrade(writer);
     if (flags < 0) {
       if (!description_.skipEmpty)
-        throw DataFileError(table_.place() +
+        throw DataFileError(rows_->place() +
                             (map_.quoteBar ? ": neither a bid nor an ask" : ": no price") +
                             "; \"skipEmpty\": true in a description passes over such rows");
       ++skipped_;
       return;
     }
-    BarPart& part = parts_.of(table_);
-    if (part.bars.empty() && map_.code < 0) part.bars.reserve(table_.rowsLeft());
+    BarPart& part = parts_.of(*rows_);
+    if (map_.code < 0) takeRoom(part);
     const bool hasPrevious = !part.bars.empty();
-    const std::int64_t previous = hasPrevious ? part.bars.back().words[kline::BeginTime] : 0;
+    const std::int64_t previous = hasPrevious ? stampOf(part.bars.back()) : 0;
     const bool ascending = hasPrevious && !table_.newestFirst();
-    const RowTime time = table_.time(ascending ? previous + 1 : INT64_MIN);
-    checkOrder(table_, hasPrevious, previous, time.utcMs, true);
+    const RowTime time = rows_->time(ascending ? previous + 1 : INT64_MIN);
+    if (!hasPrevious && isChunk_ && time.twice) isSure_ = false;
+    if (hasPrevious && !mayFollow(table_, previous, time.utcMs, true))
+      failOrder(*rows_, previous, time.utcMs);
     part.datesOnly = part.datesOnly && time.dateOnly;
     part.midnights = part.midnights && time.midnight;
     writer.setTimes(time.utcMs, time.day);
@@ -90,27 +148,27 @@ class BarReader {
   }
 
   double price(int column) {
-    if (table_.field(column).empty()) table_.fail(column, "is empty");
-    return table_.number(price_, column);
+    if (rows_->field(column).empty()) rows_->fail(column, "is empty");
+    return rows_->number(price_, column);
   }
 
   double amount(const NumberParser& parser, int column) {
     if (column < 0) return 0;
-    const double value = table_.number(parser, column);
+    const double value = rows_->number(parser, column);
     if (value < 0) doubt(column, "is negative");
     return value;
   }
 
   /// A value that no true bar has: an error, or with "tolerant" a count.
   void doubt(int column, const std::string& what) {
-    if (!description_.tolerant) table_.fail(column, what);
-    if (doubts_ == 0) firstDoubt_ = table_.line();
+    if (!description_.tolerant) rows_->fail(column, what);
+    if (doubts_ == 0) firstDoubt_ = rows_->line();
     ++doubts_;
   }
 
   /// An empty price; where rows without one may be passed over, also one that says so in words.
   bool isNothing(int column) const {
-    const std::string_view text = table_.field(column);
+    const std::string_view text = rows_->field(column);
     if (text.empty()) return true;
     return description_.skipEmpty &&
            (text == "nan" || text == "NaN" || text == "null" || text == "NULL" || text == "-");
@@ -128,8 +186,8 @@ class BarReader {
     const double high = prices.high;
     if (prices.open >= low && prices.open <= high && prices.close >= low && prices.close <= high)
       return prices;
-    const std::string lowText(table_.field(columns.low));
-    const std::string highText(table_.field(columns.high));
+    const std::string lowText(rows_->field(columns.low));
+    const std::string highText(rows_->field(columns.high));
     if (high < low)
       doubt(columns.high, "is below the low, " + lowText);
     else if (prices.open < low)
@@ -178,23 +236,17 @@ class BarReader {
            (ask.there ? 0 : kline::kAskMissing);
   }
 
-  void finish() {
-    if (skipped_ > 0)
-      table_.notes().push_back(table_.path() + ": " + std::to_string(skipped_) +
-                               " rows without a price were passed over");
-    if (doubts_ > 0)
-      table_.notes().push_back(table_.path() + ": " + std::to_string(doubts_) +
-                               " doubtful values were kept, the first in line " +
-                               std::to_string(firstDoubt_));
-  }
-
-  Table& table_;
+  const Table& table_;
+  TableRows* rows_ = nullptr;  ///< Those that are being read.
   const Description& description_;
   const ColumnMap& map_;
   NumberParser price_;
   NumberParser volume_;
   NumberParser turnover_;
   CodeParts<BarPart> parts_;
+  Rows<IKLine> room_;     ///< What is reserved, until there is a part.
+  bool isChunk_ = false;  ///< There may be rows before the first.
+  bool isSure_ = true;
   std::size_t skipped_ = 0;
   std::size_t doubts_ = 0;
   std::size_t firstDoubt_ = 0;
@@ -203,9 +255,12 @@ class BarReader {
 }  // namespace
 
 std::vector<BarPart> readBars(Table& table, const Description& description,
-                              const DecimalStep& priceTick,
+                              const DecimalStep& priceTick, const ReadPace& pace,
                               const std::function<void(double)>& progress) {
-  return BarReader(table, description, priceTick).run(progress);
+  BarReader reader(table, description, priceTick);
+  readAllRows(table, pace, reader, progress);
+  reader.tell(table.notes());
+  return reader.takeParts();
 }
 
 }  // namespace orvane::detail

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/market/Rows.h"
+#include "platform/market/files/DataFiles.h"
 #include "platform/market/files/Description.h"
 #include "platform/market/files/Table.h"
 
@@ -16,7 +18,7 @@ namespace orvane::detail {
 struct BarPart {
   std::string code;  ///< Empty: the file has no column for it.
   std::string path;
-  std::vector<IKLine> bars;
+  Rows<IKLine> bars;
   std::int64_t hintMs = 0;         ///< The period that the file's name tells.
   std::optional<bool> stampIsEnd;  ///< If the header tells.
   bool datesOnly = true;           ///< No row has a time of day.
@@ -25,13 +27,13 @@ struct BarPart {
 
 /// Reads all bars of an open file.
 std::vector<BarPart> readBars(Table& table, const Description& description,
-                              const DecimalStep& priceTick,
+                              const DecimalStep& priceTick, const ReadPace& pace,
                               const std::function<void(double)>& progress);
 
 /// Makes one series of the parts of one code, which are in time order: finds the period, and sets
-/// the times and trading days.
-std::vector<IKLine> finishBars(std::vector<BarPart>& parts, const Description& description,
-                               ZoneClock& zone, std::int64_t& periodMs,
-                               std::vector<std::string>& notes);
+/// the times and trading days, on up to `threads` threads.
+Rows<IKLine> finishBars(std::vector<BarPart>& parts, const Description& description,
+                        const ZoneClock& zone, int threads, std::int64_t& periodMs,
+                        std::vector<std::string>& notes);
 
 }  // namespace orvane::detail

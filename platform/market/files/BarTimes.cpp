@@ -6,6 +6,7 @@
 #include "platform/fields/KLineView.h"
 #include "platform/market/files/BarFile.h"
 #include "platform/market/files/DataFiles.h"
+#include "platform/market/files/Parallel.h"
 
 namespace orvane::detail {
 namespace {
@@ -13,11 +14,17 @@ namespace {
 /// How often each distance between neighbours occurs.
 using Distances = std::map<std::int64_t, std::size_t>;
 
-Distances distancesOf(const std::vector<IKLine>& bars) {
+/// Rows that one thread takes at a time.
+constexpr std::size_t kBlock = std::size_t{1} << 14;
+
+std::size_t blocksOf(std::size_t rows) { return (rows + kBlock - 1) / kBlock; }
+
+/// The distances of the rows from `from` to before `to` to those before them.
+Distances distancesOf(const Rows<IKLine>& bars, std::size_t from, std::size_t to) {
   Distances distances;
   std::int64_t last = 0;
   std::size_t* count = nullptr;
-  for (std::size_t i = 1; i < bars.size(); ++i) {
+  for (std::size_t i = std::max<std::size_t>(from, 1); i < to; ++i) {
     const auto distance = bars[i].words[kline::BeginTime] - bars[i - 1].words[kline::BeginTime];
     if (!count || distance != last) {
       last = distance;
@@ -26,6 +33,21 @@ Distances distancesOf(const std::vector<IKLine>& bars) {
     ++*count;
   }
   return distances;
+}
+
+void add(Distances& distances, const Distances& more) {
+  for (const auto& [distance, times] : more) distances[distance] += times;
+}
+
+Distances distancesOf(const Rows<IKLine>& bars, int threads) {
+  std::vector<Distances> some(blocksOf(bars.size()));
+  forEachOf(some.size(), threads, [&](std::size_t block) {
+    const std::size_t from = block * kBlock;
+    some[block] = distancesOf(bars, from, std::min(from + kBlock, bars.size()));
+  });
+  Distances all;
+  for (const Distances& one : some) add(all, one);
+  return all;
 }
 
 /// The most frequent distance; of several the smallest. 0: there is none.
@@ -76,19 +98,45 @@ std::string periodText(std::int64_t ms) {
   return std::to_string(ms) + " ms";
 }
 
+/// Local dates of times that lie close together.
+class LocalDays {
+ public:
+  explicit LocalDays(const ZoneClock& zone) : zone_(zone) {}
+
+  int numberAt(std::int64_t utcMs) {
+    const std::int64_t localMs = zone_.toLocal(utcMs);
+    const std::int64_t day = localMs >= 0 ? localMs / kDayMs : (localMs - kDayMs + 1) / kDayMs;
+    if (day != lastDay_) {
+      lastDay_ = day;
+      lastNumber_ = numberOfDay(day);
+    }
+    return lastNumber_;
+  }
+
+ private:
+  ZoneClock zone_;
+  std::int64_t lastDay_ = INT64_MIN;
+  int lastNumber_ = 0;
+};
+
 class Finisher {
  public:
-  Finisher(std::vector<BarPart>& parts, const Description& description, ZoneClock& zone,
-           std::vector<std::string>& notes)
-      : parts_(parts), description_(description), zone_(zone), notes_(notes) {}
+  Finisher(std::vector<BarPart>& parts, const Description& description, const ZoneClock& zone,
+           int threads, std::vector<std::string>& notes)
+      : parts_(parts),
+        description_(description),
+        zone_(zone),
+        threads_(threads > 0 ? threads : usualReadThreads()),
+        notes_(notes) {
+    for (const BarPart& part : parts_) distances_.push_back(distancesOf(part.bars, threads_));
+  }
 
-  std::vector<IKLine> run(std::int64_t& periodMs) {
+  Rows<IKLine> run(std::int64_t& periodMs) {
     period_ = findPeriod();
     checkParts();
     const bool stampIsEnd = findStamp();
-    std::vector<IKLine> bars = std::move(parts_.front().bars);
-    for (std::size_t i = 1; i < parts_.size(); ++i)
-      bars.insert(bars.end(), parts_[i].bars.begin(), parts_[i].bars.end());
+    Rows<IKLine> bars = std::move(parts_.front().bars);
+    for (std::size_t i = 1; i < parts_.size(); ++i) bars.append(parts_[i].bars);
     if (period_ >= kDayMs)
       setDays(bars, stampIsEnd);
     else if (stampIsEnd)
@@ -105,8 +153,8 @@ class Finisher {
     bool datesOnly = true;
     for (const BarPart& part : parts_) {
       datesOnly = datesOnly && part.datesOnly;
-      for (const auto& [distance, times] : distancesOf(part.bars)) all[distance] += times;
     }
+    for (const Distances& distances : distances_) add(all, distances);
     for (std::size_t i = 1; i < parts_.size(); ++i)
       ++all[parts_[i].bars.front().words[kline::BeginTime] -
             parts_[i - 1].bars.back().words[kline::BeginTime]];
@@ -159,9 +207,10 @@ class Finisher {
 
   /// Files whose bars have another period than the series do not belong to it.
   void checkParts() const {
-    for (const BarPart& part : parts_) {
+    for (std::size_t i = 0; i < parts_.size(); ++i) {
+      const BarPart& part = parts_[i];
       if (part.bars.size() < 10) continue;
-      const Distances distances = distancesOf(part.bars);
+      const Distances& distances = distances_[i];
       const Fit fit = fitOf(period_, distances);
       if (!fit.tooLong && (fit.met || period_ >= kDayMs || parts_.size() == 1)) continue;
       throw DataFileError(
@@ -180,46 +229,50 @@ class Finisher {
     return false;
   }
 
-  void setEnds(std::vector<IKLine>& bars) {
-    std::int64_t previous = INT64_MIN;
-    for (IKLine& bar : bars) {
-      const std::int64_t stamp = bar.words[kline::BeginTime];
-      // Sessions may cut a bar short.
-      setTimes(bar, std::max(stamp - period_, previous), stamp);
-      previous = stamp;
-    }
+  void setEnds(Rows<IKLine>& bars) {
+    // Sessions may cut a bar short: each begins no earlier than the one before ends.
+    std::vector<std::int64_t> ends(blocksOf(bars.size()), INT64_MIN);
+    for (std::size_t block = 1; block < ends.size(); ++block)
+      ends[block] = bars[block * kBlock - 1].words[kline::BeginTime];
+    inBlocks(bars, [&](std::size_t from, std::size_t to, LocalDays& days) {
+      std::int64_t previous = ends[from / kBlock];
+      for (std::size_t i = from; i < to; ++i) {
+        const std::int64_t stamp = bars[i].words[kline::BeginTime];
+        bars[i].words[kline::BeginTime] = std::max(stamp - period_, previous);
+        setEnd(bars[i], stamp, days);
+        previous = stamp;
+      }
+    });
   }
 
-  void setStarts(std::vector<IKLine>& bars) {
-    for (std::size_t i = 0; i < bars.size(); ++i) {
-      const std::int64_t stamp = bars[i].words[kline::BeginTime];
-      std::int64_t end = stamp + period_;
-      if (i + 1 < bars.size()) end = std::min(end, bars[i + 1].words[kline::BeginTime]);
-      setTimes(bars[i], stamp, end);
-    }
+  void setStarts(Rows<IKLine>& bars) {
+    inBlocks(bars, [&](std::size_t from, std::size_t to, LocalDays& days) {
+      for (std::size_t i = from; i < to; ++i) {
+        std::int64_t end = bars[i].words[kline::BeginTime] + period_;
+        if (i + 1 < bars.size()) end = std::min(end, bars[i + 1].words[kline::BeginTime]);
+        setEnd(bars[i], end, days);
+      }
+    });
   }
 
-  void setTimes(IKLine& bar, std::int64_t begin, std::int64_t end) {
-    KLineWriter writer(bar);
+  template <typename Work>
+  void inBlocks(const Rows<IKLine>& bars, const Work& work) {
+    forEachOf(blocksOf(bars.size()), threads_, [&](std::size_t block) {
+      LocalDays days(zone_);
+      work(block * kBlock, std::min((block + 1) * kBlock, bars.size()), days);
+    });
+  }
+
+  static void setEnd(IKLine& bar, std::int64_t end, LocalDays& days) {
     const KLineView view(bar);
-    int day = view.tradingDay();
-    if (day == 0) day = dayNumber(zone_.toLocal(end - 1));
-    const int flags = view.flags();
-    writer.setTimes(begin, end);
-    writer.setDayAndFlags(day, flags);
-  }
-
-  int dayNumber(std::int64_t localMs) {
-    const std::int64_t day = localMs >= 0 ? localMs / kDayMs : (localMs - kDayMs + 1) / kDayMs;
-    if (day != lastDay_) {
-      lastDay_ = day;
-      lastNumber_ = numberOfDay(day);
-    }
-    return lastNumber_;
+    const int day = view.tradingDay();
+    bar.words[kline::EndTime] = end;
+    KLineWriter(bar).setDayAndFlags(day != 0 ? day : days.numberAt(end - 1), view.flags());
   }
 
   /// Bars of days and weeks carry dates: they run from midnight to midnight of their zone.
-  void setDays(std::vector<IKLine>& bars, bool stampIsEnd) {
+  void setDays(Rows<IKLine>& bars, bool stampIsEnd) {
+    ZoneClock zone = zone_;
     const bool midnights = std::all_of(parts_.begin(), parts_.end(),
                                        [](const BarPart& part) { return part.midnights; });
     const bool week = period_ == kWeekMs;
@@ -228,13 +281,13 @@ class Finisher {
       IKLine& bar = bars[i];
       std::int64_t day = bar.words[kline::EndTime];
       if (!midnights) {
-        const std::int64_t local = zone_.toLocal(bar.words[kline::BeginTime]);
+        const std::int64_t local = zone.toLocal(bar.words[kline::BeginTime]);
         day = local >= 0 ? local / kDayMs : (local - kDayMs + 1) / kDayMs;
       }
       const std::int64_t firstDay = week && stampIsEnd ? day - 6 : day;
       const std::int64_t lastDay = week && !stampIsEnd ? day + 6 : day;
-      std::int64_t begin = zone_.toUtc(firstDay * kDayMs);
-      const std::int64_t end = zone_.toUtc((lastDay + 1) * kDayMs);
+      std::int64_t begin = zone.toUtc(firstDay * kDayMs);
+      const std::int64_t end = zone.toUtc((lastDay + 1) * kDayMs);
       if (previousEnd >= end)
         throw DataFileError(parts_.front().path + ": two bars of " + periodText(period_) +
                             " end on " + std::to_string(numberOfDay(lastDay)));
@@ -249,19 +302,19 @@ class Finisher {
 
   std::vector<BarPart>& parts_;
   const Description& description_;
-  ZoneClock& zone_;
+  const ZoneClock& zone_;
+  const int threads_;
   std::vector<std::string>& notes_;
+  std::vector<Distances> distances_;  ///< Of each part.
   std::int64_t period_ = 0;
-  std::int64_t lastDay_ = INT64_MIN;
-  int lastNumber_ = 0;
 };
 
 }  // namespace
 
-std::vector<IKLine> finishBars(std::vector<BarPart>& parts, const Description& description,
-                               ZoneClock& zone, std::int64_t& periodMs,
-                               std::vector<std::string>& notes) {
-  return Finisher(parts, description, zone, notes).run(periodMs);
+Rows<IKLine> finishBars(std::vector<BarPart>& parts, const Description& description,
+                        const ZoneClock& zone, int threads, std::int64_t& periodMs,
+                        std::vector<std::string>& notes) {
+  return Finisher(parts, description, zone, threads, notes).run(periodMs);
 }
 
 }  // namespace orvane::detail

@@ -6,6 +6,7 @@
 #include <unordered_map>
 
 #include "platform/market/files/Table.h"
+#include "platform/market/files/TableRows.h"
 
 namespace orvane::detail {
 
@@ -14,29 +15,40 @@ namespace orvane::detail {
 template <typename Part>
 class CodeParts {
  public:
-  Part& of(const Table& table) {
-    const ColumnMap& map = table.map();
-    if (map.code < 0) return parts_.empty() ? add(table, {}) : parts_.front();
+  Part& of(const TableRows& rows) {
+    const ColumnMap& map = rows.table().map();
+    if (map.code < 0) return parts_.empty() ? add({}, rows.table().path()) : parts_.front();
     // Rows of one code mostly follow each other.
-    const std::string_view code = table.field(map.code);
-    const std::string_view market = map.market < 0 ? std::string_view() : table.field(map.market);
+    const std::string_view code = rows.field(map.code);
+    const std::string_view market = map.market < 0 ? std::string_view() : rows.field(map.market);
     if (last_ && code == lastCode_ && market == lastMarket_) return *last_;
-    const std::string text = table.code();
-    const auto found = index_.find(text);
-    last_ = found != index_.end() ? &parts_[found->second] : &add(table, text);
+    last_ = &of(rows.code(), rows.table().path());
     lastCode_ = code;
     lastMarket_ = market;
     return *last_;
   }
 
+  /// The part of a code, made if need be.
+  Part& of(const std::string& code, const std::string& path) {
+    const auto found = index_.find(code);
+    return found != index_.end() ? parts_[found->second] : add(code, path);
+  }
+
+  /// The part of a code; null without one.
+  const Part* find(const std::string& code) const {
+    const auto found = index_.find(code);
+    return found != index_.end() ? &parts_[found->second] : nullptr;
+  }
+
   std::deque<Part>& parts() { return parts_; }
+  const std::deque<Part>& parts() const { return parts_; }
 
  private:
-  Part& add(const Table& table, const std::string& code) {
+  Part& add(const std::string& code, const std::string& path) {
     index_.emplace(code, parts_.size());
     Part& part = parts_.emplace_back();
     part.code = code;
-    part.path = table.path();
+    part.path = path;
     return part;
   }
 
@@ -47,16 +59,21 @@ class CodeParts {
   std::string lastMarket_;
 };
 
-/// Checks that the times of a part run one way. Throws `DataFileError` that names the row.
-inline void checkOrder(const Table& table, bool hasPrevious, std::int64_t previous,
-                       std::int64_t time, bool strict) {
-  if (!hasPrevious) return;
-  const TimeColumns& columns = table.map().time;
+/// Whether a time may follow another one in a part.
+inline bool mayFollow(const Table& table, std::int64_t previous, std::int64_t time, bool strict) {
+  if (time == previous) return !strict;
+  return table.newestFirst() ? time < previous : time > previous;
+}
+
+/// Throws `DataFileError` that names the row whose time may not follow.
+[[noreturn]] inline void failOrder(const TableRows& rows, std::int64_t previous,
+                                   std::int64_t time) {
+  const TimeColumns& columns = rows.table().map().time;
   const int column = columns.moment >= 0 ? columns.moment : columns.time;
-  if (time == previous && strict) table.fail(column, "repeats the time of an earlier row");
-  if (table.newestFirst() && time > previous)
-    table.fail(column, "runs forwards, but the newest row comes first in this file");
-  if (!table.newestFirst() && time < previous) table.fail(column, "runs backwards");
+  if (time == previous) rows.fail(column, "repeats the time of an earlier row");
+  if (rows.table().newestFirst())
+    rows.fail(column, "runs forwards, but the newest row comes first in this file");
+  rows.fail(column, "runs backwards");
 }
 
 }  // namespace orvane::detail

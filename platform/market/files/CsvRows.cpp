@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "platform/market/files/DataFiles.h"
+#include "platform/market/files/ShortDecimal.h"
 
 namespace orvane::detail {
 namespace {
@@ -68,8 +69,13 @@ char detectDelimiter(std::string_view text) {
   return blanks ? ' ' : ',';
 }
 
-CsvRows::CsvRows(const std::string& file, std::string_view text, char delimiter)
-    : file_(file), text_(text), delimiter_(delimiter) {}
+CsvRows::CsvRows(const std::string& file, std::string_view text, char delimiter,
+                 std::size_t linesBefore)
+    : file_(file),
+      text_(text),
+      delimiter_(delimiter),
+      delimitsNumbers_(std::string_view("0123456789.-").find(delimiter) == std::string_view::npos),
+      line_(linesBefore) {}
 
 bool CsvRows::takeLine(std::string_view& line) {
   if (offset_ >= text_.size()) return false;
@@ -108,19 +114,32 @@ bool CsvRows::next() {
 
 void CsvRows::split(std::string_view line) {
   fields_.clear();
+  numbers_.clear();
   if (!unquoted_.empty()) unquoted_.clear();
   if (delimiter_ == ' ') return splitBlanks(line);
   std::size_t at = 0;
+  const char* const end = line.data() + line.size();
   for (;;) {
+    if (delimitsNumbers_) {
+      const char* const begin = line.data() + at;
+      ShortDecimal number;
+      const char* const behind = takeShortDecimal(begin, end, number);
+      if (number.digits != 0 && (behind == end || *behind == delimiter_)) {
+        add({begin, static_cast<std::size_t>(behind - begin)}, number);
+        if (behind == end) return;
+        at = static_cast<std::size_t>(behind - line.data()) + 1;
+        continue;
+      }
+    }
     while (at < line.size() && isBlank(line[at]) && line[at] != delimiter_) ++at;
     if (at < line.size() && line[at] == '"') {
       at = takeQuoted(line, at);
     } else {
       const std::size_t begin = at;
       while (at < line.size() && line[at] != delimiter_) ++at;
-      std::size_t end = at;
-      while (end > begin && isBlank(line[end - 1])) --end;
-      fields_.emplace_back(line.data() + begin, end - begin);
+      std::size_t behind = at;
+      while (behind > begin && isBlank(line[behind - 1])) --behind;
+      add(line.substr(begin, behind - begin));
     }
     if (at >= line.size()) return;
     ++at;  // The delimiter.
@@ -138,7 +157,7 @@ void CsvRows::splitBlanks(std::string_view line) {
     }
     const std::size_t begin = at;
     while (at < line.size() && !isBlank(line[at])) ++at;
-    fields_.push_back(line.substr(begin, at - begin));
+    add(line.substr(begin, at - begin));
   }
 }
 
@@ -157,7 +176,7 @@ std::size_t CsvRows::takeQuoted(std::string_view line, std::size_t at) {
     copied = at;
   }
   if (copy) copy->append(line.substr(copied, at - copied));
-  fields_.push_back(trimmed(copy ? std::string_view(*copy) : line.substr(begin, at - begin)));
+  add(trimmed(copy ? std::string_view(*copy) : line.substr(begin, at - begin)));
   ++at;
   while (at < line.size() && isBlank(line[at]) && line[at] != delimiter_) ++at;
   if (at < line.size() && line[at] != delimiter_)

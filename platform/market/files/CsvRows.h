@@ -5,6 +5,8 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/market/files/NumberParser.h"
+
 namespace orvane::detail {
 
 /// Walks over the rows of a delimited text without copying them. Blank lines and lines that begin
@@ -12,8 +14,9 @@ namespace orvane::detail {
 class CsvRows {
  public:
   /// `file` names the file in errors; it and `text` outlive this object. The delimiter " " stands
-  /// for any run of blanks and tabs.
-  CsvRows(const std::string& file, std::string_view text, char delimiter);
+  /// for any run of blanks and tabs. A text that is part of a file has lines before it.
+  CsvRows(const std::string& file, std::string_view text, char delimiter,
+          std::size_t linesBefore = 0);
 
   /// Goes to the next row; false at the end. Throws `DataFileError` for a quote that is not
   /// closed on its line.
@@ -21,6 +24,9 @@ class CsvRows {
 
   /// The fields of the row, without quotes and surrounding blanks. Good until `next`.
   const std::vector<std::string_view>& fields() const { return fields_; }
+
+  /// What a field is as a number: the digits are read while its end is looked for.
+  const ShortDecimal& number(std::size_t field) const { return numbers_[field]; }
 
   std::size_t line() const { return line_; }      ///< Of the row, from 1.
   std::size_t offset() const { return offset_; }  ///< Bytes of the text that are behind us.
@@ -34,6 +40,10 @@ class CsvRows {
 
  private:
   bool takeLine(std::string_view& line);
+  void add(std::string_view field, const ShortDecimal& number = {}) {
+    fields_.push_back(field);
+    numbers_.push_back(number);
+  }
   void split(std::string_view line);
   void splitBlanks(std::string_view line);
   std::size_t takeQuoted(std::string_view line, std::size_t at);
@@ -41,11 +51,13 @@ class CsvRows {
   const std::string& file_;
   std::string_view text_;
   char delimiter_;
+  bool delimitsNumbers_;  ///< The delimiter is no part of a number.
   std::size_t offset_ = 0;
-  std::size_t line_ = 0;
+  std::size_t line_;
   std::string_view comment_;
   std::vector<std::string_view> fields_;
-  std::deque<std::string> unquoted_;  ///< Fields of the row that had doubled quotes.
+  std::vector<ShortDecimal> numbers_;  ///< Of each field.
+  std::deque<std::string> unquoted_;   ///< Fields of the row that had doubled quotes.
 };
 
 /// The delimiter that the first lines of a text have in common: one of , ; tab | or, if there is

@@ -77,8 +77,8 @@ class Gathering {
       const double before = static_cast<double>(i) / files;
       std::function<void(double)> share;
       if (progress) share = [&, before](double done) { progress(before + done / files); };
-      Table table(request_.paths[i], description_, bars_);
-      std::vector<Part> parts = read(table, description_, tick_, share);
+      Table table(request_.paths[i], description_, bars_, request_.pace.threads);
+      std::vector<Part> parts = read(table, description_, tick_, request_.pace, share);
       if (parts.empty()) throw DataFileError(table.path() + ": has no rows");
       for (Part& part : parts) add(std::move(part), table);
     }
@@ -160,15 +160,11 @@ void noteZone(std::vector<std::string>& notes, const Description& description) {
     notes.push_back("times are taken as UTC; \"timeZone\" in a description tells another zone");
 }
 
-}  // namespace
-}  // namespace detail
-
-std::vector<LoadedBars> loadBars(const DataFileRequest& request,
-                                 const std::function<void(double)>& progress) {
-  using namespace detail;
+std::vector<LoadedBars> readBarFiles(const DataFileRequest& request,
+                                     const std::function<void(double)>& progress) {
   const Description description = readDescription(request.description);
   auto groups = Gathering<BarPart>(request, description, true).run(readBars, progress);
-  ZoneClock zone(description.timeZone.empty() ? "UTC" : description.timeZone);
+  const ZoneClock zone(description.timeZone.empty() ? "UTC" : description.timeZone);
   std::vector<LoadedBars> loaded;
   for (auto& group : groups) {
     LoadedBars one;
@@ -177,15 +173,16 @@ std::vector<LoadedBars> loadBars(const DataFileRequest& request,
     one.series.origin = originOf(group.parts);
     noteZone(one.notes, description);
     addNotes(one.notes, group.notes);
-    one.series.bars = finishBars(group.parts, description, zone, one.series.periodMs, one.notes);
+    one.series.bars = finishBars(group.parts, description, zone, request.pace.threads,
+                                 one.series.periodMs, one.notes);
+    one.series.isOrdered = true;
     loaded.push_back(std::move(one));
   }
   return loaded;
 }
 
-std::vector<LoadedTicks> loadTicks(const DataFileRequest& request,
-                                   const std::function<void(double)>& progress) {
-  using namespace detail;
+std::vector<LoadedTicks> readTickFiles(const DataFileRequest& request,
+                                       const std::function<void(double)>& progress) {
   const Description description = readDescription(request.description);
   auto groups = Gathering<TickPart>(request, description, false).run(readTicks, progress);
   std::vector<LoadedTicks> loaded;
@@ -198,9 +195,23 @@ std::vector<LoadedTicks> loadTicks(const DataFileRequest& request,
     noteZone(one.notes, description);
     addNotes(one.notes, group.notes);
     for (TickPart& part : group.parts) appendTicks(one.series, std::move(part));
+    one.series.isOrdered = true;
     loaded.push_back(std::move(one));
   }
   return loaded;
+}
+
+}  // namespace
+}  // namespace detail
+
+std::vector<LoadedBars> loadBars(const DataFileRequest& request,
+                                 const std::function<void(double)>& progress) {
+  return detail::readBarFiles(request, progress);
+}
+
+std::vector<LoadedTicks> loadTicks(const DataFileRequest& request,
+                                   const std::function<void(double)>& progress) {
+  return detail::readTickFiles(request, progress);
 }
 
 }  // namespace orvane

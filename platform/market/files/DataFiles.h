@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QJsonObject>
+#include <cstddef>
 #include <functional>
 #include <stdexcept>
 #include <string>
@@ -18,6 +19,12 @@ class ORVANE_API DataFileError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+/// In what portions files are read. What comes out does not depend on it.
+struct ReadPace {
+  int threads = 0;             ///< Most that read at a time; 0: one a core, within reason.
+  std::size_t chunkBytes = 0;  ///< Of the text that a thread takes at a time; 0: what is usual.
+};
+
 /// One series to read: which files make it, and how they are to be read.
 struct DataFileRequest {
   enum class Kind { Bars, Ticks };
@@ -32,6 +39,7 @@ struct DataFileRequest {
   /// Price tick as decimal text, for cleaning prices of binary noise; empty: not known. The key
   /// "priceTick" of the description comes first.
   std::string priceTick;
+  ReadPace pace = {};
 };
 
 /// A series without a code id: the caller finds or adds the instrument and sets `series.code`.
@@ -46,9 +54,9 @@ struct LoadedTicks {
   std::vector<std::string> notes;
 };
 
-/// Reads a series from its files. Throws `DataFileError`; nothing is returned half-read. A file
-/// that holds several codes gives one series for each, in the order of their first rows.
-/// `progress`, if set, is given the share of bytes read, 0 to 1.
+/// Reads a series from its files. Throws `DataFileError`; nothing is
+/// returned half-read. A file that holds several codes gives one series for each, in the order of
+/// their first rows. `progress`, if set, is given the share of bytes read, 0 to 1.
 ORVANE_API std::vector<LoadedBars> loadBars(const DataFileRequest& request,
                                             const std::function<void(double)>& progress = {});
 ORVANE_API std::vector<LoadedTicks> loadTicks(const DataFileRequest& request,

@@ -1,19 +1,21 @@
 #include "platform/market/files/FileText.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 #include <zlib.h>
 
 #include <QByteArray>
 #include <QString>
 #include <QStringDecoder>
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
-#include <memory>
 #include <string_view>
 
 #include "platform/market/files/DataFiles.h"
+#include "platform/market/files/Parallel.h"
 #include "shared/TextCodec.h"
 
 namespace orvane::detail {
@@ -25,30 +27,84 @@ namespace {
 
 constexpr std::size_t kReadStep = std::size_t{1} << 20;
 
-std::string readBytes(const std::string& path) {
+/// What market data mostly unpack to.
+constexpr std::size_t kUsualUnpackRatio = 8;
+
+/// How many steps of `size` bytes `all` bytes make.
+std::size_t stepsOf(std::size_t all, std::size_t size) { return (all + size - 1) / size; }
+
+/// A file that is open for reading.
+class OpenFile {
+ public:
+  explicit OpenFile(const std::string& path)
+      : path_(path), descriptor_(open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
+    if (descriptor_ < 0) fail(path_, std::string("cannot be read: ") + strerror(errno));
+  }
+  ~OpenFile() { close(descriptor_); }
+  OpenFile(const OpenFile&) = delete;
+  OpenFile& operator=(const OpenFile&) = delete;
+
+  /// Reads up to `size` bytes at a place, fewer only at the end.
+  std::size_t readAt(std::size_t place, char* to, std::size_t size) const {
+    return readFully(to, size, [&](char* at, std::size_t most) {
+      return pread(descriptor_, at, most, static_cast<off_t>(place + size - most));
+    });
+  }
+
+  /// Reads up to `size` bytes of what has no places, such as a pipe.
+  std::size_t readOn(char* to, std::size_t size) const {
+    return readFully(to, size,
+                     [&](char* at, std::size_t most) { return read(descriptor_, at, most); });
+  }
+
+ private:
+  template <typename Read>
+  std::size_t readFully(char* to, std::size_t size, const Read& readSome) const {
+    std::size_t got = 0;
+    while (got < size) {
+      const ssize_t more = readSome(to + got, size - got);
+      if (more == 0) break;
+      if (more > 0)
+        got += static_cast<std::size_t>(more);
+      else if (errno != EINTR)
+        fail(path_, std::string("cannot be read: ") + strerror(errno));
+    }
+    return got;
+  }
+
+  const std::string& path_;
+  const int descriptor_;
+};
+
+Rows<char> readBytes(const std::string& path, int threads) {
   struct stat info {};
   if (stat(path.c_str(), &info) != 0) fail(path, std::string("cannot be read: ") + strerror(errno));
   if (S_ISDIR(info.st_mode)) fail(path, "is a folder, not a file");
-  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"),
-                                                             &std::fclose);
-  if (!file) fail(path, std::string("cannot be read: ") + strerror(errno));
-
-  // A file in one step, with a byte more to see its end; what has no size, and what grows, in many.
+  const OpenFile file(path);
   const bool hasSize = S_ISREG(info.st_mode);
   const auto size = static_cast<std::size_t>(hasSize ? info.st_size : 0);
-  std::string bytes;
-  for (std::size_t step = hasSize ? size + 1 : kReadStep;; step = kReadStep) {
+  if (size > kMostTextBytes) fail(path, "is larger than 4 GiB");
+  Rows<char> bytes;
+  bytes.reserve(size + 1);  // With a byte more to see its end.
+  bytes.resizeForWriting(size);
+  forEachOf(stepsOf(size, kReadStep), threads, [&](std::size_t step) {
+    const std::size_t from = step * kReadStep;
+    const std::size_t wanted = std::min(kReadStep, size - from);
+    // Half a file may look like a whole one.
+    if (file.readAt(from, bytes.data() + from, wanted) < wanted)
+      fail(path, "was cut short while it was read");
+  });
+  // What has no size, and what has grown.
+  for (std::size_t step = hasSize ? 1 : kReadStep;; step = kReadStep) {
     const std::size_t before = bytes.size();
-    if (std::max(before, size) > kMostTextBytes) fail(path, "is larger than 4 GiB");
-    bytes.resize(before + step);
-    const std::size_t got = std::fread(bytes.data() + before, 1, step, file.get());
-    bytes.resize(before + got);
-    if (std::ferror(file.get())) fail(path, std::string("cannot be read: ") + strerror(errno));
-    if (got < step) break;
+    if (before > kMostTextBytes) fail(path, "is larger than 4 GiB");
+    if (before + step > bytes.capacity()) bytes.reserve(2 * before + step);
+    bytes.resizeForWriting(before + step);
+    const std::size_t got = hasSize ? file.readAt(before, bytes.data() + before, step)
+                                    : file.readOn(bytes.data() + before, step);
+    bytes.resizeForWriting(before + got);
+    if (got < step) return bytes;
   }
-  // Half a file may look like a whole one.
-  if (bytes.size() < size) fail(path, "was cut short while it was read");
-  return bytes;
 }
 
 /// Unpacks gzip members one after the other.
@@ -63,8 +119,10 @@ class Unpacker {
   Unpacker(const Unpacker&) = delete;
   Unpacker& operator=(const Unpacker&) = delete;
 
-  std::string run() {
-    std::string out;
+  Rows<char> run() {
+    Rows<char> out;
+    // Memory that is never touched costs nothing.
+    out.reserve(std::min(limit_, kUsualUnpackRatio * packed_.size()));
     std::size_t used = 0;
     while (used < packed_.size()) {
       used += member(packed_.substr(used), out);
@@ -77,7 +135,7 @@ class Unpacker {
   }
 
  private:
-  std::size_t member(std::string_view packed, std::string& out) {
+  std::size_t member(std::string_view packed, Rows<char>& out) {
     std::size_t fed = 0;
     stream_.avail_in = 0;
     for (;;) {
@@ -90,11 +148,12 @@ class Unpacker {
       }
       const std::size_t before = out.size();
       const std::size_t room = std::clamp<std::size_t>(before, 1U << 18, 1U << 26);
-      out.resize(before + room);
+      if (before + room > out.capacity()) out.reserve(std::max(before + room, 2 * before));
+      out.resizeForWriting(before + room);
       stream_.next_out = reinterpret_cast<Bytef*>(out.data() + before);
       stream_.avail_out = static_cast<uInt>(room);
       const int result = inflate(&stream_, Z_NO_FLUSH);
-      out.resize(before + room - stream_.avail_out);
+      out.resizeForWriting(before + room - stream_.avail_out);
       if (out.size() > limit_)
         fail(path_, "unpacks to more than " + std::to_string(limit_ >> 20) +
                         " MiB, which no market data of its size does");
@@ -132,59 +191,87 @@ std::string decodeUtf16(const std::string& path, std::string_view bytes,
   return utf8;
 }
 
-bool hasHighBytes(std::string_view bytes) {
+bool isAscii(std::string_view bytes) {
   std::size_t at = 0;
+  std::uint64_t all = 0;
   for (; at + 8 <= bytes.size(); at += 8) {
     std::uint64_t word;
     std::memcpy(&word, bytes.data() + at, 8);
-    if (word & 0x8080808080808080U) return true;
+    all |= word;
   }
-  return std::any_of(bytes.begin() + static_cast<std::ptrdiff_t>(at), bytes.end(),
-                     [](char c) { return (c & 0x80) != 0; });
+  for (; at < bytes.size(); ++at) all |= static_cast<unsigned char>(bytes[at]) & 0x80U;
+  return (all & 0x8080808080808080U) == 0;
+}
+
+/// What the decoding asks about all bytes of a text.
+struct Scan {
+  std::atomic<bool> isAscii{true};
+  std::atomic<bool> hasZero{false};
+};
+
+void scan(Scan& found, std::string_view text, int threads) {
+  forEachOf(stepsOf(text.size(), kReadStep), threads, [&](std::size_t step) {
+    const std::string_view bytes = text.substr(step * kReadStep, kReadStep);
+    if (!isAscii(bytes)) found.isAscii = false;
+    if (std::memchr(bytes.data(), 0, bytes.size()) != nullptr) found.hasZero = true;
+  });
 }
 
 bool isUtf8(std::string_view bytes) {
   return QByteArrayView(bytes.data(), static_cast<qsizetype>(bytes.size())).isValidUtf8();
 }
 
-void decode(FileText& file, const std::string& encoding) {
-  std::string& text = file.text;
-  const std::string_view head = std::string_view(text).substr(0, 3);
+void setText(FileText& file, std::string_view text) {
+  Rows<char> bytes;
+  bytes.append({text.data(), text.size()});
+  file.bytes = std::move(bytes);
+  file.text = {file.bytes.data(), file.bytes.size()};
+}
+
+void decode(FileText& file, const std::string& encoding, int threads) {
+  std::string_view& text = file.text;
+  const std::string_view head = text.substr(0, 3);
   const bool little = head.starts_with("\xFF\xFE");
+  Scan found;
   if (little || head.starts_with("\xFE\xFF") || encoding == "utf-16") {
-    text = decodeUtf16(file.path, text,
-                       little ? QStringDecoder::Utf16LE
-                              : (head.starts_with("\xFE\xFF") ? QStringDecoder::Utf16BE
-                                                              : QStringDecoder::Utf16LE));
-    return;
+    setText(file, decodeUtf16(file.path, text,
+                              little ? QStringDecoder::Utf16LE
+                                     : (head.starts_with("\xFE\xFF") ? QStringDecoder::Utf16BE
+                                                                     : QStringDecoder::Utf16LE)));
+    scan(found, text, threads);
+  } else {
+    if (head == "\xEF\xBB\xBF") text.remove_prefix(3);
+    scan(found, text, threads);
+    if (!found.isAscii && encoding == "gbk") {
+      setText(file, gbkToUtf8(std::string(text)));
+    } else if (!found.isAscii && !isUtf8(text)) {
+      if (encoding == "utf-8") fail(file.path, "is not good UTF-8");
+      setText(file, gbkToUtf8(std::string(text)));
+      file.notes.push_back(file.path + ": not UTF-8, so read as GBK");
+    }
   }
-  if (head == "\xEF\xBB\xBF") text.erase(0, 3);
-  if (!hasHighBytes(text)) return;
-  if (encoding == "gbk") {
-    text = gbkToUtf8(text);
-  } else if (!isUtf8(text)) {
-    if (encoding == "utf-8") fail(file.path, "is not good UTF-8");
-    text = gbkToUtf8(text);
-    file.notes.push_back(file.path + ": not UTF-8, so read as GBK");
-  }
+  if (!found.hasZero) return;
+  const std::size_t zero = text.find('\0');
+  if (zero == text.npos) return;
+  const auto line = 1 + std::count(text.begin(), text.begin() + zero, '\n');
+  throw DataFileError(file.path + ":" + std::to_string(line) + ": a zero byte; this is not text");
 }
 
 }  // namespace
 
-FileText readFileText(const std::string& path, const std::string& encoding) {
-  FileText file{path, readBytes(path), {}};
-  if (file.text.empty()) fail(path, "is empty");
-  if (file.text.starts_with("\x1F\x8B")) file.text = Unpacker(path, file.text).run();
-  if (file.text.empty()) fail(path, "is empty");
+FileText readFileText(const std::string& path, const std::string& encoding, int threads) {
+  if (threads <= 0) threads = usualReadThreads();
+  FileText file{path, readBytes(path, threads), {}, {}};
+  const auto seen = [&file] { return std::string_view(file.bytes.data(), file.bytes.size()); };
+  if (seen().empty()) fail(path, "is empty");
+  if (seen().starts_with("\x1F\x8B")) file.bytes = Unpacker(path, seen()).run();
+  if (seen().empty()) fail(path, "is empty");
+  file.text = seen();
   refuseOtherPackings(path, file.text);
-  decode(file, encoding);
-  if (const std::size_t zero = file.text.find('\0'); zero != std::string::npos) {
-    const auto line = 1 + std::count(file.text.begin(), file.text.begin() + zero, '\n');
-    throw DataFileError(path + ":" + std::to_string(line) + ": a zero byte; this is not text");
-  }
+  decode(file, encoding, threads);
   // Lines that end in a lone carriage return.
-  if (file.text.find('\n') == std::string::npos)
-    std::replace(file.text.begin(), file.text.end(), '\r', '\n');
+  if (file.text.find('\n') == file.text.npos)
+    std::replace(file.bytes.begin(), file.bytes.end(), '\r', '\n');
   return file;
 }
 

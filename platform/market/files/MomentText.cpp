@@ -139,7 +139,29 @@ DateResult parseDate(std::string_view text, DateOrder order, std::int64_t& day) 
   return either ? DateResult::Ambiguous : DateResult::Bad;
 }
 
+namespace {
+
+/// The forms that nearly every row has: "09:30" and "09:30:00".
+bool parsePlainClock(std::string_view text, std::int64_t& msOfDay) {
+  if ((text.size() != 8 && text.size() != 5) || text[2] != ':') return false;
+  const auto twoDigits = [text](std::size_t at) {
+    const unsigned tens = static_cast<unsigned char>(text[at]) - unsigned{'0'};
+    const unsigned ones = static_cast<unsigned char>(text[at + 1]) - unsigned{'0'};
+    return tens > 9 || ones > 9 ? 100U : tens * 10 + ones;
+  };
+  const unsigned hour = twoDigits(0);
+  const unsigned minute = twoDigits(3);
+  const bool hasSeconds = text.size() == 8;
+  const unsigned second = hasSeconds ? twoDigits(6) : 0;
+  if (hour > 23 || minute > 59 || second > 59 || (hasSeconds && text[5] != ':')) return false;
+  msOfDay = ((hour * 60 + minute) * std::int64_t{60} + second) * 1000;
+  return true;
+}
+
+}  // namespace
+
 bool parseClockTime(std::string_view text, std::int64_t& msOfDay) {
+  if (parsePlainClock(text, msOfDay)) return true;
   std::size_t at = 0;
   const auto upTo2 = [&](int& value) {
     const std::size_t begin = at;
@@ -239,7 +261,7 @@ bool takeOffset(std::string_view& clock, MomentText& out) {
 
 DateResult parseMoment(std::string_view text, DateOrder order, MomentText& out) {
   out = {};
-  if (text.empty() || text.size() > 80) return DateResult::Bad;
+  if (text.empty() || text.size() > kMostMomentBytes) return DateResult::Bad;
   if (allDigits(text) && (text.size() == 12 || text.size() == 14 || text.size() == 17))
     return parseDigits(text, out);
   const std::size_t colon = text.find(':');

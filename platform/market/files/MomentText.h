@@ -35,6 +35,9 @@ DateResult parseDate(std::string_view text, DateOrder order, std::int64_t& day);
 /// milliseconds; what is finer is cut off.
 bool parseClockTime(std::string_view text, std::int64_t& msOfDay);
 
+/// A longer text is no moment.
+inline constexpr std::size_t kMostMomentBytes = 80;
+
 /// Reads a date, a time of day with colons, or both, with or without an offset to UTC. A text of
 /// digits alone is a date of 8 digits or a moment of 12, 14 or 17.
 DateResult parseMoment(std::string_view text, DateOrder order, MomentText& out);

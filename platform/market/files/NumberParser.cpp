@@ -5,13 +5,10 @@
 #include <cstdlib>
 #include <utility>
 
+#include "platform/market/files/ShortDecimal.h"
+
 namespace orvane::detail {
 namespace {
-
-constexpr double kPowersOfTen[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                   1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
-                                   1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
-constexpr std::uint64_t kExactLimit = std::uint64_t{1} << 53;
 
 /// A decimal text taken apart.
 struct Parts {
@@ -21,42 +18,6 @@ struct Parts {
   int exponent = 0;  ///< Of ten, for the mantissa's last digit.
   bool fits = true;  ///< The mantissa holds all digits.
 };
-
-/// Digits with at most one point among them, short enough for the mantissa: nearly every number
-/// of a file. False for all others, good or bad.
-bool takeApartShort(std::string_view text, Parts& parts) {
-  if (text.size() > 19) return false;
-  const char* at = text.data();
-  const char* const end = at + text.size();
-  if (at != end && *at == '-') {
-    parts.negative = true;
-    ++at;
-  }
-  const char* const begin = at;
-  std::uint64_t mantissa = 0;
-  unsigned digit = 0;
-  while (at != end && (digit = static_cast<unsigned char>(*at) - unsigned{'0'}) <= 9) {
-    mantissa = mantissa * 10 + digit;
-    ++at;
-  }
-  auto digits = at - begin;
-  if (at != end) {
-    if (*at != '.') return false;
-    const char* const point = at++;
-    while (at != end && (digit = static_cast<unsigned char>(*at) - unsigned{'0'}) <= 9) {
-      mantissa = mantissa * 10 + digit;
-      ++at;
-    }
-    if (at != end) return false;
-    parts.exponent = static_cast<int>(point + 1 - end);
-    digits -= parts.exponent;
-  }
-  if (digits == 0) return false;
-  parts.mantissa = mantissa;
-  // Zeros in front are counted too, which only makes the check for noise come more often.
-  parts.digits = static_cast<int>(digits);
-  return true;
-}
 
 bool takeApart(std::string_view text, Parts& parts) {
   const char* at = text.data();
@@ -87,14 +48,6 @@ bool takeApart(std::string_view text, Parts& parts) {
   const auto result = std::from_chars(at, end, exponent);
   if (result.ec != std::errc() || result.ptr != end || std::abs(exponent) > 400) return false;
   parts.exponent += exponent;
-  return true;
-}
-
-/// The double nearest to `mantissa * 10^exponent`, if one operation on exact numbers gives it.
-bool exactly(std::uint64_t mantissa, int exponent, double& out) {
-  if (mantissa > kExactLimit || exponent < -22 || exponent > 22) return false;
-  const double whole = static_cast<double>(mantissa);
-  out = exponent < 0 ? whole / kPowersOfTen[-exponent] : whole * kPowersOfTen[exponent];
   return true;
 }
 
@@ -156,7 +109,7 @@ bool parseStep(std::string_view text, DecimalStep& out) {
 }
 
 bool NumberParser::parse(std::string_view text, double& out) const {
-  if (format_.decimalPoint == '.' && format_.thousands == 0) return parsePlain(text, out);
+  if (isPlain_) return parsePlain(text, out);
   char buffer[128];
   std::size_t size = 0;
   if (text.size() > sizeof(buffer)) return false;
@@ -169,12 +122,20 @@ bool NumberParser::parse(std::string_view text, double& out) const {
 }
 
 bool NumberParser::parsePlain(std::string_view text, double& out) const {
-  Parts parts;
-  if (!takeApartShort(text, parts)) {
-    parts = {};
-    if (text.size() > 400 || !takeApart(text, parts)) return false;
+  const char* const end = text.data() + text.size();
+  ShortDecimal number;
+  if (takeShortDecimal(text.data(), end, number) == end && number.digits != 0) {
+    if (exactly(number, out)) return true;
+    if (!byText(text, shift_, out)) return false;
+    out = cleaned(out, number.digits);
+    return true;
   }
-  if (parts.fits && exactly(parts.mantissa, parts.exponent + shift_, out)) {
+  Parts parts;
+  if (text.size() > 400 || !takeApart(text, parts)) return false;
+  const int exponent = parts.exponent + shift_;
+  if (parts.fits && parts.mantissa <= kExactLimit && std::abs(exponent) <= kLargestPower) {
+    const auto whole = static_cast<double>(parts.mantissa);
+    out = exponent < 0 ? whole / kPowersOfTen[-exponent] : whole * kPowersOfTen[exponent];
     if (parts.negative) out = -out;
   } else if (!byText(text, shift_, out)) {
     return false;
@@ -195,7 +156,7 @@ double NumberParser::cleaned(double value, int digits) const {
       if (std::abs(exact - value) <= step * 1e-6) return exact;
     }
   }
-  return digits > 15 ? withoutNoise(value) : value;
+  return digits > kTrueDigits ? withoutNoise(value) : value;
 }
 
 bool isNumber(std::string_view text) {

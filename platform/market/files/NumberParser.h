@@ -21,6 +21,15 @@ struct DecimalStep {
 /// Reads a step such as "0.2" or "25"; false if the text is no decimal above 0 or is too fine.
 bool parseStep(std::string_view text, DecimalStep& out);
 
+/// A decimal text of at most 19 characters taken apart: digits with at most one point among them,
+/// perhaps behind a minus. Nearly every number of a file is one.
+struct ShortDecimal {
+  std::uint64_t mantissa = 0;
+  std::int8_t decimals = 0;  ///< Digits behind the point.
+  std::int8_t digits = 0;    ///< All of them, with zeros in front; 0: the text is something else.
+  bool isNegative = false;
+};
+
 /// Turns the decimal text of one kind of column into the nearest double. Immutable; any thread.
 ///
 /// Scaling shifts the decimal point of the text, so that no division adds an error of its own.
@@ -30,17 +39,48 @@ class NumberParser {
 
   /// `shift` is added to the decimal exponent: -4 reads "1816300" as 181.63.
   NumberParser(NumberFormat format, int shift, DecimalStep step)
-      : format_(format), shift_(shift), step_(step) {}
+      : format_(format),
+        isPlain_(format.decimalPoint == '.' && format.thousands == 0),
+        shift_(shift),
+        step_(step) {}
 
   /// False if the text is no plain decimal number, or is too large for a double. Hexadecimal
   /// digits, "nan" and "inf" are no numbers.
   bool parse(std::string_view text, double& out) const;
 
+  /// The same of a text that has been taken apart; false also where only the text will do.
+  bool parse(const ShortDecimal& number, double& out) const {
+    return isPlain_ && number.digits != 0 && exactly(number, out);
+  }
+
  private:
+  static constexpr std::uint64_t kExactLimit = std::uint64_t{1} << 53;
+  static constexpr int kLargestPower = 22;
+  static constexpr double kPowersOfTen[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                            1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
+                                            1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+  static constexpr int kTrueDigits = 15;  ///< Those that a double keeps in any case.
+
+  bool exactly(const ShortDecimal& number, double& out) const {
+    const int exponent = shift_ - number.decimals;
+    if (number.mantissa > kExactLimit || exponent < -kLargestPower || exponent > kLargestPower)
+      return false;
+    // One operation on exact numbers gives the double nearest to the decimal.
+    const auto whole = static_cast<double>(static_cast<std::int64_t>(number.mantissa));
+    const double value =
+        exponent < 0 ? whole / kPowersOfTen[-exponent] : whole * kPowersOfTen[exponent];
+    if (step_.mantissa == 0 && number.digits <= kTrueDigits)
+      out = value == 0 || !number.isNegative ? value : -value;
+    else
+      out = cleaned(number.isNegative ? -value : value, number.digits);
+    return true;
+  }
+
   bool parsePlain(std::string_view text, double& out) const;
   double cleaned(double value, int digits) const;
 
   NumberFormat format_;
+  bool isPlain_ = true;
   int shift_ = 0;
   DecimalStep step_;
 };

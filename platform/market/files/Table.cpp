@@ -24,18 +24,12 @@ bool anyData(const std::vector<std::string>& row) {
   return std::any_of(row.begin(), row.end(), [](const auto& text) { return looksLikeData(text); });
 }
 
-/// A field as a message shows it.
-std::string shown(std::string_view text) {
-  std::string out = "\"" + std::string(text.substr(0, 60));
-  return out + (text.size() > 60 ? "...\"" : "\"");
-}
-
 }  // namespace
 
-Table::Table(const std::string& path, const Description& description, bool bars)
+Table::Table(const std::string& path, const Description& description, bool bars, int threads)
     : path_(path),
       description_(description),
-      text_(readFileText(path, description.encoding)),
+      text_(readFileText(path, description.encoding, threads)),
       facts_(factsOfFileName(path)) {
   notes_ = std::move(text_.notes);
   delimiter_ = description.delimiter ? description.delimiter : detectDelimiter(text_.text);
@@ -45,20 +39,14 @@ Table::Table(const std::string& path, const Description& description, bool bars)
   findOrder();
 }
 
-std::string Table::place() const { return path_ + ":" + std::to_string(rows_->line()); }
-
-double Table::share() const {
-  return static_cast<double>(rows_->offset()) / static_cast<double>(text_.text.size());
-}
-
-std::size_t Table::rowsLeft() const {
-  constexpr std::size_t kMost = std::size_t{1} << 22;  // What is reserved unseen has a bound.
-  return std::min(kMost, (text_.text.size() - rows_->offset()) / rowBytes_ + 2);
-}
-
 void Table::findHeader() {
   rows_ = std::make_unique<CsvRows>(path_, text_.text, delimiter_);
   rows_->skipLines(description_.skipLines);
+  const auto dataBeginHere = [this] {
+    dataOffset_ = rows_->offset();
+    linesBeforeData_ = rows_->line();
+  };
+  dataBeginHere();
   if (!rows_->next()) throw DataFileError(path_ + ": has no rows");
   header_ = copied(rows_->fields());
   headerLine_ = rows_->line();
@@ -73,14 +61,13 @@ void Table::findHeader() {
                        std::count_if(names.begin(), names.end(), [](const auto& name) {
                          return roleOfName(name).has_value();
                        }) >= 3;
-    pending_ = true;
     width_ = header_.size();
     header_ = named ? names : std::vector<std::string>();
     hasHeader_ = named;
   } else {
     width_ = header_.size();
+    dataBeginHere();
     if (!rows_->next()) throw DataFileError(path_ + ": has a header but no rows");
-    pending_ = true;
   }
   firstRow_ = copied(rows_->fields());
   firstLine_ = rows_->line();
@@ -112,13 +99,11 @@ void Table::sample() {
   do {
     take(head);
   } while (samples_.size() < kHeadSamples && head.next());
-  rowBytes_ = std::max<std::size_t>(
-      1, (head.offset() - rows_->offset()) / std::max<std::size_t>(1, samples_.size()));
   const std::size_t size = text_.text.size();
   if (head.offset() >= size) return;
   std::size_t from = std::max(head.offset(), size - std::min(size, kTailSampleBytes));
   if (from > head.offset()) from = std::min(text_.text.find('\n', from), size - 1) + 1;
-  CsvRows tail(path_, std::string_view(text_.text).substr(from), delimiter_);
+  CsvRows tail(path_, text_.text.substr(from), delimiter_);
   try {
     while (tail.next()) take(tail);
   } catch (const DataFileError&) {
@@ -241,66 +226,6 @@ void Table::findOrder() {
   RowTime last;
   if (!timeOf(samples_.front(), first) || !timeOf(samples_.back(), last)) return;
   newestFirst_ = last.utcMs < first.utcMs;
-}
-
-bool Table::next() {
-  if (pending_)
-    pending_ = false;
-  else if (!rows_->next())
-    return false;
-  const auto& fields = rows_->fields();
-  if (fields.size() == width_) return true;
-  if (fields.size() < width_)
-    throw DataFileError(place() + ": " + std::to_string(fields.size()) + " fields, but " +
-                        std::to_string(width_) + " are needed; column \"" + names_[fields.size()] +
-                        "\" is missing");
-  // A delimiter at the end of the line.
-  if (fields.size() == width_ + 1 && fields.back().empty()) return true;
-  throw DataFileError(place() + ": " + std::to_string(fields.size()) + " fields, but there are " +
-                      std::to_string(width_) + " columns; " + shown(fields[width_]) +
-                      " is too much");
-}
-
-RowTime Table::time(std::int64_t notBefore) {
-  RowTime out;
-  if (!times_->parse(rows_->fields(), notBefore, out))
-    fail(times_->errorColumn(), times_->errorText());
-  return out;
-}
-
-double Table::number(const NumberParser& parser, int column) {
-  const std::string_view text = field(column);
-  if (text.empty()) return 0;
-  double value = 0;
-  if (!parser.parse(text, value)) {
-    const bool comma = text.find(',') != text.npos;
-    fail(column, comma ? "is not a number; \"thousands\" or \"decimalPoint\" of a description "
-                         "tells what the comma is"
-                       : "is not a number");
-  }
-  return value;
-}
-
-std::string Table::code() const {
-  if (map_.code < 0) return {};
-  std::string code(field(map_.code));
-  if (code.empty()) fail(map_.code, "is empty");
-  if (code.size() > 100) fail(map_.code, "is too long for a code");
-  if (map_.market >= 0 && code.find('.') == std::string::npos && !field(map_.market).empty())
-    code += "." + std::string(field(map_.market));
-  return code;
-}
-
-void Table::fail(int column, const std::string& what) const {
-  std::string text = place();
-  if (column >= 0) {
-    text += ": column \"" + names_[static_cast<std::size_t>(column)] + "\"";
-    const std::string_view value = field(column);
-    text += value.empty() ? " " : ": " + shown(value) + " ";
-  } else {
-    text += ": ";
-  }
-  throw DataFileError(text + what);
 }
 
 }  // namespace orvane::detail

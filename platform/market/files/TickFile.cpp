@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "platform/market/files/ChunkedRead.h"
 #include "platform/market/files/CodeParts.h"
 
 namespace orvane::detail {
@@ -31,7 +32,7 @@ CellKind kindOf(TickColumn column) {
 
 class TickReader {
  public:
-  TickReader(Table& table, const Description& description, const DecimalStep& tick)
+  TickReader(const Table& table, const Description& description, const DecimalStep& tick)
       : table_(table),
         price_(description.numbers, description.priceShift, tick),
         size_(description.numbers, description.volumeShift, {}),
@@ -42,12 +43,56 @@ class TickReader {
     }
   }
 
-  std::vector<TickPart> run(const std::function<void(double)>& progress) {
-    std::size_t count = 0;
-    while (table_.next()) {
-      readRow();
-      if (progress && (++count & 0x3FFF) == 0) progress(table_.share());
+  /// Room for the rows of a file of one code; with several it is each part's own matter.
+  void reserve(std::size_t rows) {
+    if (table_.map().code >= 0) return;
+    room_.times.reserve(rows);
+    room_.tradingDays.reserve(rows);
+    room_.cells.reserve(rows * cells_.size());
+  }
+
+  TickReader chunkReader(std::size_t row, std::size_t rows) const {
+    TickReader chunk = *this;
+    chunk.isChunk_ = true;
+    if (table_.map().code >= 0) return chunk;
+    chunk.room_.times = room_.times.roomAt(row, rows);
+    chunk.room_.tradingDays = room_.tradingDays.roomAt(row, rows);
+    chunk.room_.cells = room_.cells.roomAt(row * cells_.size(), rows * cells_.size());
+    return chunk;
+  }
+
+  void read(TableRows& rows) {
+    rows_ = &rows;
+    while (rows.next()) readRow();
+  }
+
+  bool isSure() const { return isSure_; }
+
+  bool takes(const TickReader& chunk) const {
+    return std::ranges::all_of(chunk.parts_.parts(), [this](const TickPart& part) {
+      const TickPart* const mine = parts_.find(part.code);
+      return !mine || part.times.empty() || mine->times.empty() ||
+             mayFollow(table_, mine->times.back(), part.times.front(), false);
+    });
+  }
+
+  void join(TickReader& chunk, std::size_t /*linesBefore*/) {
+    for (const TickPart& part : chunk.parts_.parts()) {
+      TickPart& mine = parts_.of(part.code, part.path);
+      if (table_.map().code < 0) {
+        takeRoom(mine);
+        mine.times.join(part.times);
+        mine.tradingDays.join(part.tradingDays);
+        mine.cells.join(part.cells);
+      } else {
+        mine.times.append(part.times);
+        mine.tradingDays.append(part.tradingDays);
+        mine.cells.append(part.cells);
+      }
     }
+  }
+
+  std::vector<TickPart> takeParts() {
     std::vector<TickPart> parts;
     for (TickPart& part : parts_.parts()) {
       part.columns = columns_;
@@ -63,19 +108,30 @@ class TickReader {
     CellKind kind;
   };
 
+  /// The three arrays of a part.
+  struct Room {
+    Rows<int64> times;
+    Rows<std::int32_t> tradingDays;
+    Rows<double> cells;
+  };
+
+  void takeRoom(TickPart& part) {
+    if (part.times.capacity() != 0) return;
+    part.times = std::move(room_.times);
+    part.tradingDays = std::move(room_.tradingDays);
+    part.cells = std::move(room_.cells);
+  }
+
   void readRow() {
-    TickPart& part = parts_.of(table_);
+    TickPart& part = parts_.of(*rows_);
+    if (table_.map().code < 0) takeRoom(part);
     const bool hasPrevious = !part.times.empty();
-    if (!hasPrevious && table_.map().code < 0) {
-      const std::size_t rows = table_.rowsLeft();
-      part.times.reserve(rows);
-      part.tradingDays.reserve(rows);
-      part.cells.reserve(rows * columns_.size());
-    }
     const int64 previous = hasPrevious ? part.times.back() : 0;
     const bool ascending = hasPrevious && !table_.newestFirst();
-    const RowTime time = table_.time(ascending ? previous : INT64_MIN);
-    checkOrder(table_, hasPrevious, previous, time.utcMs, false);
+    const RowTime time = rows_->time(ascending ? previous : INT64_MIN);
+    if (!hasPrevious && isChunk_ && time.twice) isSure_ = false;
+    if (hasPrevious && !mayFollow(table_, previous, time.utcMs, false))
+      failOrder(*rows_, previous, time.utcMs);
     for (const Cell& cell : cells_) part.cells.push_back(read(cell));
     part.times.push_back(time.utcMs);
     part.tradingDays.push_back(time.tradingDay != 0 ? time.tradingDay : localDay(time.utcMs));
@@ -83,16 +139,16 @@ class TickReader {
 
   double read(const Cell& cell) {
     if (cell.kind == CellKind::Price) {
-      const double price = table_.number(price_, cell.column);
+      const double price = rows_->number(price_, cell.column);
       return std::abs(price) >= kNoPrice ? 0 : price;
     }
-    const double value = table_.number(cell.kind == CellKind::Size ? size_ : money_, cell.column);
-    if (value < 0) table_.fail(cell.column, "is negative");
+    const double value = rows_->number(cell.kind == CellKind::Size ? size_ : money_, cell.column);
+    if (value < 0) rows_->fail(cell.column, "is negative");
     return value;
   }
 
   std::int32_t localDay(int64 utcMs) {
-    const int64 local = table_.zone().toLocal(utcMs);
+    const int64 local = rows_->zone().toLocal(utcMs);
     const int64 day = local >= 0 ? local / kDayMs : (local - kDayMs + 1) / kDayMs;
     if (day != lastDay_) {
       lastDay_ = day;
@@ -111,19 +167,23 @@ class TickReader {
       std::reverse(row, row + width);
   }
 
-  Table& table_;
+  const Table& table_;
+  TableRows* rows_ = nullptr;  ///< Those that are being read.
   NumberParser price_;
   NumberParser size_;
   NumberParser money_;
   std::vector<TickColumnId> columns_;
   std::vector<Cell> cells_;
   CodeParts<TickPart> parts_;
+  Room room_;             ///< What is reserved, until there is a part.
+  bool isChunk_ = false;  ///< There may be rows before the first.
+  bool isSure_ = true;
   int64 lastDay_ = INT64_MIN;
   std::int32_t lastNumber_ = 0;
 };
 
 /// Brings a part's or a series' rows to a wider set of columns that begins with its own.
-void widen(std::vector<double>& cells, const std::vector<TickColumnId>& from,
+void widen(Rows<double>& cells, const std::vector<TickColumnId>& from,
            const std::vector<TickColumnId>& to) {
   if (from == to) return;
   std::vector<std::size_t> places;
@@ -131,7 +191,7 @@ void widen(std::vector<double>& cells, const std::vector<TickColumnId>& from,
   for (const TickColumnId& id : from)
     places.push_back(static_cast<std::size_t>(std::find(to.begin(), to.end(), id) - to.begin()));
   const std::size_t rows = cells.size() / from.size();
-  std::vector<double> wide(rows * to.size(), 0.0);
+  Rows<double> wide(rows * to.size());
   for (std::size_t row = 0; row < rows; ++row)
     for (std::size_t i = 0; i < from.size(); ++i)
       wide[row * to.size() + places[i]] = cells[row * from.size() + i];
@@ -141,9 +201,11 @@ void widen(std::vector<double>& cells, const std::vector<TickColumnId>& from,
 }  // namespace
 
 std::vector<TickPart> readTicks(Table& table, const Description& description,
-                                const DecimalStep& priceTick,
+                                const DecimalStep& priceTick, const ReadPace& pace,
                                 const std::function<void(double)>& progress) {
-  return TickReader(table, description, priceTick).run(progress);
+  TickReader reader(table, description, priceTick);
+  readAllRows(table, pace, reader, progress);
+  return reader.takeParts();
 }
 
 void appendTicks(TickSeries& series, TickPart part) {
@@ -160,10 +222,9 @@ void appendTicks(TickSeries& series, TickPart part) {
   widen(series.cells, series.columns, all);
   widen(part.cells, part.columns, all);
   series.columns = std::move(all);
-  series.times.insert(series.times.end(), part.times.begin(), part.times.end());
-  series.tradingDays.insert(series.tradingDays.end(), part.tradingDays.begin(),
-                            part.tradingDays.end());
-  series.cells.insert(series.cells.end(), part.cells.begin(), part.cells.end());
+  series.times.append(part.times);
+  series.tradingDays.append(part.tradingDays);
+  series.cells.append(part.cells);
 }
 
 }  // namespace orvane::detail

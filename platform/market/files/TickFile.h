@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "platform/market/Series.h"
+#include "platform/market/files/DataFiles.h"
 #include "platform/market/files/Description.h"
 #include "platform/market/files/Table.h"
 
@@ -15,14 +16,14 @@ struct TickPart {
   std::string code;  ///< Empty: the file has no column for it.
   std::string path;
   std::vector<TickColumnId> columns;
-  std::vector<int64> times;
-  std::vector<std::int32_t> tradingDays;
-  std::vector<double> cells;
+  Rows<int64> times;
+  Rows<std::int32_t> tradingDays;
+  Rows<double> cells;
 };
 
 /// Reads all ticks of an open file.
 std::vector<TickPart> readTicks(Table& table, const Description& description,
-                                const DecimalStep& priceTick,
+                                const DecimalStep& priceTick, const ReadPace& pace,
                                 const std::function<void(double)>& progress);
 
 /// Appends a later part to a series, which gains the columns that it lacked.

@@ -250,16 +250,19 @@ bool TimeParser::fail(int column, const char* text) {
 }
 
 bool TimeParser::parseText(int column, std::string_view text, Cached& cache, MomentText& out) {
-  // Rows close together have their date in common, so its text is only compared.
-  if (!cache.prefix.empty() && text.starts_with(cache.prefix)) {
+  // Rows close together have their date in common, so its text is only compared. What follows from
+  // the rows before must be what the text says by itself, so only plain times of day pass here.
+  if (cache.hasDate && text.starts_with(cache.prefix)) {
     const std::string_view clock = text.substr(cache.prefix.size());
-    if (parseClockTime(clock, out.msOfDay)) {
-      out.hasDate = cache.hasDate;
+    const bool isPlain = !clock.empty() && !cache.endsInDigit && text.size() <= kMostMomentBytes &&
+                         clock.back() > ' ';
+    if (isPlain && parseClockTime(clock, out.msOfDay)) {
+      out.hasDate = true;
       out.hasTime = true;
       out.day = cache.day;
       return true;
     }
-    if (clock.empty() && cache.hasDate) {
+    if (clock.empty()) {
       out.hasDate = true;
       out.day = cache.day;
       return true;
@@ -273,10 +276,9 @@ bool TimeParser::parseText(int column, std::string_view text, Cached& cache, Mom
   if (out.hasDate && out.datePart > 0 && !out.hasOffset) {
     cache.prefix.assign(text.substr(0, out.datePart));
     cache.day = out.day;
-    cache.hasDate = true;
-    // A date of digits must not be taken for the beginning of a longer run of them.
-    const bool digits = cache.prefix.find_first_not_of("0123456789") == std::string::npos;
-    if (digits && text.size() > cache.prefix.size()) cache.prefix.clear();
+    cache.endsInDigit = cache.prefix.back() >= '0' && cache.prefix.back() <= '9';
+    // A date of digits in front of more of them is no prefix that stands for itself.
+    cache.hasDate = !cache.endsInDigit || text.size() == cache.prefix.size();
   }
   return true;
 }
@@ -345,6 +347,7 @@ bool TimeParser::parse(const std::vector<std::string_view>& fields, std::int64_t
 
   const std::int64_t localMs = moment.day * kDayMs + moment.msOfDay;
   out.utcMs = moment.hasOffset ? localMs - moment.offsetMs : zone_.toUtc(localMs, notBefore);
+  out.twice = !moment.hasOffset && zone_.wasTwice();
   out.dateOnly = !moment.hasTime;
   out.midnight = moment.msOfDay == 0;
   out.day = moment.day;

@@ -29,6 +29,7 @@ struct RowTime {
   std::int64_t day = 0;         ///< Of the date as it was written, in days since 1970.
   bool dateOnly = false;        ///< A date without a time of day.
   bool midnight = false;        ///< The time of day is 0, or there is none.
+  bool twice = false;           ///< The local time occurs twice: `notBefore` chose.
   std::int32_t tradingDay = 0;  ///< YYYYMMDD from a column of its own, else 0.
 };
 
@@ -56,6 +57,7 @@ class TimeParser {
     std::string prefix;
     std::int64_t day = 0;
     bool hasDate = false;
+    bool endsInDigit = false;  ///< More digits behind it would be of the date.
   };
 
   TimeFormat formatOf(int column, bool timeOfDay, const SampleRows& samples) const;

@@ -47,6 +47,7 @@ std::int64_t ZoneClock::toUtc(std::int64_t localMs, std::int64_t notBefore) {
     localOffset_ = offsetAt(day * kDayMs - kMargin);
     localUniform_ = localOffset_ == offsetAt((day + 1) * kDayMs + kMargin);
   }
+  wasTwice_ = false;
   if (localUniform_) return localMs - localOffset_;
 
   const std::int64_t before = offsetAt(localMs - kMargin);
@@ -55,6 +56,7 @@ std::int64_t ZoneClock::toUtc(std::int64_t localMs, std::int64_t notBefore) {
   const std::int64_t second = localMs - after;
   const bool firstReal = offsetAt(first) == before;
   const bool secondReal = offsetAt(second) == after;
+  wasTwice_ = firstReal && secondReal && first != second;
   if (firstReal && secondReal) return first < notBefore && second >= notBefore ? second : first;
   return secondReal ? second : first;
 }

@@ -24,6 +24,9 @@ class ZoneClock {
   /// second does not.
   std::int64_t toUtc(std::int64_t localMs, std::int64_t notBefore = INT64_MIN);
 
+  /// Whether the last local time given to `toUtc` occurs twice, so that `notBefore` chose.
+  bool wasTwice() const { return wasTwice_; }
+
   /// Local milliseconds of a UTC time.
   std::int64_t toLocal(std::int64_t utcMs);
 
@@ -34,6 +37,7 @@ class ZoneClock {
   QTimeZone zone_;
   bool fixed_ = false;
   bool ok_ = true;
+  bool wasTwice_ = false;
   std::int64_t fixedOffset_ = 0;
   // The last day asked for, local and UTC, and its offset if that holds all day long.
   std::int64_t localDay_ = INT64_MIN;

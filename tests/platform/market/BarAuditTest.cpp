@@ -11,7 +11,10 @@ namespace {
 
 constexpr int64 kFromTheStart = std::numeric_limits<int64>::min();
 
-std::vector<IKLine> goodBars() { return makeBars({}, kMonday, kMinute, 5).bars; }
+std::vector<IKLine> goodBars() {
+  const Rows<IKLine> bars = makeBars({}, kMonday, kMinute, 5).bars;
+  return {bars.begin(), bars.end()};
+}
 
 detail::BarAudit audit(const std::vector<IKLine>& bars) {
   return detail::auditBars(bars, kMinute, kFromTheStart);
