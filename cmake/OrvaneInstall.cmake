@@ -63,8 +63,10 @@ orvane_public_headers(orvane_platform
   platform/dictionary/RecordPublication.h
   platform/events/EventOptions.h
   platform/events/IndexFile.h
+  platform/market/LongerBars.h
   platform/market/Rows.h
   platform/market/Series.h
+  platform/market/files/CacheFile.h
   platform/market/files/DataFiles.h
   platform/reference/Instrument.h
   platform/trade/TradeOptions.h

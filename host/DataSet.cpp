@@ -55,6 +55,7 @@ std::vector<DataFileRequest> requestsOf(const RunPlan& plan, const DataInput& in
   request.kind = input.kind;
   request.code = input.code;
   request.description = input.description;
+  request.cacheFolder = plan.cacheFolder;
   if (!input.code.empty()) {
     request.paths = input.paths;
     result.push_back(request);
@@ -76,6 +77,7 @@ std::vector<LoadedBars> barsOrHint(const DataFileRequest& request,
   } catch (const DataFileError& error) {
     DataFileRequest asTicks = request;
     asTicks.kind = DataFileRequest::Kind::Ticks;
+    asTicks.cacheFolder.clear();
     try {
       loadTicks(asTicks);
     } catch (const DataFileError&) {

@@ -110,6 +110,7 @@ int InspectCommand::execute() {
 void InspectCommand::showAll() {
   DataFileRequest request;
   request.description = reading_.description();
+  request.checksCaches = true;
   for (const std::string& file : files_) {
     request.paths = {file};
     std::optional<std::string> barError, tickError;

@@ -32,7 +32,7 @@ void refuseEmptyTexts(const CLI::App& command) {
 std::string faultOf(const CLI::ParseError& error, const CLI::App& app, int argc, char** argv) {
   const std::string text = error.what();
   if (app.get_subcommands().empty() && argc > 1)
-    return fmt::format("\"{}\" is not a command; the commands are run, generate and inspect",
+    return fmt::format("\"{}\" is not a command; the commands are run, generate, inspect and data",
                        argv[1]);
   // Where a flag was given a value, the parser leaves out which.
   const auto end = text.find(" was given a disallowed flag override");

@@ -84,6 +84,11 @@ RunCommand::RunCommand(CLI::App& parent) {
                    "Instrument as CODE[.MARKET],priceTick=0.2,..., or instruments.json")
       ->type_name("INSTRUMENT")
       ->group(data);
+  command_
+      ->add_option("--cache", cache_,
+                   "Folder of caches: the first run makes them, later ones begin at once")
+      ->type_name("DIR")
+      ->group(data);
   reading_.addTo(*command_);
   command_
       ->add_option("--records", recordFiles_, "Dictionary records that are there from the start")
@@ -288,6 +293,7 @@ void RunCommand::addOptions(RunPlan& plan) const {
   if (!report_.empty()) plan.reportFolder = report_;
   if (noDigest_) plan.withDigest = false;
   take(capital_, plan.startBalance, "startBalance", "--capital");
+  if (!cache_.empty()) plan.cacheFolder = cache_;
   if (!store_.empty()) plan.trade.storePath = store_;
   if (!dictionary_.empty()) plan.dictionaryFile = dictionary_;
   TradeOptions& trade = plan.trade;

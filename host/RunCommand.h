@@ -37,7 +37,8 @@ class RunCommand {
   std::string from_, to_, speed_, report_;
   bool isServer_ = false, isLive_ = false, noDigest_ = false, isQuiet_ = false;
   int threads_ = -1;
-  std::string capital_, feePerLot_, feeRate_, marginRate_, slippage_, store_, dictionary_, events_;
+  std::string capital_, feePerLot_, feeRate_, marginRate_, slippage_, store_, dictionary_, events_,
+      cache_;
   int slippageTicks_ = 0, entryLatencyMs_ = 0, reportLatencyMs_ = 0;
   LogOptions log_;
 };

@@ -156,6 +156,8 @@ void readRunConfig(const std::string& path, RunPlan& plan) {
   readInstruments(reader, path, plan);
   readTrade(reader, path, plan);
   readGrids(reader, plan);
+  if (const std::string folder = reader.filledText("cache"); !folder.empty())
+    plan.cacheFolder = besides(path, folder);
   if (const std::string file = reader.filledText("dictionary"); !file.empty())
     plan.dictionaryFile = besides(path, file);
   for (const std::string& name : reader.texts("records"))

@@ -80,6 +80,7 @@ inline constexpr const char* kGridOrderSource = "__grid__";
 struct RunPlan {
   std::vector<RunnerPlan> runners;
   std::vector<DataInput> data;
+  std::string cacheFolder;  ///< Of caches of the data, UTF-8; empty: none are made.
   std::vector<InstrumentInput> instruments;
   /// Whether an instruments file was given: it is then the full list, and data of another code is
   /// an error.

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "host/Console.h"
+#include "host/DataCommand.h"
 #include "host/GenerateCommand.h"
 #include "host/InputError.h"
 #include "host/InspectCommand.h"
@@ -21,6 +22,7 @@ int runCommandLine(int argc, char** argv) {
   orvane::RunCommand run(app);
   orvane::GenerateCommand generate(app);
   orvane::InspectCommand inspect(app);
+  orvane::DataCommand data(app);
   try {
     app.parse(argc, argv);
   } catch (const CLI::Success& done) {
@@ -31,7 +33,9 @@ int runCommandLine(int argc, char** argv) {
     return orvane::kExitBadInput;
   }
   if (run.isChosen()) return run.execute();
-  const int code = generate.isChosen() ? generate.execute() : inspect.execute();
+  const int code = generate.isChosen()  ? generate.execute()
+                   : inspect.isChosen() ? inspect.execute()
+                                        : data.execute();
   const std::string failure = orvane::outputFailure();
   if (failure.empty()) return code;
   orvane::complain(failure);

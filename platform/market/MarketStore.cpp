@@ -139,6 +139,7 @@ void MarketStore::refusePublished(int64 codeId, const std::string& origin) const
 MarketStream& MarketStore::addStream(std::unique_ptr<MarketStream> stream) {
   const bool strict = !stream->isTicks();
   const bool isOrdered = strict ? stream->bars().isOrdered : stream->ticks().isOrdered;
+  // Looking through a mapped series would bring all of it into memory.
   for (std::size_t row = 1; !isOrdered && row < stream->rows(); ++row)
     if (stream->timeAt(row) < stream->timeAt(row - 1) + (strict ? 1 : 0))
       throw std::invalid_argument((strict ? stream->bars().origin : stream->ticks().origin) +

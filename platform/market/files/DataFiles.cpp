@@ -5,6 +5,8 @@
 #include <map>
 
 #include "platform/market/files/BarFile.h"
+#include "platform/market/files/CacheFile.h"
+#include "platform/market/files/CacheFolder.h"
 #include "platform/market/files/Description.h"
 #include "platform/market/files/Table.h"
 #include "platform/market/files/TickFile.h"
@@ -201,17 +203,87 @@ std::vector<LoadedTicks> readTickFiles(const DataFileRequest& request,
   return loaded;
 }
 
+/// What a cache holds was read when it was made: a description can name it, but not change it.
+template <typename Loaded>
+void checkDescription(const std::string& path, const QJsonObject& json,
+                      const std::vector<Loaded>& all) {
+  const Description description = readDescription(json);
+  for (const QString& key : json.keys()) {
+    if (key == "code" || key == "market" || key == "kind" || key == "priceTick") continue;
+    if (key != "timeZone")
+      throw DataFileError(path + ": a cache is read already, and \"" + key.toStdString() +
+                          "\" cannot change it; say so when it is made");
+    const std::string zone = ZoneClock(description.timeZone).name();
+    for (const Loaded& one : all)
+      if (one.series.timeZone != zone)
+        throw DataFileError(path + ": the cache was made with times of the zone \"" +
+                            one.series.timeZone + "\", not \"" + zone + "\"");
+  }
+}
+
+/// Takes a series of a cache for the code that was asked for: the only one, or that of its name.
+template <typename Loaded>
+void chooseCode(const std::string& path, const DataFileRequest& request, std::vector<Loaded>& all) {
+  const Description description = readDescription(request.description);
+  for (Loaded& one : all) one.code = withMarket(one.code, description.market);
+  const std::string& asked = request.code.empty() ? description.code : request.code;
+  if (asked.empty()) return;
+  const std::string code = withMarket(asked, description.market);
+  if (all.size() > 1)
+    std::erase_if(all, [&](const Loaded& one) {
+      const std::string bare = one.code.substr(0, one.code.find('.'));
+      return lowered(one.code) != lowered(code) && lowered(bare) != lowered(code);
+    });
+  if (all.empty()) throw DataFileError(path + ": no rows of the code \"" + asked + "\"");
+  for (Loaded& one : all) one.code = code;
+}
+
+/// Loads the caches among the files of a request by themselves, and the others together.
+template <typename Loaded, typename Read>
+std::vector<Loaded> loadAll(const DataFileRequest& request, std::vector<Loaded> DataCache::*held,
+                            const Read& read) {
+  if (wantsCache(request))
+    return std::move(
+        loadThroughCache(request, [&](DataCache& cache) { cache.*held = read(request); }).*held);
+  DataFileRequest others = request;
+  others.paths.clear();
+  std::vector<Loaded> all;
+  for (const std::string& path : request.paths) {
+    if (!isDataCache(path)) {
+      others.paths.push_back(path);
+      continue;
+    }
+    DataCache cache = openDataCache(path, request.checksCaches);
+    std::vector<Loaded> these = std::move(cache.*held);
+    if (these.empty())
+      throw DataFileError(path + ": the cache holds " +
+                          (cache.bars.empty() && cache.ticks.empty()
+                               ? "no series"
+                               : (cache.bars.empty() ? "ticks, not bars" : "bars, not ticks")));
+    checkDescription(path, request.description, these);
+    chooseCode(path, request, these);
+    for (Loaded& one : these) all.push_back(std::move(one));
+  }
+  if (!all.empty() && others.paths.empty()) return all;
+  for (Loaded& one : read(others)) all.push_back(std::move(one));
+  return all;
+}
+
 }  // namespace
 }  // namespace detail
 
 std::vector<LoadedBars> loadBars(const DataFileRequest& request,
                                  const std::function<void(double)>& progress) {
-  return detail::readBarFiles(request, progress);
+  return detail::loadAll(request, &DataCache::bars, [&](const DataFileRequest& its) {
+    return detail::readBarFiles(its, progress);
+  });
 }
 
 std::vector<LoadedTicks> loadTicks(const DataFileRequest& request,
                                    const std::function<void(double)>& progress) {
-  return detail::readTickFiles(request, progress);
+  return detail::loadAll(request, &DataCache::ticks, [&](const DataFileRequest& its) {
+    return detail::readTickFiles(its, progress);
+  });
 }
 
 }  // namespace orvane

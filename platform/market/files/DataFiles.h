@@ -40,6 +40,12 @@ struct DataFileRequest {
   /// "priceTick" of the description comes first.
   std::string priceTick;
   ReadPace pace = {};
+  /// Folder of caches that are made and used without a further word; empty: there is none. It does
+  /// not change what is read.
+  std::string cacheFolder = {};
+  /// Compare all bytes of a cache that is named in `paths` with their checksums, also where
+  /// nothing tells that it was written to.
+  bool checksCaches = false;
 };
 
 /// A series without a code id: the caller finds or adds the instrument and sets `series.code`.
@@ -54,7 +60,7 @@ struct LoadedTicks {
   std::vector<std::string> notes;
 };
 
-/// Reads a series from its files. Throws `DataFileError`; nothing is
+/// Reads a series from its files, or maps those that are caches. Throws `DataFileError`; nothing is
 /// returned half-read. A file that holds several codes gives one series for each, in the order of
 /// their first rows. `progress`, if set, is given the share of bytes read, 0 to 1.
 ORVANE_API std::vector<LoadedBars> loadBars(const DataFileRequest& request,
