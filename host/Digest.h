@@ -37,6 +37,13 @@ class Digest {
     for (const T& value : values) put(value);
   }
 
+  /// Bytes as they are, without their number.
+  void putBytes(const void* bytes, std::size_t count) {
+    if (used_ + count > kBufferBytes) return spill(bytes, count);
+    std::memcpy(buffer_.data() + used_, bytes, count);
+    used_ += count;
+  }
+
   /// The hash of all that was put so far, as 32 hexadecimal digits. More can be put afterwards.
   std::string text();
 
@@ -51,12 +58,6 @@ class Digest {
         putBytes(&byte, 1);
       }
     }
-  }
-
-  void putBytes(const void* bytes, std::size_t count) {
-    if (used_ + count > kBufferBytes) return spill(bytes, count);
-    std::memcpy(buffer_.data() + used_, bytes, count);
-    used_ += count;
   }
 
   void spill(const void* bytes, std::size_t count);

@@ -8,11 +8,12 @@
 #include <QJsonDocument>
 #include <QSaveFile>
 #include <filesystem>
-#include <string_view>
 
+#include "host/FileHash.h"
 #include "host/InputError.h"
 #include "host/PublicationReport.h"
 #include "host/ReportJson.h"
+#include "host/ReportPage.h"
 #include "host/TimeArgument.h"
 #include "host/TradeCsv.h"
 #include "host/TradeReport.h"
@@ -114,7 +115,15 @@ QJsonObject runnerObject(const RunnerOutcome& runner) {
   return result;
 }
 
-QJsonObject dataObject(const SeriesSummary& series) {
+QJsonArray hashesArray(const std::vector<FileHash>& hashes) {
+  QJsonArray result;
+  for (const FileHash& hash : hashes)
+    result.append(QJsonObject{
+        {"file", qt(hash.file)}, {"bytes", count(hash.bytes)}, {"xxh3", qt(hash.xxh3)}});
+  return result;
+}
+
+QJsonObject dataObject(const SeriesSummary& series, const std::vector<FileHash>& files) {
   QJsonObject result{{"code", qt(series.code)},
                      {"kind", series.isTicks ? "ticks" : "bars"},
                      {"records", count(series.records)},
@@ -122,6 +131,7 @@ QJsonObject dataObject(const SeriesSummary& series) {
                      {"end", timeOrNull(series.lastTime)},
                      {"timeZone", qt(series.timeZone)},
                      {"files", qt(series.origin)},
+                     {"hashes", hashesArray(hashesIn(files, series.origin))},
                      {"notes", texts(series.notes)}};
   if (!series.isTicks) {
     result["frequency"] = qt(series.frequency);
@@ -178,7 +188,7 @@ std::string reportedCode(const ICodeID& code) {
 
 QJsonObject makeReport(const RunOutcome& outcome) {
   QJsonArray data, runners;
-  for (const SeriesSummary& series : outcome.data) data.append(dataObject(series));
+  for (const SeriesSummary& series : outcome.data) data.append(dataObject(series, outcome.files));
   for (const RunnerOutcome& runner : outcome.runners) runners.append(runnerObject(runner));
   const double elapsed = outcome.elapsedSeconds;
   return {{"format", kReportFormat},
@@ -235,16 +245,15 @@ void writeWhole(const std::string& path, const QByteArray& text, RunOutcome& out
 }  // namespace
 
 void writeReport(const std::string& folder, RunOutcome& outcome) {
+  writeWhole(folder + "/trades.csv", QByteArray::fromStdString(tradesCsv(outcome)), outcome);
+  writeWhole(folder + "/equity.csv", QByteArray::fromStdString(equityCsv(outcome)), outcome);
+  QJsonObject report = makeReport(outcome);
+  const std::size_t failures = outcome.failures.size();
+  writeWhole(folder + "/report.html", reportPage(outcome, report), outcome);
   // The report comes last, since it tells what went wrong before it.
-  for (const char* name : kReportFiles) {
-    const std::string_view which = name;
-    const QByteArray text =
-        which == "trades.csv" ? QByteArray::fromStdString(tradesCsv(outcome))
-        : which == "equity.csv"
-            ? QByteArray::fromStdString(equityCsv(outcome))
-            : QJsonDocument(makeReport(outcome)).toJson(QJsonDocument::Indented);
-    writeWhole(folder + '/' + name, text, outcome);
-  }
+  if (outcome.failures.size() != failures) report = makeReport(outcome);
+  writeWhole(folder + "/report.json", QJsonDocument(report).toJson(QJsonDocument::Indented),
+             outcome);
 }
 
 std::string summaryText(const RunOutcome& outcome) {

@@ -20,8 +20,8 @@ void checkReportFolder(const std::string& folder);
 void makeReportFolder(const std::string& folder);
 
 /// The files of a report, in the order in which they are written.
-inline constexpr std::array<const char*, 3> kReportFiles = {"trades.csv", "equity.csv",
-                                                            "report.json"};
+inline constexpr std::array<const char*, 4> kReportFiles = {"trades.csv", "equity.csv",
+                                                            "report.html", "report.json"};
 
 /// Writes them into a folder that is there: each whole or not at all. One that cannot be written
 /// becomes a failure of the run, and the others are written all the same.

@@ -9,6 +9,7 @@
 #include "host/Console.h"
 #include "host/DataSet.h"
 #include "host/EventConfig.h"
+#include "host/FileHash.h"
 #include "host/FileRoles.h"
 #include "host/InputError.h"
 #include "host/InstrumentInputs.h"
@@ -154,7 +155,7 @@ RunCommand::RunCommand(CLI::App& parent) {
   const std::string out = "What comes out";
   command_
       ->add_option("-r,--report", report_,
-                   "Folder to write report.json, trades.csv, equity.csv into")
+                   "Folder to write report.html, report.json, trades.csv, equity.csv into")
       ->type_name("DIR")
       ->group(out);
   command_->add_option("--store", store_, "SQLite database to keep orders, fills and equity in")
@@ -338,6 +339,17 @@ void RunCommand::checkFiles(const RunPlan& plan) const {
   checkLogFile(log_);
 }
 
+namespace {
+
+std::vector<std::string> dataFilesOf(const RunPlan& plan) {
+  std::vector<std::string> result;
+  for (const DataInput& input : plan.data)
+    result.insert(result.end(), input.paths.begin(), input.paths.end());
+  return result;
+}
+
+}  // namespace
+
 int RunCommand::execute() {
   refuseEmptyTexts(*command_);
   const RunPlan plan = makePlan();
@@ -349,6 +361,9 @@ int RunCommand::execute() {
   const double loadSeconds =
       std::chrono::duration<double>(std::chrono::steady_clock::now() - began).count();
   progress.clear();
+  // At once: by the end of the run somebody may have changed them.
+  std::vector<FileHash> hashes;
+  if (!plan.reportFolder.empty()) hashes = hashesOf(dataFilesOf(plan));
 
   InterruptWatcher interrupts;
   std::shared_ptr<const LineAppender> log;
@@ -358,6 +373,7 @@ int RunCommand::execute() {
     log = setUpLog(log_);
   });
   outcome.loadSeconds = loadSeconds;
+  outcome.files = std::move(hashes);
   if (std::string lost = log->failure(); !lost.empty()) outcome.failures.push_back(lost);
   // Before anything is shown: who reads the summary may go away in its midst.
   if (!plan.reportFolder.empty()) writeReport(plan.reportFolder, outcome);

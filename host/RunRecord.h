@@ -10,6 +10,7 @@
 
 #include "host/CallEncoder.h"
 #include "host/CallKind.h"
+#include "host/CandleSeries.h"
 #include "host/Digest.h"
 #include "shared/MarketRecords.h"
 
@@ -30,6 +31,13 @@ struct SeriesRecord {
   std::uint64_t records = 0;
   IKLine firstBar, lastBar;
   TickGlance firstTick, lastTick;
+  std::optional<CandleSeries> candles;  ///< Only where a report will show them.
+};
+
+/// What runs keep of their market data for charts.
+struct CandleKeeping {
+  std::size_t most = 0;  ///< Candles of each series; 0: none are kept.
+  std::shared_ptr<const detail::ZoneRules> zone;
 };
 
 /// How many items a strategy gave to the publisher.
@@ -76,9 +84,11 @@ struct RunRecord {
 /// The records of all runs, by the runner's name. Any thread may call it.
 class RunRecords {
  public:
-  explicit RunRecords(bool withDigest) : withDigest_(withDigest) {}
+  explicit RunRecords(bool withDigest, CandleKeeping candles = {})
+      : withDigest_(withDigest), candles_(std::move(candles)) {}
 
   bool withDigest() const { return withDigest_; }
+  const CandleKeeping& candles() const { return candles_; }
 
   /// Makes `record` the one of this runner (GBK name). A runner that begins anew replaces its
   /// record, so a reset counts and hashes like a fresh process.
@@ -96,6 +106,7 @@ class RunRecords {
 
  private:
   const bool withDigest_;
+  const CandleKeeping candles_;
   mutable std::mutex mutex_;
   std::map<std::string, std::shared_ptr<RunRecord>> records_;
 };

@@ -102,6 +102,17 @@ void offerAccounts(EmbeddedPlatform& platform) {
   IRunnerGlobal::instance()->setAccounts(records);
 }
 
+/// What the report's charts need; a run without one keeps nothing.
+CandleKeeping candlesFor(const RunPlan& plan, const RunOutcome& outcome) {
+  if (plan.reportFolder.empty()) return {};
+  // So that memory and the page keep a bound when many runners receive many series.
+  constexpr std::size_t kMostOfAll = 400'000, kMostOfOne = 20'000, kLeastOfOne = 500;
+  const std::size_t series = std::max<std::size_t>(plan.runners.size() * outcome.data.size(), 1);
+  auto zone = detail::ZoneRules::find(outcome.timeZone);
+  if (!zone) zone = detail::ZoneRules::find("UTC");
+  return {std::clamp(kMostOfAll / series, kLeastOfOne, kMostOfOne), std::move(zone)};
+}
+
 /// One runner with the ear that the host lends it.
 struct LiveRunner {
   std::string name;  ///< GBK.
@@ -227,7 +238,7 @@ RunOutcome runSession(const RunPlan& plan, DataSet data, InterruptWatcher& inter
                       ProgressLine& progress, const std::function<void()>& whenAccepted) {
   const PlatformOptions options = platformOptions(plan, data);
   RunOutcome outcome = outcomeOf(plan, options, data);
-  RunRecords records(plan.withDigest);
+  RunRecords records(plan.withDigest, candlesFor(plan, outcome));
   StrategyTap tap(records);
   FreshFiles fresh({options.trade.storePath, options.dictionary.file});
   const auto made = makePlatform(plan, options, std::move(data));

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "host/DataSet.h"
+#include "host/FileHash.h"
 #include "host/InterruptWatcher.h"
 #include "host/ProgressLine.h"
 #include "host/RunPlan.h"
@@ -34,6 +35,7 @@ struct RunOutcome {
   int64 from = kUnsetTime, to = kUnsetTime;  ///< UTC ms.
   std::string timeZone;
   std::vector<SeriesSummary> data;
+  std::vector<FileHash> files;  ///< Of the data; empty where no report is written.
   std::vector<RunnerOutcome> runners;
   std::vector<AccountResult> accounts;
   /// What could not be written, one UTF-8 message each.

@@ -64,6 +64,8 @@ SeriesRecord& TapStrategy::series(const ICodeID& code, const std::string& freque
     at->second.code = code;
     at->second.frequency = frequency;
     at->second.isTicks = isTicks;
+    if (const CandleKeeping& keeping = records_.candles(); keeping.most != 0)
+      at->second.candles.emplace(keeping.most, keeping.zone);
   }
   lastSeries_ = &at->second;
   return at->second;
@@ -81,6 +83,8 @@ void TapStrategy::noteBars(const ICodeID& code, const std::string& frequency,
   if (found.records == 0) found.firstBar = bars.front();
   found.lastBar = bars.back();
   found.records += bars.size();
+  if (found.candles)
+    for (const IKLine& bar : bars) found.candles->addBar(bar);
   record_->bars += bars.size();
   noteTime(KLineView(bars.front()).beginTime());
   noteTime(KLineView(bars.back()).endTime());
@@ -92,6 +96,7 @@ void TapStrategy::noteTick(const IDepthMarketData& tick, const std::string& freq
   found.lastTick = {view.time(),    view.lastPrice(), view.volume(),  view.bidPrice(),
                     view.bidSize(), view.askPrice(),  view.askSize(), view.flags()};
   if (found.records++ == 0) found.firstTick = found.lastTick;
+  if (found.candles) found.candles->addTick(tick);
   ++record_->ticks;
   noteTime(view.time());
 }

@@ -275,6 +275,10 @@ QJsonValue totalReport(const RunOutcome& outcome) {
       {"figures", figuresObject(makeFigures(start, sumOf(outcome.accounts), fills))}};
 }
 
+std::vector<EquityPoint> totalCurve(const RunOutcome& outcome) {
+  return totalReport(outcome).isObject() ? sumOf(outcome.accounts) : std::vector<EquityPoint>();
+}
+
 namespace {
 
 /// How many orders of a source were rejected, and why the first was; empty if none was.

@@ -32,6 +32,9 @@ QJsonArray accountsReport(const RunOutcome& outcome);
 /// currencies or there is none.
 QJsonValue totalReport(const RunOutcome& outcome);
 
+/// The sum of all accounts' curves; empty where `totalReport` is null.
+std::vector<EquityPoint> totalCurve(const RunOutcome& outcome);
+
 /// The figures of all runners and of what else was traded as a table of several lines; empty if
 /// nobody sent an order.
 std::string figuresTable(const RunOutcome& outcome);

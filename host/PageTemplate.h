@@ -1,0 +1,10 @@
+#pragma once
+
+namespace orvane {
+
+/// report.html without its data, made of host/page while building.
+extern const char* const kPageHead;    ///< Up to the run's data.
+extern const char* const kPageMiddle;  ///< From there to its timing.
+extern const char* const kPageTail;
+
+}  // namespace orvane

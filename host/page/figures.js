@@ -1,0 +1,79 @@
+// The figures of a run: the main ones large, all of them as a list.
+
+/** One figure with its name above and what explains it below. */
+function tile(label, value, below, className = '', hint = null) {
+  return el('div', { class: 'tile', title: hint },
+    el('div', { class: 'tile-label' }, label),
+    el('div', { class: `tile-value ${className}`.trim() }, value),
+    el('div', { class: 'tile-below' }, below || '\u00a0'));
+}
+
+function tradingTiles(trading) {
+  const { figures, currency } = trading;
+  const fall = figures.maxDrawdown;
+  const unit = currency ? ` ${currency}` : '';
+  return [
+    tile('Return', signed(percent(figures.return), figures.return),
+      `${signed(money(figures.profit), figures.profit)}${unit}`, tone(figures.return)),
+    tile('Annual return', signed(percent(figures.annualReturn), figures.annualReturn),
+      `volatility ${percent(figures.annualVolatility)}`, tone(figures.annualReturn)),
+    tile('Max drawdown', fall.share ? `\u2212${percent(fall.share)}` : percent(0),
+      fall.trough ? `trough ${reportDate(fall.trough)}` : 'never below a peak',
+      fall.share ? 'down' : ''),
+    tile('Sharpe', number(figures.sharpe, 2), `Sortino ${number(figures.sortino, 2)}`),
+    tile('Win rate', percent(figures.winRate, 1), `of ${plural(figures.closings, 'closing fill')}`),
+    tile('Profit factor', number(figures.profitFactor, 2),
+      `${short(figures.meanWin)} / ${short(figures.meanLoss)} a fill`),
+    tile('Fills', number(figures.fills),
+      trading.orders ? `of ${plural(trading.orders.count, 'order')}` : ''),
+    tile('Fees', money(figures.fees), `turnover ${short(figures.turnover)}`),
+  ];
+}
+
+/** What can be said of a run that sent no order. */
+function quietTiles(entry) {
+  const span = entry.span || {};
+  const tiles = [];
+  if (entry.bars) tiles.push(tile('Bars', number(entry.bars), 'received'));
+  if (entry.ticks) tiles.push(tile('Ticks', number(entry.ticks), 'received'));
+  tiles.push(tile('Call-backs', number(entry.eventCount),
+    `of ${plural(Object.keys(entry.events || {}).length, 'kind')}`));
+  const published = ['quotes', 'bars', 'records'].map((kind) => entry.published
+    ? entry.published[kind].live + entry.published[kind].history : 0);
+  if (entry.published) {
+    tiles.push(tile('Published', number(published.reduce((a, b) => a + b)),
+      `${number(published[0])} quotes, ${number(published[1])} bars`));
+  }
+  tiles.push(tile('Notifications', number(entry.notifications), 'to the host'));
+  if (span.begin) {
+    const days = (Date.parse(span.end) - Date.parse(span.begin)) / DAY;
+    tiles.push(tile('Span', days >= 2 ? `${number(days)} days` : `${number(days * 24, 1)} hours`,
+      `from ${reportTime(span.begin)}`));
+  }
+  return tiles;
+}
+
+/** Pairs of name and value. */
+function pairs(rows) {
+  return el('dl', { class: 'pairs' }, ...rows.filter((row) => row).map(([name, value, hint]) =>
+    el('div', { title: hint }, el('dt', {}, name), el('dd', {}, value))));
+}
+
+function figuresCard(figures, currency) {
+  const fall = figures.maxDrawdown;
+  return card('Figures', el('span', { class: 'aside' }, currency || ''), pairs([
+    ['Start balance', money(figures.startBalance)],
+    ['Final equity', money(figures.finalEquity)],
+    ['Profit', signed(money(figures.profit), figures.profit)],
+    ['Annual volatility', percent(figures.annualVolatility),
+      'Sample standard deviation of the daily returns, times the root of 252'],
+    ['Deepest fall', `${money(fall.amount)}`, 'From a peak to the trough after it'],
+    ['Peak', reportTime(fall.peak)],
+    ['Trough', reportTime(fall.trough)],
+    ['Recovery', fall.trough ? (fall.recovery ? reportTime(fall.recovery) : 'not yet') : NONE],
+    ['Mean win', money(figures.meanWin), 'Of a closing fill that won, after its fee'],
+    ['Mean loss', money(figures.meanLoss), 'Of a closing fill that lost, after its fee'],
+    ['Turnover', money(figures.turnover), 'Price times volume times multiplier of all fills'],
+    ['Exposure', percent(figures.exposure, 1), 'Share of the time with a position'],
+  ]));
+}

@@ -1,0 +1,115 @@
+// How numbers and times read. Times are shown in the zone of the run.
+
+const NONE = '–';
+const formats = new Map();
+
+/** A number with separators and so many decimals; a true minus sign, for columns that align. */
+function number(value, digits = 0, leastDigits = digits) {
+  if (value === null || value === undefined || !Number.isFinite(value)) return NONE;
+  const key = digits * 100 + leastDigits;
+  if (!formats.has(key)) {
+    formats.set(key, new Intl.NumberFormat('en-US', {
+      minimumFractionDigits: leastDigits, maximumFractionDigits: digits,
+    }));
+  }
+  return formats.get(key).format(value).replace('-', '\u2212');
+}
+
+const money = (value) => number(value, 2);
+const quantity = (value) => number(value, 8, 0);
+
+/** With a plus sign where it is one. */
+function signed(text, value) {
+  return value > 0 ? `+${text}` : text;
+}
+
+function percent(share, digits = 2) {
+  return share === null || share === undefined ? NONE : `${number(share * 100, digits)}%`;
+}
+
+/** Large amounts in few characters: 12.3M. */
+function short(value) {
+  if (value === null || value === undefined) return NONE;
+  const size = Math.abs(value);
+  for (const [unit, name] of [[1e12, 'T'], [1e9, 'B'], [1e6, 'M'], [1e4, 'K']])
+    if (size >= unit) return number(value / (name === 'K' ? 1e3 : unit), 2, 0) + name;
+  return number(value, 2, 0);
+}
+
+function bytes(value) {
+  for (const [unit, name] of [[2 ** 30, 'GiB'], [2 ** 20, 'MiB'], [2 ** 10, 'KiB']])
+    if (value >= unit) return `${number(value / unit, 1)} ${name}`;
+  return `${number(value)} bytes`;
+}
+
+/** The names of numbers: plural(1, 'bar') is "1 bar". */
+function plural(count, noun) {
+  return `${number(count)} ${noun}${count === 1 ? '' : 's'}`;
+}
+
+/** How many decimals prices need, at most 8, and no more than nearly all of them need. */
+function decimalsOf(...columns) {
+  const counts = new Array(9).fill(0);
+  let total = 0;
+  for (const column of columns) {
+    const step = Math.max(1, Math.floor(column.length / 500));
+    for (let i = 0; i < column.length; i += step, ++total) {
+      let digits = 0;
+      const near = 1e-9 * Math.max(1, Math.abs(column[i]));
+      while (digits < 8 && Math.abs(column[i] - Number(column[i].toFixed(digits))) > near) ++digits;
+      ++counts[digits];
+    }
+  }
+  let seen = 0;
+  for (let digits = 0; digits < 8; ++digits) {
+    seen += counts[digits];
+    if (seen >= 0.98 * total) return digits;
+  }
+  return 8;
+}
+
+const DAY = 86400000;
+const zoneStarts = run.zone.map((pair) => pair[0]);
+
+/** A UTC time on the clock of the run's zone, as if that were UTC. */
+function localMs(utcMs) {
+  return utcMs + run.zone[Math.max(0, upperBound(zoneStarts, utcMs) - 1)][1];
+}
+
+function pad(value, width = 2) {
+  return String(value).padStart(width, '0');
+}
+
+const MONTHS = ['Jan', 'Feb', 'Mar', 'Apr', 'May', 'Jun', 'Jul', 'Aug', 'Sep', 'Oct', 'Nov',
+  'Dec'];
+
+function dateText(utcMs) {
+  const date = new Date(localMs(utcMs));
+  return `${pad(date.getUTCFullYear(), 4)}-${pad(date.getUTCMonth() + 1)}-` +
+    pad(date.getUTCDate());
+}
+
+/** As fine as it has to be: "2021-01-04 09:30", with seconds where there are some. */
+function timeText(utcMs) {
+  if (utcMs === null || utcMs === undefined) return NONE;
+  const date = new Date(localMs(utcMs));
+  let text = `${dateText(utcMs)} ${pad(date.getUTCHours())}:${pad(date.getUTCMinutes())}`;
+  const ms = date.getUTCMilliseconds();
+  if (date.getUTCSeconds() !== 0 || ms !== 0) text += `:${pad(date.getUTCSeconds())}`;
+  return ms === 0 ? text : `${text}.${pad(ms, 3)}`;
+}
+
+/** Of the texts in the report, which are UTC: "2021-01-04T01:30:00.000Z". */
+function reportTime(text) {
+  return text ? timeText(Date.parse(text)) : NONE;
+}
+function reportDate(text) {
+  return text ? dateText(Date.parse(text)) : NONE;
+}
+
+/** The length of an interval: "5m", "1h 30m", "3d". */
+function widthText(ms) {
+  const units = [[7 * DAY, 'w'], [DAY, 'd'], [3600000, 'h'], [60000, 'm'], [1000, 's']];
+  for (const [unit, name] of units) if (ms >= unit && ms % unit === 0) return ms / unit + name;
+  return `${ms}ms`;
+}

@@ -1,0 +1,189 @@
+// All runners of a run side by side.
+
+const MOST_LINES = 24;
+
+/** A colour for each line: spread over the circle, told apart in light and in dark. */
+function lineColor(at, count) {
+  const isDark = document.documentElement.dataset.theme === 'dark';
+  const hue = (215 + 360 * at / Math.max(count, 1) * (count > 6 ? 1 : 0.93)) % 360;
+  return `hsl(${hue.toFixed(0)}, ${isDark ? 70 : 65}%, ${isDark ? 64 : 44}%)`;
+}
+
+/** The returns of several entries on one axis, and the sum of the accounts below. */
+class OverviewChart {
+  constructor(host, entries) {
+    this.host = host;
+    this.entries = entries;
+    this.lines = [];
+    this.build();
+    this.redraw = () => this.recolor();
+    theme.listeners.add(this.redraw);
+  }
+
+  destroy() {
+    theme.listeners.delete(this.redraw);
+    this.chart.remove();
+  }
+
+  build() {
+    const times = new Set();
+    for (const entry of this.entries) {
+      const { time } = entry.trading.equity;
+      // All in all some thousands: enough for what a screen can show.
+      const step = Math.max(1, Math.floor(time.length / 2000));
+      for (let i = 0; i < time.length; i += step) times.add(time[i]);
+      if (time.length) times.add(time[time.length - 1]);
+    }
+    let utc = [...times].sort((a, b) => a - b);
+    const step = Math.max(1, Math.ceil(utc.length / 4000));
+    utc = utc.filter((_, i) => i % step === 0 || i === utc.length - 1);
+    this.axis = axisOf(utc);
+    this.width = usualStep(this.axis.utc);
+    this.chart = charts.createChart(this.host, chartOptions(this.axis, this.width));
+    for (const entry of this.entries) {
+      const { equity } = onAxis(this.axis, entry.trading.equity);
+      const start = entry.trading.startBalance;
+      const line = this.chart.addSeries(charts.LineSeries, {
+        lineWidth: 2, priceLineVisible: false, lastValueVisible: this.entries.length <= 8,
+        title: '',
+        priceFormat: { type: 'custom', formatter: (value) => percent(value), minMove: 0.0001 },
+      });
+      line.setData(this.axis.chart.map((time, i) => (equity[i] === null ? { time }
+        : { time, value: equity[i] / start - 1 })));
+      this.lines.push(line);
+    }
+    this.legend = el('div', { class: 'legend names' });
+    this.host.append(this.legend);
+    this.chart.subscribeCrosshairMove((event) => this.showValues(event));
+    this.recolor();
+    this.chart.timeScale().fitContent();
+  }
+
+  recolor() {
+    const options = chartOptions(this.axis, this.width);
+    delete options.timeScale.minBarSpacing;
+    this.chart.applyOptions(options);
+    this.lines.forEach((line, at) => line.applyOptions({
+      color: lineColor(at, this.lines.length),
+    }));
+    this.showValues(null);
+  }
+
+  showValues(event) {
+    const values = this.lines.map((line, at) => {
+      const point = event && event.seriesData ? event.seriesData.get(line) : null;
+      const own = this.entries[at].trading.figures.return;
+      return point && point.value !== undefined ? point.value : own;
+    });
+    this.legend.replaceChildren(...this.entries.map((entry, at) => el('span', {},
+      el('i', { class: 'swatch', style: `background: ${lineColor(at, this.lines.length)}` }),
+      entry.name, ' ', el('span', { class: tone(values[at]) },
+        signed(percent(values[at]), values[at])))));
+  }
+}
+
+class OverviewPage {
+  constructor() {
+    this.node = el('div', { class: 'page' });
+    this.traders = run.entries.filter((entry) => entry.trading);
+    const total = run.total ? { ...run.total, startBalance: run.total.figures.startBalance } : null;
+    this.node.append(this.head(), ...notices(null),
+      el('div', { class: 'tiles' },
+        ...(total && this.traders.length ? tradingTiles(total) : this.quietTiles())));
+    if (this.traders.length) {
+      this.chartHost = el('div', { class: 'chart low' });
+      const left = this.traders.length - MOST_LINES;
+      this.node.append(card('Returns of the runners', el('span', { class: 'aside' },
+        left > 0 ? `the ${MOST_LINES} with the largest and the smallest return` : ''),
+      this.chartHost));
+    }
+    this.table = this.makeTable();
+    this.node.append(card('Runners', el('span', { class: 'aside' },
+      plural(run.entries.length, 'entry').replace('entrys', 'entries')), this.table.node));
+    if (total && this.traders.length) {
+      this.node.append(el('div', { class: 'wide-and-narrow' },
+        monthsCard(total.months), figuresCard(total.figures, total.currency)));
+    }
+    this.node.append(...[accountsCard(), dataCard()].filter(Boolean));
+  }
+
+  start() {
+    if (!this.chartHost) return;
+    let shown = this.traders;
+    if (shown.length > MOST_LINES) {
+      const sorted = [...shown].sort((a, b) => b.trading.figures.return - a.trading.figures.return);
+      shown = [...sorted.slice(0, MOST_LINES / 2), ...sorted.slice(-MOST_LINES / 2)];
+    }
+    this.chart = new OverviewChart(this.chartHost, shown);
+  }
+
+  destroy() {
+    if (this.chart) this.chart.destroy();
+    this.table.destroy();
+  }
+
+  head() {
+    const begins = run.data.map((series) => series.begin).filter(Boolean).sort();
+    const ends = run.data.map((series) => series.end).filter(Boolean).sort();
+    const tag = el('span', { class: `tag ${run.outcome === 'completed' ? 'good' : 'bad'}` },
+      run.outcome);
+    return el('div', { class: 'title' }, el('h1', {}, 'Overview', tag),
+      el('p', { class: 'muted' }, [plural(run.entries.filter((entry) =>
+        entry.kind === 'runner').length, 'runner'), begins.length
+        ? `${reportTime(begins[0])} – ${reportTime(ends[ends.length - 1])}` : '', run.timeZone,
+      run.mode].filter(Boolean).join(' · ')));
+  }
+
+  quietTiles() {
+    const sum = (key) => run.entries.reduce((all, entry) => all + (entry[key] || 0), 0);
+    return [tile('Runners', number(run.entries.length), ''),
+      tile('Bars', number(sum('bars')), 'received by all'),
+      tile('Ticks', number(sum('ticks')), 'received by all'),
+      tile('Call-backs', number(sum('eventCount')), 'of all runners')];
+  }
+
+  makeTable() {
+    const { entries } = run;
+    const figure = (i, name) => (entries[i].trading ? entries[i].trading.figures[name] : null);
+    const column = (title, value, show, more = {}) => ({ title, isNumber: true, value, show,
+      ...more });
+    const share = (title, name) => column(title, (i) => figure(i, name),
+      (i) => signed(percent(figure(i, name)), figure(i, name)),
+      { tone: (i) => tone(figure(i, name)) });
+    const ratio = (title, name) => column(title, (i) => figure(i, name),
+      (i) => number(figure(i, name), 2));
+    const fall = (i) => (entries[i].trading ? entries[i].trading.figures.maxDrawdown.share : null);
+    const columns = [
+      { title: 'Runner', width: '20%', value: (i) => entries[i].name,
+        show: (i) => el('a', { href: pageLink(entries[i]) }, entries[i].name) },
+      { title: 'Strategy', value: (i) => entries[i].strategy || '',
+        show: (i) => (entries[i].strategy || '').split('/').pop() },
+      { title: 'Status', width: '92px', value: (i) => entries[i].status || '',
+        show: (i) => entries[i].status || '', tone: (i) =>
+          (entries[i].status === 'Error' ? 'down' : '') },
+    ];
+    if (this.traders.length) {
+      columns.push(
+        column('Fills', (i) => figure(i, 'fills'), (i) => number(figure(i, 'fills'))),
+        column('Final equity', (i) => figure(i, 'finalEquity'),
+          (i) => money(figure(i, 'finalEquity')), { width: '12%' }),
+        share('Return', 'return'), share('Annual', 'annualReturn'), ratio('Sharpe', 'sharpe'),
+        column('Drawdown', fall, (i) => (fall(i) ? `\u2212${percent(fall(i))}` : percent(fall(i))),
+          { tone: (i) => (fall(i) ? 'down' : '') }),
+        column('Wins', (i) => figure(i, 'winRate'), (i) => percent(figure(i, 'winRate'), 1)),
+        ratio('Factor', 'profitFactor'));
+    } else {
+      columns.push(
+        column('Bars', (i) => entries[i].bars, (i) => number(entries[i].bars)),
+        column('Ticks', (i) => entries[i].ticks, (i) => number(entries[i].ticks)),
+        column('Call-backs', (i) => entries[i].eventCount, (i) => number(entries[i].eventCount)),
+        column('Notifications', (i) => entries[i].notifications,
+          (i) => number(entries[i].notifications)));
+    }
+    columns.push(column('Exceptions', (i) => (entries[i].exceptions || { count: 0 }).count,
+      (i) => number((entries[i].exceptions || { count: 0 }).count), { width: '100px', tone: (i) =>
+        ((entries[i].exceptions || { count: 0 }).count ? 'down' : 'muted') }));
+    return new DataTable({ label: 'Runners', columns, count: entries.length, mostRows: 16,
+      onChoose: (i) => { location.hash = pageLink(entries[i]); } });
+  }
+}

@@ -1,0 +1,202 @@
+// The report's page in a browser: page_test.mjs PROGRAM FOLDER
+
+import assert from 'node:assert/strict';
+import { execFileSync } from 'node:child_process';
+import { mkdirSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
+import path from 'node:path';
+import { pathToFileURL } from 'node:url';
+import { Browser, findBrowser } from './browser.mjs';
+
+const [, , program, folder] = process.argv;
+const SKIPPED = 77;
+
+const found = findBrowser();
+if (!found) {
+  console.log('SKIPPED: there is no chromium here; scripts/deps installs it');
+  process.exit(SKIPPED);
+}
+
+/** Bars of two weeks, a minute each, that swing and drift. The same at every run. */
+function writeBars(file, base) {
+  const lines = ['datetime,open,high,low,close,volume'];
+  let price = base;
+  for (let day = 4; day < 16; ++day) {
+    for (let minute = 0; minute < 240; ++minute) {
+      const open = price;
+      const at = day * 240 + minute;
+      price = base + 40 * Math.sin(at / 37) + 15 * Math.sin(at / 11) + at / 60;
+      const cents = (value) => value.toFixed(2);
+      const clock = `${String(9 + Math.floor(minute / 60)).padStart(2, '0')}:` +
+        `${String(minute % 60).padStart(2, '0')}:00`;
+      lines.push([`2021-01-${String(day).padStart(2, '0')} ${clock}`, cents(open),
+        cents(Math.max(open, price) + 0.5), cents(Math.min(open, price) - 0.5), cents(price),
+        100 + at % 50].join(','));
+    }
+  }
+  writeFileSync(file, `${lines.join('\n')}\n`);
+}
+
+/** Runs the command and answers its report and the page's address. */
+function run(name, config) {
+  const report = path.join(folder, name);
+  const file = path.join(folder, `${name}.json`);
+  writeFileSync(file, JSON.stringify(config));
+  execFileSync(program, ['run', file, '--report', report, '-q', '--strategy-log-level', 'off']);
+  return {
+    report: JSON.parse(readFileSync(path.join(report, 'report.json'), 'utf8')),
+    url: pathToFileURL(path.join(report, 'report.html')).href,
+  };
+}
+
+rmSync(folder, { recursive: true, force: true });
+mkdirSync(folder, { recursive: true });
+const bars = path.join(folder, 'A.X.csv');
+writeBars(bars, 1000);
+const more = path.join(folder, 'B.X.csv');
+writeBars(more, 500);
+const data = [{ bars: bars, code: 'A.X' }];
+const crossing = (name, slow) => ({ name, strategy: 'sma_cross',
+  params: { fast: 5, slow, mode: 'longShort' } });
+const browser = new Browser(found);
+
+const text = (selector) => `document.querySelector(${JSON.stringify(selector)}).textContent`;
+const rows = 'Array.from(document.querySelectorAll(".trades tbody tr[data-row]"))';
+const column = (at) => `${rows}.map((row) => row.children[${at}].textContent)`;
+const headButton = (at) => `.trades thead th:nth-child(${at + 1}) button`;
+const SIDE = 3, PROFIT = 9;
+
+/** The begin and the end of what the chart shows. */
+async function range(page) {
+  return (await page.value(text('.range'))).split(' – ');
+}
+
+/** How many pixels of the chart are not empty. */
+const painted = `Array.from(document.querySelectorAll('.chart canvas')).reduce((sum, canvas) => {
+  if (!canvas.width || !canvas.height) return sum;
+  const {data} = canvas.getContext('2d').getImageData(0, 0, canvas.width, canvas.height);
+  for (let i = 3; i < data.length; i += 4) sum += data[i] !== 0;
+  return sum;
+}, 0)`;
+
+async function expectClean(page, url) {
+  assert.deepEqual(page.errors, [], 'the page complained');
+  // A browser may load a page's address twice, but nothing else.
+  assert.deepEqual(page.requests.filter((asked) => asked.split('#')[0] !== url), []);
+}
+
+const tests = {
+  async shouldZoomAndPanAndShowAllAgain() {
+    const { url } = run('one', { runners: [crossing('one', 20)], data });
+    const page = await browser.open(url);
+    assert.ok(await page.value(painted) > 20000, 'the chart is empty');
+    const all = await range(page);
+    await page.wheel('.chart', -600);
+    const near = await range(page);
+    assert.ok(near[0] > all[0] && near[1] <= all[1], `${near} is not within ${all}`);
+    await page.drag('.chart', 300);
+    const earlier = await range(page);
+    assert.ok(earlier[0] < near[0] && earlier[1] < near[1], `${earlier} is not before ${near}`);
+    await page.click('.chart-tools [aria-label="Span"] button:last-child');
+    assert.deepEqual(await range(page), all);
+    await expectClean(page, url);
+    await page.close();
+  },
+
+  async shouldShowTheTradeOfARowInTheChart() {
+    const { url, report } = run('rows', { runners: [crossing('one', 20)], data });
+    const { trades } = report.runners[0].trading;
+    assert.ok(trades.length > 60, `only ${trades.length} trades`);
+    const page = await browser.open(url);
+    const drawn = await page.value(`${rows}.length`);
+    assert.ok(drawn < trades.length && drawn > 10, `${drawn} rows of ${trades.length} are drawn`);
+    await page.click('.trades tr[data-row="7"]');
+    const at = trades[7].time.replace('T', ' ').slice(0, 16);
+    const [from, to] = await range(page);
+    assert.ok(from <= at && at <= to, `${at} is not within ${from} and ${to}`);
+    assert.equal(await page.value('document.querySelector(".chart").dataset.trade'), '7');
+    assert.equal(await page.value(
+      'document.querySelector(".trades tr[aria-selected=true]").dataset.row'), '7');
+    await page.click('.stepper button:last-child');
+    assert.equal(await page.value('document.querySelector(".chart").dataset.trade'), '8');
+    await expectClean(page, url);
+    await page.close();
+  },
+
+  async shouldSortAndFilterTrades() {
+    const { url, report } = run('sorted', { runners: [crossing('one', 20)], data });
+    const { trades } = report.runners[0].trading;
+    const profits = trades.filter((trade) => trade.offset !== 'open').map((trade) => trade.profit);
+    const page = await browser.open(url);
+    const first = async () => Number((await page.value(`${column(PROFIT)}[0]`))
+      .replace('\u2212', '-').replace(/[+,]/g, ''));
+    const near = (value, wanted) => assert.ok(Math.abs(value - wanted) < 0.006,
+      `${value} is not ${wanted}`);
+    await page.click(headButton(PROFIT));
+    near(await first(), Math.max(...profits));
+    await page.click(headButton(PROFIT));
+    near(await first(), Math.min(...profits));
+    assert.equal(await page.value(
+      `document.querySelectorAll('.trades th')[${PROFIT}].getAttribute('aria-sort')`), 'ascending');
+    await page.click('[aria-label="Side"] [data-value="0"]');
+    const sells = trades.filter((trade) => trade.side === 'sell').length;
+    assert.deepEqual(await page.value(`[...new Set(${column(SIDE)})]`), ['Sell']);
+    assert.ok((await page.value(text('.summary'))).startsWith(`${sells} of ${trades.length} `));
+    await page.type('[aria-label="Find trades"]', String(trades[3].order));
+    const shown = trades.filter((trade) => trade.side === 'sell' &&
+      String(trade.order).includes(String(trades[3].order))).length;
+    assert.equal(await page.value(`${rows}.length`), shown);
+    await expectClean(page, url);
+    await page.close();
+  },
+
+  async shouldFollowTheColoursOfTheSystemUntilOneIsChosen() {
+    const { url } = run('colours', { runners: [crossing('one', 20)], data });
+    const page = await browser.open(url, { scheme: 'dark' });
+    const back = 'getComputedStyle(document.body).backgroundColor';
+    const dark = await page.value(back);
+    await page.setScheme('light');
+    await page.frames();
+    const light = await page.value(back);
+    assert.notEqual(light, dark);
+    await page.click('[data-value="dark"]');
+    assert.equal(await page.value(back), dark);
+    await page.click('[data-value="red"]');
+    assert.equal(await page.value('document.documentElement.dataset.rise'), 'red');
+    await expectClean(page, url);
+    await page.close();
+  },
+
+  async shouldHaveAPageForEachRunnerAndAnOverview() {
+    const runners = [crossing('quick', 10), crossing('slow <b>&"', 40),
+      { name: 'watching', strategy: 'print_events' }];
+    const { url, report } = run('several',
+      { runners, data: [...data, { bars: more, code: 'B.X' }] });
+    const page = await browser.open(url);
+    assert.equal(await page.value(
+      'document.querySelectorAll("[aria-label=Runners] tr[data-row]").length'), 3);
+    assert.ok(await page.value(painted) > 5000, 'the overview draws nothing');
+    await page.click('.nav a:nth-child(3)');
+    assert.ok((await page.value(text('h1'))).startsWith('slow <b>&"'));
+    assert.ok((await page.value(text('.summary')))
+      .startsWith(`${report.runners[1].trading.trades.length} fills`));
+    await page.click('.nav a:nth-child(4)');
+    assert.ok((await page.value(text('h1'))).startsWith('watching'));
+    assert.ok(await page.value(painted) > 10000, 'a runner without trades has no chart');
+    assert.equal(await page.value('document.querySelector(".trades")'), null);
+    await expectClean(page, url);
+    await page.close();
+  },
+};
+
+let failures = 0;
+for (const [name, test] of Object.entries(tests)) {
+  try {
+    await test();
+    console.log(`ok      ${name}`);
+  } catch (error) {
+    ++failures;
+    console.log(`FAILED  ${name}: ${error.stack}`);
+  }
+}
+await browser.close();
+process.exit(failures === 0 ? 0 : 1);
