@@ -41,7 +41,7 @@ double priceOf(const QuoteView& tick, bool showsTrades) {
 
 }  // namespace
 
-CandleSeries::CandleSeries(std::size_t most, std::shared_ptr<const detail::ZoneRules> zone)
+CandleSeries::CandleSeries(std::size_t most, std::shared_ptr<const ZoneOffsets> zone)
     : most_(std::max<std::size_t>(most, 2)), zone_(std::move(zone)) {}
 
 int64 CandleSeries::bucketOf(int64 utcMs) const {

@@ -3,7 +3,7 @@
 #include <memory>
 #include <vector>
 
-#include "platform/core/ZoneRules.h"
+#include "host/ZoneOffsets.h"
 #include "shared/MarketRecords.h"
 
 namespace orvane {
@@ -22,7 +22,7 @@ struct Candle {
 class CandleSeries {
  public:
   /// No more than `most` candles, at least 2, are kept. `zone` is not null.
-  CandleSeries(std::size_t most, std::shared_ptr<const detail::ZoneRules> zone);
+  CandleSeries(std::size_t most, std::shared_ptr<const ZoneOffsets> zone);
 
   /// Adds a bar. One that does not end after all that came before it is passed over, since a series
   /// that is subscribed twice comes twice; so is one without prices.
@@ -44,7 +44,7 @@ class CandleSeries {
   int64 bucketOf(int64 utcMs) const;
 
   std::size_t most_;
-  std::shared_ptr<const detail::ZoneRules> zone_;
+  std::shared_ptr<const ZoneOffsets> zone_;
   int64 widthMs_ = 0;
   int64 lastBucket_ = 0;
   int64 lastTime_ = kUnsetTime;  ///< The end of the last bar, or the time of the last tick.

@@ -6,7 +6,7 @@ namespace orvane {
 
 std::vector<MonthlyReturn> monthlyReturns(double startBalance,
                                           const std::vector<EquityPoint>& curve,
-                                          const detail::ZoneRules& zone) {
+                                          const ZoneOffsets& zone) {
   using namespace std::chrono;
   std::vector<MonthlyReturn> result;
   double before = startBalance;

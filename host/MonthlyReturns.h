@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "platform/core/ZoneRules.h"
+#include "host/ZoneOffsets.h"
 #include "platform/trade/TradeResults.h"
 
 namespace orvane {
@@ -19,6 +19,6 @@ struct MonthlyReturn {
 /// then. Ends before a month that begins without money.
 std::vector<MonthlyReturn> monthlyReturns(double startBalance,
                                           const std::vector<EquityPoint>& curve,
-                                          const detail::ZoneRules& zone);
+                                          const ZoneOffsets& zone);
 
 }  // namespace orvane

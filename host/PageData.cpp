@@ -9,7 +9,7 @@
 #include "host/Report.h"
 #include "host/ReportJson.h"
 #include "host/TradeReport.h"
-#include "platform/core/ZoneRules.h"
+#include "host/ZoneOffsets.h"
 #include "platform/fields/CapitalView.h"
 #include "platform/fields/FillView.h"
 #include "shared/TextCodec.h"
@@ -19,11 +19,6 @@ namespace {
 
 /// Of all curves of a page, and of one.
 constexpr std::size_t kMostPointsOfAll = 400'000, kMostPoints = 20'000, kLeastPoints = 500;
-
-std::shared_ptr<const detail::ZoneRules> zoneOf(const RunOutcome& outcome) {
-  auto zone = detail::ZoneRules::find(outcome.timeZone);
-  return zone ? zone : detail::ZoneRules::find("UTC");
-}
 
 /// Ascending times as the first and the steps from each to the next, which are far shorter.
 class TimeColumn {
@@ -127,7 +122,7 @@ QJsonObject curveObject(const std::vector<EquityPoint>& curve, std::size_t most)
 }
 
 QJsonArray monthsArray(double startBalance, const std::vector<EquityPoint>& curve,
-                       const detail::ZoneRules& zone) {
+                       const ZoneOffsets& zone) {
   QJsonArray result;
   for (const MonthlyReturn& each : monthlyReturns(startBalance, curve, zone))
     result.append(QJsonArray{each.year, each.month, each.value});
@@ -149,24 +144,12 @@ QJsonObject ordersObject(const QJsonArray& orders) {
   return {{"count", orders.size()}, {"byStatus", byStatus}, {"firstRejection", rejection}};
 }
 
-/// The offsets of the zone from UTC: pairs of the time from which on one holds, and the offset.
-QJsonArray offsetsOf(const detail::ZoneRules& zone, int64 from, int64 to) {
-  constexpr int64 kDay = 86'400'000;
-  constexpr int64 kEarliest = -2'208'988'800'000, kLatest = 4'102'444'800'000;  // 1900, 2100.
-  from = std::clamp(from, kEarliest, kLatest) - kDay;
-  to = std::clamp(to, kEarliest, kLatest) + kDay;
-  QJsonArray result{
-      QJsonArray{static_cast<qint64>(from), static_cast<qint64>(zone.offsetMs(from))}};
-  for (int64 day = from; day < to; day += kDay) {
-    if (zone.offsetMs(day) == zone.offsetMs(day + kDay)) continue;
-    int64 before = day, after = day + kDay;
-    while (after - before > 1) {
-      const int64 middle = before + (after - before) / 2;
-      (zone.offsetMs(middle) == zone.offsetMs(before) ? before : after) = middle;
-    }
-    result.append(
-        QJsonArray{static_cast<qint64>(after), static_cast<qint64>(zone.offsetMs(after))});
-  }
+/// Pairs of the time from which on an offset from UTC holds, and the offset.
+QJsonArray offsetsOf(const std::vector<ZoneOffsets::Span>& spans, int64 from) {
+  QJsonArray result;
+  for (const ZoneOffsets::Span& span : spans)
+    result.append(QJsonArray{static_cast<qint64>(std::max(span.begin, from)),
+                             static_cast<qint64>(span.offsetMs)});
   return result;
 }
 
@@ -174,7 +157,10 @@ QJsonArray offsetsOf(const detail::ZoneRules& zone, int64 from, int64 to) {
 class PageMaker {
  public:
   PageMaker(const RunOutcome& outcome, const QJsonObject& report)
-      : outcome_(outcome), report_(report), zone_(zoneOf(outcome)), others_(otherTrading(outcome)) {
+      : outcome_(outcome),
+        report_(report),
+        zone_(outcome.timeZone),
+        others_(otherTrading(outcome)) {
     const std::size_t curves = outcome.runners.size() + others_.size() + 1;
     mostPoints_ = std::clamp(kMostPointsOfAll / curves, kLeastPoints, kMostPoints);
   }
@@ -198,10 +184,11 @@ class PageMaker {
       see(curve);
       total["equity"] = curveObject(curve, mostPoints_);
       total["months"] =
-          monthsArray(total["figures"].toObject()["startBalance"].toDouble(), curve, *zone_);
+          monthsArray(total["figures"].toObject()["startBalance"].toDouble(), curve, zone_);
       data["total"] = total;
     }
-    data["zone"] = offsetsOf(*zone_, begin_.value_or(0), end_.value_or(0));
+    const int64 begin = begin_.value_or(0);
+    data["zone"] = offsetsOf(zone_.spansOf(begin, end_.value_or(0)), begin);
     return data;
   }
 
@@ -251,7 +238,7 @@ class PageMaker {
             {"startBalance", startBalance},
             {"figures", reported["figures"]},
             {"orders", ordersObject(reported["orders"].toArray())},
-            {"months", monthsArray(startBalance, trading.curve, *zone_)},
+            {"months", monthsArray(startBalance, trading.curve, zone_)},
             {"equity", curveObject(trading.curve, mostPoints_)},
             {"trades", tradesObject(trading.fills)}};
   }
@@ -285,7 +272,7 @@ class PageMaker {
 
   const RunOutcome& outcome_;
   const QJsonObject& report_;
-  const std::shared_ptr<const detail::ZoneRules> zone_;
+  const ZoneOffsets zone_;
   const std::vector<OtherTrading> others_;
   std::size_t mostPoints_ = kMostPoints;
   SeriesPool pool_;

@@ -37,7 +37,7 @@ struct SeriesRecord {
 /// What runs keep of their market data for charts.
 struct CandleKeeping {
   std::size_t most = 0;  ///< Candles of each series; 0: none are kept.
-  std::shared_ptr<const detail::ZoneRules> zone;
+  std::shared_ptr<const ZoneOffsets> zone;
 };
 
 /// How many items a strategy gave to the publisher.

@@ -108,9 +108,8 @@ CandleKeeping candlesFor(const RunPlan& plan, const RunOutcome& outcome) {
   // So that memory and the page keep a bound when many runners receive many series.
   constexpr std::size_t kMostOfAll = 400'000, kMostOfOne = 20'000, kLeastOfOne = 500;
   const std::size_t series = std::max<std::size_t>(plan.runners.size() * outcome.data.size(), 1);
-  auto zone = detail::ZoneRules::find(outcome.timeZone);
-  if (!zone) zone = detail::ZoneRules::find("UTC");
-  return {std::clamp(kMostOfAll / series, kLeastOfOne, kMostOfOne), std::move(zone)};
+  return {std::clamp(kMostOfAll / series, kLeastOfOne, kMostOfOne),
+          std::make_shared<const ZoneOffsets>(outcome.timeZone)};
 }
 
 /// One runner with the ear that the host lends it.

@@ -15,7 +15,11 @@ function chartOptions(axis, width) {
       attributionLogo: true,
     },
     grid: { vertLines: { color: theme.color('grid') }, horzLines: { color: theme.color('grid') } },
-    crosshair: { mode: charts.CrosshairMode.Normal },
+    crosshair: {
+      mode: charts.CrosshairMode.Normal,
+      vertLine: { color: theme.color('muted'), labelBackgroundColor: theme.color('label') },
+      horzLine: { color: theme.color('muted'), labelBackgroundColor: theme.color('label') },
+    },
     rightPriceScale: { borderColor: theme.color('line'), minimumWidth: 84 },
     timeScale: {
       borderColor: theme.color('line'), timeVisible: isIntraday, secondsVisible: width < 60000,
@@ -271,8 +275,9 @@ class RunChart {
 
   drawMarks() {
     if (!this.markers) return;
-    const { style, marks } = this.showsTrades ? this.marks.inView(this.axis, ...this.view())
-      : { style: 'none', marks: [] };
+    const spacing = this.chart.timeScale().options().barSpacing;
+    const { style, marks } = this.showsTrades
+      ? this.marks.inView(this.axis, ...this.view(), spacing) : { style: 'none', marks: [] };
     this.dots.forEach((dots, isBuy) => dots.applyOptions({
       visible: style === 'dots', color: theme.color(isBuy ? 'buy' : 'sell'),
     }));

@@ -25,7 +25,8 @@ function tradingTiles(trading) {
     tile('Profit factor', number(figures.profitFactor, 2),
       `${short(figures.meanWin)} / ${short(figures.meanLoss)} a fill`),
     tile('Fills', number(figures.fills),
-      trading.orders ? `of ${plural(trading.orders.count, 'order')}` : ''),
+      trading.orders ? `of ${plural(trading.orders.count, 'order')}`
+        : `on ${plural(trading.accounts, 'account')}`),
     tile('Fees', money(figures.fees), `turnover ${short(figures.turnover)}`),
   ];
 }

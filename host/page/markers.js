@@ -1,7 +1,7 @@
 // The trades as marks on the candles: the fewer there are in view, the more each one tells.
 
-const MOST_NAMED = 14;
 const MOST_ARROWS = 150;
+const TEXT_WIDTH = 110;  // Pixels that a mark's text takes, with some room beside it.
 
 /**
  * The trades of one code, each with its candle. Those of one side on one candle have one mark: a
@@ -29,15 +29,24 @@ class TradeMarks {
     this.starts = this.groups.map((group) => group.candle);
   }
 
-  /** How the marks of a view are drawn, and those that are not mere dots. */
-  inView(axis, from, to) {
+  /**
+   * How the marks of a view are drawn, and those that are not mere dots. Candles are `spacing`
+   * pixels apart.
+   */
+  inView(axis, from, to, spacing) {
     const begin = upperBound(this.starts, from - 1);
     const end = upperBound(this.starts, to);
     const count = end - begin;
     if (count > MOST_ARROWS) return { style: 'dots', marks: [] };
-    const isNamed = count <= MOST_NAMED;
-    return { style: 'arrows', marks: this.groups.slice(begin, end).map((group) =>
-      this.mark(axis, group, isNamed ? groupText(this.trades, group) : undefined)) };
+    const isFree = (i, other) => !this.groups[other] ||
+      Math.abs(this.groups[other].candle - this.groups[i].candle) * spacing >= TEXT_WIDTH;
+    const marks = [];
+    for (let i = begin; i < end; ++i) {
+      const group = this.groups[i];
+      const hasRoom = isFree(i, i - 1) && isFree(i, i + 1);
+      marks.push(this.mark(axis, group, hasRoom ? groupText(this.trades, group) : undefined));
+    }
+    return { style: 'arrows', marks };
   }
 
   mark(axis, { candle, isBuy, trades }, text, size = 1) {

@@ -2,11 +2,14 @@
 
 const MOST_LINES = 24;
 
-/** A colour for each line: spread over the circle, told apart in light and in dark. */
-function lineColor(at, count) {
+const HUES = [217, 26, 166, 282, 344, 46, 193, 112];
+
+/** A colour for each line, to be told apart in light and in dark. */
+function lineColor(at) {
   const isDark = document.documentElement.dataset.theme === 'dark';
-  const hue = (215 + 360 * at / Math.max(count, 1) * (count > 6 ? 1 : 0.93)) % 360;
-  return `hsl(${hue.toFixed(0)}, ${isDark ? 70 : 65}%, ${isDark ? 64 : 44}%)`;
+  const turn = Math.floor(at / HUES.length);
+  return `hsl(${HUES[at % HUES.length]}, ${isDark ? 62 : 64}%, ` +
+    `${(isDark ? 66 : 44) + (isDark ? -1 : 1) * 14 * turn}%)`;
 }
 
 /** The returns of several entries on one axis, and the sum of the accounts below. */
@@ -64,7 +67,7 @@ class OverviewChart {
     delete options.timeScale.minBarSpacing;
     this.chart.applyOptions(options);
     this.lines.forEach((line, at) => line.applyOptions({
-      color: lineColor(at, this.lines.length),
+      color: lineColor(at),
     }));
     this.showValues(null);
   }
@@ -76,7 +79,7 @@ class OverviewChart {
       return point && point.value !== undefined ? point.value : own;
     });
     this.legend.replaceChildren(...this.entries.map((entry, at) => el('span', {},
-      el('i', { class: 'swatch', style: `background: ${lineColor(at, this.lines.length)}` }),
+      el('i', { class: 'swatch', style: `background: ${lineColor(at)}` }),
       entry.name, ' ', el('span', { class: tone(values[at]) },
         signed(percent(values[at]), values[at])))));
   }
@@ -154,9 +157,9 @@ class OverviewPage {
       (i) => number(figure(i, name), 2));
     const fall = (i) => (entries[i].trading ? entries[i].trading.figures.maxDrawdown.share : null);
     const columns = [
-      { title: 'Runner', width: '20%', value: (i) => entries[i].name,
+      { title: 'Runner', width: '15%', value: (i) => entries[i].name,
         show: (i) => el('a', { href: pageLink(entries[i]) }, entries[i].name) },
-      { title: 'Strategy', value: (i) => entries[i].strategy || '',
+      { title: 'Strategy', width: '12%', value: (i) => entries[i].strategy || '',
         show: (i) => (entries[i].strategy || '').split('/').pop() },
       { title: 'Status', width: '92px', value: (i) => entries[i].status || '',
         show: (i) => entries[i].status || '', tone: (i) =>

@@ -16,7 +16,7 @@ constexpr int64 kMinute = 60'000, kHour = 60 * kMinute, kDay = 24 * kHour;
 constexpr int64 kMonday = 1'609'718'400'000;  // 2021-01-04 00:00 UTC.
 
 CandleSeries seriesOf(std::size_t most, const std::string& zone = "UTC") {
-  return {most, detail::ZoneRules::find(zone)};
+  return {most, std::make_shared<const ZoneOffsets>(zone)};
 }
 
 IKLine barOf(int64 begin, double open, double high, double low, double close, double volume = 1,

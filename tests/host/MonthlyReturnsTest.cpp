@@ -10,7 +10,7 @@ constexpr int64 kFebruary = 1'612'137'600'000;  // 2021-02-01 00:00 UTC.
 
 std::vector<MonthlyReturn> inZone(const std::string& zone, const std::vector<EquityPoint>& curve,
                                   double start = 100) {
-  return monthlyReturns(start, curve, *detail::ZoneRules::find(zone));
+  return monthlyReturns(start, curve, ZoneOffsets(zone));
 }
 
 TEST(MonthlyReturns, shouldGoFromTheLastEquityOfOneMonthToThatOfTheNext) {
