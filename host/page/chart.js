@@ -23,7 +23,7 @@ function chartOptions(axis, width) {
     rightPriceScale: { borderColor: theme.color('line'), minimumWidth: 84 },
     timeScale: {
       borderColor: theme.color('line'), timeVisible: isIntraday, secondsVisible: width < 60000,
-      minBarSpacing: 0.001, rightOffset: 0, enableConflation: true,
+      minBarSpacing: 0.001, rightOffset: 0,
       tickMarkFormatter: (time, kind) => tickText(time, kind),
     },
     localization: { timeFormatter: (time) => chartTimeText(axis, time, isIntraday) },
@@ -152,12 +152,15 @@ class RunChart {
       (values[i] === null ? { time } : { time, value: values[i] }));
     this.equity = this.chart.addSeries(charts.BaselineSeries, {
       baseValue: { type: 'price', price: this.trading.startBalance }, lineWidth: 2,
-      priceFormat: { type: 'custom', formatter: short, minMove: 0.01 }, priceLineVisible: false,
+      priceFormat: { type: 'custom', formatter: roundMoney, minMove: 0.01 },
+      priceLineVisible: false,
     }, pane);
     this.equity.setData(points(curve.equity));
     this.drawdown = this.chart.addSeries(charts.BaselineSeries, {
       baseValue: { type: 'price', price: 0 }, lineWidth: 1,
-      priceFormat: { type: 'custom', formatter: (value) => percent(value), minMove: 0.0001 },
+      // A scale has room above its highest value, but nothing lies above a peak.
+      priceFormat: { type: 'custom', minMove: 0.0001,
+        formatter: (value) => (value > 0.00005 ? '' : percent(value)) },
       priceLineVisible: false,
     }, pane + 1);
     this.drawdown.setData(points(curve.drawdown));

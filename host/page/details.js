@@ -89,7 +89,7 @@ function accountsCard() {
   if (run.accounts.length === 0) return null;
   return card('Accounts', null, plainTable(
     ['Account', 'Currency', 'Start', 'Equity', 'Return', 'Available', 'Margin', 'Fees'],
-    run.accounts.map((account) => [account.name, account.currency, money(account.startBalance),
+    run.accounts.map((account) => [account.name, currencyText(account.currency) || NONE, money(account.startBalance),
       money(account.final.equity),
       el('span', { class: tone(account.figures.return) },
         signed(percent(account.figures.return), account.figures.return)),

@@ -9,12 +9,12 @@ function tile(label, value, below, className = '', hint = null) {
 }
 
 function tradingTiles(trading) {
-  const { figures, currency } = trading;
+  const { figures } = trading;
   const fall = figures.maxDrawdown;
-  const unit = currency ? ` ${currency}` : '';
+  const unit = currencyText(trading.currency);
   return [
     tile('Return', signed(percent(figures.return), figures.return),
-      `${signed(money(figures.profit), figures.profit)}${unit}`, tone(figures.return)),
+      `${signed(money(figures.profit), figures.profit)} ${unit}`, tone(figures.return)),
     tile('Annual return', signed(percent(figures.annualReturn), figures.annualReturn),
       `volatility ${percent(figures.annualVolatility)}`, tone(figures.annualReturn)),
     tile('Max drawdown', fall.share ? `\u2212${percent(fall.share)}` : percent(0),
@@ -23,7 +23,7 @@ function tradingTiles(trading) {
     tile('Sharpe', number(figures.sharpe, 2), `Sortino ${number(figures.sortino, 2)}`),
     tile('Win rate', percent(figures.winRate, 1), `of ${plural(figures.closings, 'closing fill')}`),
     tile('Profit factor', number(figures.profitFactor, 2),
-      `${short(figures.meanWin)} / ${short(figures.meanLoss)} a fill`),
+      `mean ${short(figures.meanWin)} / ${short(figures.meanLoss)}`),
     tile('Fills', number(figures.fills),
       trading.orders ? `of ${plural(trading.orders.count, 'order')}`
         : `on ${plural(trading.accounts, 'account')}`),
@@ -62,7 +62,7 @@ function pairs(rows) {
 
 function figuresCard(figures, currency) {
   const fall = figures.maxDrawdown;
-  return card('Figures', el('span', { class: 'aside' }, currency || ''), pairs([
+  return card('Figures', el('span', { class: 'aside' }, currencyText(currency)), pairs([
     ['Start balance', money(figures.startBalance)],
     ['Final equity', money(figures.finalEquity)],
     ['Profit', signed(money(figures.profit), figures.profit)],

@@ -30,10 +30,23 @@ function percent(share, digits = 2) {
 /** Large amounts in few characters: 12.3M. */
 function short(value) {
   if (value === null || value === undefined) return NONE;
-  const size = Math.abs(value);
-  for (const [unit, name] of [[1e12, 'T'], [1e9, 'B'], [1e6, 'M'], [1e4, 'K']])
-    if (size >= unit) return number(value / (name === 'K' ? 1e3 : unit), 2, 0) + name;
+  for (const [unit, name] of [[1e12, 'T'], [1e9, 'B'], [1e6, 'M'], [1e3, 'K']]) {
+    const part = value / unit;
+    const digits = Math.abs(part) >= 100 ? 0 : Math.abs(part) >= 10 ? 1 : 2;
+    if (Math.abs(part) >= 1) return number(part, digits, 0) + name;
+  }
   return number(value, 2, 0);
+}
+
+/** An amount for the axis of a chart: fine enough to tell two near ones apart. */
+function roundMoney(value) {
+  const size = Math.abs(value);
+  return size >= 1e9 ? number(value / 1e6, 2) + 'M' : number(value, size >= 1000 ? 0 : 2);
+}
+
+/** The name of a currency; empty where none was given. */
+function currencyText(name) {
+  return name && name !== 'unknownmoney' ? name : '';
 }
 
 function bytes(value) {
@@ -105,6 +118,15 @@ function reportTime(text) {
 }
 function reportDate(text) {
   return text ? dateText(Date.parse(text)) : NONE;
+}
+
+/** A span of the report. Whole days are told as such: the end of a day is the next one's begin. */
+function spanText({ begin, end }) {
+  if (!begin || !end) return '';
+  const [from, to] = [Date.parse(begin), Date.parse(end)];
+  const isWhole = localMs(from) % DAY === 0 && localMs(to) % DAY === 0;
+  return isWhole ? `${dateText(from)} – ${dateText(to - 1)}`
+    : `${timeText(from)} – ${timeText(to)}`;
 }
 
 /** The length of an interval: "5m", "1h 30m", "3d". */

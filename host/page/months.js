@@ -24,11 +24,12 @@ function heatCell(value, strongest, title) {
   if (value === null) return el('td', { class: 'none' });
   const share = strongest > 0 ? Math.min(1, Math.abs(value) / strongest) : 0;
   const digits = Math.abs(value) >= 0.9995 ? 0 : 1;
-  const text = value === 0 ? '0' : number(value * 100, digits);
+  const isNothing = Math.abs(value) < 0.0005;
+  const text = isNothing ? '0.0' : number(value * 100, digits);
   return el('td', {
     class: `heat ${tone(value)}`, title: `${title}: ${signed(percent(value, 3), value)}`,
     style: `--heat: ${value === 0 ? 0 : (8 + 52 * share).toFixed(1)}%`,
-  }, signed(text, value));
+  }, isNothing ? text : signed(text, value));
 }
 
 function monthsCard(months) {

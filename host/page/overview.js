@@ -132,9 +132,9 @@ class OverviewPage {
       run.outcome);
     return el('div', { class: 'title' }, el('h1', {}, 'Overview', tag),
       el('p', { class: 'muted' }, [plural(run.entries.filter((entry) =>
-        entry.kind === 'runner').length, 'runner'), begins.length
-        ? `${reportTime(begins[0])} – ${reportTime(ends[ends.length - 1])}` : '', run.timeZone,
-      run.mode].filter(Boolean).join(' · ')));
+        entry.kind === 'runner').length, 'runner'),
+      spanText({ begin: begins[0], end: ends[ends.length - 1] }), run.timeZone, run.mode]
+        .filter(Boolean).join(' · ')));
   }
 
   quietTiles() {

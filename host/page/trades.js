@@ -130,6 +130,6 @@ class TradeTable {
     this.summary.replaceChildren(
       isAll ? plural(count, 'fill') : `${number(count)} of ${plural(this.table.count, 'fill')}`,
       el('span', { class: 'dot' }, '·'), 'net ',
-      el('b', { class: tone(net) }, signed(money(net), net)), ` ${this.currency || ''}`);
+      el('b', { class: tone(net) }, signed(money(net), net)), ` ${currencyText(this.currency)}`);
   }
 }

@@ -97,7 +97,7 @@ TEST_F(ReportPage, shouldShareASeriesAmongTheRunnersThatReceivedIt) {
   const QJsonObject config{
       {"runners", QJsonArray{QJsonObject{{"name", "a"}, {"strategy", "sma_cross"}},
                              QJsonObject{{"name", "b"}, {"strategy", "sma_cross"}}}},
-      {"data", QJsonArray{QJsonObject{{"bars", QString::fromStdString(bars_)}, {"code", "A.X"}}}}};
+      {"bars", QJsonArray{QJsonObject{{"file", QString::fromStdString(bars_)}, {"code", "A.X"}}}}};
   const std::string file = folder_.write("run.json", QJsonDocument(config).toJson().toStdString());
   const QJsonObject data = jsonOf(element(pageOf({file}), "data"));
   EXPECT_EQ(data["series"].toArray().size(), 1);

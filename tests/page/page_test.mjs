@@ -54,7 +54,7 @@ const bars = path.join(folder, 'A.X.csv');
 writeBars(bars, 1000);
 const more = path.join(folder, 'B.X.csv');
 writeBars(more, 500);
-const data = [{ bars: bars, code: 'A.X' }];
+const oneSeries = [{ file: bars, code: 'A.X' }];
 const crossing = (name, slow) => ({ name, strategy: 'sma_cross',
   params: { fast: 5, slow, mode: 'longShort' } });
 const browser = new Browser(found);
@@ -86,7 +86,7 @@ async function expectClean(page, url) {
 
 const tests = {
   async shouldZoomAndPanAndShowAllAgain() {
-    const { url } = run('one', { runners: [crossing('one', 20)], data });
+    const { url } = run('one', { runners: [crossing('one', 20)], bars: oneSeries });
     const page = await browser.open(url);
     assert.ok(await page.value(painted) > 20000, 'the chart is empty');
     const all = await range(page);
@@ -103,7 +103,7 @@ const tests = {
   },
 
   async shouldShowTheTradeOfARowInTheChart() {
-    const { url, report } = run('rows', { runners: [crossing('one', 20)], data });
+    const { url, report } = run('rows', { runners: [crossing('one', 20)], bars: oneSeries });
     const { trades } = report.runners[0].trading;
     assert.ok(trades.length > 60, `only ${trades.length} trades`);
     const page = await browser.open(url);
@@ -123,7 +123,7 @@ const tests = {
   },
 
   async shouldSortAndFilterTrades() {
-    const { url, report } = run('sorted', { runners: [crossing('one', 20)], data });
+    const { url, report } = run('sorted', { runners: [crossing('one', 20)], bars: oneSeries });
     const { trades } = report.runners[0].trading;
     const profits = trades.filter((trade) => trade.offset !== 'open').map((trade) => trade.profit);
     const page = await browser.open(url);
@@ -150,7 +150,7 @@ const tests = {
   },
 
   async shouldFollowTheColoursOfTheSystemUntilOneIsChosen() {
-    const { url } = run('colours', { runners: [crossing('one', 20)], data });
+    const { url } = run('colours', { runners: [crossing('one', 20)], bars: oneSeries });
     const page = await browser.open(url, { scheme: 'dark' });
     const back = 'getComputedStyle(document.body).backgroundColor';
     const dark = await page.value(back);
@@ -170,7 +170,7 @@ const tests = {
     const runners = [crossing('quick', 10), crossing('slow <b>&"', 40),
       { name: 'watching', strategy: 'print_events' }];
     const { url, report } = run('several',
-      { runners, data: [...data, { bars: more, code: 'B.X' }] });
+      { runners, bars: [...oneSeries, { file: more, code: 'B.X' }] });
     const page = await browser.open(url);
     assert.equal(await page.value(
       'document.querySelectorAll("[aria-label=Runners] tr[data-row]").length'), 3);
