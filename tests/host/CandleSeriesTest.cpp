@@ -8,11 +8,14 @@
 
 #include "platform/fields/KLineView.h"
 #include "platform/fields/QuoteView.h"
+#include "tests/host/Durations.h"
 
 namespace orvane {
 namespace {
 
-constexpr int64 kMinute = 60'000, kHour = 60 * kMinute, kDay = 24 * kHour;
+using test::kDay;
+using test::kHour;
+using test::kMinute;
 constexpr int64 kMonday = 1'609'718'400'000;  // 2021-01-04 00:00 UTC.
 
 CandleSeries seriesOf(std::size_t most, const std::string& zone = "UTC") {

@@ -7,11 +7,12 @@
 #include <cmath>
 
 #include "platform/fields/FillView.h"
+#include "tests/host/Durations.h"
 
 namespace orvane {
 namespace {
 
-constexpr int64 kDay = 86'400'000;
+using test::kDay;
 
 OrderFill fillOf(order::Offset offset, double profit, double fee, double turnover) {
   OrderFill fill;

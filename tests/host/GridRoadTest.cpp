@@ -20,6 +20,7 @@
 #include "platform/fields/OrderView.h"
 #include "services/Common/IServiceRouter.h"
 #include "services/Common/ITradeService.h"
+#include "tests/host/Durations.h"
 #include "tests/host/Program.h"
 
 namespace orvane {
@@ -27,7 +28,7 @@ namespace {
 
 using testing::HasSubstr;
 
-constexpr int64 kMinute = 60'000;
+using test::kMinute;
 constexpr int64 kStart = 1'609'718'400'000;  // 2021-01-04 00:00 UTC.
 
 /// Bars of one price each.

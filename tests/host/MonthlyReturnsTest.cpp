@@ -1,11 +1,13 @@
 #include "host/MonthlyReturns.h"
+#include "tests/host/Durations.h"
 
 #include <gtest/gtest.h>
 
 namespace orvane {
 namespace {
 
-constexpr int64 kHour = 3'600'000, kDay = 24 * kHour;
+using test::kDay;
+using test::kHour;
 constexpr int64 kFebruary = 1'612'137'600'000;  // 2021-02-01 00:00 UTC.
 
 std::vector<MonthlyReturn> inZone(const std::string& zone, const std::vector<EquityPoint>& curve,

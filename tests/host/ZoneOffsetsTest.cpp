@@ -1,11 +1,12 @@
 #include "host/ZoneOffsets.h"
+#include "tests/host/Durations.h"
 
 #include <gtest/gtest.h>
 
 namespace orvane {
 namespace {
 
-constexpr int64 kHour = 3'600'000;
+using test::kHour;
 constexpr int64 kSummer = 1'615'705'200'000;  // 2021-03-14 07:00 UTC: New York's clock goes on.
 
 TEST(ZoneOffsets, shouldTellTheClockOfAZoneBeforeAndAfterAChange) {
