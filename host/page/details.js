@@ -63,8 +63,10 @@ function recordsCard(entry) {
 /** The name of a file, and where it is. */
 function fileName(path) {
   const cut = path.lastIndexOf('/') + 1;
+  const folder = path.slice(0, cut);
+  const last = folder.lastIndexOf('/', cut - 2);
   return el('span', { class: 'file', title: path }, el('span', { class: 'muted' },
-    path.slice(0, cut)), path.slice(cut));
+    folder.length > 24 ? `…${folder.slice(last)}` : folder), path.slice(cut));
 }
 
 function dataCard() {
