@@ -43,8 +43,12 @@ target_sources(orvane_host PRIVATE "${page_source}")
 set_source_files_properties("${page_source}" PROPERTIES
   COMPILE_OPTIONS "-Wno-overlength-strings" SKIP_PRECOMPILE_HEADERS ON)
 
-# Whoever gets the command gets the library in it, and so its licences.
+# Whoever gets the command gets the library in it, and so its licences; where a package brings no
+# text of its licence, its description names it.
 foreach(name IN ITEMS lightweight-charts fancy-canvas)
-  install(FILES "${ORVANE_PAGE_PACKAGES}/${name}/LICENSE"
-    DESTINATION "${CMAKE_INSTALL_DOCDIR}/licences" RENAME "${name}.txt")
+  set(licence "${ORVANE_PAGE_PACKAGES}/${name}/LICENSE")
+  if(NOT EXISTS "${licence}")
+    set(licence "${ORVANE_PAGE_PACKAGES}/${name}/package.json")
+  endif()
+  install(FILES "${licence}" DESTINATION "${CMAKE_INSTALL_DOCDIR}/licences" RENAME "${name}.txt")
 endforeach()

@@ -62,7 +62,7 @@ class DataTable {
       const { value } = this.columns[column];
       const sign = isDown ? -1 : 1;
       const keys = new Map(rows.map((i) => [i, value(i)]));
-      rows.sort((a, b) => sign * compare(keys.get(a), keys.get(b)) || a - b);
+      rows.sort((a, b) => compare(keys.get(a), keys.get(b), sign) || a - b);
     }
     this.rows = rows;
     this.heads.forEach((head, at) => head.setAttribute('aria-sort',
@@ -131,9 +131,9 @@ class DataTable {
   }
 }
 
-/** Ascending; what is missing comes last. */
-function compare(a, b) {
+/** Ascending with a sign of 1, descending with -1; what is missing comes last either way. */
+function compare(a, b, sign) {
   const isNone = (value) => value === null || value === undefined;
   if (isNone(a) || isNone(b)) return Number(isNone(a)) - Number(isNone(b));
-  return a < b ? -1 : a > b ? 1 : 0;
+  return a < b ? -sign : a > b ? sign : 0;
 }
