@@ -37,7 +37,11 @@ SqliteStore::~SqliteStore() {
   thread_.join();
 }
 
-void SqliteStore::beginRun(StoredRun run) { post(std::move(run)); }
+void SqliteStore::beginRun(StoredRun run) {
+  post(std::move(run));
+  std::unique_lock lock(mutex_);
+  changed_.wait(lock, [this] { return jobs_.empty() && !isWriting_; });
+}
 void SqliteStore::write(StoredNews news) { post(std::move(news)); }
 void SqliteStore::completeRun() { post(Completion{}); }
 

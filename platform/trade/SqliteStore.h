@@ -43,8 +43,8 @@ struct StoredNews {
 };
 
 /// Writes runs to a SQLite database, on a thread of its own; docs/store.md tells the tables. Any
-/// thread may call it. Only `flush` waits, and `write` where the disk is much too slow: what waits
-/// is kept in memory, and is bounded so.
+/// thread may call it. Only `beginRun` and `flush` wait, and `write` where the disk is much too
+/// slow: what waits is kept in memory, and is bounded so.
 class SqliteStore {
  public:
   /// Opens or makes the database. `path` is UTF-8. Throws `std::runtime_error`, which names the
@@ -55,6 +55,7 @@ class SqliteStore {
   SqliteStore(const SqliteStore&) = delete;
   SqliteStore& operator=(const SqliteStore&) = delete;
 
+  /// Blocks until the run is written: killed at its first event, it is one that was begun.
   void beginRun(StoredRun run);
   /// News of the run that was begun last.
   void write(StoredNews news);

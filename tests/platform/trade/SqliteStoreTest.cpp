@@ -70,6 +70,21 @@ void trade(TradePlatform& platform) {
   platform->drain();
 }
 
+TEST(SqliteStore, shouldHoldARunBeforeItsFirstEvent) {
+  TempFolder folder;
+  const std::string path = folder.file("run.db");
+  Lines begun;
+  TradePlatform platform(storing(path));
+  const auto spi = std::make_shared<TradeRecorder>();
+  spi->onLine = [&](const std::string&) {
+    if (begun.empty()) begun = storedRows(path, "SELECT run_id, is_complete FROM runs");
+    if (begun.empty()) begun = {"nothing"};
+  };
+  platform.subscribeBars(spi);
+  platform->run();
+  EXPECT_EQ(begun, Lines{"1|0"});
+}
+
 TEST(SqliteStore, shouldHoldWhatTheResultsHold) {
   TempFolder folder;
   const std::string path = folder.file("run.db");
