@@ -27,11 +27,7 @@ void oursHelped(benchmark::State& state) {
   std::atomic<std::int64_t> sum{0};
   for (auto _ : state) {
     for (int i = 0; i < receivers; ++i) pool.add([&sum] { smallWork(sum); });
-    while (!pool.signal().quiet()) {
-      while (pool.helpOne()) {
-      }
-      pool.awaitTaskOrQuiet();
-    }
+    pool.helpUntilQuiet();
   }
   pool.endHelping();
   state.SetItemsProcessed(state.iterations() * receivers);

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <array>
 #include <atomic>
 #include <condition_variable>
+#include <cstddef>
 #include <cstdint>
 #include <mutex>
 
@@ -13,18 +15,41 @@ namespace orvane::detail {
 ///
 /// Any thread may call any operation. What came and what went are counted apart: who gives and who
 /// takes are different threads, and a count that both write would travel between them with each
-/// event. The counts are sequentially consistent, so that a waiter that announced itself is never
-/// missed by whoever takes the last of them away.
+/// event. References are counted by lanes besides, one a thread, since each event has one. The
+/// counts are sequentially consistent, so that a waiter that announced itself is never missed by
+/// whoever takes the last of them away.
 class QuietSignal {
  public:
+  static constexpr std::size_t kLanes = 4;
+
+  /// In which lane the calling thread counts; at first in lane 0. It may share one with others.
+  static void setLane(std::size_t lane) { laneOfThread() = lane % kLanes; }
+
   void addWork() { work_.came.fetch_add(1); }
-  void endWork() { end(work_); }
-  void acquireRef() { refs_.came.fetch_add(1); }
-  void releaseRef() { end(refs_); }
+  void endWork() {
+    work_.went.fetch_add(1);
+    if (waiters_.load() != 0 && work() == 0) wake();
+  }
+  void acquireRef() { refs_[laneOfThread()].came.fetch_add(1); }
+  void releaseRef() {
+    refs_[laneOfThread()].went.fetch_add(1);
+    if (waiters_.load() != 0 && refs() == 0) wake();
+  }
 
   bool quiet() const { return work() == 0 && refs() == 0; }
-  std::int64_t work() const { return work_.open(); }
-  std::int64_t refs() const { return refs_.open(); }
+  // Nothing goes before it came; so none is open if what had gone first is what has come since.
+
+  std::int64_t work() const {
+    const std::int64_t gone = work_.went.load();
+    return work_.came.load() - gone;
+  }
+  std::int64_t refs() const {
+    std::int64_t gone = 0;
+    for (const Count& lane : refs_) gone += lane.went.load();
+    std::int64_t come = 0;
+    for (const Count& lane : refs_) come += lane.came.load();
+    return come - gone;
+  }
 
   /// Lets waiters look at their condition again.
   void wake() {
@@ -48,21 +73,15 @@ class QuietSignal {
   struct Count {
     alignas(64) std::atomic<std::int64_t> came{0};
     alignas(64) std::atomic<std::int64_t> went{0};
-
-    /// Nothing goes before it came; so none is open if what had gone first is what has come since.
-    std::int64_t open() const {
-      const std::int64_t gone = went.load();
-      return came.load() - gone;
-    }
   };
 
-  void end(Count& count) {
-    count.went.fetch_add(1);
-    if (waiters_.load() != 0 && count.open() == 0) wake();
+  static std::size_t& laneOfThread() {
+    static thread_local std::size_t lane = 0;
+    return lane;
   }
 
   Count work_;
-  Count refs_;
+  std::array<Count, kLanes> refs_;
   alignas(64) std::atomic<int> waiters_{0};
   std::mutex mutex_;
   std::condition_variable changed_;

@@ -1,5 +1,6 @@
 #include "platform/core/WorkerPool.h"
 
+#include <algorithm>
 #include <chrono>
 #include <thread>
 #include <utility>
@@ -52,7 +53,11 @@ WorkerPool::Entry WorkerPool::Ring::pop() {
   return entry;
 }
 
-WorkerPool::WorkerPool() { queue_.grow(kFirstSlots); }
+thread_local WorkerPool::Sharing* WorkerPool::sharing_ = nullptr;
+
+WorkerPool::WorkerPool(std::size_t processors) : processors_(processors) {
+  queue_.grow(kFirstSlots);
+}
 
 WorkerPool::~WorkerPool() {
   std::unique_lock lock(mutex_);
@@ -69,10 +74,11 @@ WorkerPool& WorkerPool::shared() {
 void WorkerPool::resize(int count) {
   const std::lock_guard lock(mutex_);
   target_ = count;
+  lanes_ = std::min({static_cast<std::size_t>(count) + 1, processors_, SharedCalls::kMostLanes});
   for (; threads_ < target_; ++threads_) {
     // Detached, since a surplus thread may still be inside a long task when the next platform
     // wants another number; the destructor counts them out instead.
-    std::thread([this] { work(); }).detach();
+    std::thread([this, number = static_cast<std::size_t>(threads_)] { work(number); }).detach();
   }
   wakeUp_.notify_all();
 }
@@ -84,17 +90,28 @@ int WorkerPool::threadCount() const {
 
 TaskOrigin WorkerPool::currentOrigin() { return runningOrigin; }
 
+bool WorkerPool::keepForSharer(Task& task) {
+  if (sharing_ == nullptr || sharing_->pool != this || sharing_->kept || runningOrigin.root != 0)
+    return false;
+  sharing_->kept = std::move(task);
+  return true;
+}
+
 bool WorkerPool::keepForHelper(Task& task) {
-  if (helped != this || kept_.task || runningOrigin.root != 0 || pending_.load() != 0) return false;
+  if (helped != this || sharing_ != nullptr || kept_.task || runningOrigin.root != 0 ||
+      pending_.load() != 0)
+    return false;
   kept_ = {std::move(task), {roots_.fetch_add(1, std::memory_order_relaxed) + 1, 0}};
   return true;
 }
 
 void WorkerPool::add(Task task) {
+  if (keepForSharer(task)) return;
   signal_.addWork();
   if (keepForHelper(task)) return;
   bool wakeWorker = false;
   TaskOrigin origin{runningOrigin.root, runningOrigin.depth + 1};
+  if (origin.root == 0 && sharing_ != nullptr) origin = {sharing_->root, 0};
   {
     const std::lock_guard lock(mutex_);
     if (origin.root == 0) origin = {roots_.fetch_add(1) + 1, 0};
@@ -105,7 +122,7 @@ void WorkerPool::add(Task task) {
       throw;
     }
     pending_.store(queue_.size());
-    const bool isSeen = hasWatch_ && queue_.size() == 1;
+    const bool isSeen = !helping_ && watchers_ > 0 && queue_.size() == 1;
     wakeWorker = !isSeen && sleepers_ > 0 && workersMayTake();
   }
   if (wakeWorker)
@@ -119,6 +136,7 @@ void WorkerPool::beginHelping() {
   helping_ = true;
   helperReady_ = true;
   helped = this;
+  QuietSignal::setLane(0);
   wakeUp_.notify_one();  // Whoever wakes becomes the sentinel.
 }
 
@@ -179,6 +197,49 @@ bool WorkerPool::workersMayTake() const {
   return static_cast<std::int64_t>(queue_.size() - 1) * taskNs_ > kWorthWakingNs;
 }
 
+void WorkerPool::helpUntilQuiet() {
+  do {
+    while (helpOne()) {
+    }
+    awaitTaskOrQuiet();
+  } while (!signal_.quiet());
+}
+
+void WorkerPool::share(std::size_t count, const SharedCalls::Call& call) {
+  signal_.addWork();
+  helperReady_ = false;
+  firstRoot_ = roots_.fetch_add(count) + 1;
+  const auto begin = std::chrono::steady_clock::now();
+  shared_.open(count, lanes_.load(), call);
+  if (callNs_ > kWorthWakingNs && watchers_.load() == 0) wakeForCalls();
+  makeCalls(0);
+  const std::int64_t ns = (std::chrono::steady_clock::now() - begin).count();
+  callNs_ += (ns - callNs_) / 4;
+  helperReady_ = true;
+  signal_.endWork();
+  helpUntilQuiet();
+}
+
+void WorkerPool::wakeForCalls() {
+  const std::lock_guard lock(mutex_);
+  if (sleepers_ > 0) wakeUp_.notify_one();
+}
+
+void WorkerPool::makeCalls(std::size_t lane) {
+  Sharing mine{this};
+  sharing_ = &mine;
+  for (std::size_t at = 0; shared_.take(lane, at);) {
+    mine.root = firstRoot_ + at;
+    shared_.make(at);
+    if (!mine.kept) continue;
+    const Task task = std::exchange(mine.kept, nullptr);
+    runningOrigin = {mine.root, 0};
+    guarded("a pool task threw", task);
+    runningOrigin = {};
+  }
+  sharing_ = nullptr;
+}
+
 void WorkerPool::awaitTaskOrQuiet() {
   // Most tasks are shorter than falling asleep and being woken takes.
   for (int i = 0; i < 200; ++i) {
@@ -188,49 +249,65 @@ void WorkerPool::awaitTaskOrQuiet() {
   signal_.wait([this] { return pending_.load() != 0 || signal_.quiet(); });
 }
 
+int WorkerPool::mostWatchers() const { return helping_ ? static_cast<int>(lanes_.load()) - 1 : 1; }
+
 void WorkerPool::watch(std::unique_lock<std::mutex>& lock) {
-  hasWatch_ = true;
+  ++watchers_;
+  const bool leavesTasks = helping_;
   lock.unlock();
+  const auto isNeeded = [this, leavesTasks] {
+    if (shared_.any()) return true;
+    return pending_.load(std::memory_order_relaxed) != 0 &&
+           !(leavesTasks && helperReady_.load(std::memory_order_relaxed));
+  };
   const auto end = std::chrono::steady_clock::now() + kWatch;
   bool isOver = false;
-  while (pending_.load(std::memory_order_relaxed) == 0 && !isOver) {
-    for (int i = 0; i < 32 && pending_.load(std::memory_order_relaxed) == 0; ++i) relax();
+  while (!isOver && !isNeeded()) {
+    for (int i = 0; i < 32 && !isNeeded(); ++i) relax();
     isOver = std::chrono::steady_clock::now() >= end;
   }
   // Whoever has added something lets go of the lock in a moment: no need to sleep for it.
   for (int i = 0; i < 100 && !lock.try_lock(); ++i) relax();
   if (!lock.owns_lock()) lock.lock();
-  hasWatch_ = false;
+  --watchers_;
 }
 
-void WorkerPool::work() {
+void WorkerPool::work(std::size_t number) {
+  QuietSignal::setLane(number + 1);
   std::unique_lock lock(mutex_);
-  bool hasWatched = false;
+  bool mayWatch = !helping_;
   while (true) {
-    if (workersMayTake()) {
+    if (const std::size_t lanes = lanes_.load(); lanes > 1 && shared_.any()) {
+      signal_.addWork();
+      lock.unlock();
+      makeCalls(1 + number % (lanes - 1));
+      signal_.endWork();
+      lock.lock();
+      mayWatch = true;
+    } else if (workersMayTake()) {
       Entry task = queue_.pop();
       pending_.store(queue_.size());
       if (sleepers_ > 0 && workersMayTake()) wakeUp_.notify_one();
       lock.unlock();
       run(task);
       lock.lock();
-      hasWatched = false;
+      mayWatch = !helping_;
     } else if (threads_ > target_ || closing_) {
       break;
+    } else if (mayWatch && watchers_ < mostWatchers()) {
+      mayWatch = false;
+      watch(lock);
     } else if (helping_ && !hasSentinel_) {
       hasSentinel_ = true;
       ++sleepers_;
       wakeUp_.wait_for(lock, kSentinelTurn);
       --sleepers_;
       hasSentinel_ = false;
-    } else if (!helping_ && !hasWatch_ && !hasWatched) {
-      hasWatched = true;
-      watch(lock);
     } else {
       ++sleepers_;
       wakeUp_.wait(lock);
       --sleepers_;
-      hasWatched = false;
+      mayWatch = !helping_;
     }
   }
   --threads_;

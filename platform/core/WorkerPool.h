@@ -6,9 +6,11 @@
 #include <cstdint>
 #include <functional>
 #include <mutex>
+#include <thread>
 #include <vector>
 
 #include "platform/core/QuietSignal.h"
+#include "platform/core/SharedCalls.h"
 
 namespace orvane::detail {
 
@@ -33,12 +35,17 @@ struct TaskOrigin {
 /// A task that the helper adds between two of its own, where nothing else is pending, does not even
 /// enter the queue: nobody else would take it, so nobody else need see it.
 ///
+/// Where a record has many receivers, the helper shares the calls with workers that are awake:
+/// whoever makes a call runs the task that it adds right after it, on the same thread and without
+/// the queue. A worker stays awake between two records then.
+///
 /// Any thread may call any operation, but the helper's own are for one thread at a time.
 class WorkerPool {
  public:
   using Task = std::function<void()>;
 
-  WorkerPool();
+  /// For a machine with so many processors.
+  explicit WorkerPool(std::size_t processors = std::thread::hardware_concurrency());
   WorkerPool(const WorkerPool&) = delete;
   WorkerPool& operator=(const WorkerPool&) = delete;
   /// Lets the threads finish what is queued and waits for them.
@@ -68,8 +75,14 @@ class WorkerPool {
   void endHelping();
   /// Runs the oldest pending task, if there is one.
   bool helpOne();
-  /// Blocks until a task is pending or everything is quiet.
-  void awaitTaskOrQuiet();
+  /// Runs pending tasks, and waits, until everything is quiet.
+  void helpUntilQuiet();
+  /// Whether there are workers, and processors, to share calls with.
+  bool sharesCalls() const { return lanes_.load() > 1; }
+  /// Makes the calls `call(0)` to `call(count - 1)`, which do not throw, with the workers' help and
+  /// in any order, and returns when everything is quiet. Tasks that a call adds are of a tree that
+  /// its number tells: trees of later calls have greater roots.
+  void share(std::size_t count, const SharedCalls::Call& call);
 
  private:
   struct Entry {
@@ -91,11 +104,26 @@ class WorkerPool {
     std::size_t size_ = 0;
   };
 
-  void work();
-  /// Stays awake for a while after work, so that what comes next needs no waking. One worker at a
-  /// time does so; `lock` is given up meanwhile.
+  /// What a thread has in hand that makes shared calls.
+  struct Sharing {
+    const WorkerPool* pool;
+    std::uint64_t root = 0;  ///< Of the call.
+    Task kept = {};          ///< What it added.
+  };
+
+  void work(std::size_t number);
+  /// Stays awake for a while after work, so that what comes next needs no waking; `lock` is given
+  /// up meanwhile.
   void watch(std::unique_lock<std::mutex>& lock);
+  /// How many workers may do so at a time. Under `mutex_`.
+  int mostWatchers() const;
+  void makeCalls(std::size_t lane);
+  void wakeForCalls();
+  void awaitTaskOrQuiet();
   void run(Entry& entry);
+  /// The way of whoever makes shared calls to add a task that it will run next. False if it must
+  /// be added otherwise.
+  bool keepForSharer(Task& task);
   /// The helper's way to add a task that it will run next. False if the task must be queued.
   bool keepForHelper(Task& task);
   void runKept();
@@ -109,14 +137,21 @@ class WorkerPool {
   std::atomic<bool> helperReady_{false};  ///< It runs no task and will look for one.
   std::atomic<std::uint64_t> roots_{0};   ///< Tasks that were added from outside.
 
+  static thread_local Sharing* sharing_;  ///< What the calling thread has in hand, if anything.
+  const std::size_t processors_;
+  SharedCalls shared_;
+  std::uint64_t firstRoot_ = 0;  ///< Of the shared calls; told with them.
+  std::int64_t callNs_ = 0;      ///< How long they lately took; the helper's alone.
+  std::atomic<std::size_t> lanes_{1};
+
   mutable std::mutex mutex_;  ///< Guards what follows. No task runs under it.
   std::condition_variable wakeUp_;
   std::condition_variable left_;
   Ring queue_;
   bool helping_ = false;  ///< There is a helper.
   bool hasSentinel_ = false;
-  bool hasWatch_ = false;    ///< A worker watches for the next task.
-  std::int64_t taskNs_ = 0;  ///< How long the helper's tasks lately took.
+  std::atomic<int> watchers_{0};  ///< Workers that watch; changed under `mutex_`.
+  std::int64_t taskNs_ = 0;       ///< How long the helper's tasks lately took.
   bool closing_ = false;
   int target_ = 0;
   int threads_ = 0;

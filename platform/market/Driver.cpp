@@ -43,6 +43,9 @@ PlaybackDriver::PlaybackDriver(DriverParts parts, double speed, DriverProgress& 
 void PlaybackDriver::begin() {
   turn_ = std::unique_lock(parts_.quotes.turn());
   parts_.quotes.setQuietWait([this] { waitQuiet(); });
+  if (parts_.pool.sharesCalls())
+    parts_.quotes.setManyCalls(
+        [this](std::size_t count, const SharedCalls::Call& call) { callMany(count, call); });
   parts_.trade.setQuietWait([this] { waitQuiet(); });
   parts_.events.setReportsWait([this] {
     do {
@@ -56,6 +59,7 @@ void PlaybackDriver::begin() {
 void PlaybackDriver::end() {
   parts_.pool.endHelping();
   parts_.quotes.setQuietWait(nullptr);
+  parts_.quotes.setManyCalls(nullptr);
   parts_.trade.setQuietWait(nullptr);
   parts_.events.setReportsWait(nullptr);
   parts_.dictionary.setQuietWait(nullptr);
@@ -161,13 +165,17 @@ void PlaybackDriver::waitQuiet() {
   // counts only as seen with the turn in hand.
   while (!parts_.pool.signal().quiet()) {
     turn_.unlock();
-    do {
-      while (parts_.pool.helpOne()) {
-      }
-      parts_.pool.awaitTaskOrQuiet();
-    } while (!parts_.pool.signal().quiet());
+    parts_.pool.helpUntilQuiet();
     turn_.lock();
   }
+}
+
+void PlaybackDriver::callMany(std::size_t count, const SharedCalls::Call& call) {
+  // A task that is run right after its call may block for an answer, which needs the turn.
+  turn_.unlock();
+  parts_.pool.share(count, call);
+  turn_.lock();
+  waitQuiet();
 }
 
 bool PlaybackDriver::pace(int64 time) {

@@ -65,6 +65,7 @@ class PlaybackDriver {
   void advanceTo(int64 time);
   void settle();
   void waitQuiet();
+  void callMany(std::size_t count, const SharedCalls::Call& call);
   bool pace(int64 time);
 
   DriverParts parts_;

@@ -291,45 +291,63 @@ void QuoteService::passOver(MarketStream& stream) {
   }
 }
 
+/// Finds those of the first `count` that get a record; finishes those for whom it is too late.
+template <typename IsOver>
+void QuoteService::collectDue(const RequestList& live, std::size_t count, IsOver isOver) {
+  due_.clear();
+  for (std::size_t i = 0; i < count; ++i) {
+    if (live[i]->ended.load(std::memory_order_acquire)) continue;
+    if (isOver(*live[i]))
+      book_.finish(live[i]);
+    else
+      due_.push_back(live[i].get());
+  }
+}
+
+template <typename Send>
+void QuoteService::callDue(Send send) {
+  const auto call = [&send](MarketRequest& request) {
+    guarded("a market data call-back threw", [&] {
+      if (!request.ended.load(std::memory_order_acquire)) send(*request.who->spi, request);
+    });
+  };
+  const auto isNew = [this](const MarketRequest* request) {
+    return !request->who->blocks && rounds_.isNew(request->who->round);
+  };
+  if (rounds_.sharesCalls(due_.size()) && std::all_of(due_.begin(), due_.end(), isNew)) {
+    rounds_.callAll(due_.size(), [&](std::size_t at) { call(*due_[at]); });
+    return;
+  }
+  for (MarketRequest* request : due_) {
+    if (!request->who->blocks) rounds_.enter(request->who->round);
+    call(*request);
+  }
+}
+
 void QuoteService::deliverBar(const RequestList& live, std::size_t count, const IKLine& bar) {
   oneBar_[0] = bar;
   shift_.show(oneBar_[0]);
   const int64 begin = oneBar_[0].words[kline::BeginTime];
-  for (std::size_t i = 0; i < count; ++i) {
-    MarketRequest& request = *live[i];
-    if (request.ended.load(std::memory_order_acquire)) continue;
-    if (begin >= request.query.endTime) {
-      book_.finish(live[i]);
-      continue;
-    }
-    callSpi(*request.who, true, [&](QuoteSpi& spi) {
-      if (!request.ended.load(std::memory_order_acquire))
-        spi.onKLine(request.id, oneBar_, kFine, 0);
-    });
-  }
+  collectDue(live, count,
+             [begin](const MarketRequest& request) { return begin >= request.query.endTime; });
+  callDue([this](QuoteSpi& spi, const MarketRequest& request) {
+    spi.onKLine(request.id, oneBar_, kFine, 0);
+  });
 }
 
 void QuoteService::deliverTick(MarketStream& stream, std::size_t row) {
   stream.fillTick(row, oneTick_[0]);
   shift_.show(oneTick_[0]);
   const int64 time = oneTick_[0].block1[quote::Time];
-  const std::size_t count = stream.live.size();
-  for (std::size_t i = 0; i < count; ++i) {
-    MarketRequest& request = *stream.live[i];
-    if (request.ended.load(std::memory_order_acquire)) continue;
-    const bool isQuote = request.kind == MarketRequest::Kind::Quote;
-    if (!isQuote && time >= request.query.endTime) {
-      book_.finish(stream.live[i]);
-      continue;
-    }
-    callSpi(*request.who, true, [&](QuoteSpi& spi) {
-      if (request.ended.load(std::memory_order_acquire)) return;
-      if (isQuote)
-        spi.onQuote(oneTick_[0]);
-      else
-        spi.onTick(request.id, oneTick_, kFine, 0);
-    });
-  }
+  collectDue(stream.live, stream.live.size(), [time](const MarketRequest& request) {
+    return request.kind != MarketRequest::Kind::Quote && time >= request.query.endTime;
+  });
+  callDue([this](QuoteSpi& spi, const MarketRequest& request) {
+    if (request.kind == MarketRequest::Kind::Quote)
+      spi.onQuote(oneTick_[0]);
+    else
+      spi.onTick(request.id, oneTick_, kFine, 0);
+  });
 }
 
 void QuoteService::makeKnown(DerivedSeries& series) {

@@ -69,6 +69,8 @@ class QuoteService final : public IRealtimeQuoteService {
 
   /// Waits until every receiver has digested what it was given; null where nobody waits.
   void setQuietWait(std::function<void()> wait) { rounds_.setQuietWait(std::move(wait)); }
+  /// How many receivers are called at once; null where they are called one after the other.
+  void setManyCalls(CallRounds::ManyCalls make) { rounds_.setManyCalls(std::move(make)); }
   void setTimeShift(const TimeShift& shift) {
     const std::lock_guard lock(shiftMutex_);
     shift_ = shift;
@@ -87,6 +89,10 @@ class QuoteService final : public IRealtimeQuoteService {
                    bool lockstep, std::vector<Record>& batch, Fill fill, Send send);
   template <typename Call>
   void callSpi(Subscriber& who, bool lockstep, Call call);
+  template <typename IsOver>
+  void collectDue(const RequestList& live, std::size_t count, IsOver isOver);
+  template <typename Send>
+  void callDue(Send send);
   void deliverBar(const RequestList& live, std::size_t count, const IKLine& bar);
   void deliverTick(MarketStream& stream, std::size_t row);
   void makeKnown(DerivedSeries& series);
@@ -112,6 +118,7 @@ class QuoteService final : public IRealtimeQuoteService {
   std::vector<KnownBars> known_;
   int64 closedThrough_ = -kUnsetTime;
   int64 nextClose_ = kUnsetTime;
+  std::vector<MarketRequest*> due_;  ///< Who gets a record. Nothing is swept meanwhile.
   std::vector<IKLine> oneBar_{1};
   std::vector<IDepthMarketData> oneTick_{1};
 };

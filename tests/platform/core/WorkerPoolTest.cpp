@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <latch>
+#include <memory>
 #include <stdexcept>
 #include <thread>
 #include <vector>
@@ -207,11 +208,7 @@ TEST(WorkerPool, shouldServeOthersWhileTheHelpersTaskBlocks) {
     pool.add([&] { other.count_down(); });
     other.wait();
   });
-  while (!pool.signal().quiet()) {
-    while (pool.helpOne()) {
-    }
-    pool.awaitTaskOrQuiet();
-  }
+  pool.helpUntilQuiet();
   EXPECT_TRUE(other.try_wait());
   pool.endHelping();
 }
@@ -232,11 +229,7 @@ TEST(WorkerPool, shouldServeWhatTheHelpersTaskWaitsForWhenBothWereQueuedBefore) 
       ++ran;
       last.count_down();
     });
-    while (!pool.signal().quiet()) {
-      while (pool.helpOne()) {
-      }
-      pool.awaitTaskOrQuiet();
-    }
+    pool.helpUntilQuiet();
     EXPECT_EQ(ran.load(), 3);
   }
   pool.endHelping();
@@ -253,13 +246,149 @@ TEST(WorkerPool, shouldLetTheHelperRunWhatABlockedThreadWaitsFor) {
   started.wait();
   pool.beginHelping();
   pool.add([&] { other.count_down(); });
-  while (!pool.signal().quiet()) {
-    while (pool.helpOne()) {
-    }
-    pool.awaitTaskOrQuiet();
-  }
+  pool.helpUntilQuiet();
   EXPECT_TRUE(other.try_wait());
   pool.endHelping();
+}
+
+/// A pool with so many threads, on a machine with more processors, and the calling thread as its
+/// helper.
+class HelpedPool : public WorkerPool {
+ public:
+  explicit HelpedPool(int threads) : WorkerPool(16) {
+    resize(threads);
+    beginHelping();
+  }
+  ~HelpedPool() { endHelping(); }
+};
+
+TEST(SharedCalls, shouldBeMadeOnceEachWithWhatTheyAdd) {
+  for (const int threads : {1, 3, 12}) {
+    HelpedPool pool(threads);
+    ASSERT_TRUE(pool.sharesCalls());
+    for (std::size_t count = 0; count < 200; ++count) {
+      std::vector<std::atomic<int>> calls(count), tasks(count), late(count);
+      pool.share(count, [&](std::size_t at) {
+        ++calls[at];
+        pool.add([&, at] {
+          ++tasks[at];
+          pool.add([&, at] { ++late[at]; });
+        });
+      });
+      EXPECT_TRUE(pool.signal().quiet());
+      for (std::size_t at = 0; at < count; ++at) {
+        ASSERT_EQ(calls[at].load(), 1) << at;
+        ASSERT_EQ(tasks[at].load(), 1) << at;
+        ASSERT_EQ(late[at].load(), 1) << at;
+      }
+    }
+  }
+}
+
+TEST(SharedCalls, shouldBeFollowedAtOnceByWhatTheyAddOnTheSameThread) {
+  HelpedPool pool(3);
+  std::vector<std::thread::id> calledOn(100), ranOn(100);
+  pool.share(100, [&](std::size_t at) {
+    calledOn[at] = std::this_thread::get_id();
+    pool.add([&, at] { ranOn[at] = std::this_thread::get_id(); });
+  });
+  EXPECT_EQ(ranOn, calledOn);
+}
+
+TEST(SharedCalls, shouldQueueWhatACallAddsBesides) {
+  HelpedPool pool(2);
+  std::atomic<int> ran{0};
+  pool.share(40, [&](std::size_t) {
+    for (int i = 0; i < 3; ++i) pool.add([&] { ++ran; });
+  });
+  EXPECT_EQ(ran.load(), 120);
+  EXPECT_TRUE(pool.signal().quiet());
+}
+
+TEST(SharedCalls, shouldNotWaitForACallWhoseTaskWaitsForALaterOne) {
+  for (const int threads : {1, 2, 5}) {
+    HelpedPool pool(threads);
+    std::latch last{1};
+    std::atomic<int> ran{0};
+    pool.share(20, [&](std::size_t at) {
+      pool.add([&, at] {
+        if (at == 0) last.wait();
+        if (at == 19) last.count_down();
+        ++ran;
+      });
+    });
+    EXPECT_EQ(ran.load(), 20);
+  }
+}
+
+TEST(SharedCalls, shouldNotWaitForACallInTheMidstOfItsLane) {
+  HelpedPool pool(1);
+  std::latch next{1};
+  std::atomic<int> ran{0};
+  pool.share(20, [&](std::size_t at) {
+    pool.add([&, at] {
+      if (at == 3) next.wait();
+      if (at == 4) next.count_down();
+      ++ran;
+    });
+  });
+  EXPECT_EQ(ran.load(), 20);
+}
+
+TEST(SharedCalls, shouldTellTheTreesOfTheirTasksInTheOrderOfTheCalls) {
+  HelpedPool pool(3);
+  std::vector<TaskOrigin> first(50), second(50), besides(50), deep(50);
+  for (auto* seen : {&first, &second})
+    pool.share(50, [&, seen](std::size_t at) {
+      pool.add([&, at, seen] {
+        (*seen)[at] = WorkerPool::currentOrigin();
+        pool.add([&, at] { deep[at] = WorkerPool::currentOrigin(); });
+      });
+      pool.add([&, at] { besides[at] = WorkerPool::currentOrigin(); });
+    });
+  for (std::size_t at = 0; at < 50; ++at) {
+    EXPECT_EQ(first[at].root, first[0].root + at);
+    EXPECT_EQ(second[at].root, first[0].root + 50 + at);
+    EXPECT_EQ(besides[at].root, second[at].root);
+    EXPECT_EQ(deep[at].root, second[at].root);
+    EXPECT_EQ(second[at].depth, 0u);
+    EXPECT_EQ(besides[at].depth, 0u);
+    EXPECT_EQ(deep[at].depth, 1u);
+  }
+}
+
+TEST(SharedCalls, shouldGoOnAfterATaskThatThrows) {
+  HelpedPool pool(2);
+  std::atomic<int> ran{0};
+  pool.share(30, [&](std::size_t at) {
+    pool.add([&, at] {
+      if (at % 2 == 0) throw std::runtime_error("on purpose");
+      ++ran;
+    });
+  });
+  EXPECT_EQ(ran.load(), 15);
+}
+
+TEST(SharedCalls, shouldNotBeSharedOnAMachineWithOneProcessorOrWithoutWorkers) {
+  WorkerPool single(1);
+  single.resize(4);
+  EXPECT_FALSE(single.sharesCalls());
+  WorkerPool idle(8);
+  EXPECT_FALSE(idle.sharesCalls());
+  idle.resize(1);
+  EXPECT_TRUE(idle.sharesCalls());
+}
+
+TEST(SharedCalls, shouldBeTakenFromTheFrontOfOnesLaneAndThenFromTheBackOfOthers) {
+  SharedCalls calls;
+  EXPECT_FALSE(calls.any());
+  std::vector<std::size_t> made;
+  const SharedCalls::Call call = [&](std::size_t at) { made.push_back(at); };
+  calls.open(6, 2, call);
+  EXPECT_TRUE(calls.any());
+  for (std::size_t at = 0; calls.take(1, at);) calls.make(at);
+  EXPECT_EQ(made, (std::vector<std::size_t>{3, 4, 5, 2, 1, 0}));
+  EXPECT_FALSE(calls.any());
 }
 
 TEST(WorkerPool, shouldFollowEveryNewNumberOfThreads) {

@@ -221,6 +221,15 @@ TEST(BlockingFetch, shouldNotStandStillWithOnePoolThreadAndManyRunnersThatFetchA
   }
 }
 
+TEST(BlockingFetch, shouldNotStandStillWhereThreadsShareTheCallsOfManyRunners) {
+  const Lines alone = playFetchers(1, 1).front();
+  for (const int threads : {1, 3}) {
+    const std::vector<Lines> seen = playFetchers(36, threads, true);
+    for (std::size_t i = 0; i < seen.size(); ++i) EXPECT_EQ(seen[i], seen[i % 6]) << i;
+    EXPECT_EQ(seen.front(), alone);
+  }
+}
+
 TEST(BlockingFetch, shouldNotStandStillWithATimeoutOf0) {
   for (const int threads : {1, 4}) {
     PlatformOptions options;

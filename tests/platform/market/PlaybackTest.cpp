@@ -391,5 +391,11 @@ TEST(Playback, shouldGiveARunnerTheSameEventsWithAnyCompanyAndAnyNumberOfThreads
     for (const int chosen : {0, 5}) EXPECT_EQ(playBusyRunners(8, threads, chosen), alone);
 }
 
+TEST(Playback, shouldGiveARunnerTheSameEventsInSoLargeACompanyThatThreadsShareTheCalls) {
+  const Lines alone = playBusyRunners(1, 1, 0);
+  for (const int threads : {1, 3})
+    for (const int chosen : {0, 23}) EXPECT_EQ(playBusyRunners(24, threads, chosen), alone);
+}
+
 }  // namespace
 }  // namespace orvane::testing

@@ -60,21 +60,22 @@ struct Trader {
   std::vector<int64> sent;
 };
 
-Lines traderRun(int threads, unsigned seed) {
+Lines traderRun(int threads, unsigned seed, unsigned count = 4, int bars = 120) {
   PlatformOptions options = tradeOptions();
   options.poolThreads = threads;
-  options.trade.sources = {"S0", "S1", "S2", "S3"};
+  options.trade.sources.clear();
+  for (unsigned i = 0; i < count; ++i) options.trade.sources.push_back("S" + std::to_string(i));
   options.trade.entryLatencyMs = static_cast<int64>(seed % 2) * 20'000;
   options.trade.reportLatencyMs = static_cast<int64>(seed % 3) * 7'000;
   options.trade.script = {{"A1", kMonday + 40 * kMinute, false},
                           {"A1", kMonday + 45 * kMinute, true}};
   TradePlatform platform(options, 0);
   const ICodeID other = platform.installed().code("B");
-  platform->addBars(wanderingBars(platform.code, 120, seed));
-  platform->addBars(wanderingBars(other, 120, seed + 1));
+  platform->addBars(wanderingBars(platform.code, bars, seed));
+  platform->addBars(wanderingBars(other, bars, seed + 1));
   std::vector<std::unique_ptr<Trader>> traders;
   std::vector<std::shared_ptr<TradeRunner>> runners;
-  for (unsigned i = 0; i < 4; ++i) {
+  for (unsigned i = 0; i < count; ++i) {
     const std::string source = "S" + std::to_string(i);
     const ICodeID code = i % 2 == 0 ? platform.code : other;
     traders.push_back(std::make_unique<Trader>(platform, code, source, seed + i));
@@ -114,6 +115,16 @@ TEST(PlaybackTrade, shouldGiveTheSameWithAnyNumberOfThreads) {
     EXPECT_GT(expected.size(), 1000u);
     for (const int threads : {2, 8})
       EXPECT_EQ(traderRun(threads, seed), expected) << "seed " << seed << ", threads " << threads;
+  }
+}
+
+TEST(PlaybackTrade, shouldGiveTheSameWhereThreadsShareTheCallsOfManyTraders) {
+  for (unsigned seed = 7; seed <= 8; ++seed) {
+    const Lines expected = traderRun(1, seed, 40, 50);
+    EXPECT_GT(expected.size(), 1000u);
+    for (const int threads : {1, 3, 8})
+      EXPECT_EQ(traderRun(threads, seed, 40, 50), expected)
+          << "seed " << seed << ", threads " << threads;
   }
 }
 
