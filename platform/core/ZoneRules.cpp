@@ -1,6 +1,7 @@
 #include "platform/core/ZoneRules.h"
 
 #include <QDateTime>
+#include <QFile>
 #include <QTimeZone>
 #include <algorithm>
 #include <limits>
@@ -19,6 +20,13 @@ bool isZone(const std::string& name) {
 }
 
 }  // namespace
+
+std::string zoneDatabaseVersion() {
+  QFile database("/usr/share/zoneinfo/tzdata.zi");
+  if (!database.open(QIODevice::ReadOnly)) return {};
+  // The first line is "# version 2024a".
+  return database.readLine(100).trimmed().split(' ').last().toStdString();
+}
 
 ZoneRules::ZoneRules(const std::string& name) {
   const QTimeZone zone(QByteArray::fromStdString(name));

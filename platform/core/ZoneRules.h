@@ -8,6 +8,9 @@
 
 namespace orvane::detail {
 
+/// Which edition of the zone database is installed, such as "2024a"; empty if it does not say.
+std::string zoneDatabaseVersion();
+
 /// The offsets of one time zone, as a table of its transitions from 1900 to 2100. Immutable; any
 /// thread may read it.
 class ZoneRules {

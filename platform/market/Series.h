@@ -21,7 +21,9 @@ struct BarSeries {
   std::string timeZone;  ///< IANA name of the zone that days and sessions are cut in.
   std::string origin;    ///< The file or files, for messages.
   Rows<IKLine> bars;
-  bool isOrdered = false;  ///< Whoever made the bars vouches for their order: nobody checks it.
+  /// Whoever made the bars vouches for their order: nobody checks it. Files that were loaded have
+  /// it; whoever changes rows of theirs takes it back.
+  bool isOrdered = false;
 };
 
 /// What a column of a `TickSeries` holds.

@@ -165,10 +165,7 @@ class MappedCache {
 /// Writes a file under a name of its own, and gives it its true one at the end.
 class NewFile {
  public:
-  explicit NewFile(const std::string& path)
-      : path_(path),
-        temporary_(path + ".new-" + std::to_string(getpid()) + "-" + std::to_string(++count_)),
-        file_(open(temporary_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666)) {
+  explicit NewFile(const std::string& path) : path_(path), file_(make()) {
     if (file_.get() < 0) failWrite();
   }
   ~NewFile() {
@@ -201,13 +198,25 @@ class NewFile {
   }
 
  private:
+  /// A process that was killed may have left its file, and another have its number now.
+  int make() {
+    constexpr int kMostLeftOver = 1000;
+    int file = -1;
+    for (int i = 0; i < kMostLeftOver; ++i) {
+      temporary_ = path_ + ".new-" + std::to_string(getpid()) + "-" + std::to_string(++count_);
+      file = open(temporary_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+      if (file >= 0 || errno != EEXIST) break;
+    }
+    return file;
+  }
+
   [[noreturn]] void failWrite() const {
     throw std::runtime_error(path_ + ": cannot be written: " + strerror(errno));
   }
 
   static inline std::atomic<unsigned> count_{0};
   const std::string path_;
-  const std::string temporary_;
+  std::string temporary_;
   const Descriptor file_;
   bool isKept_ = false;
 };
@@ -238,7 +247,8 @@ std::vector<std::uint64_t> checksOf(const std::vector<CacheSection>& sections,
   return checks;
 }
 
-/// Microseconds are what every file system of today keeps.
+/// In microseconds, which most file systems keep; where less is kept, each opening looks at the
+/// bytes.
 std::int64_t nowNs() {
   timespec now{};
   clock_gettime(CLOCK_REALTIME, &now);

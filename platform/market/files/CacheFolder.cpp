@@ -12,6 +12,8 @@
 #include <filesystem>
 #include <stdexcept>
 
+#include "platform/core/ZoneRules.h"
+
 namespace orvane::detail {
 namespace {
 
@@ -21,7 +23,7 @@ namespace fs = std::filesystem;
 /// changed that shortly before its cache was made is known by its bytes alone.
 constexpr std::int64_t kStampDoubtNs = 2'000'000'000;
 
-/// Everything of a request that the result depends on.
+/// Everything that the result depends on but for the files' bytes.
 std::string readingOf(const DataFileRequest& request) {
   QJsonArray paths;
   for (const std::string& path : request.paths) {
@@ -29,6 +31,8 @@ std::string readingOf(const DataFileRequest& request) {
     paths.append(QString::fromStdString(fs::absolute(path).string()));
   }
   const QJsonObject reading{
+      {"readers", kReadingVersion},
+      {"zones", QString::fromStdString(zoneDatabaseVersion())},
       {"kind", request.kind == DataFileRequest::Kind::Bars ? "bars" : "ticks"},
       {"paths", paths},
       {"code", QString::fromStdString(request.code)},

@@ -2,9 +2,13 @@
 
 #include <gmock/gmock.h>
 
+#include <unistd.h>
+
 #include <fstream>
 #include <iterator>
 
+#include "platform/core/ZoneRules.h"
+#include "platform/market/files/CacheFolder.h"
 #include "tests/platform/files/DataFileSupport.h"
 
 namespace orvane {
@@ -295,12 +299,57 @@ TEST_F(CacheFolder, shouldLookAtTheBytesWhenTheFileHasAnotherTime) {
 }
 
 TEST_F(CacheFolder, shouldLookAtTheBytesWhenTheFileWasWrittenJustBeforeItsCache) {
-  folder_.write("a_1min.csv", kBarText);
-  const auto stamp = std::filesystem::last_write_time(source_);
+  // Far ahead, so that the cache is not made well after it, however slow the machine is.
+  const auto stamp = std::filesystem::last_write_time(folder_.path("")) + std::chrono::hours(24);
+  std::filesystem::last_write_time(source_, stamp);
   EXPECT_EQ(volume(), 5);
   folder_.write("a_1min.csv", changed());
   std::filesystem::last_write_time(source_, stamp);
   EXPECT_EQ(volume(), 9);
+}
+
+/// If this fails because files are read otherwise now, raise `kReadingVersion` and put down anew
+/// what they read as.
+TEST_F(CacheFolder, shouldHaveRaisedTheReadersVersionIfFilesReadOtherwise) {
+  std::uint64_t hash = 14695981039346656037ULL;
+  const auto fold = [&hash](int64 word) {
+    hash = (hash ^ static_cast<std::uint64_t>(word)) * 1099511628211ULL;
+  };
+  for (const IKLine& bar : load().series.bars)
+    for (const int64 word : bar.words) fold(word);
+  folder_.write("t.csv",
+                "datetime,last_price,volume,bid_price1,bid_volume1,ask_price1,ask_volume1\n"
+                "2021-01-04 09:30:00.500,10.125,5,10.1,7,10.2,3\n"
+                "2021-01-04 09:30:01,10.2,9,10.15,1,10.25,2\n");
+  const auto ticks = loadTicks(requestOf({folder_.path("t.csv")}, R"({"timeZone": "UTC"})"));
+  for (std::size_t row = 0; row < ticks.front().series.rows(); ++row) {
+    IDepthMarketData quote;
+    ticks.front().series.fill(row, quote);
+    for (const int64 word : quote.block1) fold(word);
+    for (const int64 word : quote.block2) fold(word);
+  }
+  EXPECT_EQ(hash, 15584278482916502733U);
+}
+
+/// Whoever keeps a folder of caches would otherwise go on with what an earlier build read.
+TEST_F(CacheFolder, shouldNotUseACacheOfOtherReadersOrOtherZoneRules) {
+  load();
+  const std::string reading = openDataCache(caches().front()).reading;
+  const auto holds = [&](const std::string& text) {
+    return reading.find(text) != std::string::npos;
+  };
+  EXPECT_TRUE(holds("\"readers\":" + std::to_string(detail::kReadingVersion))) << reading;
+  EXPECT_TRUE(holds("\"zones\":\"" + detail::zoneDatabaseVersion() + "\"")) << reading;
+}
+
+TEST_F(CacheFolder, shouldMakeACacheBesideWhatAKilledProcessLeft) {
+  const auto notes = load().notes;
+  const std::string cache = caches().front();
+  std::filesystem::remove(cache);
+  for (int i = 1; i < 500; ++i)
+    std::ofstream(cache + ".new-" + std::to_string(getpid()) + "-" + std::to_string(i)) << "half";
+  EXPECT_EQ(load().notes, notes);
+  EXPECT_TRUE(std::filesystem::exists(cache));
 }
 
 TEST_F(CacheFolder, shouldKeepACacheForEachWayOfReading) {
