@@ -345,6 +345,8 @@ void EmbeddedPlatform::run(const std::function<void(const PlaybackProgress&)>& p
 }
 
 void EmbeddedPlatform::rewind() {
+  // As long as the clock shows when it was.
+  impl_->loop.runAndWait([this] { impl_->desk.persist(true); });
   {
     const std::lock_guard turn(impl_->quotes.turn());
     impl_->eventDesk.dropWaiting();

@@ -4,11 +4,6 @@
 #include <utility>
 
 namespace orvane::detail {
-namespace {
-
-constexpr std::size_t kMostBlanks = 64;
-
-}  // namespace
 
 ReportQueue::Report ReportQueue::blank() {
   if (blanks_.empty()) return std::make_unique<TradeReport>();

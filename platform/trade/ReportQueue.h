@@ -16,6 +16,8 @@ class ReportQueue {
  public:
   using Report = std::unique_ptr<TradeReport>;
 
+  ReportQueue() { blanks_.reserve(kMostBlanks); }
+
   /// A report without receivers, to be filled; the rest may be another's.
   Report blank();
   /// Takes a report that nobody needs any more, and lets go of its receivers.
@@ -39,6 +41,8 @@ class ReportQueue {
   }
 
  private:
+  static constexpr std::size_t kMostBlanks = 64;
+
   std::deque<Report> reports_;
   std::vector<Report> blanks_;
 };

@@ -1,5 +1,6 @@
 #include "platform/trade/SqliteStore.h"
 
+#include <algorithm>
 #include <stdexcept>
 #include <utility>
 
@@ -61,6 +62,8 @@ void SqliteStore::flush() {
   throw std::runtime_error("store " + path_ + ": " + std::exchange(error_, {}));
 }
 
+bool SqliteStore::isBeginning(const Job& job) { return std::holds_alternative<StoredRun>(job); }
+
 void SqliteStore::work() {
   // Made once: a deque needs memory even to be empty, and there may be none later.
   std::deque<Job> room;
@@ -87,6 +90,7 @@ void SqliteStore::writeWaiting(std::unique_lock<std::mutex>& lock, std::deque<Jo
     if (syncs) tables_->sync();
   } catch (const std::exception& failure) {
     tables_->rollback();
+    if (std::any_of(room.begin(), room.end(), isBeginning)) tables_->forgetRun();
     error = textOf(failure);
   }
   room.clear();

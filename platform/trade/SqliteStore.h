@@ -55,7 +55,8 @@ class SqliteStore {
   SqliteStore(const SqliteStore&) = delete;
   SqliteStore& operator=(const SqliteStore&) = delete;
 
-  /// Blocks until the run is written: killed at its first event, it is one that was begun.
+  /// Blocks until the run is written, or could not be, which `flush` tells: killed at its first
+  /// event, it is one that was begun. What belongs to a run that could not be written is dropped.
   void beginRun(StoredRun run);
   /// News of the run that was begun last.
   void write(StoredNews news);
@@ -72,6 +73,7 @@ class SqliteStore {
   using Job = std::variant<StoredRun, StoredNews, Completion>;
   class Tables;
 
+  static bool isBeginning(const Job& job);
   void post(Job job);
   void work();
   /// Writes what waits; `room` is empty, and so again afterwards.

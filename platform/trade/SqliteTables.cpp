@@ -126,11 +126,13 @@ void SqliteStore::Tables::add(const StoredRun& run) {
 }
 
 void SqliteStore::Tables::add(const Completion& /*completion*/) {
+  if (run_ == 0) return;
   SQLite::Statement statement(database_, "UPDATE runs SET is_complete = 1 WHERE run_id = ?");
   SqliteRow(statement).add(run_).run();
 }
 
 void SqliteStore::Tables::add(const StoredNews& news) {
+  if (run_ == 0) return;
   for (const Order& order : news.orders) addOrder(order);
   for (const OrderFill& fill : news.fills) addFill(fill);
   for (const StoredNews::Equity& row : news.equity)

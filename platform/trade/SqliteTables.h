@@ -25,6 +25,8 @@ class SqliteStore::Tables {
   void sync();
 
   void add(const StoredRun& run);
+  /// The run in hand is not in the database: what belongs to it must go into no other run.
+  void forgetRun() { run_ = 0; }
   void add(const StoredNews& news);
   void add(const Completion& completion);
 
@@ -35,7 +37,7 @@ class SqliteStore::Tables {
 
   const FileLock lock_;
   SQLite::Database database_;
-  int64 run_ = 0;
+  int64 run_ = 0;  ///< 0: there is none.
   int64 fills_ = 0;
   int64 connections_ = 0;
   std::optional<SQLite::Statement> putCapital_, putOrder_, putFill_, putEquity_, putConnection_;

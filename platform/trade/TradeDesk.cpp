@@ -208,14 +208,15 @@ void TradeDesk::takeEvent(TradeEvent& event, int64 now) {
     state.equity.noteFill(fill->account.accountKey, fill->source.createSource, fill->code.id, now);
     report<OrderFill>({TradeTopic::Fill, fill->account.accountKey, fill->code.id,
                        eventSourcesOf(fill->source), fill->source.createSource},
-                      due, std::move(*fill));
+                      due, [&](OrderFill& told) { told = std::move(*fill); });
   } else if (auto* position = std::get_if<TradeEvent::PositionChanged>(&event.what)) {
     reportPosition(*position, due);
   } else {
     const std::int32_t account = std::get<TradeEvent::CapitalChanged>(event.what).accountKey;
-    auto* capital = report<TradingAccount>(
-        {TradeTopic::Capital, account, TradeSelector::kEveryCode, 0, {}}, due);
-    if (capital != nullptr) *capital = state.exchange.ledger(account)->capitalRecord(event.time);
+    report<TradingAccount>({TradeTopic::Capital, account, TradeSelector::kEveryCode, 0, {}}, due,
+                           [&](TradingAccount& capital) {
+                             capital = state.exchange.ledger(account)->capitalRecord(event.time);
+                           });
   }
 }
 
@@ -229,35 +230,37 @@ void TradeDesk::reportOrder(Order&& order, int64 due) {
     }
   }
   parts_.state.store.updateOrder(order);
-  report<Order>(subjectOf(TradeTopic::Order, order), due, std::move(order));
+  report<Order>(subjectOf(TradeTopic::Order, order), due,
+                [&](Order& told) { told = std::move(order); });
 }
 
 void TradeDesk::reportPosition(const TradeEvent::PositionChanged& changed, int64 due) {
   const Ledger* ledger = parts_.state.exchange.ledger(changed.accountKey);
-  if (auto* position =
-          report<Position>({TradeTopic::Position, changed.accountKey, changed.codeId, 0, {}}, due))
-    ledger->positionRecord(changed.codeId, *position);
-  if (auto* position = report<SourcePosition>(
-          {TradeTopic::SourcePosition, changed.accountKey, changed.codeId, 0, changed.source}, due))
-    ledger->sourcePositionRecord(changed.codeId, changed.source, *position);
+  report<Position>({TradeTopic::Position, changed.accountKey, changed.codeId, 0, {}}, due,
+                   [&](Position& position) { ledger->positionRecord(changed.codeId, position); });
+  report<SourcePosition>(
+      {TradeTopic::SourcePosition, changed.accountKey, changed.codeId, 0, changed.source}, due,
+      [&](SourcePosition& position) {
+        ledger->sourcePositionRecord(changed.codeId, changed.source, position);
+      });
 }
 
-template <typename What, typename... Args>
-What* TradeDesk::report(TradeSubject subject, int64 due, Args&&... args) {
+template <typename What, typename Fill>
+void TradeDesk::report(TradeSubject subject, int64 due, Fill fill) {
   TradeState& state = parts_.state;
-  if (!state.connections.isUp(subject.account)) return nullptr;
+  if (!state.connections.isUp(subject.account)) return;
   ReportQueue::Report made = reports_.blank();
   state.subscriptions.receiversOf(subject, state.number, made->receivers);
   if (made->receivers.empty()) {
     reports_.giveBack(std::move(made));
-    return nullptr;
+    return;
   }
   made->due = due;
   made->subject = std::move(subject);
   made->endings = state.subscriptions.endings();
-  What& what = made->what.emplace<What>(std::forward<Args>(args)...);
+  // Before it stands in the queue: half a record is told to nobody, whatever fails.
+  fill(made->what.emplace<What>());
   reports_.put(std::move(made));
-  return &what;
 }
 
 void TradeDesk::reportStatus(std::int32_t account, int64 due, TradeReceivers receivers) {
@@ -311,19 +314,24 @@ void TradeDesk::call(TradeReceiver& receiver, const TradeReport& report) {
 
 void TradeDesk::beginRun(const TimeShift& shift) {
   parts_.grids.beginRun();
+  std::optional<StoredRun> run = openRun(shift);
+  if (run && parts_.file != nullptr) parts_.file->beginRun(std::move(*run));
+}
+
+/// What the store is told of a run that begins; nothing if it has begun before.
+std::optional<StoredRun> TradeDesk::openRun(const TimeShift& shift) {
   TradeState& state = parts_.state;
   const std::lock_guard lock(state.mutex);
   feed_.setTimeShift(shift);
   followsScript_ = true;
   admits_ = !parts_.cancelled.load();
   noteDue();
-  if (state.equity.hasStarted()) return;
+  if (state.equity.hasStarted()) return std::nullopt;
   state.equity.start(parts_.now());
-  if (parts_.file == nullptr) return;
   StoredRun run{parts_.isPlayback, parts_.now(), {}};
   for (const TradingAccountID& account : state.accounts.all())
     run.accounts.push_back(state.exchange.ledger(account.accountKey)->capitalRecord(parts_.now()));
-  parts_.file->beginRun(std::move(run));
+  return run;
 }
 
 void TradeDesk::endRun() {
@@ -339,7 +347,6 @@ void TradeDesk::endRun() {
 }
 
 void TradeDesk::rewind() {
-  persist(true);
   parts_.grids.rewind();
   TradeState& state = parts_.state;
   const ReportQueue ended = std::exchange(reports_, {});

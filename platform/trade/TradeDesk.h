@@ -74,11 +74,12 @@ class TradeDesk {
   bool letArrive(int64 now);
   void takeEvents(int64 now);
   void takeEvent(TradeEvent& event, int64 now);
+  std::optional<StoredRun> openRun(const TimeShift& shift);
   void reportOrder(Order&& order, int64 due);
   void reportPosition(const TradeEvent::PositionChanged& changed, int64 due);
-  /// The report of something that somebody wants to hear of; null if nobody does.
-  template <typename What, typename... Args>
-  What* report(TradeSubject subject, int64 due, Args&&... args);
+  /// Reports something, if anybody wants to hear of it; `fill` makes the record.
+  template <typename What, typename Fill>
+  void report(TradeSubject subject, int64 due, Fill fill);
   void reportStatus(std::int32_t account, int64 due, TradeReceivers receivers);
   bool deliver(int64 now);
   void call(TradeReceiver& receiver, const TradeReport& report);

@@ -85,6 +85,38 @@ TEST(SqliteStore, shouldHoldARunBeforeItsFirstEvent) {
   EXPECT_EQ(begun, Lines{"1|0"});
 }
 
+TEST(SqliteStore, shouldNotPutARunThatItCouldNotBeginIntoTheOneBefore) {
+  TempFolder folder;
+  const std::string path = folder.file("run.db");
+  TradePlatform platform(storing(path));
+  trade(platform);
+  const auto everything = [&] {
+    Lines rows = storedRows(path, "SELECT * FROM runs");
+    for (const char* table : {"accounts", "orders", "fills", "equity"})
+      for (const std::string& row : storedRows(path, std::string("SELECT * FROM ") + table))
+        rows.push_back(row);
+    return rows;
+  };
+  const auto change = [&](const char* statement) {
+    SQLite::Database database(path, SQLite::OPEN_READWRITE);
+    database.setBusyTimeout(60'000);
+    database.exec(statement);
+  };
+  change("CREATE TRIGGER refused BEFORE INSERT ON runs BEGIN SELECT RAISE(ABORT, 'refused'); END");
+  platform->rewind();
+  platform->checkWritten();
+  const Lines first = everything();
+  EXPECT_EQ(storedRows(path, "SELECT last_at FROM runs"), Lines{"2021-01-04T00:10:00.000Z"});
+  platform.buy(3);
+  EXPECT_THROW(platform->run(), std::runtime_error);
+  platform->drain();
+  EXPECT_EQ(everything(), first);
+  change("DROP TRIGGER refused");
+  platform->rewind();
+  platform->run();
+  EXPECT_EQ(storedRows(path, "SELECT run_id, is_complete FROM runs"), (Lines{"1|1", "2|1"}));
+}
+
 TEST(SqliteStore, shouldHoldWhatTheResultsHold) {
   TempFolder folder;
   const std::string path = folder.file("run.db");
