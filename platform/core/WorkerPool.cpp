@@ -287,7 +287,9 @@ void WorkerPool::work(std::size_t number) {
     } else if (workersMayTake()) {
       Entry task = queue_.pop();
       pending_.store(queue_.size());
-      if (sleepers_ > 0 && workersMayTake()) wakeUp_.notify_one();
+      // Its task may be long: somebody else must take its place as sentinel.
+      const bool leavesPost = helping_ && !hasSentinel_;
+      if (sleepers_ > 0 && (leavesPost || workersMayTake())) wakeUp_.notify_one();
       lock.unlock();
       run(task);
       lock.lock();
