@@ -111,7 +111,7 @@ class KilledRun : public testing::Test {
 };
 
 TEST_F(KilledRun, shouldLeaveAllThatWasAcknowledgedAndNothingHalfWrittenWheneverItIsKilled) {
-  const unsigned seed = std::random_device()();
+  const auto seed = static_cast<unsigned>(support::randomSeed());
   SCOPED_TRACE("seed " + std::to_string(seed));
   std::mt19937 random(seed);
   const int calls = callsOfAWholeRun();

@@ -10,6 +10,7 @@
 #include "host/InputError.h"
 #include "platform/market/files/DataFiles.h"
 #include "tests/host/Program.h"
+#include "tests/support/RandomRuns.h"
 
 namespace orvane {
 namespace {
@@ -115,7 +116,7 @@ TEST_F(StorageFaults, shouldRefuseADatabaseThatIsGarbageOrAFolderAndLeaveItAsItI
 }
 
 TEST_F(StorageFaults, shouldEndInOrderWhateverBytesOfADatabaseAreBroken) {
-  const unsigned seed = std::random_device()();
+  const auto seed = static_cast<unsigned>(support::randomSeed());
   SCOPED_TRACE("seed " + std::to_string(seed));
   std::mt19937 random(seed);
   const std::string store = folder_ / "store.db", dictionary = folder_ / "d.db";

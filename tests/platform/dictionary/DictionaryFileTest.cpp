@@ -15,6 +15,7 @@
 
 #include "platform/dictionary/DictionaryStore.h"
 #include "tests/platform/dictionary/DictionaryFixture.h"
+#include "tests/support/RandomRuns.h"
 
 namespace orvane::testing {
 namespace {
@@ -219,7 +220,7 @@ std::map<std::string, int> fillAndKill(const std::string& path, std::size_t byte
 }
 
 TEST(DictionaryFile, shouldLoseNothingThatWasAcknowledgedWhenTheProcessIsKilledAtAnyMoment) {
-  const unsigned seed = std::random_device()();
+  const auto seed = static_cast<unsigned>(support::randomSeed());
   SCOPED_TRACE("seed " + std::to_string(seed));
   std::mt19937 random(seed);
   for (int round = 0; round < 3; ++round) {

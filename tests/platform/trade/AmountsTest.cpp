@@ -1,6 +1,7 @@
 // Exact amounts.
 
 #include "platform/trade/Amounts.h"
+#include "tests/support/RandomRuns.h"
 
 #include <gtest/gtest.h>
 
@@ -43,7 +44,7 @@ TEST(Amounts, shouldGiveTheNearestDoubleBack) {
 }
 
 TEST(Amounts, shouldGiveTheNearestDoubleOfAmountsOfEverySize) {
-  const std::uint64_t seed = std::random_device{}();
+  const std::uint64_t seed = support::randomSeed();
   SCOPED_TRACE("seed " + std::to_string(seed));
   std::mt19937_64 random(seed);
   const auto expectNearest = [](auto amount) {

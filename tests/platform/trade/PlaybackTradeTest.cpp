@@ -335,7 +335,6 @@ TEST(PlaybackTrade, shouldTradeInLiveModeByTheWallClock) {
   PlatformOptions options = tradeOptions();
   options.mode = PlatformOptions::Mode::Live;
   options.speed = 600;  // A minute bar lasts a tenth of a second.
-  options.trade.script = {{"A1", kMonday + 6 * kMinute, false}};
   TradePlatform platform(options);
   const auto spi = std::make_shared<TradeRecorder>();
   int bars = 0;
@@ -346,8 +345,21 @@ TEST(PlaybackTrade, shouldTradeInLiveModeByTheWallClock) {
   platform.subscribeBars(spi);
   platform->run();
   ASSERT_EQ(spi->fills().size(), 1u);
-  EXPECT_EQ(spi->linesOf({"status"}).size(), 2u);
   EXPECT_GE(spi->fills().front().fillTime(), OrderView(spi->orders().front()).insertTime());
+}
+
+TEST(PlaybackTrade, shouldFollowTheScriptOfConnectionsInLiveMode) {
+  PlatformOptions options = tradeOptions();
+  options.mode = PlatformOptions::Mode::Live;
+  options.speed = 6000;
+  options.trade.script = {{"A1", kMonday + 6 * kMinute, false}};
+  TradePlatform platform(options);
+  const auto spi = std::make_shared<TradeRecorder>();
+  platform.subscribeAll(spi);
+  platform->drain();
+  ASSERT_EQ(spi->linesOf({"status"}).size(), 1u);
+  platform->run();
+  EXPECT_EQ(spi->linesOf({"status"}).size(), 2u);
 }
 
 }  // namespace
