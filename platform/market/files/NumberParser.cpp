@@ -14,7 +14,7 @@ namespace {
 struct Parts {
   bool negative = false;
   std::uint64_t mantissa = 0;
-  int digits = 0;    ///< Significant digits, from the first that is not 0.
+  int digits = 0;    ///< Significant digits, from the first to the last that is not 0.
   int exponent = 0;  ///< Of ten, for the mantissa's last digit.
   bool fits = true;  ///< The mantissa holds all digits.
 };
@@ -25,6 +25,7 @@ bool takeApart(std::string_view text, Parts& parts) {
   if (at != end && (*at == '-' || *at == '+')) parts.negative = *at++ == '-';
   bool any = false;
   bool point = false;
+  int taken = 0;  // From the first that is not 0.
   for (; at != end; ++at) {
     const unsigned digit = static_cast<unsigned char>(*at) - unsigned{'0'};
     if (digit > 9) {
@@ -33,8 +34,9 @@ bool takeApart(std::string_view text, Parts& parts) {
       continue;
     }
     any = true;
-    if (digit != 0 || parts.digits > 0) ++parts.digits;
-    if (parts.digits <= 19)
+    if (digit != 0 || taken > 0) ++taken;
+    if (digit != 0) parts.digits = taken;
+    if (taken <= 19)
       parts.mantissa = parts.mantissa * 10 + digit;
     else
       parts.fits = false;
@@ -70,6 +72,15 @@ bool byText(std::string_view text, int shift, double& out) {
   const auto result = std::from_chars(shifted.data(), end, out);
   if (result.ec == std::errc::result_out_of_range && std::abs(out) < 1) return true;
   return result.ec == std::errc() && result.ptr == end && std::isfinite(out);
+}
+
+/// How many digits a number has, without the zeros at its end.
+int significantDigits(std::uint64_t mantissa) {
+  if (mantissa == 0) return 0;
+  while (mantissa % 10 == 0) mantissa /= 10;
+  int digits = 0;
+  for (; mantissa != 0; mantissa /= 10) ++digits;
+  return digits;
 }
 
 /// Removes what binary arithmetic left behind the last true digit: a text of 16 digits or more
@@ -127,7 +138,7 @@ bool NumberParser::parsePlain(std::string_view text, double& out) const {
   if (takeShortDecimal(text.data(), end, number) == end && number.digits != 0) {
     if (exactly(number, out)) return true;
     if (!byText(text, shift_, out)) return false;
-    out = cleaned(out, number.digits);
+    out = cleaned(out, significantDigits(number.mantissa));
     return true;
   }
   Parts parts;
@@ -142,6 +153,10 @@ bool NumberParser::parsePlain(std::string_view text, double& out) const {
   }
   out = cleaned(out, parts.digits);
   return true;
+}
+
+double NumberParser::cleanedLong(double value, std::uint64_t mantissa) const {
+  return cleaned(value, significantDigits(mantissa));
 }
 
 double NumberParser::cleaned(double value, int digits) const {

@@ -69,15 +69,18 @@ class NumberParser {
     const auto whole = static_cast<double>(static_cast<std::int64_t>(number.mantissa));
     const double value =
         exponent < 0 ? whole / kPowersOfTen[-exponent] : whole * kPowersOfTen[exponent];
-    if (step_.mantissa == 0 && number.digits <= kTrueDigits)
-      out = value == 0 || !number.isNegative ? value : -value;
+    const double signedValue = value == 0 || !number.isNegative ? value : -value;
+    if (number.digits > kTrueDigits)
+      out = cleanedLong(signedValue, number.mantissa);
     else
-      out = cleaned(number.isNegative ? -value : value, number.digits);
+      out = step_.mantissa == 0 ? signedValue : cleaned(signedValue, number.digits);
     return true;
   }
 
   bool parsePlain(std::string_view text, double& out) const;
   double cleaned(double value, int digits) const;
+  /// The same where zeros may stand in front of the digits, or at their end.
+  double cleanedLong(double value, std::uint64_t mantissa) const;
 
   NumberFormat format_;
   bool isPlain_ = true;

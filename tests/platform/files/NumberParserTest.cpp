@@ -38,6 +38,21 @@ TEST(NumberParser, shouldShiftThePointOfTheTextWhenPricesAreScaled) {
   EXPECT_EQ(read("12345678901234567", -10), std::strtod("12345678901234567e-10", nullptr));
 }
 
+TEST(NumberParser, shouldReadWhatItWritesAsTheSameWhereNoiseWasDropped) {
+  // What is left has few digits before its zeros: nothing more is to be dropped from it.
+  for (const char* text : {"30000000000003003", "000030000000000003003", "3000000000000300.3"}) {
+    const double value = read(text);
+    EXPECT_EQ(read(decimalText(value)), value) << text;
+  }
+  EXPECT_EQ(read("30000000000003003"), 30000000000003000.0);
+}
+
+TEST(NumberParser, shouldCountSignificantDigitsAloneWhenItLooksForNoise) {
+  EXPECT_EQ(read("0.00100000000000005"), 0.00100000000000005);
+  EXPECT_EQ(read("0.00100000000000005000"), 0.00100000000000005);
+  EXPECT_EQ(read("100000000000005000000"), 100000000000005e6);
+}
+
 TEST(NumberParser, shouldDropBinaryNoiseWhenTheTextIsLong) {
   EXPECT_EQ(read("3384.2000000000007"), 3384.2);
   EXPECT_EQ(read("5806.400000000001"), 5806.4);
