@@ -66,7 +66,8 @@ void RunnerContext::schedulePoolTask() {
   if (running_ || events_.empty()) return;
   running_ = true;
   // Weak: a queued task does not keep a runner alive that its host has let go of.
-  std::weak_ptr<RunnerContext> weak = shared_from_this();
+  std::weak_ptr<RunnerContext> weak = weak_from_this();
+  if (weak.expired()) throw std::bad_weak_ptr();  // As `shared_from_this` would, which counts twice.
   try {
     runnerThreadPool()->addTask([weak = std::move(weak)] {
       if (const std::shared_ptr<RunnerContext> self = weak.lock()) self->doPoolTask();
