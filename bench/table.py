@@ -88,7 +88,11 @@ def playback_rows(results):
                        ("tradingPlayback", "playback, an order and its fill on every bar")):
         figure = results.median(name, "items_per_second")
         if figure is not None:
-            rows.append((what, rate(figure), ""))
+            floor = results.median("roadFloor", "items_per_second")
+            beside = "" if floor is None or name != "tickPlayback" else (
+                f"{figure / floor:.2f} of the contract's locks, copy and calls alone "
+                f"({rate(floor)})")
+            rows.append((what, rate(figure), beside))
     if many is not None:
         beside = "" if one is None else f"{many / one:.2f} of one runner"
         rows.append(("playback, 64 runners, quotes, call-backs of all", rate(many), beside))
