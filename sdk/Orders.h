@@ -1,5 +1,7 @@
 #pragma once
 
+#include <optional>
+
 #include "platform/fields/OrderView.h"
 #include "shared/TradeRecords.h"
 
@@ -46,6 +48,26 @@ inline OrderRequest stopOrder(const TradingAccountID& account, const ICodeID& co
   writer.setType(order::Type::Stop);
   writer.setTimeInForce(timeInForce);
   writer.setStopPrice(stopPrice);
+  return request;
+}
+
+/// Opens a long position, or adds to it: at the market, or at `limit` or better, until it is
+/// cancelled. It never closes a short one; `Trader` has orders that do.
+inline OrderRequest buy(const TradingAccountID& account, const ICodeID& code, double volume,
+                        std::optional<double> limit = {}) {
+  constexpr auto direction = order::Direction::Buy;
+  constexpr auto offset = order::Offset::Open;
+  return limit ? limitOrder(account, code, direction, offset, volume, *limit,
+                            order::TimeInForce::UntilCancelled)
+               : marketOrder(account, code, direction, offset, volume);
+}
+
+/// Opens a short position, or adds to it: at the market, or at `limit` or better, until it is
+/// cancelled. It never closes a long one; `Trader` has orders that do.
+inline OrderRequest sell(const TradingAccountID& account, const ICodeID& code, double volume,
+                         std::optional<double> limit = {}) {
+  OrderRequest request = buy(account, code, volume, limit);
+  OrderWriter(request).setDirection(order::Direction::Sell);
   return request;
 }
 
