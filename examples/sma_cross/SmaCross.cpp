@@ -123,12 +123,8 @@ class SmaCross : public orvane::Strategy {
     fast_ = static_cast<std::size_t>(params.integer("fast", 5, 1, kLongest));
     slow_ = static_cast<std::size_t>(params.integer("slow", 20, 2, kLongest));
     volume_ = params.number("volume", 1, 0);
-    const std::string mode = params.text("mode", "longOnly");
-    if (mode == "longShort")
+    if (params.choice("mode", "longOnly", {"longOnly", "longShort"}) == "longShort")
       mode_ = CrossTrader::Mode::LongShort;
-    else if (mode != "longOnly")
-      params.addError("parameter \"mode\" must be \"longOnly\" or \"longShort\", not \"" +
-                      orvane::utf8(mode) + "\"");
     if (fast_ >= slow_)
       params.addError("parameter \"fast\" (" + std::to_string(fast_) +
                       ") must be below \"slow\" (" + std::to_string(slow_) + ")");
