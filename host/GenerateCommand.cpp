@@ -12,13 +12,11 @@
 
 #include "host/InputError.h"
 #include "host/OptionChecks.h"
+#include "host/SessionJson.h"
 #include "host/TimeArgument.h"
 
 namespace orvane {
 namespace {
-
-constexpr char kTimeZone[] = "Asia/Shanghai";
-constexpr char kSessions[] = "09:30-11:30,13:00-15:00";
 
 /// A file that appears whole or not at all.
 class OutputFile {
@@ -57,7 +55,6 @@ void writeJson(const std::string& folder, const std::string& name, const QJsonDo
 QString fromUtf8(const std::string& text) { return QString::fromStdString(text); }
 
 std::string tickFile(const SyntheticInstrument& its) { return its.codeText() + "_ticks.csv"; }
-std::string barFile(const SyntheticInstrument& its) { return its.codeText() + "_1min.csv"; }
 
 }  // namespace
 
@@ -90,7 +87,7 @@ GenerateCommand::GenerateCommand(CLI::App& parent) {
 
 void GenerateCommand::writeInstrument(SessionGenerator& generator) const {
   OutputFile ticks(folder_, tickFile(generator.instrument()));
-  OutputFile bars(folder_, barFile(generator.instrument()));
+  OutputFile bars(folder_, barFileName(generator.instrument()));
   ticks.write(SessionGenerator::tickHeader());
   bars.write(SessionGenerator::barHeader());
   generator.generate([&](std::string_view row) { ticks.write(row); },
@@ -113,23 +110,15 @@ int GenerateCommand::execute() {
   for (int index = 0; index < options_.instruments; ++index) {
     SessionGenerator generator(options_, index);
     const SyntheticInstrument& its = generator.instrument();
-    instruments.append(QJsonObject{{"code", fromUtf8(its.code)},
-                                   {"market", fromUtf8(its.market)},
-                                   {"timeZone", kTimeZone},
-                                   {"sessions", kSessions},
-                                   {"currency", "CNY"},
-                                   {"priceTick", fromUtf8(its.priceText(1))},
-                                   {"lotSize", QString::number(its.lotSize)},
-                                   {"multiplier", QString::number(its.multiplier)}});
-    for (const auto& [list, file] : {std::pair{&bars, barFile(its)}, {&ticks, tickFile(its)}})
+    instruments.append(instrumentJson(its));
+    for (const auto& [list, file] : {std::pair{&bars, barFileName(its)}, {&ticks, tickFile(its)}})
       list->append(QJsonObject{
           {"code", fromUtf8(its.codeText())}, {"file", fromUtf8(file)}, {"format", "format.json"}});
     writeInstrument(generator);
-    fmt::print("{}: {} and {}\n", its.codeText(), barFile(its), tickFile(its));
+    fmt::print("{}: {} and {}\n", its.codeText(), barFileName(its), tickFile(its));
   }
-  writeJson(folder_, "instruments.json", QJsonDocument(QJsonObject{{"instruments", instruments}}));
-  writeJson(folder_, "format.json",
-            QJsonDocument(QJsonObject{{"timeZone", kTimeZone}, {"stamp", "end"}}));
+  writeJson(folder_, "instruments.json", instrumentsJson(instruments));
+  writeJson(folder_, "format.json", sessionFormatJson());
   const QJsonObject runner{{"strategy", "sma_cross"},
                            {"params", QJsonObject{{"fast", 5}, {"slow", 20}, {"volume", 1}}}};
   writeJson(folder_, "run.json",

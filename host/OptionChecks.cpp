@@ -9,6 +9,19 @@
 
 namespace orvane {
 
+namespace {
+
+/// The names of all commands, as a list in words.
+std::string commandsOf(const CLI::App& app) {
+  const auto commands = app.get_subcommands([](const CLI::App*) { return true; });
+  std::string names;
+  for (std::size_t i = 0; i < commands.size(); ++i)
+    names += (i == 0 ? "" : i + 1 < commands.size() ? ", " : " and ") + commands[i]->get_name();
+  return names;
+}
+
+}  // namespace
+
 CLI::Validator wholeNumber(std::uint64_t lowest, std::uint64_t highest) {
   const auto check = [lowest, highest](const std::string& given) -> std::string {
     std::uint64_t number = 0;
@@ -32,8 +45,7 @@ void refuseEmptyTexts(const CLI::App& command) {
 std::string faultOf(const CLI::ParseError& error, const CLI::App& app, int argc, char** argv) {
   const std::string text = error.what();
   if (app.get_subcommands().empty() && argc > 1)
-    return fmt::format("\"{}\" is not a command; the commands are run, generate, inspect and data",
-                       argv[1]);
+    return fmt::format("\"{}\" is not a command; the commands are {}", argv[1], commandsOf(app));
   // Where a flag was given a value, the parser leaves out which.
   const auto end = text.find(" was given a disallowed flag override");
   for (int i = 1; i < argc && end != std::string::npos; ++i)

@@ -115,7 +115,7 @@ void SessionGenerator::playDay(std::chrono::sys_days day, const Write& tickRow,
       const std::int64_t minuteBegin = (begin + minute) * kMinuteMs;
       minute_ = {last_, last_, last_, last_, 0, 0};
       for (std::int64_t ms = 0; ms < kMinuteMs; ms += kStepMs)
-        if (step()) tickRow(tickRowText(day, minuteBegin + ms));
+        if (step() && tickRow) tickRow(tickRowText(day, minuteBegin + ms));
       barRow(barRowText(day, minuteBegin + kMinuteMs));
     }
   }

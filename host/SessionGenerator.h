@@ -47,7 +47,8 @@ class SessionGenerator {
   static std::string barHeader();
 
   using Write = std::function<void(std::string_view)>;
-  /// Hands out the rows of all days, in time order; each call is one line with its line end.
+  /// Hands out the rows of all days, in time order; each call is one line with its line end. Where
+  /// `tickRow` is empty, only bars are made, the same ones.
   void generate(const Write& tickRow, const Write& barRow);
 
  private:

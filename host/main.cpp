@@ -8,6 +8,7 @@
 #include "host/GenerateCommand.h"
 #include "host/InputError.h"
 #include "host/InspectCommand.h"
+#include "host/NewStrategyCommand.h"
 #include "host/OptionChecks.h"
 #include "host/RunCommand.h"
 #include "host/Version.h"
@@ -23,6 +24,7 @@ int runCommandLine(int argc, char** argv) {
   orvane::GenerateCommand generate(app);
   orvane::InspectCommand inspect(app);
   orvane::DataCommand data(app);
+  orvane::NewStrategyCommand newStrategy(app);
   try {
     app.parse(argc, argv);
   } catch (const CLI::Success& done) {
@@ -33,6 +35,7 @@ int runCommandLine(int argc, char** argv) {
     return orvane::kExitBadInput;
   }
   if (run.isChosen()) return run.execute();
+  if (newStrategy.isChosen()) return newStrategy.execute();
   const int code = generate.isChosen()  ? generate.execute()
                    : inspect.isChosen() ? inspect.execute()
                                         : data.execute();

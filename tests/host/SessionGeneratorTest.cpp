@@ -15,12 +15,16 @@ struct Rows {
   std::vector<std::string> ticks, bars;
 };
 
-Rows generate(std::uint64_t seed, int index) {
+SessionGenerator generatorOf(std::uint64_t seed, int index) {
   GeneratorOptions options;
   options.seed = seed;
   options.days = 2;
   options.minutes = 150;
-  SessionGenerator generator(options, index);
+  return SessionGenerator(options, index);
+}
+
+Rows generate(std::uint64_t seed, int index) {
+  SessionGenerator generator = generatorOf(seed, index);
   Rows rows;
   generator.generate([&](std::string_view row) { rows.ticks.emplace_back(row); },
                      [&](std::string_view row) { rows.bars.emplace_back(row); });
@@ -46,6 +50,13 @@ TEST(SessionGenerator, shouldGiveTheSameBytesForTheSameSeed) {
   EXPECT_EQ(generate(5, 1).ticks, generate(5, 1).ticks);
   EXPECT_EQ(generate(5, 1).bars, generate(5, 1).bars);
   EXPECT_NE(generate(5, 1).ticks, generate(6, 1).ticks);
+}
+
+TEST(SessionGenerator, shouldGiveTheSameBarsWhereNobodyWantsTicks) {
+  SessionGenerator generator = generatorOf(5, 1);
+  std::vector<std::string> bars;
+  generator.generate({}, [&](std::string_view row) { bars.emplace_back(row); });
+  EXPECT_EQ(bars, generate(5, 1).bars);
 }
 
 TEST(SessionGenerator, shouldGiveTheBytesThatEveryMachineGives) {
