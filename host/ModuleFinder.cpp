@@ -4,9 +4,10 @@
 #include <fmt/core.h>
 
 #include <filesystem>
-#include <vector>
+#include <set>
 
 #include "EventStrategy/ov.strategy.runner/IStrategy.h"
+#include "host/ElfSymbols.h"
 #include "host/InputError.h"
 #include "platform/core/ModuleTrial.h"
 
@@ -57,6 +58,21 @@ void checkStrategyModule(const std::string& path, const std::string& place) {
   dlclose(module);
   throw InputError(fmt::format("{}: the module \"{}\" does not export \"{}\"", place, path,
                                kCreateStrategyName));
+}
+
+std::vector<std::string> strategyModuleNames() {
+  std::set<std::string> names;
+  for (const fs::path& folder : moduleFolders()) {
+    std::error_code error;
+    for (fs::directory_iterator entry(folder, error), end; !error && entry != end;
+         entry.increment(error)) {
+      std::error_code ignored;
+      if (entry->path().extension() == ".so" && entry->is_regular_file(ignored) &&
+          offersFunction(entry->path().string(), kCreateStrategyName))
+        names.insert(entry->path().stem().string());
+    }
+  }
+  return {names.begin(), names.end()};
 }
 
 }  // namespace orvane

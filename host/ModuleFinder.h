@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace orvane {
 
@@ -12,5 +13,9 @@ std::string findStrategyModule(const std::string& given, const std::string& plac
 /// Loads a module to see that it is one and exports "createStrategy"; throws `InputError`
 /// otherwise. It stays loaded: the runner uses it next.
 void checkStrategyModule(const std::string& path, const std::string& place);
+
+/// The bare names that `findStrategyModule` finds beside the command and in the folder of installed
+/// modules, sorted. No module is loaded for it.
+std::vector<std::string> strategyModuleNames();
 
 }  // namespace orvane

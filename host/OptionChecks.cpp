@@ -44,7 +44,7 @@ void refuseEmptyTexts(const CLI::App& command) {
 
 std::string faultOf(const CLI::ParseError& error, const CLI::App& app, int argc, char** argv) {
   const std::string text = error.what();
-  if (app.get_subcommands().empty() && argc > 1)
+  if (app.get_subcommands().empty() && argc > 1 && !std::string(argv[1]).starts_with("--page"))
     return fmt::format("\"{}\" is not a command; the commands are {}", argv[1], commandsOf(app));
   // Where a flag was given a value, the parser leaves out which.
   const auto end = text.find(" was given a disallowed flag override");

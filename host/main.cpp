@@ -10,6 +10,7 @@
 #include "host/InspectCommand.h"
 #include "host/NewStrategyCommand.h"
 #include "host/OptionChecks.h"
+#include "host/PageOptions.h"
 #include "host/RunCommand.h"
 #include "host/Version.h"
 #include "platform/market/files/DataFiles.h"
@@ -25,6 +26,7 @@ int runCommandLine(int argc, char** argv) {
   orvane::InspectCommand inspect(app);
   orvane::DataCommand data(app);
   orvane::NewStrategyCommand newStrategy(app);
+  orvane::addPageOptions(app);
   try {
     app.parse(argc, argv);
   } catch (const CLI::Success& done) {
