@@ -75,8 +75,8 @@ orvane_public_headers(orvane_platform
   platform/trade/TradeResults.h)
 
 install(TARGETS orvane_common EventStrategy orvane_platform orvane_sdk EXPORT EventStrategyTargets
-  LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
-  FILE_SET HEADERS DESTINATION "${ORVANE_HEADER_DIR}")
+  LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT runtime NAMELINK_COMPONENT dev
+  FILE_SET HEADERS DESTINATION "${ORVANE_HEADER_DIR}" COMPONENT dev)
 
 # Every module that examples/ makes.
 function(orvane_collect_modules folder result)
@@ -109,8 +109,9 @@ configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/EventStrategyConfig.c
 # Below 1.0 a new minor version may break users.
 write_basic_package_version_file("${PROJECT_BINARY_DIR}/EventStrategyConfigVersion.cmake"
   COMPATIBILITY SameMinorVersion)
-install(EXPORT EventStrategyTargets NAMESPACE orvane:: DESTINATION "${ORVANE_PACKAGE_DIR}")
+install(EXPORT EventStrategyTargets NAMESPACE orvane:: DESTINATION "${ORVANE_PACKAGE_DIR}"
+  COMPONENT dev)
 install(FILES
   "${PROJECT_BINARY_DIR}/EventStrategyConfig.cmake"
   "${PROJECT_BINARY_DIR}/EventStrategyConfigVersion.cmake"
-  DESTINATION "${ORVANE_PACKAGE_DIR}")
+  DESTINATION "${ORVANE_PACKAGE_DIR}" COMPONENT dev)
