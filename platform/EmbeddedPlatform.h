@@ -22,11 +22,12 @@ namespace orvane {
 
 /// How an embedded platform runs. Set before it is made.
 struct PlatformOptions {
+  /// Whose clock counts.
   enum class Mode {
     Playback,  ///< A simulated clock that the driver moves, in lockstep with the runners.
     Live,      ///< The system's clock; the feed is paced in real time.
   };
-  Mode mode = Mode::Playback;
+  Mode mode = Mode::Playback;    ///< Playback unless the host says otherwise.
   int poolThreads = 0;           ///< 0: as many as the library asks for.
   std::string timeZone = "UTC";  ///< IANA name of the zone that time zone 0 of `Timestamp` means.
   bool timeInLog = true;         ///< Whether log lines begin with the platform's time.
@@ -43,7 +44,8 @@ struct PlatformOptions {
 /// How far a run has come; handed to the host's progress call-back.
 struct PlaybackProgress {
   int64 now = 0;              ///< Simulated time, UTC milliseconds.
-  int64 begin = 0, end = 0;   ///< First and last instant of the data to be played.
+  int64 begin = 0;            ///< First instant of the data to be played.
+  int64 end = 0;              ///< The last one.
   std::size_t delivered = 0;  ///< Market records played so far.
   std::size_t total = 0;      ///< Market records to be played.
 };
@@ -72,6 +74,7 @@ class ORVANE_API EmbeddedPlatform final : public IPlatform {
   /// Adds market data; only before `run`. One bar series for each code and period, and one tick
   /// series for each code: a second one throws `std::invalid_argument`.
   void addBars(BarSeries series);
+  /// The same for ticks.
   void addTicks(TickSeries series);
 
   /// Adds what indexes are made of, as `loadIndexes` reads it; after their instruments and only
@@ -102,6 +105,7 @@ class ORVANE_API EmbeddedPlatform final : public IPlatform {
   /// Is asked for each symbol that a module loader found; what it returns is handed out in its
   /// place. Lets a host stand between the runner and a strategy.
   using SymbolHook = std::function<void*(const std::string& symbol, void* address)>;
+  /// Sets it; before the first runner is made. Empty: none.
   void setSymbolHook(SymbolHook hook);
 
   /// Plays all market data. Waits first until every runner is quiet and its requests are served,

@@ -28,8 +28,8 @@ class BarFetcher {
   /// Code 0 with the bars, oldest first, of which there may be none. Code 17 for a bad frequency; 4
   /// if the platform refuses the request or does not answer in time.
   struct Answer {
-    ResultStatus status;
-    std::vector<IKLine> bars;
+    ResultStatus status;       ///< Whether there was an answer.
+    std::vector<IKLine> bars;  ///< Oldest first.
   };
 
   /// The newest `count` complete bars of a code.

@@ -29,8 +29,10 @@ namespace orvane {
 /// them once in a `ParamList`. Made and used on one thread, as a rule inside `onStart`.
 class Params {
  public:
+  /// Reads from a copy of `object`.
   explicit Params(const QJsonObject& object) : object_(object) {}
 
+  /// Whether the key was given. Asking this way does not count as reading it.
   bool has(const char* key) const { return object_.contains(QLatin1String(key)); }
 
   /// A whole number from `lowest` to `highest`; `defaultValue` where the key is missing.
@@ -61,6 +63,7 @@ class Params {
     return result;
   }
 
+  /// True or false.
   bool flag(const char* key, bool defaultValue) {
     const QJsonValue value = take(key);
     if (value.isUndefined()) return defaultValue;

@@ -12,8 +12,8 @@ namespace orvane {
 
 /// One series that `subscribeAll` asked for.
 struct Subscription {
-  std::string name;  ///< The code's text, GBK, as the parameters gave it.
-  ICodeID code;
+  std::string name;       ///< The code's text, GBK, as the parameters gave it.
+  ICodeID code;           ///< Unset where there is none of this name.
   bool isTicks = false;   ///< Quotes, to `onQuote`; else bars, to `onBarSeries`.
   std::string frequency;  ///< Of the bars, GBK.
   ResultStatus status;    ///< Of the code's look-up or of the subscription; code 0 is success.

@@ -8,6 +8,7 @@
 namespace orvane {
 namespace detail {
 
+/// A character in both codes.
 struct GbkPair {
   char32_t unicode;
   std::uint16_t gbk;
@@ -19,6 +20,7 @@ inline constexpr GbkPair kGbkPairs[] = {
 };
 
 template <std::size_t N>
+/// A literal as a template's argument.
 struct Utf8Literal {
   char bytes[N]{};
   constexpr Utf8Literal(const char (&text)[N]) { std::copy_n(text, N, bytes); }

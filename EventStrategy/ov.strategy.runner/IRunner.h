@@ -25,6 +25,7 @@ class IRunner {
   IRunner& operator=(const IRunner&) = delete;
   virtual ~IRunner() = default;
 
+  /// The name it was made under.
   virtual std::string name() = 0;
 
   /// The path of the strategy module, GBK. Read when a start is carried out.
@@ -52,6 +53,7 @@ class IRunner {
 
   /// Stores values in the run's environment, without a call of the spi.
   virtual void setEnvs(const std::map<std::string, std::string>& values) = 0;
+  /// The same for records.
   virtual void setEnvItems(const std::list<EnvItem>& items) = 0;
 };
 

@@ -17,6 +17,7 @@ class ORVANE_API IRunnerFactory {
   IRunnerFactory& operator=(const IRunnerFactory&);
   virtual ~IRunnerFactory();
 
+  /// The one of the process.
   static IRunnerFactory* instance();
 
   /// A new runner under `name`. A runner that stood under that name leaves the factory and is not

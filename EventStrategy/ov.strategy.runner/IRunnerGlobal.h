@@ -21,6 +21,7 @@ class ORVANE_API IRunnerGlobal {
   IRunnerGlobal& operator=(const IRunnerGlobal&);
   virtual ~IRunnerGlobal();
 
+  /// The one of the process.
   static IRunnerGlobal* instance();
 
   /// Whether readers get the detail fields of accounts of a counter type that has no switch of its

@@ -34,7 +34,9 @@ class ORVANE_API IRunnerSpi {
   /// What the strategy passed to `IContext::notifySpi`. This one and the two below come on the
   /// thread that called the context, as a rule a pool thread.
   virtual void onNotify(const QJsonObject& argument) = 0;
+  /// Values that the strategy told through `IContext::setEnvs`.
   virtual void onEnvs(const std::map<std::string, std::string>& values) = 0;
+  /// Records that it told through `IContext::setEnvItems`.
   virtual void onEnvItems(const std::list<EnvItem>& items) = 0;
 };
 

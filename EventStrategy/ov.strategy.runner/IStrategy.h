@@ -46,6 +46,7 @@ class ORVANE_API IStrategy {
   virtual void onTickSeriesById(IContext* context, int requestId, const ICodeID& code,
                                 const std::vector<IDepthMarketData>& ticks,
                                 const ResultStatus& status, int batchFlag) = 0;
+  /// A batch of a bar request whose id the strategy chose, as above.
   virtual void onBarSeriesById(IContext* context, int requestId, const ICodeID& code,
                                const std::string& frequency, const std::vector<IKLine>& bars,
                                const ResultStatus& status, int batchFlag) = 0;
@@ -54,6 +55,7 @@ class ORVANE_API IStrategy {
   virtual void onTickSeries(IContext* context, const ICodeID& code,
                             const std::vector<IDepthMarketData>& ticks, const ResultStatus& status,
                             int batchFlag) = 0;
+  /// The same for bars.
   virtual void onBarSeries(IContext* context, const ICodeID& code, const std::string& frequency,
                            const std::vector<IKLine>& bars, const ResultStatus& status,
                            int batchFlag) = 0;
@@ -61,23 +63,32 @@ class ORVANE_API IStrategy {
   /// How far the history of a bar request has come.
   virtual void onBarProgressById(IContext* context, int requestId, const ICodeID& code,
                                  const std::string& frequency, const KLineProgress& progress) = 0;
+  /// The same for a subscription that is known by code and frequency.
   virtual void onBarProgress(IContext* context, const ICodeID& code, const std::string& frequency,
                              const KLineProgress& progress) = 0;
 
   /// The state of a trading account; 16 means connected.
   virtual void onAccountStatus(IContext* context, const TradingAccountID& account, int status,
                                const ResultStatus& result) = 0;
+  /// The money of an account changed.
   virtual void onCapital(IContext* context, const TradingAccount& capital) = 0;
+  /// The position of an account in a code changed.
   virtual void onPosition(IContext* context, const Position& position) = 0;
+  /// The part of a position that one create source made changed.
   virtual void onStrategyPosition(IContext* context, const SourcePosition& position) = 0;
+  /// An order of a create source that is listened to changed; see its status.
   virtual void onOrder(IContext* context, const Order& order) = 0;
+  /// An order of a create source that is listened to was filled, wholly or in part.
   virtual void onFill(IContext* context, const OrderFill& fill) = 0;
 
+  /// The newest record of a dictionary's target, now and after each change.
   virtual void onDicSnapshot(IContext* context, const std::string& name, const std::string& key,
                              const Record& record) = 0;
+  /// A batch of records of a dictionary's target, `key`. `batchFlag` as for a series.
   virtual void onDic(IContext* context, const std::string& name, const std::string& key,
                      const std::list<Record>& records, const ResultStatus& status,
                      int batchFlag) = 0;
+  /// Records of a dictionary's target were deleted. Both values are the first one told.
   virtual void onDicDeleted(IContext* context, const std::string& name, const std::string& key,
                             int64 value1, int64 value2) = 0;
 

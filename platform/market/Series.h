@@ -48,6 +48,7 @@ enum class TickColumn : std::uint8_t {
   AskSize,
 };
 
+/// One column of a `TickSeries`.
 struct TickColumnId {
   TickColumn column;
   std::uint8_t level = 0;  ///< 0 to 9 for the four ladder columns, else 0.

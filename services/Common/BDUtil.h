@@ -9,6 +9,7 @@ namespace orvane {
 
 class IDataService;
 
+/// Helpers for dictionaries.
 class BDUtil {
  public:
   /// The targets of a dictionary.

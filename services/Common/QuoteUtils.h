@@ -9,6 +9,7 @@
 
 namespace orvane {
 
+/// What a frequency text means.
 class QuoteUtils {
  public:
   /// Turns a frequency text into its period in milliseconds. `extraFlag` tells that the query
@@ -17,12 +18,14 @@ class QuoteUtils {
                                             bool& extraFlag);
 };
 
+/// Conversions of what market data is asked with.
 class CommonMethod {
  public:
   ORVANE_API static IMDQuery DataRange2IMDQuery(const OVDataRange& range);
   ORVANE_API static ITimeType MilFrequency2ITimeType(int64 term);
 };
 
+/// Helpers for the properties of codes.
 class CodePropertyUtils {
  public:
   /// True if the text names a category, which `category` then is.

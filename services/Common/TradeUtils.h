@@ -5,6 +5,7 @@
 
 namespace orvane {
 
+/// Helpers for the sources of orders.
 class TradeUtils {
  public:
   /// The event source bits that a source stands for.

@@ -27,8 +27,9 @@ struct ReadPace {
 
 /// One series to read: which files make it, and how they are to be read.
 struct DataFileRequest {
+  /// What files may hold.
   enum class Kind { Bars, Ticks };
-  Kind kind = Kind::Bars;
+  Kind kind = Kind::Bars;          ///< What the files hold.
   std::vector<std::string> paths;  ///< UTF-8. Several files make one series, in time order.
   /// The code's text (UTF-8), such as "IF2101.CFFEX". Empty: from a column of the file, else from
   /// the file's name.
@@ -50,14 +51,15 @@ struct DataFileRequest {
 
 /// A series without a code id: the caller finds or adds the instrument and sets `series.code`.
 struct LoadedBars {
-  std::string code;  ///< "CODE.MARKET" or "CODE", UTF-8.
-  BarSeries series;
+  std::string code;                ///< "CODE.MARKET" or "CODE", UTF-8.
+  BarSeries series;                ///< Whole, but for the code's id.
   std::vector<std::string> notes;  ///< What was assumed, UTF-8, for the user to see.
 };
+/// The same for ticks.
 struct LoadedTicks {
-  std::string code;
-  TickSeries series;
-  std::vector<std::string> notes;
+  std::string code;                ///< "CODE.MARKET" or "CODE", UTF-8.
+  TickSeries series;               ///< Whole, but for the code's id.
+  std::vector<std::string> notes;  ///< What was assumed, UTF-8, for the user to see.
 };
 
 /// Reads a series from its files, or maps those that are caches. Throws `DataFileError`; nothing is
