@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Fails if the lives of a quote and an order name a file or an operation that is not there."""
+"""Fails if the lives of a quote and an order name a file, an operation or an option that is not
+there."""
 import pathlib
 import re
 import sys
@@ -11,6 +12,7 @@ ROOMS = ("EventStrategy", "platform", "services", "shared")
 sources = {path: path.read_text(encoding="utf-8") for room in ROOMS
            for path in (ROOT / room).rglob("*") if path.suffix in (".h", ".cpp")}
 names = {path.name for path in sources}
+options = (ROOT / "docs/command.md").read_text(encoding="utf-8")
 findings, count = [], 0
 for page in PAGES:
     text = (ROOT / page).read_text(encoding="utf-8")
@@ -18,6 +20,8 @@ for page in PAGES:
         count += 1
         if re.search(r"\.(h|cpp)$", name):
             found = (ROOT / name).is_file() if "/" in name else name in names
+        elif name.startswith("--"):
+            found = f"`{name}`" in options
         elif "::" in name:
             # Defined apart, or inside the class of a header.
             owner, member = name.rsplit("::", 1)
