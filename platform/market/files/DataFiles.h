@@ -40,7 +40,7 @@ struct DataFileRequest {
   /// Price tick as decimal text, for cleaning prices of binary noise; empty: not known. The key
   /// "priceTick" of the description comes first.
   std::string priceTick;
-  ReadPace pace = {};
+  ReadPace pace = {};  ///< In what portions; nothing that is read depends on it.
   /// Folder of caches that are made and used without a further word; empty: there is none. It does
   /// not change what is read.
   std::string cacheFolder = {};
