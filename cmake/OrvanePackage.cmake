@@ -18,11 +18,20 @@ install(DIRECTORY docs examples DESTINATION "${doc_folder}" COMPONENT runtime
   FILES_MATCHING PATTERN "*.md" PATTERN "*.json" PATTERN "*.csv" PATTERN "*.h" PATTERN "*.cpp"
   PATTERN "CMakeLists.txt")
 
+# Debian's own of what is linked in or included; those of the page's packages come with the page.
+foreach(name IN ITEMS libcli11-dev libsqlitecpp-dev)
+  install(FILES "/usr/share/doc/${name}/copyright" DESTINATION "${doc_folder}/licences"
+    RENAME "${name}.txt" COMPONENT runtime OPTIONAL)
+endforeach()
+install(FILES cmake/copyright DESTINATION "${doc_folder}" COMPONENT runtime)
+install(FILES cmake/copyright DESTINATION "${doc_folder}-dev" COMPONENT dev)
+
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME orvane)
 set(CPACK_PACKAGE_VERSION "${PROJECT_VERSION}")
 set(CPACK_PACKAGE_CONTACT "${ORVANE_PACKAGE_CONTACT}")
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
+# Each package has its own.
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_PACKAGE_DIRECTORY "${PROJECT_BINARY_DIR}/packages")
 set(CPACK_STRIP_FILES ON)
@@ -34,16 +43,23 @@ set(CPACK_DEB_COMPONENT_INSTALL ON)
 
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
-# Who packages a module of his own gets the right dependency from these: below 1.0 a module fits the
-# version that it was built against.
-set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
-set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY "=")
 # Where the libraries are found that come in the package itself.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${PROJECT_BINARY_DIR}/bin")
 
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME orvane)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION misc)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
+# Who packages a module of his own gets the right dependency from the one: below 1.0 a module fits
+# the version that it was built against. The other has the loader told of the libraries.
+set(debian "${PROJECT_BINARY_DIR}/debian")
+set(shlibs "")
+foreach(library orvane_common EventStrategy orvane_platform)
+  get_target_property(soversion ${library} SOVERSION)
+  string(APPEND shlibs "lib${library} ${soversion} orvane (= ${PROJECT_VERSION})\n")
+endforeach()
+file(CONFIGURE OUTPUT "${debian}/shlibs" CONTENT "${shlibs}" @ONLY)
+file(CONFIGURE OUTPUT "${debian}/triggers" CONTENT "activate-noawait ldconfig\n" @ONLY)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA "${debian}/shlibs;${debian}/triggers")
 # Time zones are read from files, which no library brings along.
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS tzdata)
 set(CPACK_DEBIAN_RUNTIME_DESCRIPTION

@@ -50,5 +50,6 @@ foreach(name IN ITEMS lightweight-charts fancy-canvas)
   if(NOT EXISTS "${licence}")
     set(licence "${ORVANE_PAGE_PACKAGES}/${name}/package.json")
   endif()
-  install(FILES "${licence}" DESTINATION "${CMAKE_INSTALL_DOCDIR}/licences" RENAME "${name}.txt")
+  install(FILES "${licence}" DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/orvane/licences"
+    RENAME "${name}.txt" COMPONENT runtime)
 endforeach()
