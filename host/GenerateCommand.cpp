@@ -56,6 +56,11 @@ QString fromUtf8(const std::string& text) { return QString::fromStdString(text);
 
 std::string tickFile(const SyntheticInstrument& its) { return its.codeText() + "_ticks.csv"; }
 
+std::string dateText(const std::chrono::year_month_day& date) {
+  return fmt::format("{}-{:02}-{:02}", static_cast<int>(date.year()),
+                     static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()));
+}
+
 }  // namespace
 
 GenerateCommand::GenerateCommand(CLI::App& parent) {
@@ -82,7 +87,9 @@ GenerateCommand::GenerateCommand(CLI::App& parent) {
   command_->add_option("--minutes", options_.minutes, "Minutes of each day's session")
       ->check(wholeNumber(1, 240))
       ->capture_default_str();
-  command_->add_option("--date", date_, "First day (default: 2026-01-05)")->type_name("DATE");
+  command_->add_option("--date", date_, "First day")
+      ->type_name("DATE")
+      ->default_str(dateText(options_.firstDay));
 }
 
 void GenerateCommand::writeInstrument(SessionGenerator& generator) const {

@@ -58,14 +58,15 @@ void addOption(const OptionEntry& option, std::string& page) {
   page += names;
   if (!option.value.empty()) page += " " + italic(option.value) + (option.takesMany ? " ..." : "");
   page += "\n" + plain(option.text);
-  if (option.isRequired) page += "\nRequired.";
-  if (!option.defaultValue.empty()) page += "\nDefault: " + plain(option.defaultValue) + ".";
-  page += "\n";
+  std::string more;
+  if (option.isRequired) more += "\nRequired.";
+  if (!option.defaultValue.empty()) more += "\nDefault: " + plain(option.defaultValue) + ".";
+  page += (more.empty() ? "" : ".") + more + "\n";
 }
 
 void addOptions(const CommandEntry& command, std::string& page) {
   for (const auto& [heading, options] : groupsOf(command)) {
-    page += ".PP\n" + italic(heading) + "\n";
+    if (!heading.empty()) page += ".SS \"" + plain(heading) + "\"\n";
     for (const OptionEntry* option : options) addOption(*option, page);
   }
 }
@@ -77,7 +78,8 @@ void addLiteral(const std::string& text, std::string& page) {
 
 constexpr char kDescription[] =
     R"(Plays files of market data through strategy modules, as fast as they digest them and, bit for
-bit, the same on every run; tells what they did; and shows how data files are read.
+bit, the same on every run; tells what they did; shows how data files are read; and turns them into
+caches, which need not be read again.
 A strategy module is a shared library that was built with the strategy kit.
 Text on the command line and in files is UTF-8.
 )";

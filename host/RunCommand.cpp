@@ -124,8 +124,9 @@ RunCommand::RunCommand(CLI::App& parent) {
       ->group(how);
 
   const std::string trade = "How to trade";
-  command_->add_option("--capital", capital_, "Start balance of each runner's account (1000000)")
+  command_->add_option("--capital", capital_, "Start balance of each runner's account")
       ->type_name("MONEY")
+      ->default_str("1000000")
       ->group(trade);
   command_->add_option("--fee-per-lot", feePerLot_, "Fee for each unit of volume")
       ->type_name("MONEY")
@@ -173,13 +174,13 @@ RunCommand::RunCommand(CLI::App& parent) {
       ->type_name("FILE")
       ->group(out);
   const CLI::IsMember levels({"trace", "debug", "info", "warn", "error", "off"});
-  command_->add_option("--log-level", log_.level, "Level of the system's lines (default: warn)")
+  command_->add_option("--log-level", log_.level, "Level of the system's lines")
       ->check(levels)
+      ->capture_default_str()
       ->group(out);
-  command_
-      ->add_option("--strategy-log-level", log_.strategyLevel,
-                   "Level of the strategies' lines (default: info)")
+  command_->add_option("--strategy-log-level", log_.strategyLevel, "Level of the strategies' lines")
       ->check(levels)
+      ->capture_default_str()
       ->group(out);
 }
 

@@ -6,6 +6,7 @@ Usage: command_pages.py ORVANE
 For the program and each sub-command, the options that `--help` lists must be those of the manual
 page, of the completions for bash and zsh, and of docs/command.md. The completion for bash is run;
 that for zsh too, where there is one. What a value can be completed with is tried for each kind."""
+import json
 import os
 import pathlib
 import re
@@ -44,7 +45,7 @@ def commands_by_help(path=()):
         options.update(names.split(","))
     result = {path: options}
     listed = re.search(r"^Subcommands:\n((?:  .*\n)+)", text, re.M)
-    for child in re.findall(r"^  (\w+)", listed.group(1), re.M) if listed else []:
+    for child in re.findall(r"^  ([\w-]+)", listed.group(1), re.M) if listed else []:
         result.update(commands_by_help(path + (child,)))
     return result
 
@@ -59,7 +60,8 @@ def compare(what, path, shown, expected):
 
 def check_manual(commands):
     text = page("man")
-    sections = dict(re.findall(r'^\.SH "?([^"\n]+)"?\n(.*?)(?=^\.SH |\Z)', text, re.M | re.S))
+    sections = {title.replace("\\-", "-"): body for title, body in
+                re.findall(r'^\.SH "?([^"\n]+)"?\n(.*?)(?=^\.SH |\Z)', text, re.M | re.S)}
     for path, options in commands.items():
         title = "ORVANE " + " ".join(path) if path else "OPTIONS"
         check(title in sections, f"man: there is no section {title}")
@@ -98,6 +100,24 @@ def check_reference(commands):
         section = re.search(r"^## Exit codes\n(.*?)(?=^## |\Z)", text, re.M | re.S).group(1)
         codes = set(re.findall(r"^\| (\d+) \|", section, re.M))
         check(codes == exit_codes(), f"{name}: exit codes {sorted(codes)}")
+
+
+def check_capital():
+    """The one default that the command does not hold itself, but takes from the platform."""
+    said = re.search(r"^\| `--capital` .*default `([0-9]+)` \|$",
+                     (ROOT / "docs/command.md").read_text(encoding="utf-8"), re.M)
+    with tempfile.TemporaryDirectory() as folder:
+        bars = pathlib.Path(folder) / "bars.csv"
+        bars.write_text("datetime,open,high,low,close,volume\n2021-01-04 10:00:00,1,1,1,1,1\n"
+                        "2021-01-04 10:01:00,1,1,1,1,1\n", encoding="utf-8")
+        ran = run(ORVANE, "run", "-s", "sma_cross", "--bars", "bars.csv", "--report", "out",
+                  folder=folder)
+        report = pathlib.Path(folder) / "out/report.json"
+        check(ran.returncode == 0 and report.exists(), f"the run: {ran.stderr}")
+        if report.exists():
+            account = json.loads(report.read_text(encoding="utf-8"))["accounts"][0]
+            check(said and float(account["startBalance"]) == float(said.group(1)),
+                  f"--capital: the account begins with {account['startBalance']}")
 
 
 BASH_ASK = r"""
@@ -187,7 +207,7 @@ def check_zsh(commands):
     if not shutil.which("zsh"):
         print("zsh is not installed: only the text of its completion is looked at")
         specs = {}
-        for name, body in re.findall(r"^(_orvane\w*)\(\) \{\n(.*?)^\}", text, re.M | re.S):
+        for name, body in re.findall(r"^(_orvane[\w-]*)\(\) \{\n(.*?)^\}", text, re.M | re.S):
             specs[name] = re.findall(r"^    '(.*?)'(?= \\$|$)", body, re.M)
     else:
         with tempfile.TemporaryDirectory() as folder:
@@ -219,6 +239,7 @@ check({"-s", "--strategy", "--bars", "--price-tick"} <= every.get(("run",), set(
       "run: the check does not see its options")
 check_manual(every)
 check_reference(every)
+check_capital()
 check_bash(every)
 check_zsh(every)
 for finding in findings:

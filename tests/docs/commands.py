@@ -33,7 +33,9 @@ def read(name):
 
 
 def lines_to_type(text):
-    """The lines of blocks for a shell: fenced ones, and those that are only indented."""
+    """The lines of blocks for a shell: fenced ones, and those that are only indented. A block that
+    shows a file is left out, since a test runs that file."""
+    text = re.sub(r"^<!-- file: \S+ -->\n+```.*?^```", "", text, flags=re.M | re.S)
     blocks = re.findall(r"^```sh\n(.*?)^```", text, re.M | re.S)
     without_fences = re.sub(r"^```.*?^```", "", text, flags=re.M | re.S)
     blocks += [textwrap.dedent(block)
