@@ -4,6 +4,7 @@
 #include <orvane/EventStrategy/ov.strategy.runner/IRunnerSpi.h>
 #include <orvane/platform/EmbeddedPlatform.h>
 #include <orvane/platform/market/files/DataFiles.h>
+#include <orvane/sdk/Text.h>
 
 #include <QJsonArray>
 #include <atomic>
@@ -14,14 +15,13 @@ class Spi : public orvane::IRunnerSpi {  // Called on pool threads.
  public:
   void onStatus(int status, const std::string& message) override {
     if (status == orvane::RunnerError) failed = true;
-    std::cout << "status " << status << " " << message << std::endl;
+    std::cout << "status " << status << " " << orvane::utf8(message) << std::endl;
   }
   void onNotify(const QJsonObject&) override {}
   void onEnvs(const std::map<std::string, std::string>& values) override {
     for (const auto& [key, value] : values) std::cout << key << "=" << value << std::endl;
   }
   void onEnvItems(const std::list<orvane::EnvItem>&) override {}
-
   std::atomic<bool> failed{false};
 };
 
@@ -37,11 +37,10 @@ int main(int argc, char** argv) try {
     loaded.series.code = platform.addInstrument(instrument);
     data.append(QJsonObject{{"code", QString::fromStdString(loaded.code)},
                             {"kind", "bars"},
-                            {"frequency", "1m"}});
+                            {"frequency", QString::number(loaded.series.periodMs / 1000) + "s"}});
     platform.addBars(std::move(loaded.series));
   }
   orvane::installPlatform(&platform);
-
   const auto spi = std::make_shared<Spi>();
   auto runner = orvane::IRunnerFactory::instance()->createRunner("mine", 0);
   runner->setSpi(spi);
@@ -50,6 +49,7 @@ int main(int argc, char** argv) try {
   platform.run();  // Returns when the data are played and digested.
   runner->stop();
   platform.drain();  // Now `onStop` is through, and the status told.
+  runner.reset();    // A runner goes with its last reference, and needs the platform for it.
   orvane::IRunnerFactory::instance()->destroyRunner("mine");
   platform.drain();
   orvane::installPlatform(nullptr);
