@@ -85,9 +85,13 @@ std::vector<std::string> specificationsOf(const OptionEntry& option) {
   std::string others;
   for (const std::string& name : option.names) others += (others.empty() ? "" : " ") + name;
   std::vector<std::string> result;
-  for (const std::string& name : option.names)
-    result.push_back((option.takesMany ? "*" : "(" + others + ")") + name + "[" +
-                     marked(option.text) + "]" + (option.takesMany ? ":*-*" : "") + value);
+  for (const std::string& name : option.names) {
+    // With it the value may stand in the same word as well.
+    const bool takesEqual = !value.empty() && !option.takesMany && name.starts_with("--");
+    result.push_back((option.takesMany ? "*" : "(" + others + ")") + name +
+                     (takesEqual ? "=" : "") + "[" + marked(option.text) + "]" +
+                     (option.takesMany ? ":*-*" : "") + value);
+  }
   return result;
 }
 

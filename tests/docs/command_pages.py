@@ -223,7 +223,7 @@ def check_zsh(commands):
     for path, options in commands.items():
         shown = set()
         for spec in specs.get("_".join(("_orvane",) + path), []):
-            found = re.match(r"(?:\([^)]*\)|\*)(--?[\w-]+)\[", spec)
+            found = re.match(r"(?:\([^)]*\)|\*)(--?[\w-]+)=?\[", spec)
             if found:
                 shown.add(found.group(1))
         compare("zsh", path, shown, options)
