@@ -1,6 +1,5 @@
 #include "host/CommandTable.h"
 
-#include <CLI/App.hpp>
 #include <algorithm>
 
 namespace orvane {
@@ -37,47 +36,12 @@ std::string joined(const std::vector<std::string>& words) {
   return result;
 }
 
-OptionEntry entryOf(const CLI::Option& option) {
-  OptionEntry entry;
-  entry.isPositional = !option.nonpositional();
-  for (const std::string& name : option.get_snames()) entry.names.push_back("-" + name);
-  for (const std::string& name : option.get_lnames()) entry.names.push_back("--" + name);
-  if (entry.isPositional) entry.names = {option.get_name(true)};
-  entry.text = option.get_description();
-  entry.group = option.get_group();
-  entry.isRequired = option.get_required();
-  if (option.get_items_expected_max() == 0) return entry;
-  entry.takesMany = option.get_items_expected_max() > 1;
-  entry.defaultValue = option.get_default_str();
-  const std::string typeName = option.get_type_name();
-  entry.words = wordsOf(typeName);
-  entry.value = entry.words.empty() ? typeName : joined(entry.words);
-  entry.kind = entry.words.empty() ? kindOf(entry.value) : ValueKind::Words;
-  return entry;
-}
-
-bool isShown(const CLI::Option* option) { return !option->get_group().empty(); }
-
-void addCommand(const CLI::App& app, const std::string& path, CommandTable& table) {
-  CommandEntry command;
-  command.path = path;
-  command.text = app.get_description();
-  command.footer = app.get_footer();
-  for (const CLI::Option* option : app.get_options(isShown))
-    command.options.push_back(entryOf(*option));
-  const auto children = app.get_subcommands([](const CLI::App*) { return true; });
-  for (const CLI::App* child : children) command.children.push_back(child->get_name());
-  table.push_back(std::move(command));
-  for (const CLI::App* child : children)
-    addCommand(*child, path.empty() ? child->get_name() : path + " " + child->get_name(), table);
-}
-
 }  // namespace
 
-CommandTable commandTable(const CLI::App& app) {
-  CommandTable table;
-  addCommand(app, {}, table);
-  return table;
+void setValue(OptionEntry& option, const std::string& typeName) {
+  option.words = wordsOf(typeName);
+  option.value = option.words.empty() ? typeName : joined(option.words);
+  option.kind = option.words.empty() ? kindOf(option.value) : ValueKind::Words;
 }
 
 std::vector<std::pair<std::string, std::vector<const OptionEntry*>>> groupsOf(

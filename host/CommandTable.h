@@ -4,10 +4,6 @@
 #include <utility>
 #include <vector>
 
-namespace CLI {
-class App;
-}
-
 namespace orvane {
 
 /// What the value of an option is, as far as a shell can help to write it.
@@ -44,10 +40,12 @@ struct CommandEntry {
   std::vector<std::string> children;  ///< The words that may follow the path.
 };
 
+/// All commands of a parser: the program first, each before those below it.
 using CommandTable = std::vector<CommandEntry>;
 
-/// All commands of a parser: the program first, each before those below it.
-CommandTable commandTable(const CLI::App& app);
+/// Sets what the value of an option is from how the parser calls its type, such as "FILE" or
+/// "TEXT:{start,end}".
+void setValue(OptionEntry& option, const std::string& typeName);
 
 /// The entries of a command in the order in which their headings first come, those of one heading
 /// together.

@@ -1,21 +1,87 @@
+// The command line: its parser, and what the command writes about itself by it. That is here, since
+// each further source that includes the parser takes ten seconds to compile.
+
 #include <CLI/CLI.hpp>
 #include <csignal>
 #include <exception>
 #include <string>
+#include <utility>
 
+#include "host/CommandPages.h"
+#include "host/CommandTable.h"
 #include "host/Console.h"
 #include "host/DataCommand.h"
 #include "host/GenerateCommand.h"
 #include "host/InputError.h"
 #include "host/InspectCommand.h"
 #include "host/NewStrategyCommand.h"
+#include "host/ModuleFinder.h"
 #include "host/OptionChecks.h"
-#include "host/PageOptions.h"
 #include "host/RunCommand.h"
 #include "host/Version.h"
 #include "platform/market/files/DataFiles.h"
 
 namespace {
+
+orvane::OptionEntry entryOf(const CLI::Option& option) {
+  orvane::OptionEntry entry;
+  entry.isPositional = !option.nonpositional();
+  for (const std::string& name : option.get_snames()) entry.names.push_back("-" + name);
+  for (const std::string& name : option.get_lnames()) entry.names.push_back("--" + name);
+  if (entry.isPositional) entry.names = {option.get_name(true)};
+  entry.text = option.get_description();
+  entry.group = option.get_group();
+  entry.isRequired = option.get_required();
+  if (option.get_items_expected_max() == 0) return entry;
+  entry.takesMany = option.get_items_expected_max() > 1;
+  entry.defaultValue = option.get_default_str();
+  orvane::setValue(entry, option.get_type_name());
+  return entry;
+}
+
+bool isShown(const CLI::Option* option) { return !option->get_group().empty(); }
+
+void addCommand(const CLI::App& app, const std::string& path, orvane::CommandTable& table) {
+  orvane::CommandEntry command;
+  command.path = path;
+  command.text = app.get_description();
+  command.footer = app.get_footer();
+  for (const CLI::Option* option : app.get_options(isShown))
+    command.options.push_back(entryOf(*option));
+  const auto children = app.get_subcommands([](const CLI::App*) { return true; });
+  for (const CLI::App* child : children) command.children.push_back(child->get_name());
+  table.push_back(std::move(command));
+  for (const CLI::App* child : children)
+    addCommand(*child, path.empty() ? child->get_name() : path + " " + child->get_name(), table);
+}
+
+std::string pageOf(const std::string& kind, const CLI::App& app) {
+  orvane::CommandTable table;
+  addCommand(app, {}, table);
+  if (kind == "man") return orvane::manualPage(table);
+  if (kind == "markdown") return orvane::markdownPage(table);
+  return kind == "bash" ? orvane::bashCompletion(table) : orvane::zshCompletion(table);
+}
+
+/// Adds the options that write something about the program itself and end it.
+void addPageOptions(CLI::App& app) {
+  app.add_option_function<std::string>(
+         "--page",
+         [&app](const std::string& kind) {
+           orvane::say(pageOf(kind, app));
+           throw CLI::Success();
+         },
+         "Write the manual page, the completion for a shell, or the reference, and exit")
+      ->check(CLI::IsMember({"man", "bash", "zsh", "markdown"}));
+  app.add_flag_callback(
+         "--modules",
+         [] {
+           for (const std::string& name : orvane::strategyModuleNames()) orvane::say(name + "\n");
+           throw CLI::Success();
+         },
+         "List the strategy modules that are found by a bare name, and exit")
+      ->disable_flag_override();
+}
 
 int runCommandLine(int argc, char** argv) {
   CLI::App app("Plays market data through event-driven trading strategies.", "orvane");
@@ -26,7 +92,7 @@ int runCommandLine(int argc, char** argv) {
   orvane::InspectCommand inspect(app);
   orvane::DataCommand data(app);
   orvane::NewStrategyCommand newStrategy(app);
-  orvane::addPageOptions(app);
+  addPageOptions(app);
   try {
     app.parse(argc, argv);
   } catch (const CLI::Success& done) {

@@ -13,6 +13,8 @@ sources = {path: path.read_text(encoding="utf-8") for room in ROOMS
            for path in (ROOT / room).rglob("*") if path.suffix in (".h", ".cpp")}
 names = {path.name for path in sources}
 options = (ROOT / "docs/command.md").read_text(encoding="utf-8")
+words = {path: set(re.findall(r"\w+", text)) for path, text in sources.items()}
+every_word = set().union(*words.values())
 findings, count = [], 0
 for page in PAGES:
     text = (ROOT / page).read_text(encoding="utf-8")
@@ -26,11 +28,10 @@ for page in PAGES:
             # Defined apart, or inside the class of a header.
             owner, member = name.rsplit("::", 1)
             head = re.compile(rf"\b(class|struct)\b[^;{{]*\b{owner}\b[^;]*{{")
-            found = any(re.search(rf"\b{re.escape(name)}\b", each) or
-                        (head.search(each) and re.search(rf"\b{member}\b", each))
-                        for each in sources.values())
+            found = any(re.search(rf"\b{re.escape(name)}\b", each) or head.search(each)
+                        for path, each in sources.items() if {owner, member} <= words[path])
         else:
-            found = any(re.search(rf"\b{re.escape(name)}\b", each) for each in sources.values())
+            found = set(re.findall(r"\w+", name)) <= every_word
         if not found:
             findings.append(f"{page}: there is no {name}")
 for finding in findings:
