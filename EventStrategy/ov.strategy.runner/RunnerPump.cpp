@@ -67,7 +67,8 @@ void RunnerContext::schedulePoolTask() {
   running_ = true;
   // Weak: a queued task does not keep a runner alive that its host has let go of.
   std::weak_ptr<RunnerContext> weak = weak_from_this();
-  if (weak.expired()) throw std::bad_weak_ptr();  // As `shared_from_this` would, which counts twice.
+  // As `shared_from_this` would do, which counts twice.
+  if (weak.expired()) throw std::bad_weak_ptr();
   try {
     runnerThreadPool()->addTask([weak = std::move(weak)] {
       if (const std::shared_ptr<RunnerContext> self = weak.lock()) self->doPoolTask();
