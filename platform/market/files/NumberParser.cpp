@@ -181,7 +181,12 @@ bool isNumber(std::string_view text) {
 
 std::string decimalText(double value) {
   char buffer[64];
-  const auto made = std::to_chars(buffer, buffer + sizeof(buffer), value);
+  char* const end = buffer + sizeof(buffer);
+  // Written out, a large number would show all the digits that it has in binary.
+  constexpr double kWholeBelow = 9007199254740992;
+  const auto made = std::abs(value) < kWholeBelow
+                        ? std::to_chars(buffer, end, value)
+                        : std::to_chars(buffer, end, value, std::chars_format::scientific);
   return {buffer, made.ptr};
 }
 

@@ -91,7 +91,7 @@ class NumberParser {
 /// Whether a text is a plain decimal number.
 bool isNumber(std::string_view text);
 
-/// The shortest decimal text of a double.
+/// The decimal text of a double with the fewest digits; it reads as the same double.
 std::string decimalText(double value);
 
 }  // namespace orvane::detail

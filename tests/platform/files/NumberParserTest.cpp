@@ -40,7 +40,8 @@ TEST(NumberParser, shouldShiftThePointOfTheTextWhenPricesAreScaled) {
 
 TEST(NumberParser, shouldReadWhatItWritesAsTheSameWhereNoiseWasDropped) {
   // What is left has few digits before its zeros: nothing more is to be dropped from it.
-  for (const char* text : {"30000000000003003", "000030000000000003003", "3000000000000300.3"}) {
+  for (const char* text : {"30000000000003003", "000030000000000003003", "3000000000000300.3",
+                           "050404000000000300", "1e22", "123456789012345678"}) {
     const double value = read(text);
     EXPECT_EQ(read(decimalText(value)), value) << text;
   }
