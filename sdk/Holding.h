@@ -29,14 +29,16 @@ enum class CloseParts {
 struct Holding {
   /// The two parts of a side that no closing order at work takes.
   struct Side {
-    double older = 0;  ///< Opened before the present trading day.
-    double today = 0;
+    double older = 0;    ///< Opened before the present trading day.
+    double today = 0;    ///< Opened on it.
     double opening = 0;  ///< Of opening orders at work.
 
+    /// Both parts.
     double free() const { return older + today; }
   };
 
-  Side longSide, shortSide;
+  Side longSide;   ///< What was bought to open.
+  Side shortSide;  ///< What was sold to open.
 
   /// Long minus short, if everything at work fills.
   double expected() const {

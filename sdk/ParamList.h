@@ -44,12 +44,14 @@ class ParamList {
       return static_cast<Integer>(params.integer(key, static_cast<int64>(now), lowest, highest));
     });
   }
+  /// A number from `lowest` to `highest`.
   void number(const char* key, double& member,
               double lowest = -std::numeric_limits<double>::infinity(),
               double highest = std::numeric_limits<double>::infinity()) {
     declare(member,
             [=](Params& params, double now) { return params.number(key, now, lowest, highest); });
   }
+  /// True or false.
   void flag(const char* key, bool& member) {
     declare(member, [=](Params& params, bool now) { return params.flag(key, now); });
   }

@@ -115,6 +115,7 @@ class Params {
 
   /// A number as the messages show it.
   static std::string textOf(std::integral auto value) { return std::to_string(value); }
+  /// The same of one that need not be whole.
   static std::string textOf(double value) { return numberText(value); }
 
   /// All errors so far, UTF-8; empty if there are none.

@@ -37,6 +37,7 @@ class Trader {
   explicit Trader(TradingAccountID account, CloseParts parts = CloseParts::Together)
       : account_(std::move(account)), parts_(parts) {}
 
+  /// Whether it was made with an account.
   bool hasAccount() const { return account_.has_value(); }
 
   /// Opens a long position, or adds to it. Closes nothing.

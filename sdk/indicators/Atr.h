@@ -31,6 +31,7 @@ class Atr {
     hasLast_ = true;
     return value();
   }
+  /// The same of a bar record.
   double add(const KLineView& bar) { return add(bar.high(), bar.low(), bar.close()); }
 
   /// Whether `length` bars were taken.

@@ -26,11 +26,16 @@ class Bollinger {
   bool isReady() const { return moments_.isFull(); }
 
   // Not numbers before it is ready.
+
+  /// The mean.
   double middle() const { return isReady() ? moments_.whole().mean : detail::kNotReady; }
+  /// The deviation from the mean, that of a whole population.
   double deviation() const {
     return isReady() ? std::sqrt(moments_.whole().squares / length_) : detail::kNotReady;
   }
+  /// So many deviations above the mean.
   double upper() const { return middle() + width_ * deviation(); }
+  /// So many below it.
   double lower() const { return middle() - width_ * deviation(); }
 
  private:

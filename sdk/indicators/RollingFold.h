@@ -38,8 +38,10 @@ inline constexpr double kNotReady = std::numeric_limits<double>::quiet_NaN();
 template <typename Summary>
 class RollingFold {
  public:
+  /// For a window of so many values, at least 1 (else `std::invalid_argument`).
   explicit RollingFold(int length) : tails_(indicatorLength(length)) {}
 
+  /// Takes the next value, a finite number (else `std::invalid_argument`, and it is not taken).
   void add(double value) {
     const Summary one(indicatorInput(value));
     head_ = at_ == 0 ? one : Summary::merged(head_, one);

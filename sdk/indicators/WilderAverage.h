@@ -9,8 +9,10 @@ namespace orvane::detail {
 ///     value = (before * (length - 1) + new) / length
 class WilderAverage {
  public:
+  /// Of so many values, at least 1 (else `std::invalid_argument`).
   explicit WilderAverage(int length) : length_(indicatorLength(length)) {}
 
+  /// Takes the next value.
   void add(double value) {
     const auto length = static_cast<double>(length_);
     if (isReady()) {
@@ -21,7 +23,9 @@ class WilderAverage {
     }
   }
 
+  /// Whether `length` values were taken.
   bool isReady() const { return count_ == length_; }
+  /// Means something once it is ready.
   double value() const { return value_; }
 
  private:

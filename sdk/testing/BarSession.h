@@ -13,14 +13,14 @@ namespace orvane {
 
 /// What a made-up series of bars is to look like.
 struct BarSession {
-  std::uint64_t seed = 1;
-  int bars = 240;
-  int64 periodMs = 60'000;
+  std::uint64_t seed = 1;               ///< Of the random walk.
+  int bars = 240;                       ///< How many.
+  int64 periodMs = 60'000;              ///< How long each lasts.
   int64 beginTime = 1'767'576'600'000;  ///< Of the first bar, UTC ms: 2026-01-05 01:30.
-  double firstPrice = 1000;
-  double priceTick = 1;
-  int volume = 100;           ///< Of a bar, about.
-  int tradingDay = 20260105;  ///< YYYYMMDD, of every bar.
+  double firstPrice = 1000;             ///< The first open.
+  double priceTick = 1;                 ///< Prices are multiples of it.
+  int volume = 100;                     ///< Of a bar, about.
+  int tradingDay = 20260105;            ///< YYYYMMDD, of every bar.
 };
 
 /// The bars of such a series: a random walk on the price tick, one bar after the other without a

@@ -24,8 +24,8 @@ namespace orvane {
 /// `StrategyHarness` does that. For one thread; owns all that it holds.
 class RecordingContext final : public detail::RecordingTrade {
  public:
-  std::vector<RecordedDicSubscription> dicSubscriptions;
-  bool isExited = false;  ///< `exit` was called.
+  std::vector<RecordedDicSubscription> dicSubscriptions;  ///< In their order.
+  bool isExited = false;                                  ///< `exit` was called.
 
   /// A dictionary record that can be read; `name` and `target` UTF-8.
   void addRecord(const std::string& name, const std::string& target, const Record& record) {

@@ -15,8 +15,8 @@ namespace orvane::detail {
 /// The part of a `RecordingContext` that is about codes, market data and its publication.
 class RecordingMarket : public RecordingRun {
  public:
-  std::vector<RecordedSubscription> subscriptions;
-  std::vector<RecordedPublication> publications;
+  std::vector<RecordedSubscription> subscriptions;  ///< In their order, those that ended too.
+  std::vector<RecordedPublication> publications;    ///< In their order.
 
   /// Makes a code known, by a text such as "IF2101.CFFEX", UTF-8; answers the one that it has.
   ICodeID addCode(const std::string& text, ICodeProperty property = {}) {
@@ -150,14 +150,17 @@ class RecordingMarket : public RecordingRun {
   }
 
  protected:
+  /// The answer to a question for something that nobody made known.
   static ResultStatus notThere() { return {status::kNotThere, statusMessage(status::kNotThere)}; }
 
+  /// Notes a publication and answers it.
   ResultStatus published(const char* operation, const std::string& name, const std::string& target,
                          std::size_t count, int flags) {
     publications.push_back({operation, name, target, count, flags, answer(operation)});
     return publications.back().status;
   }
 
+  /// Ends the subscriptions that are meant.
   template <typename Condition>
   void endWhere(Condition isMeant) {
     for (RecordedSubscription& each : subscriptions)

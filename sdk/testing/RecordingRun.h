@@ -20,15 +20,15 @@ class RecordingRun : public IContext {
   /// How the strategy ended the run.
   enum class End { None, Stopped, Finished, Error };
 
-  ScriptedAnswers script;
-  int64 now = 0;  ///< The present, UTC milliseconds; a harness moves it.
+  ScriptedAnswers script;  ///< What the test wants to be answered.
+  int64 now = 0;           ///< The present, UTC milliseconds; a harness moves it.
 
   // What the strategy did.
 
-  End ending = End::None;
-  std::string error;  ///< The text of `setError`, UTF-8.
-  std::vector<RecordedLog> logs;
-  std::vector<RecordedTimer> timers;
+  End ending = End::None;                  ///< How it ended the run, if it did.
+  std::string error;                       ///< The text of `setError`, UTF-8.
+  std::vector<RecordedLog> logs;           ///< Its lines.
+  std::vector<RecordedTimer> timers;       ///< All that it started.
   std::vector<QJsonObject> notifications;  ///< Of `notifySpi`.
 
   /// Whether a line of the log has this text in it, UTF-8.
@@ -39,7 +39,7 @@ class RecordingRun : public IContext {
   }
 
   std::string name() override { return ownName; }
-  std::string ownName = "test";
+  std::string ownName = "test";  ///< What `name` answers.
 
   bool isSetStop() override { return ending != End::None; }
   void setError(const std::string& message) override {

@@ -16,10 +16,10 @@ namespace orvane::detail {
 /// an order is the harness's to say: here it is sent, and stays so.
 class RecordingTrade : public RecordingMarket {
  public:
-  std::vector<RecordedOrder> orders;  ///< As they were sent, those that were refused too.
-  std::vector<RecordedCancel> cancels;
-  std::vector<RecordedTradeSubscription> tradeSubscriptions;
-  std::string ownOrderSource = "test";
+  std::vector<RecordedOrder> orders;    ///< As they were sent, those that were refused too.
+  std::vector<RecordedCancel> cancels;  ///< As they were asked for.
+  std::vector<RecordedTradeSubscription> tradeSubscriptions;  ///< In their order.
+  std::string ownOrderSource = "test";                        ///< What `orderSource` answers.
 
   /// Makes an account known, by its name, UTF-8; answers the one that it has.
   TradingAccountID addAccount(const std::string& text) {
@@ -52,10 +52,11 @@ class RecordingTrade : public RecordingMarket {
     found.code = code;
     return found;
   }
+  /// A fill that queries find.
   void addFill(const OrderFill& fill) { fills_.push_back(fill); }
 
   void setNotifyQuick(bool quick) override { isNotifyQuick = quick; }
-  bool isNotifyQuick = false;
+  bool isNotifyQuick = false;  ///< What `setNotifyQuick` said last.
   void subscribeTrade(const TradingAccountID& account, EventSourceId source) override {
     tradeSubscriptions.push_back({account, {}, source});
   }
@@ -153,7 +154,7 @@ class RecordingTrade : public RecordingMarket {
   }
 
  protected:
-  static constexpr int kNotSupported = 23;
+  static constexpr int kNotSupported = 23;  ///< The code of what no context here does.
 
  private:
   Order orderOf(const OrderRequest& request, int64 orderId) const {

@@ -22,6 +22,7 @@ class ScriptedAnswers {
   void always(const std::string& operation, ResultStatus status) {
     always_[operation] = std::move(status);
   }
+  /// Forgets all that was said.
   void clear() {
     next_.clear();
     always_.clear();

@@ -45,6 +45,7 @@ class StrategyHarness : public StrategyCalls {
  public:
   /// Takes the strategy over.
   explicit StrategyHarness(IStrategy* strategy) : StrategyHarness(own(strategy)) {}
+  /// The same of one that somebody owns.
   explicit StrategyHarness(std::unique_ptr<IStrategy> strategy)
       : StrategyCalls(std::move(strategy)), desk_(context()) {}
 
@@ -136,6 +137,7 @@ class StrategyHarness : public StrategyCalls {
   // What becomes of an order. Each throws `std::invalid_argument` if there is no such order, or if
   // it is over.
 
+  /// Whether orders meet the bars that are played, which they do from the start.
   void setFillsAtBars(bool fillsAtBars) { fillsAtBars_ = fillsAtBars; }
 
   /// The exchange took it.
