@@ -65,11 +65,14 @@ class SharedCalls {
   static bool isEmpty(std::uint64_t span) { return beginOf(span) == endOf(span); }
 
   static bool takeOf(Lane& lane, bool fromFront, std::size_t& at) {
-    std::uint64_t span = lane.span.load(std::memory_order_relaxed);
+    // Who finds nothing left sees what those did who took it: that they are counted as at work.
+    std::uint64_t span = lane.span.load(std::memory_order_acquire);
     while (!isEmpty(span)) {
       at = fromFront ? beginOf(span) : endOf(span) - 1;
       const std::uint64_t left = fromFront ? pack(at + 1, endOf(span)) : pack(beginOf(span), at);
-      if (lane.span.compare_exchange_weak(span, left, std::memory_order_acquire)) return true;
+      if (lane.span.compare_exchange_weak(span, left, std::memory_order_acq_rel,
+                                          std::memory_order_acquire))
+        return true;
     }
     return false;
   }

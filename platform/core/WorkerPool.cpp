@@ -208,13 +208,15 @@ void WorkerPool::helpUntilQuiet() {
 void WorkerPool::share(std::size_t count, const SharedCalls::Call& call) {
   signal_.addWork();
   helperReady_ = false;
+  if (kept_.task) giveKeptAway();
   firstRoot_ = roots_.fetch_add(count) + 1;
   const auto begin = std::chrono::steady_clock::now();
   shared_.open(count, lanes_.load(), call);
-  if (callNs_ > kWorthWakingNs && watchers_.load() == 0) wakeForCalls();
+  const bool areLong = callNs_.load(std::memory_order_relaxed) > kWorthWakingNs;
+  if (areLong && watchers_.load() + 1 < static_cast<int>(lanes_.load())) wakeForCalls();
   makeCalls(0);
   const std::int64_t ns = (std::chrono::steady_clock::now() - begin).count();
-  callNs_ += (ns - callNs_) / 4;
+  callNs_ = callNs_ + (ns - callNs_) / 4;
   helperReady_ = true;
   signal_.endWork();
   helpUntilQuiet();
@@ -225,6 +227,14 @@ void WorkerPool::wakeForCalls() {
   if (sleepers_ > 0) wakeUp_.notify_one();
 }
 
+/// What the helper meant to run next must not wait for the calls: they may wait for it.
+void WorkerPool::giveKeptAway() {
+  const std::lock_guard lock(mutex_);
+  queue_.push(std::exchange(kept_, {}));
+  pending_.store(queue_.size());
+  if (sleepers_ > 0) wakeUp_.notify_one();
+}
+
 void WorkerPool::makeCalls(std::size_t lane) {
   Sharing mine{this};
   sharing_ = &mine;
@@ -232,9 +242,10 @@ void WorkerPool::makeCalls(std::size_t lane) {
     mine.root = firstRoot_ + at;
     shared_.make(at);
     if (!mine.kept) continue;
-    const Task task = std::exchange(mine.kept, nullptr);
+    Task task = std::exchange(mine.kept, nullptr);
     runningOrigin = {mine.root, 0};
     guarded("a pool task threw", task);
+    task = nullptr;  // What it lets go of may add a task, of the same tree.
     runningOrigin = {};
   }
   sharing_ = nullptr;
@@ -279,10 +290,17 @@ void WorkerPool::work(std::size_t number) {
   while (true) {
     if (const std::size_t lanes = lanes_.load(); lanes > 1 && shared_.any()) {
       signal_.addWork();
+      // A call may be long, and what it waits for stand behind others.
+      const bool leavesPost = helping_ && !hasSentinel_;
+      ++sharers_;
+      const bool needsMore = callNs_.load(std::memory_order_relaxed) > kWorthWakingNs &&
+                             sharers_ + 1 < static_cast<int>(lanes);
+      if (sleepers_ > 0 && (leavesPost || needsMore)) wakeUp_.notify_one();
       lock.unlock();
       makeCalls(1 + number % (lanes - 1));
       signal_.endWork();
       lock.lock();
+      --sharers_;
       mayWatch = true;
     } else if (workersMayTake()) {
       Entry task = queue_.pop();

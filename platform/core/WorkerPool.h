@@ -119,6 +119,7 @@ class WorkerPool {
   int mostWatchers() const;
   void makeCalls(std::size_t lane);
   void wakeForCalls();
+  void giveKeptAway();
   void awaitTaskOrQuiet();
   void run(Entry& entry);
   /// The way of whoever makes shared calls to add a task that it will run next. False if it must
@@ -140,8 +141,8 @@ class WorkerPool {
   static thread_local Sharing* sharing_;  ///< What the calling thread has in hand, if anything.
   const std::size_t processors_;
   SharedCalls shared_;
-  std::uint64_t firstRoot_ = 0;  ///< Of the shared calls; told with them.
-  std::int64_t callNs_ = 0;      ///< How long they lately took; the helper's alone.
+  std::uint64_t firstRoot_ = 0;          ///< Of the shared calls; told with them.
+  std::atomic<std::int64_t> callNs_{0};  ///< How long they lately took; the helper's to write.
   std::atomic<std::size_t> lanes_{1};
 
   mutable std::mutex mutex_;  ///< Guards what follows. No task runs under it.
@@ -150,6 +151,7 @@ class WorkerPool {
   Ring queue_;
   bool helping_ = false;  ///< There is a helper.
   bool hasSentinel_ = false;
+  int sharers_ = 0;               ///< Workers that make shared calls.
   std::atomic<int> watchers_{0};  ///< Workers that watch; changed under `mutex_`.
   std::int64_t taskNs_ = 0;       ///< How long the helper's tasks lately took.
   bool closing_ = false;

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <vector>
 
 #include "services/Common/IBlockingReceiver.h"
@@ -22,6 +23,9 @@ struct Subscriber {
   const bool blocks;        ///< Somebody waits for it, so nothing may wait for quiet first.
   std::uint64_t round = 0;  ///< The round in which it was called last; see `CallRounds`.
   bool serving = false;     ///< The history of one of its requests is being delivered.
+  /// Held around a call where the turn is not: while calls are shared, and where somebody answers
+  /// meanwhile. So it is called by one thread at a time.
+  std::mutex calling;
 };
 
 /// One standing request. Immutable but for the mark.

@@ -251,9 +251,26 @@ void QuoteService::serveTicks(const std::shared_ptr<MarketRequest>& request, boo
 
 // Delivering records.
 
+/// Lists are being walked. However it ends, nothing of it is left over.
+class QuoteService::Delivering {
+ public:
+  explicit Delivering(QuoteService& service) : service_(service) { ++service_.delivering_; }
+  ~Delivering() {
+    --service_.delivering_;
+    service_.known_.clear();
+  }
+  Delivering(const Delivering&) = delete;
+  Delivering& operator=(const Delivering&) = delete;
+
+ private:
+  QuoteService& service_;
+};
+
 template <typename Call>
 void QuoteService::callSpi(Subscriber& who, bool lockstep, Call call) {
   if (lockstep && !who.blocks) rounds_.enter(who.round);
+  const std::unique_lock calling =
+      lockstep ? std::unique_lock<std::mutex>() : std::unique_lock(who.calling);
   guarded("a market data call-back threw", [&] { call(*who.spi); });
 }
 
@@ -261,7 +278,7 @@ void QuoteService::deliverNext(MarketStream& stream) {
   const std::size_t row = stream.known.load(std::memory_order_relaxed);
   stream.known.store(row + 1, std::memory_order_release);
   rounds_.begin();
-  ++delivering_;
+  const Delivering delivering(*this);
   // Everything that this record brings is known before anybody is called: what a runner asks for
   // meanwhile is answered alike, whoever else is there to be called first. And requests that come
   // in meanwhile have it all in their history, so only those that stand now are called.
@@ -280,7 +297,6 @@ void QuoteService::deliverNext(MarketStream& stream) {
       deliverBar(stream.live, receivers, stream.bars().bars[row]);
   }
   deliverKnown();
-  --delivering_;
 }
 
 void QuoteService::passOver(MarketStream& stream) {
@@ -315,7 +331,10 @@ void QuoteService::callDue(Send send) {
     return !request->who->blocks && rounds_.isNew(request->who->round);
   };
   if (rounds_.sharesCalls(due_.size()) && std::all_of(due_.begin(), due_.end(), isNew)) {
-    rounds_.callAll(due_.size(), [&](std::size_t at) { call(*due_[at]); });
+    rounds_.callAll(due_.size(), [&](std::size_t at) {
+      const std::lock_guard calling(due_[at]->who->calling);
+      call(*due_[at]);
+    });
     return;
   }
   for (MarketRequest* request : due_) {
@@ -359,7 +378,6 @@ void QuoteService::deliverKnown() {
   for (const KnownBars& known : known_)
     for (std::size_t at = known.first; at < known.last; ++at)
       deliverBar(known.series->live, known.receivers, IKLine(known.series->bars()[at]));
-  known_.clear();
 }
 
 void QuoteService::noteOpenEnd(const DerivedSeries& series) {
@@ -371,7 +389,7 @@ void QuoteService::noteOpenEnd(const DerivedSeries& series) {
 void QuoteService::closeThrough(int64 time) {
   closedThrough_ = std::max(closedThrough_, time);
   rounds_.begin();
-  ++delivering_;
+  const Delivering delivering(*this);
   nextClose_ = kUnsetTime;
   std::vector<DerivedSeries*> all;
   for (const auto& series : store_.derived()) all.push_back(series.get());
@@ -385,7 +403,6 @@ void QuoteService::closeThrough(int64 time) {
     noteOpenEnd(*series);
   }
   deliverKnown();
-  --delivering_;
 }
 
 void QuoteService::rewind() {

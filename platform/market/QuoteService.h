@@ -79,6 +79,8 @@ class QuoteService final : public IRealtimeQuoteService {
   void rewind();
 
  private:
+  class Delivering;
+
   void serveOne(const std::shared_ptr<MarketRequest>& request, bool lockstep);
   void serveBars(const std::shared_ptr<MarketRequest>& request, bool lockstep);
   void serveTicks(const std::shared_ptr<MarketRequest>& request, bool lockstep);

@@ -39,7 +39,13 @@ SqliteStore::~SqliteStore() {
 }
 
 void SqliteStore::beginRun(StoredRun run) {
+  // A transaction of its own: if it fails, it takes nothing of the run before with it.
+  awaitWritten();
   post(std::move(run));
+  awaitWritten();
+}
+
+void SqliteStore::awaitWritten() {
   std::unique_lock lock(mutex_);
   changed_.wait(lock, [this] { return jobs_.empty() && !isWriting_; });
 }

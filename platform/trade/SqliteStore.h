@@ -74,6 +74,7 @@ class SqliteStore {
   class Tables;
 
   static bool isBeginning(const Job& job);
+  void awaitWritten();
   void post(Job job);
   void work();
   /// Writes what waits; `room` is empty, and so again afterwards.

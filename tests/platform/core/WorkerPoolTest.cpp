@@ -321,6 +321,38 @@ TEST(SharedCalls, shouldNotWaitForACallWhoseTaskWaitsForALaterOne) {
   }
 }
 
+TEST(SharedCalls, shouldNotWaitForACallThatTwoOthersWaitForWhileAThreadSleeps) {
+  HelpedPool pool(2);
+  for (int round = 0; round < 20; ++round) {
+    std::latch last{1};
+    std::atomic<int> ran{0};
+    pool.share(20, [&](std::size_t at) {
+      pool.add([&, at] {
+        if (at == 0 || at == 7) last.wait();
+        if (at == 19) last.count_down();
+        ++ran;
+      });
+    });
+    EXPECT_EQ(ran.load(), 20);
+  }
+}
+
+TEST(SharedCalls, shouldNotKeepWhatTheHelperHadWaiting) {
+  HelpedPool pool(1);
+  for (int round = 0; round < 20; ++round) {
+    std::latch before{1};
+    std::atomic<int> ran{0};
+    pool.add([&] { before.count_down(); });
+    pool.share(20, [&](std::size_t at) {
+      pool.add([&, at] {
+        if (at == 0) before.wait();
+        ++ran;
+      });
+    });
+    EXPECT_EQ(ran.load(), 20);
+  }
+}
+
 TEST(SharedCalls, shouldNotWaitForACallInTheMidstOfItsLane) {
   HelpedPool pool(1);
   std::latch next{1};
