@@ -353,6 +353,21 @@ TEST(SharedCalls, shouldNotKeepWhatTheHelperHadWaiting) {
   }
 }
 
+TEST(SharedCalls, shouldBringAllThreadsToCallsThatWaitForOneAnother) {
+  HelpedPool pool(3);
+  for (int round = 0; round < 20; ++round) {
+    std::latch all{4};
+    std::atomic<int> ran{0};
+    pool.share(16, [&](std::size_t at) {
+      pool.add([&, at] {
+        if (at % 4 == 0) all.arrive_and_wait();
+        ++ran;
+      });
+    });
+    EXPECT_EQ(ran.load(), 16);
+  }
+}
+
 TEST(SharedCalls, shouldNotWaitForACallInTheMidstOfItsLane) {
   HelpedPool pool(1);
   std::latch next{1};
