@@ -63,6 +63,7 @@ class RunChart {
     this.selected = null;
     this.showsTrades = true;
     this.isLogarithmic = false;
+    this.hidden = 0;
     this.build();
     this.redraw = () => this.recolor();
     theme.listeners.add(this.redraw);
@@ -233,9 +234,9 @@ class RunChart {
     const equity = this.curve.equity[at];
     const since = equity === null ? null : equity / this.trading.startBalance - 1;
     this.equityLegend.replaceChildren(el('b', {}, 'Equity'), el('span', {}, money(equity)),
-      el('span', { class: tone(since) }, signed(percent(since), since)));
+      colored(signedPercent(since)));
     this.drawdownLegend.replaceChildren(el('b', {}, 'Drawdown'),
-      el('span', { class: 'down' }, percent(this.curve.drawdown[at])));
+      colored(percent(this.curve.drawdown[at])));
     const id = event && event.hoveredObjectId;
     this.host.classList.toggle('on-mark', id !== undefined && id !== null);
   }
@@ -250,8 +251,12 @@ class RunChart {
       const price = (column) => number(candles[column][i], this.digits);
       const change = candles.close[i] - candles.open[i];
       parts.push(value('O', price('open')), value('H', price('high')), value('L', price('low')),
-        value('C', price('close'), tone(change)));
+        value('C', price('close'), tone(number(change, this.digits))));
       if (this.volume) parts.push(value('V', short(candles.volume[i])));
+    }
+    if (this.hidden) {
+      parts.push(el('span', { class: 'muted hidden-marks' },
+        `${plural(this.hidden, 'trade')} in view: zoom in for their marks`));
     }
     this.priceLegend.replaceChildren(...parts);
   }
@@ -279,8 +284,14 @@ class RunChart {
   drawMarks() {
     if (!this.markers) return;
     const spacing = this.chart.timeScale().options().barSpacing;
-    const { style, marks } = this.showsTrades
-      ? this.marks.inView(this.axis, ...this.view(), spacing) : { style: 'none', marks: [] };
+    const { style, marks, count } = this.showsTrades
+      ? this.marks.inView(this.axis, ...this.view(), spacing)
+      : { style: 'none', marks: [], count: 0 };
+    const hidden = style === 'none' ? count : 0;
+    if (hidden !== this.hidden) {
+      this.hidden = hidden;
+      this.showLegends();
+    }
     this.dots.forEach((dots, isBuy) => dots.applyOptions({
       visible: style === 'dots', color: theme.color(isBuy ? 'buy' : 'sell'),
     }));

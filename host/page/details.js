@@ -91,10 +91,9 @@ function accountsCard() {
   if (run.accounts.length === 0) return null;
   return card('Accounts', null, plainTable(
     ['Account', 'Currency', 'Start', 'Equity', 'Return', 'Available', 'Margin', 'Fees'],
-    run.accounts.map((account) => [account.name, currencyText(account.currency) || NONE, money(account.startBalance),
-      money(account.final.equity),
-      el('span', { class: tone(account.figures.return) },
-        signed(percent(account.figures.return), account.figures.return)),
+    run.accounts.map((account) => [account.name, currencyText(account.currency) || NONE,
+      money(account.startBalance), money(account.final.equity),
+      colored(signedPercent(account.figures.return)),
       money(account.final.available), money(account.final.margin), money(account.final.fee)]),
     [2, 3, 4, 5, 6, 7]));
 }

@@ -57,8 +57,3 @@ function chooser(label, choices, current, onChoose) {
     select.append(el('option', { value, selected: value === current }, text));
   return select;
 }
-
-/** The class of a number that is good above 0 and bad below. */
-function tone(value) {
-  return value > 0 ? 'up' : value < 0 ? 'down' : '';
-}

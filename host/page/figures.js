@@ -8,18 +8,28 @@ function tile(label, value, below, className = '', hint = null) {
     el('div', { class: 'tile-below' }, below || '\u00a0'));
 }
 
+/** A figure that is coloured by its sign. */
+function signedTile(label, text, below) {
+  return tile(label, text, below, tone(text));
+}
+
+/** Tiles in rows of one length: all in one, in two halves, or in pairs, as there is room. */
+function tileRows(tiles) {
+  return el('div', {
+    class: 'tiles', style: `--all: ${tiles.length}; --half: ${Math.ceil(tiles.length / 2)}`,
+  }, ...tiles);
+}
+
 function tradingTiles(trading) {
   const { figures } = trading;
   const fall = figures.maxDrawdown;
   const unit = currencyText(trading.currency);
   return [
-    tile('Return', signed(percent(figures.return), figures.return),
-      `${signed(money(figures.profit), figures.profit)} ${unit}`, tone(figures.return)),
-    tile('Annual return', signed(percent(figures.annualReturn), figures.annualReturn),
-      `volatility ${percent(figures.annualVolatility)}`, tone(figures.annualReturn)),
-    tile('Max drawdown', fall.share ? `\u2212${percent(fall.share)}` : percent(0),
-      fall.trough ? `trough ${reportDate(fall.trough)}` : 'never below a peak',
-      fall.share ? 'down' : ''),
+    signedTile('Return', signedPercent(figures.return), `${signedMoney(figures.profit)} ${unit}`),
+    signedTile('Annual return', signedPercent(figures.annualReturn),
+      `volatility ${percent(figures.annualVolatility)}`),
+    signedTile('Max drawdown', percent(-fall.share),
+      fall.trough ? `trough ${reportDate(fall.trough)}` : 'never below a peak'),
     tile('Sharpe', number(figures.sharpe, 2), `Sortino ${number(figures.sortino, 2)}`),
     tile('Win rate', percent(figures.winRate, 1), `of ${plural(figures.closings, 'closing fill')}`),
     tile('Profit factor', number(figures.profitFactor, 2),
@@ -65,7 +75,7 @@ function figuresCard(figures, currency) {
   return card('Figures', el('span', { class: 'aside' }, currencyText(currency)), pairs([
     ['Start balance', money(figures.startBalance)],
     ['Final equity', money(figures.finalEquity)],
-    ['Profit', signed(money(figures.profit), figures.profit)],
+    ['Profit', signedMoney(figures.profit)],
     ['Annual volatility', percent(figures.annualVolatility),
       'Sample standard deviation of the daily returns, times the root of 252'],
     ['Deepest fall', `${money(fall.amount)}`, 'From a peak to the trough after it'],

@@ -3,6 +3,9 @@
 const NONE = '–';
 const formats = new Map();
 
+/** Whether the text of a number has a digit other than 0: what rounds to nothing has no sign. */
+const readsAsSome = (text) => /[1-9]/.test(text);
+
 /** A number with separators and so many decimals; a true minus sign, for columns that align. */
 function number(value, digits = 0, leastDigits = digits) {
   if (value === null || value === undefined || !Number.isFinite(value)) return NONE;
@@ -12,7 +15,8 @@ function number(value, digits = 0, leastDigits = digits) {
       minimumFractionDigits: leastDigits, maximumFractionDigits: digits,
     }));
   }
-  return formats.get(key).format(value).replace('-', '\u2212');
+  const text = formats.get(key).format(value);
+  return readsAsSome(text) ? text.replace('-', '\u2212') : text.replace('-', '');
 }
 
 const money = (value) => number(value, 2);
@@ -20,11 +24,25 @@ const quantity = (value) => number(value, 8, 0);
 
 /** With a plus sign where it is one. */
 function signed(text, value) {
-  return value > 0 ? `+${text}` : text;
+  return value > 0 && readsAsSome(text) ? `+${text}` : text;
+}
+
+/** The class of a number by how it reads: good above 0, bad below, none where it reads as 0. */
+function tone(text) {
+  if (!readsAsSome(text)) return '';
+  return text.startsWith('\u2212') ? 'down' : 'up';
 }
 
 function percent(share, digits = 2) {
   return share === null || share === undefined ? NONE : `${number(share * 100, digits)}%`;
+}
+
+const signedMoney = (value) => signed(money(value), value);
+const signedPercent = (share, digits) => signed(percent(share, digits), share);
+
+/** The text of a signed number in its colour. */
+function colored(text) {
+  return el('span', { class: tone(text) }, text);
 }
 
 /** Large amounts in few characters: 12.3M. */
@@ -46,7 +64,7 @@ function roundMoney(value) {
 
 /** The name of a currency; empty where none was given. */
 function currencyText(name) {
-  return name && name !== 'unknownmoney' ? name : '';
+  return name && name !== 'unknowmoney' ? name : '';
 }
 
 function bytes(value) {

@@ -1,6 +1,7 @@
 // The trades as marks on the candles: the fewer there are in view, the more each one tells.
 
 const MOST_ARROWS = 150;
+const DOT_WIDTH = 4;     // Pixels of a dot. Where there is less for each, dots would hide candles.
 const TEXT_WIDTH = 110;  // Pixels that a mark's text takes, with some room beside it.
 
 /**
@@ -37,7 +38,9 @@ class TradeMarks {
     const begin = upperBound(this.starts, from - 1);
     const end = upperBound(this.starts, to);
     const count = end - begin;
-    if (count > MOST_ARROWS) return { style: 'dots', marks: [] };
+    const room = (to - from + 1) * spacing;
+    if (count > MOST_ARROWS && count * DOT_WIDTH > room) return { style: 'none', marks: [], count };
+    if (count > MOST_ARROWS) return { style: 'dots', marks: [], count };
     const isFree = (i, other) => !this.groups[other] ||
       Math.abs(this.groups[other].candle - this.groups[i].candle) * spacing >= TEXT_WIDTH;
     const marks = [];
@@ -46,7 +49,7 @@ class TradeMarks {
       const hasRoom = isFree(i, i - 1) && isFree(i, i + 1);
       marks.push(this.mark(axis, group, hasRoom ? groupText(this.trades, group) : undefined));
     }
-    return { style: 'arrows', marks };
+    return { style: 'arrows', marks, count };
   }
 
   mark(axis, { candle, isBuy, trades }, text, size = 1) {

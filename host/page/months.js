@@ -24,12 +24,12 @@ function heatCell(value, strongest, title) {
   if (value === null) return el('td', { class: 'none' });
   const share = strongest > 0 ? Math.min(1, Math.abs(value) / strongest) : 0;
   const digits = Math.abs(value) >= 0.9995 ? 0 : 1;
-  const isNothing = Math.abs(value) < 0.0005;
-  const text = isNothing ? '0.0' : number(value * 100, digits);
+  const text = signed(number(value * 100, digits), value);
+  const className = tone(text);
   return el('td', {
-    class: `heat ${tone(value)}`, title: `${title}: ${signed(percent(value, 3), value)}`,
-    style: `--heat: ${value === 0 ? 0 : (8 + 52 * share).toFixed(1)}%`,
-  }, isNothing ? text : signed(text, value));
+    class: `heat ${className}`, title: `${title}: ${signedPercent(value, 3)}`,
+    style: `--heat: ${className ? (8 + 52 * share).toFixed(1) : 0}%`,
+  }, text);
 }
 
 function monthsCard(months) {

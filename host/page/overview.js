@@ -80,8 +80,7 @@ class OverviewChart {
     });
     this.legend.replaceChildren(...this.entries.map((entry, at) => el('span', {},
       el('i', { class: 'swatch', style: `background: ${lineColor(at)}` }),
-      entry.name, ' ', el('span', { class: tone(values[at]) },
-        signed(percent(values[at]), values[at])))));
+      entry.name, ' ', colored(signedPercent(values[at])))));
   }
 }
 
@@ -91,8 +90,7 @@ class OverviewPage {
     this.traders = run.entries.filter((entry) => entry.trading);
     const total = run.total ? { ...run.total, startBalance: run.total.figures.startBalance } : null;
     this.node.append(this.head(), ...notices(null),
-      el('div', { class: 'tiles' },
-        ...(total && this.traders.length ? tradingTiles(total) : this.quietTiles())));
+      tileRows(total && this.traders.length ? tradingTiles(total) : this.quietTiles()));
     if (this.traders.length) {
       this.chartHost = el('div', { class: 'chart low' });
       const left = this.traders.length - MOST_LINES;
@@ -151,11 +149,12 @@ class OverviewPage {
     const column = (title, value, show, more = {}) => ({ title, isNumber: true, value, show,
       ...more });
     const share = (title, name) => column(title, (i) => figure(i, name),
-      (i) => signed(percent(figure(i, name)), figure(i, name)),
-      { tone: (i) => tone(figure(i, name)) });
+      (i) => signedPercent(figure(i, name)),
+      { tone: (i) => tone(signedPercent(figure(i, name))) });
     const ratio = (title, name) => column(title, (i) => figure(i, name),
       (i) => number(figure(i, name), 2));
     const fall = (i) => (entries[i].trading ? entries[i].trading.figures.maxDrawdown.share : null);
+    const fallText = (i) => (fall(i) === null ? NONE : percent(-fall(i)));
     const columns = [
       { title: 'Runner', width: '15%', value: (i) => entries[i].name,
         show: (i) => el('a', { href: pageLink(entries[i]) }, entries[i].name) },
@@ -171,8 +170,7 @@ class OverviewPage {
         column('Final equity', (i) => figure(i, 'finalEquity'),
           (i) => money(figure(i, 'finalEquity')), { width: '12%' }),
         share('Return', 'return'), share('Annual', 'annualReturn'), ratio('Sharpe', 'sharpe'),
-        column('Drawdown', fall, (i) => (fall(i) ? `\u2212${percent(fall(i))}` : percent(fall(i))),
-          { tone: (i) => (fall(i) ? 'down' : '') }),
+        column('Drawdown', fall, fallText, { tone: (i) => tone(fallText(i)) }),
         column('Wins', (i) => figure(i, 'winRate'), (i) => percent(figure(i, 'winRate'), 1)),
         ratio('Factor', 'profitFactor'));
     } else {

@@ -37,8 +37,8 @@ class RunnerPage {
     this.entry = entry;
     this.all = seriesOf(entry);
     this.node = el('div', { class: 'page' });
-    this.node.append(this.head(), ...notices(entry), el('div', { class: 'tiles' },
-      ...(entry.trading ? tradingTiles(entry.trading) : quietTiles(entry))));
+    this.node.append(this.head(), ...notices(entry),
+      tileRows(entry.trading ? tradingTiles(entry.trading) : quietTiles(entry)));
     if (entry.trading) this.trades = new TradeTable(entry, (i) => this.showTrade(i));
     if (this.all.length || entry.trading) this.node.append(this.chartCard());
     this.node.append(...this.rest().filter(Boolean));

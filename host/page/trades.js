@@ -57,8 +57,8 @@ class TradeTable {
         show: (i) => money(trades.fee[i]) },
       { title: 'Profit', isNumber: true, hint: 'Of what it closed, before fees',
         value: (i) => (isClosing(i) ? trades.profit[i] : null),
-        show: (i) => (isClosing(i) ? signed(money(trades.profit[i]), trades.profit[i]) : ''),
-        tone: (i) => tone(trades.profit[i]) },
+        show: (i) => (isClosing(i) ? signedMoney(trades.profit[i]) : ''),
+        tone: (i) => tone(signedMoney(trades.profit[i])) },
       { title: 'Order', isNumber: true, value: (i) => trades.order[i],
         show: (i) => String(trades.order[i]) },
     ];
@@ -130,6 +130,7 @@ class TradeTable {
     this.summary.replaceChildren(
       isAll ? plural(count, 'fill') : `${number(count)} of ${plural(this.table.count, 'fill')}`,
       el('span', { class: 'dot' }, '·'), 'net ',
-      el('b', { class: tone(net) }, signed(money(net), net)), ` ${currencyText(this.currency)}`);
+      el('b', { class: tone(signedMoney(net)) }, signedMoney(net)),
+      ` ${currencyText(this.currency)}`);
   }
 }

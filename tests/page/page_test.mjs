@@ -16,15 +16,18 @@ if (!found) {
   process.exit(SKIPPED);
 }
 
-/** Bars of two weeks, a minute each, that swing and drift. The same at every run. */
-function writeBars(file, base) {
+/** How prices swing and drift. */
+const swing = (at) => 40 * Math.sin(at / 37) + 15 * Math.sin(at / 11) + at / 60;
+
+/** Bars of two weeks, a minute each. The same at every run. */
+function writeBars(file, base, priceAt = swing) {
   const lines = ['datetime,open,high,low,close,volume'];
   let price = base;
   for (let day = 4; day < 16; ++day) {
     for (let minute = 0; minute < 240; ++minute) {
       const open = price;
       const at = day * 240 + minute;
-      price = base + 40 * Math.sin(at / 37) + 15 * Math.sin(at / 11) + at / 60;
+      price = base + priceAt(at);
       const cents = (value) => value.toFixed(2);
       const clock = `${String(9 + Math.floor(minute / 60)).padStart(2, '0')}:` +
         `${String(minute % 60).padStart(2, '0')}:00`;
@@ -145,6 +148,39 @@ const tests = {
     const shown = trades.filter((trade) => trade.side === 'sell' &&
       String(trade.order).includes(String(trades[3].order))).length;
     assert.equal(await page.value(`${rows}.length`), shown);
+    await expectClean(page, url);
+    await page.close();
+  },
+
+  async shouldHideTheMarksThatWouldHideTheCandles() {
+    const file = path.join(folder, 'Z.X.csv');
+    writeBars(file, 1000, (at) => 3 * (Math.floor(at / 2) % 2));
+    const { url, report } = run('crowded', { runners: [{ name: 'crowded', strategy: 'sma_cross',
+      params: { fast: 1, slow: 2, mode: 'longShort' } }], bars: [{ file, code: 'Z.X' }] });
+    const { length } = report.runners[0].trading.trades;
+    assert.ok(length > 2000, `only ${length} trades`);
+    const page = await browser.open(url);
+    assert.match(await page.value(text('.hidden-marks')), /^[\d,]+ trades in view: zoom in/);
+    await page.click('.trades tr[data-row="7"]');
+    await page.frames();
+    assert.equal(await page.value('document.querySelector(".hidden-marks")'), null);
+    await expectClean(page, url);
+    await page.close();
+  },
+
+  async shouldGiveNoSignAndNoColourToWhatReadsAsZero() {
+    const { url, report } = run('rich', { runners: [crossing('rich', 20)], bars: oneSeries,
+      capital: 1000000000000 });
+    const { figures } = report.runners[0].trading;
+    assert.ok(figures.return !== 0 && figures.maxDrawdown.share > 0, JSON.stringify(figures));
+    const page = await browser.open(url);
+    const tile = (at) => `document.querySelectorAll('.tile-value')[${at}]`;
+    for (const at of [0, 1, 2]) {
+      assert.equal(await page.value(`${tile(at)}.textContent`), '0.00%');
+      assert.equal(await page.value(`${tile(at)}.className`), 'tile-value');
+    }
+    assert.equal(await page.value(`document.querySelectorAll('.months .up, .months .down').length`),
+      0);
     await expectClean(page, url);
     await page.close();
   },
