@@ -127,7 +127,7 @@ int GenerateCommand::execute() {
   writeJson(folder_, "instruments.json", instrumentsJson(instruments));
   writeJson(folder_, "format.json", sessionFormatJson());
   const QJsonObject runner{{"strategy", "sma_cross"},
-                           {"params", QJsonObject{{"fast", 5}, {"slow", 20}, {"volume", 1}}}};
+                           {"params", QJsonObject{{"fast", 5}, {"slow", 20}}}};
   writeJson(folder_, "run.json",
             QJsonDocument(QJsonObject{{"runners", QJsonArray{runner}},
                                       {"instruments", "instruments.json"},

@@ -8,11 +8,13 @@
 #include <QJsonDocument>
 #include <QRegularExpression>
 #include <algorithm>
+#include <cctype>
 #include <charconv>
 #include <cmath>
 
 #include "host/InputError.h"
 #include "platform/core/JsonKeys.h"
+#include "shared/NearText.h"
 
 namespace orvane {
 
@@ -23,6 +25,41 @@ QByteArray readWholeFile(const std::string& path) {
     throw InputError(fmt::format("{}: cannot be read: {}", path, file.errorString().toStdString()));
   return file.readAll();
 }
+
+namespace {
+
+/// The usual mistake that is seen where the parser gave up, which is at it or right after; empty
+/// where none is.
+std::string jsonAdvice(const QByteArray& text, qsizetype offset) {
+  const QByteArray before = text.left(offset).trimmed();
+  const QByteArray after = text.mid(offset).trimmed();
+  if (before.isEmpty() && after.isEmpty()) return "there is none";
+  const QByteArray around = before.right(1) + after.left(1);
+  if (around.contains('\'')) return "texts and keys stand in double quotes";
+  if (around.contains('/') || around.contains('#')) return "JSON has no comments";
+  const QByteArray wider =
+      before.right(1) == "}" || before.right(1) == "]" ? before.chopped(1).trimmed() : before;
+  if (wider.size() < before.size() && wider.endsWith(',')) return "there is a comma too many";
+  const auto isLetter = [](const QByteArray& one) {
+    return !one.isEmpty() && std::isalpha(static_cast<unsigned char>(one.front())) != 0;
+  };
+  const QByteArray ahead = before.chopped(1).trimmed();
+  if (isLetter(before.right(1)) && (ahead.endsWith('{') || ahead.endsWith(',')))
+    return "keys stand in double quotes";
+  if (before.endsWith(':') && isLetter(after))
+    return "texts stand in double quotes; other words are true, false and null";
+  if (before.endsWith('"') && !ahead.endsWith(',') && !ahead.endsWith('{') && !ahead.endsWith(':'))
+    return "a comma is missing";
+  if (after.isEmpty()) return "the end is missing";
+  return {};
+}
+
+std::string badJson(const QJsonParseError& error, const QByteArray& text) {
+  const std::string advice = jsonAdvice(text, error.offset);
+  return "bad JSON: " + error.errorString().toStdString() + (advice.empty() ? "" : "; " + advice);
+}
+
+}  // namespace
 
 QJsonValue parseJson(const QByteArray& given, const std::string& origin) {
   QByteArray text = given;
@@ -35,8 +72,7 @@ QJsonValue parseJson(const QByteArray& given, const std::string& origin) {
     const auto column = offset - before.lastIndexOf('\n');
     throw InputError(fmt::format("{}:{}:{}: {}", origin, line, column, what));
   };
-  if (error.error != QJsonParseError::NoError)
-    refuseAt(error.offset, "bad JSON: " + error.errorString().toStdString());
+  if (error.error != QJsonParseError::NoError) refuseAt(error.offset, badJson(error, text));
   const std::string_view all(text.constData(), static_cast<std::size_t>(text.size()));
   if (const auto twice = detail::keyGivenTwice(all))
     refuseAt(static_cast<qsizetype>(twice->offset), "key \"" + twice->key + "\" comes twice");
@@ -164,13 +200,24 @@ std::vector<std::string> JsonReader::texts(const char* key) {
   return result;
 }
 
+namespace {
+
+/// What somebody may do about a key that is none.
+std::string keyAdvice(const std::vector<QString>& known, const QString& written) {
+  if (const QString* const meant = textMeant(known, written))
+    return fmt::format("is \"{}\" meant?", meant->toStdString());
+  std::string list;
+  for (const QString& key : known) list += (list.empty() ? "" : ", ") + key.toStdString();
+  return "the keys here are " + list;
+}
+
+}  // namespace
+
 void JsonReader::close() const {
   for (auto it = object_.begin(); it != object_.end(); ++it) {
     if (std::find(asked_.begin(), asked_.end(), it.key()) != asked_.end()) continue;
-    std::string known;
-    for (const QString& key : asked_) known += (known.empty() ? "" : ", ") + key.toStdString();
-    throw InputError(fmt::format("{}: unknown key; the keys here are {}",
-                                 place(it.key().toStdString().c_str()), known));
+    throw InputError(fmt::format("{}: unknown key; {}", place(it.key().toStdString().c_str()),
+                                 keyAdvice(asked_, it.key())));
   }
 }
 

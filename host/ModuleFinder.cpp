@@ -2,6 +2,7 @@
 
 #include <dlfcn.h>
 #include <fmt/core.h>
+#include <fmt/ranges.h>
 
 #include <filesystem>
 #include <set>
@@ -10,6 +11,7 @@
 #include "host/ElfSymbols.h"
 #include "host/InputError.h"
 #include "platform/core/ModuleTrial.h"
+#include "shared/NearText.h"
 
 namespace orvane {
 namespace {
@@ -27,6 +29,14 @@ std::vector<fs::path> moduleFolders() {
   return {beside, beside / ".." / ORVANE_MODULE_FOLDER};
 }
 
+/// What somebody may have meant who named no module.
+std::string moduleAdvice(const std::string& given) {
+  const std::vector<std::string> names = strategyModuleNames();
+  if (const std::string* const meant = textMeant(names, given))
+    return fmt::format("; is \"{}\" meant?", *meant);
+  return names.empty() ? "" : fmt::format("; there are {}", fmt::join(names, ", "));
+}
+
 }  // namespace
 
 std::string findStrategyModule(const std::string& given, const std::string& place) {
@@ -41,8 +51,8 @@ std::string findStrategyModule(const std::string& given, const std::string& plac
         if (fs::is_regular_file(folder / name, error))
           return (folder / name).lexically_normal().string();
     throw InputError(fmt::format(
-        "{}: there is no strategy module \"{}\", neither here nor beside the command ({})", place,
-        given, commandFolder().string()));
+        "{}: there is no strategy module \"{}\", neither here nor beside the command ({}){}", place,
+        given, commandFolder().string(), moduleAdvice(given)));
   }
   throw InputError(fmt::format("{}: the strategy module \"{}\" does not exist", place, given));
 }

@@ -4,20 +4,70 @@
 
 #include <charconv>
 #include <string>
+#include <vector>
 
 #include "host/InputError.h"
+#include "shared/NearText.h"
 
 namespace orvane {
 
 namespace {
 
-/// The names of all commands, as a list in words.
-std::string commandsOf(const CLI::App& app) {
-  const auto commands = app.get_subcommands([](const CLI::App*) { return true; });
-  std::string names;
-  for (std::size_t i = 0; i < commands.size(); ++i)
-    names += (i == 0 ? "" : i + 1 < commands.size() ? ", " : " and ") + commands[i]->get_name();
+std::vector<std::string> commandsOf(const CLI::App& app) {
+  std::vector<std::string> names;
+  for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; }))
+    names.push_back(command->get_name());
   return names;
+}
+
+/// Texts as a list in words.
+std::string listed(const std::vector<std::string>& texts) {
+  std::string list;
+  for (std::size_t i = 0; i < texts.size(); ++i)
+    list += (i == 0 ? "" : i + 1 < texts.size() ? ", " : " and ") + texts[i];
+  return list;
+}
+
+/// "data inspect" of the application of that name.
+std::string pathOf(const CLI::App& command) {
+  const CLI::App* const parent = command.get_parent();
+  if (parent == nullptr) return {};
+  const std::string path = pathOf(*parent);
+  return path.empty() ? command.get_name() : path + " " + command.get_name();
+}
+
+/// The command that the line names, however deep it lies.
+const CLI::App& chosenCommand(const CLI::App& app) {
+  const auto chosen = app.get_subcommands();
+  return chosen.empty() ? app : chosenCommand(*chosen.front());
+}
+
+/// The first argument that is an option's in its form, but of no option of the command.
+std::string unknownOption(const CLI::App& command, int argc, char** argv) {
+  for (int i = 1; i < argc; ++i) {
+    const std::string given = argv[i];
+    const std::string name = given.substr(0, given.find('='));
+    if (name == "--") break;
+    if (name.starts_with("--") && command.get_option_no_throw(name) == nullptr) return name;
+  }
+  return {};
+}
+
+std::string optionFault(const CLI::App& command, const std::string& name) {
+  std::vector<std::string> known;
+  for (const CLI::Option* option : command.get_options())
+    for (const std::string& its : option->get_lnames()) known.push_back("--" + its);
+  const std::string* const meant = textMeant(known, name);
+  return fmt::format("\"{}\" is not an option of {}{}", name, pathOf(command),
+                     meant == nullptr ? "" : fmt::format("; is \"{}\" meant?", *meant));
+}
+
+std::string commandFault(const CLI::App& app, const std::string& name) {
+  const auto commands = commandsOf(app);
+  const std::string* const meant = textMeant(commands, name);
+  return fmt::format("\"{}\" is not a command; {} commands are {}", name,
+                     meant == nullptr ? "the" : fmt::format("is \"{}\" meant? The", *meant),
+                     listed(commands));
 }
 
 }  // namespace
@@ -45,7 +95,9 @@ void refuseEmptyTexts(const CLI::App& command) {
 std::string faultOf(const CLI::ParseError& error, const CLI::App& app, int argc, char** argv) {
   const std::string text = error.what();
   if (app.get_subcommands().empty() && argc > 1 && !std::string(argv[1]).starts_with("--page"))
-    return fmt::format("\"{}\" is not a command; the commands are {}", argv[1], commandsOf(app));
+    return commandFault(app, argv[1]);
+  if (const std::string name = unknownOption(chosenCommand(app), argc, argv); !name.empty())
+    return optionFault(chosenCommand(app), name);
   // Where a flag was given a value, the parser leaves out which.
   const auto end = text.find(" was given a disallowed flag override");
   for (int i = 1; i < argc && end != std::string::npos; ++i)

@@ -8,13 +8,13 @@
 #include <cmath>
 #include <concepts>
 #include <limits>
-#include <numeric>
 #include <set>
 #include <string>
 #include <vector>
 
 #include "EventStrategy/ov.strategy.runner/IContext.h"
 #include "sdk/Text.h"
+#include "shared/NearText.h"
 
 namespace orvane {
 
@@ -170,29 +170,11 @@ class Params {
   /// The key that was probably meant, one that at most two letters tell apart; else all there are.
   std::string meant(const QString& key) const {
     if (taken_.empty()) return "there are none";
-    const auto nearest =
-        std::ranges::min_element(taken_, {}, [&](const QString& its) { return apart(its, key); });
-    if (apart(*nearest, key) <= std::min<qsizetype>(2, key.size() / 2))
+    if (const QString* const nearest = textMeant(taken_, key))
       return "is " + quoted(nearest->toStdString()) + " meant?";
     std::vector<std::string> known;
     for (const QString& its : taken_) known.push_back(its.toStdString());
     return "there " + std::string(known.size() == 1 ? "is " : "are ") + listed(known, " and ");
-  }
-
-  /// How many letters must be put in, taken out or changed.
-  static qsizetype apart(const QString& a, const QString& b) {
-    std::vector<qsizetype> row(static_cast<std::size_t>(b.size()) + 1);
-    std::iota(row.begin(), row.end(), 0);
-    for (qsizetype i = 0; i < a.size(); ++i) {
-      qsizetype corner = row[0]++;
-      for (qsizetype j = 0; j < b.size(); ++j) {
-        const auto at = static_cast<std::size_t>(j) + 1;
-        const qsizetype changed = corner + (a[i] == b[j] ? 0 : 1);
-        corner = row[at];
-        row[at] = std::min({row[at] + 1, row[at - 1] + 1, changed});
-      }
-    }
-    return row.back();
   }
 
   QJsonObject object_;

@@ -28,12 +28,14 @@ using orvane::ResultStatus;
 /// The crossing of two simple moving averages of the closes, for every bar series that the host
 /// offers, each on its own. Parameters:
 /// - "fast" (5), "slow" (20): how many closes each mean takes; fast below slow.
-/// - "volume" (1): the volume of an order; with 0 it only logs its signals.
+/// - "volume": the volume of an order; where it is not given, a lot of the instrument (1 where that
+///   is not known). With 0 it only logs its signals.
 /// - "mode" ("longOnly"): buys on an up-cross when flat and sells on a down-cross what it holds;
 ///   "longShort" also closes and reverses.
 ///
 /// A signal is taken when its bar is complete, and traded with a market order on the account that
 /// the host gives; without one it only logs. Bars of the history give signals but no orders.
+/// Signals that are traded are logged at the level "debug", since the orders tell of them.
 ///
 /// Tells the host what it counted when it stops, as the environment values "bars", "ticks",
 /// "signals" and "fills".
@@ -41,7 +43,7 @@ class SmaCross : public orvane::Strategy {
  public:
   void onStart(IContext* context, const QJsonObject& json) override {
     if (!readParameters(context, json)) return;
-    if (!orvane::accountName(json).empty() && volume_ > 0) {
+    if (!orvane::accountName(json).empty() && volume_ != 0.0) {
       const ResultStatus found = orvane::findOwnAccount(context, json, account_.emplace());
       if (found.code != 0)
         return context->setError("account " + orvane::accountName(json) + ": " + found.message);
@@ -54,7 +56,7 @@ class SmaCross : public orvane::Strategy {
                    const std::vector<IKLine>& bars, const ResultStatus& status,
                    int batchFlag) override {
     if (status.code != 0) return context->logWarn(code.code + ": " + status.message, true);
-    Series& series = seriesOf(code, frequency);
+    Series& series = seriesOf(context, code, frequency);
     for (const IKLine& bar : bars) {
       ++bars_;
       const orvane::KLineView view(bar);
@@ -62,8 +64,8 @@ class SmaCross : public orvane::Strategy {
         const ExactCross::Signal signal = series.cross.add(view.close());
         if (signal == ExactCross::Signal::None) continue;
         const bool isUp = signal == ExactCross::Signal::Up;
-        tell(context, code, frequency, view, series.cross, isUp);
-        if (series.trader && series.isLive) trade(context, *series.trader, isUp);
+        tell(context, code, frequency, view, series, isUp);
+        if (series.isTrading()) trade(context, *series.trader, isUp);
       } catch (const std::range_error& error) {
         return context->setError(code.code + " " + frequency + " bar of " +
                                  orvane::utcText(view.beginTime()) + ": " + error.what());
@@ -113,7 +115,9 @@ class SmaCross : public orvane::Strategy {
   /// What belongs to one code and frequency.
   struct Series {
     explicit Series(std::size_t fast, std::size_t slow) : cross(fast, slow) {}
+    bool isTrading() const { return trader && isLive; }
     ExactCross cross;
+    double volume = 0;  ///< Of an order.
     std::optional<CrossTrader> trader;
     bool isLive = false;  ///< The history is over.
   };
@@ -122,7 +126,8 @@ class SmaCross : public orvane::Strategy {
     orvane::Params params(json);
     fast_ = static_cast<std::size_t>(params.integer("fast", 5, 1, kLongest));
     slow_ = static_cast<std::size_t>(params.integer("slow", 20, 2, kLongest));
-    volume_ = params.number("volume", 1, 0);
+    const double volume = params.number("volume", 1, 0);
+    if (params.has("volume")) volume_ = volume;
     if (params.choice("mode", "longOnly", {"longOnly", "longShort"}) == "longShort")
       mode_ = CrossTrader::Mode::LongShort;
     if (fast_ >= slow_)
@@ -131,10 +136,18 @@ class SmaCross : public orvane::Strategy {
     return params.accept(context);
   }
 
-  Series& seriesOf(const ICodeID& code, const std::string& frequency) {
+  Series& seriesOf(IContext* context, const ICodeID& code, const std::string& frequency) {
     const auto [at, isNew] = series_.try_emplace({code.id, frequency}, fast_, slow_);
-    if (isNew && account_) at->second.trader.emplace(*account_, code, mode_, volume_);
-    return at->second;
+    Series& series = at->second;
+    if (!isNew) return series;
+    series.volume = volume_ ? *volume_ : lotOf(context, code);
+    if (account_) series.trader.emplace(*account_, code, mode_, series.volume);
+    return series;
+  }
+
+  static double lotOf(IContext* context, const ICodeID& code) {
+    orvane::ICodeProperty property;
+    return context->resolvedCodeProperty(code, property).code == 0 ? property.lotSize : 1;
   }
 
   CrossTrader* traderOf(int64 orderId) {
@@ -161,18 +174,18 @@ class SmaCross : public orvane::Strategy {
   }
 
   void tell(IContext* context, const ICodeID& code, const std::string& frequency,
-            const orvane::KLineView& bar, const ExactCross& cross, bool isUp) {
+            const orvane::KLineView& bar, const Series& series, bool isUp) {
     ++signals_;
-    context->logInfo(
-        std::string("signal ") + (isUp ? "buy " : "sell ") + orvane::numberText(volume_) + " " +
-            code.code + " " + frequency + " at " + orvane::utcText(bar.endTime()) +
-            " close=" + orvane::numberText(bar.close()) + " fast=" + meanText(cross.fastMean()) +
-            " slow=" + meanText(cross.slowMean()),
-        true);
+    const std::string text =
+        std::string("signal ") + (isUp ? "buy " : "sell ") + orvane::numberText(series.volume) +
+        " " + code.code + " " + frequency + " at " + orvane::utcText(bar.endTime()) +
+        " close=" + orvane::numberText(bar.close()) + " fast=" + meanText(series.cross.fastMean()) +
+        " slow=" + meanText(series.cross.slowMean());
+    series.isTrading() ? context->logDebug(text, true) : context->logInfo(text, true);
   }
 
   std::size_t fast_ = 0, slow_ = 0;
-  double volume_ = 0;
+  std::optional<double> volume_;  ///< As it was given.
   CrossTrader::Mode mode_ = CrossTrader::Mode::LongOnly;
   std::optional<orvane::TradingAccountID> account_;
   std::map<std::pair<int64, std::string>, Series> series_;  ///< By code id and frequency.

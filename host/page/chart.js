@@ -284,10 +284,9 @@ class RunChart {
   drawMarks() {
     if (!this.markers) return;
     const spacing = this.chart.timeScale().options().barSpacing;
-    const { style, marks, count } = this.showsTrades
+    const { style, marks, hidden } = this.showsTrades
       ? this.marks.inView(this.axis, ...this.view(), spacing)
-      : { style: 'none', marks: [], count: 0 };
-    const hidden = style === 'none' ? count : 0;
+      : { style: 'none', marks: [], hidden: 0 };
     if (hidden !== this.hidden) {
       this.hidden = hidden;
       this.showLegends();

@@ -31,16 +31,20 @@ class TradeMarks {
   }
 
   /**
-   * How the marks of a view are drawn, and those that are not mere dots. Candles are `spacing`
-   * pixels apart.
+   * How the marks of a view are drawn, those that are not mere dots, and of how many trades none
+   * is drawn. Candles are `spacing` pixels apart.
    */
   inView(axis, from, to, spacing) {
     const begin = upperBound(this.starts, from - 1);
     const end = upperBound(this.starts, to);
     const count = end - begin;
     const room = (to - from + 1) * spacing;
-    if (count > MOST_ARROWS && count * DOT_WIDTH > room) return { style: 'none', marks: [], count };
-    if (count > MOST_ARROWS) return { style: 'dots', marks: [], count };
+    if (count > MOST_ARROWS && count * DOT_WIDTH > room) {
+      const hidden = this.groups.slice(begin, end).reduce((sum, group) => sum + group.trades.length,
+        0);
+      return { style: 'none', marks: [], hidden };
+    }
+    if (count > MOST_ARROWS) return { style: 'dots', marks: [], hidden: 0 };
     const isFree = (i, other) => !this.groups[other] ||
       Math.abs(this.groups[other].candle - this.groups[i].candle) * spacing >= TEXT_WIDTH;
     const marks = [];
@@ -49,7 +53,7 @@ class TradeMarks {
       const hasRoom = isFree(i, i - 1) && isFree(i, i + 1);
       marks.push(this.mark(axis, group, hasRoom ? groupText(this.trades, group) : undefined));
     }
-    return { style: 'arrows', marks, count };
+    return { style: 'arrows', marks, hidden: 0 };
   }
 
   mark(axis, { candle, isBuy, trades }, text, size = 1) {

@@ -119,6 +119,58 @@ TEST_F(OptionChecks, shouldSayWhatIsNoCommandAndNoJson) {
   expectRefused({"--indexes", list}, list + ": must hold a JSON object with the key \"indexes\"");
 }
 
+TEST_F(OptionChecks, shouldNameTheOptionCommandOrModuleThatWasMeant) {
+  expectRefused({"--reprot", "r"}, "\"--reprot\" is not an option of run; is \"--report\" meant?");
+  expectRefused({"--slipage=1"}, "\"--slipage\" is not an option of run; is \"--slippage\" meant?");
+  expectRefused({"--whatever"}, "\"--whatever\" is not an option of run\n");
+  expectMessage({"data", "convert", bars_, "--otu", "x"},
+                "\"--otu\" is not an option of data convert; is \"--out\" meant?");
+  expectMessage({"rum", bars_},
+                "\"rum\" is not a command; is \"run\" meant? The commands are run, ");
+  expectMessage({"run", "-s", "sma_corss", "-b", "A.X=" + bars_},
+                "--strategy: there is no strategy module \"sma_corss\", neither here");
+  const auto near = test::runProgram({"run", "-s", "sma_corss", "-b", "A.X=" + bars_});
+  EXPECT_THAT(near.err, HasSubstr("; is \"sma_cross\" meant?"));
+  const auto far = test::runProgram({"run", "-s", "ichimoku", "-b", "A.X=" + bars_});
+  EXPECT_THAT(far.err, HasSubstr("; there are "));
+  EXPECT_THAT(far.err, HasSubstr("sma_cross"));
+}
+
+TEST_F(OptionChecks, shouldSayWhichOptionTakesWhatWasGivenAsTheConfiguration) {
+  expectMessage({"run", "sma_cross"},
+                "sma_cross: is a strategy, not a configuration; run it by --strategy sma_cross");
+  expectMessage({"run", "./mine.so"}, "./mine.so: is a strategy, not a configuration");
+  expectMessage({"run", bars_}, bars_ +
+                                    ": is market data, not a configuration; play it by --bars " +
+                                    bars_ + " (or --ticks) and --strategy MODULE");
+  expectMessage({"run", folder_ / "none.json"},
+                (folder_ / "none.json") + ": there is no such file; run takes a configuration");
+}
+
+TEST_F(OptionChecks, shouldSayWhatIsUsuallyWrongWithJson) {
+  const std::vector<std::pair<std::string, std::string>> cases = {
+      {"{'fast': 5}", "; texts and keys stand in double quotes"},
+      {R"({"fast": 5, 'slow': 9})", "; texts and keys stand in double quotes"},
+      {R"({"mode": 'longShort'})", "; texts and keys stand in double quotes"},
+      {"{fast: 5}", "; keys stand in double quotes"},
+      {R"({"mode": longShort})", "; texts stand in double quotes; other words are true,"},
+      {R"({"fast": True})", "; texts stand in double quotes; other words are true,"},
+      {R"({"fast": 5,})", "; there is a comma too many"},
+      {R"({"fast": [5, ]})", "; there is a comma too many"},
+      {"{\"fast\": 5 // short\n}", "; JSON has no comments"},
+      {"{\"fast\": 5\n\"slow\": 9}", "; a comma is missing"},
+      {R"({"fast": 5)", "; the end is missing"}};
+  for (const auto& [json, advice] : cases) {
+    const auto result =
+        test::runProgram({"run", "-s", "sma_cross", "-b", "A.X=" + bars_, "-p", json});
+    EXPECT_EQ(result.exitCode, kExitBadInput);
+    EXPECT_THAT(result.err, StartsWith("orvane: --params:")) << json;
+    EXPECT_THAT(result.err, HasSubstr(advice)) << json;
+  }
+  EXPECT_THAT(test::runProgram({"run", folder_.write("empty.json", " \n")}).err,
+              HasSubstr("; there is none"));
+}
+
 TEST_F(OptionChecks, shouldListEachKnownKeyOnce) {
   const std::string config = folder_.write(
       "run.json", R"({"runners": [{"strategy": "sma_cross"}], "bars": ["bars.csv"], "x": 1})");

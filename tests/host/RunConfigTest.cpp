@@ -69,7 +69,9 @@ TEST(RunConfig, shouldNameLineAndColumnOfBadJson) {
 TEST(RunConfig, shouldNameTheKeyThatItDoesNotKnow) {
   const std::string error = refusalOf(R"({"runners": [{"strategy": "x", "parms": {}}]})");
   EXPECT_THAT(error, HasSubstr("run.json: runners[0].parms: unknown key"));
-  EXPECT_THAT(error, HasSubstr("params"));
+  EXPECT_THAT(error, HasSubstr("is \"params\" meant?"));
+  EXPECT_THAT(refusalOf(R"({"runners": [{"strategy": "x", "zzzzzz": {}}]})"),
+              HasSubstr("zzzzzz: unknown key; the keys here are strategy, name"));
 }
 
 TEST(RunConfig, shouldNameFieldAndValueOfAWrongType) {

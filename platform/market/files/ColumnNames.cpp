@@ -4,6 +4,8 @@
 #include <array>
 #include <unordered_map>
 
+#include "shared/NearText.h"
+
 namespace orvane::detail {
 namespace {
 
@@ -320,27 +322,16 @@ std::vector<std::string> ourNames() {
 }
 
 std::string nearestName(std::string_view name, const std::vector<std::string>& known) {
-  const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; };
-  name = name.substr(0, 60);
-  std::string best;
-  std::size_t bestDistance = static_cast<std::size_t>(-1);
-  for (const std::string& candidate : known) {
-    std::vector<std::size_t> row(candidate.size() + 1);
-    for (std::size_t j = 0; j < row.size(); ++j) row[j] = j;
-    for (std::size_t i = 1; i <= name.size(); ++i) {
-      std::size_t corner = row[0];
-      row[0] = i;
-      for (std::size_t j = 1; j < row.size(); ++j) {
-        const std::size_t change = corner + (lower(name[i - 1]) != lower(candidate[j - 1]) ? 1 : 0);
-        corner = row[j];
-        row[j] = std::min({change, row[j] + 1, row[j - 1] + 1});
-      }
-    }
-    if (row.back() >= bestDistance) continue;
-    bestDistance = row.back();
-    best = candidate;
-  }
-  return best;
+  const auto lower = [](std::string_view text) {
+    std::string result(text);
+    for (char& c : result)
+      if (c >= 'A' && c <= 'Z') c = static_cast<char>(c + 32);
+    return result;
+  };
+  const std::string written = lower(name.substr(0, 60));
+  const auto distance = [&](const std::string& one) { return lettersApart(lower(one), written); };
+  const auto nearest = std::ranges::min_element(known, {}, distance);
+  return nearest == known.end() ? std::string() : *nearest;
 }
 
 }  // namespace orvane::detail
