@@ -95,7 +95,7 @@ EmbeddedPlatform::Impl::Impl(PlatformOptions chosen)
   resetClock();
   if (isPlayback()) {
     codes.deferChanges([this] { noteEvent(); });
-    answerer = std::make_unique<detail::OverdueAnswerer>(quotes);
+    answerer = std::make_unique<detail::OverdueAnswerer>(quotes, pool.signal());
   } else {
     timerThread = std::make_unique<detail::TimerThread>(timers);
   }

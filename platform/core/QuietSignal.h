@@ -43,6 +43,13 @@ class QuietSignal {
     const std::int64_t gone = work_.went.load();
     return work_.came.load() - gone;
   }
+  /// Grows with everything that comes or goes, so that who looks twice sees whether any did.
+  std::int64_t moves() const {
+    std::int64_t sum = work_.came.load() + work_.went.load();
+    for (const Count& lane : refs_) sum += lane.came.load() + lane.went.load();
+    return sum;
+  }
+
   std::int64_t refs() const {
     std::int64_t gone = 0;
     for (const Count& lane : refs_) gone += lane.went.load();

@@ -38,6 +38,7 @@ struct MarketRequest {
   IMDQuery query;
   TermPair term;  ///< In the largest unit that divides it.
   std::chrono::steady_clock::time_point posted;
+  bool isOfTask = false;  ///< Made by a runner's call-back, and not by a thread of the host's.
   /// Set by whoever ends it; no call-back of it starts after that, but one may be under way.
   std::atomic<bool> ended{false};
 };

@@ -7,11 +7,14 @@ namespace {
 
 /// How often the thread looks for what has waited too long.
 constexpr std::chrono::milliseconds kTurn{10};
+/// After so many turns without a move, three seconds, runners are taken to block. A call-back that
+/// takes longer than that while another's request waits is rare, and so is one that blocks.
+constexpr int kStillTurns = 300;
 
 }  // namespace
 
-OverdueAnswerer::OverdueAnswerer(QuoteService& quotes)
-    : quotes_(quotes), thread_([this] { work(); }) {}
+OverdueAnswerer::OverdueAnswerer(QuoteService& quotes, const QuietSignal& runners)
+    : quotes_(quotes), stall_(runners, kStillTurns), thread_([this] { work(); }) {}
 
 OverdueAnswerer::~OverdueAnswerer() {
   {
@@ -39,7 +42,8 @@ void OverdueAnswerer::work() {
       idleTurns = 0;
       continue;
     }
-    changed_.wait_for(lock, kTurn, [&] { return closing_ || (hurry && book.anyBlocking()); });
+    const bool isTurn =
+        !changed_.wait_for(lock, kTurn, [&] { return closing_ || (hurry && book.anyBlocking()); });
     if (closing_) return;
     lock.unlock();
     if (book.anyWaiting() || book.endedMark()) {
@@ -47,7 +51,7 @@ void OverdueAnswerer::work() {
       // What blocks and yet cannot be served is no reason to look again at once.
       hurry = false;
       guarded("an answer to a request that waits failed",
-              [&] { hurry = answer() || !book.anyBlocking(); });
+              [&] { hurry = answer(isTurn) || !book.anyBlocking(); });
     } else if (++idleTurns > 100) {
       watching_.store(false);
       // A request that came just before found the thread watching.
@@ -57,7 +61,8 @@ void OverdueAnswerer::work() {
   }
 }
 
-bool OverdueAnswerer::answer() {
+bool OverdueAnswerer::answer(bool isTurn) {
+  const bool isStalled = isTurn && stall_.look();
   std::unique_lock turn(quotes_.turn(), std::defer_lock);
   // Whoever has the turn may be delivering for long, and serves requests itself afterwards. But
   // for the runner that blocks it waits, and lets go of the turn meanwhile.
@@ -65,7 +70,10 @@ bool OverdueAnswerer::answer() {
     turn.lock();
   else if (!turn.try_lock())
     return false;
-  return quotes_.serveOverdue(std::chrono::steady_clock::now() - kPatience);
+  const bool any = quotes_.serveOverdue({std::chrono::steady_clock::now() - kPatience, isStalled});
+  // Who has an answer goes on, though nothing else may tell of it.
+  if (any) stall_.begin();
+  return any;
 }
 
 }  // namespace orvane::detail

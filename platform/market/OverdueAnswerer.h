@@ -5,6 +5,7 @@
 #include <mutex>
 #include <thread>
 
+#include "platform/core/StallWatch.h"
 #include "platform/market/QuoteService.h"
 
 namespace orvane::detail {
@@ -13,13 +14,17 @@ namespace orvane::detail {
 ///
 /// In playback requests are served when all runners are quiet; a runner that blocks for an answer
 /// never becomes so. This thread serves, at once, those whose receiver says that somebody blocks
-/// for it, and whatever else waited for more than `kPatience`. The market stands still meanwhile,
-/// so an answer is the same whenever it is given.
+/// for it. The market stands still meanwhile, so an answer is the same whenever it is given.
+///
+/// Nobody says so of a receiver of a host's own. What a thread of the host's asked for is served
+/// once it has waited for `kPatience`. What a runner asked for is served early only where all
+/// runners stand still, as they do where one blocks that nobody knows of: what its call-backs find
+/// must not depend on how long others take.
 class OverdueAnswerer {
  public:
   static constexpr std::chrono::milliseconds kPatience{100};
 
-  explicit OverdueAnswerer(QuoteService& quotes);
+  OverdueAnswerer(QuoteService& quotes, const QuietSignal& runners);
   ~OverdueAnswerer();
   OverdueAnswerer(const OverdueAnswerer&) = delete;
   OverdueAnswerer& operator=(const OverdueAnswerer&) = delete;
@@ -29,10 +34,11 @@ class OverdueAnswerer {
 
  private:
   void work();
-  /// Whether anything was served.
-  bool answer();
+  /// `isTurn`: a turn's time is over, and nobody came before. Whether anything was served.
+  bool answer(bool isTurn);
 
   QuoteService& quotes_;
+  StallWatch stall_;  ///< The thread's.
   std::atomic<bool> watching_{false};
   std::mutex mutex_;  ///< Guards what follows.
   std::condition_variable changed_;

@@ -7,6 +7,7 @@
 
 #include "platform/core/LostCalls.h"
 #include "platform/core/Periods.h"
+#include "platform/core/WorkerPool.h"
 #include "services/Common/ICodeService.h"
 #include "shared/CodeTables.h"
 #include "shared/GbkLiteral.h"
@@ -34,6 +35,11 @@ bool asksForTicks(const TermPair& term) {
   return term.timeType == static_cast<int>(ITimeType::Year) && term.count == 0;
 }
 
+void noteOrigin(MarketRequest& request) {
+  request.posted = std::chrono::steady_clock::now();
+  request.isOfTask = detail::WorkerPool::currentOrigin().root != 0;
+}
+
 }  // namespace
 
 QuoteService::QuoteService(MarketStore& store, ICodeService& codes, std::function<void()> onRequest)
@@ -53,7 +59,7 @@ ResultStatus QuoteService::subscribeQuote(const ICodeID& code, const std::shared
   request->kind = MarketRequest::Kind::Quote;
   request->query.code = code;
   request->query.flags = flags;
-  request->posted = std::chrono::steady_clock::now();
+  noteOrigin(*request);
   book_.add(std::move(request), spi);
   return {};
 }
@@ -83,7 +89,7 @@ ResultStatus QuoteService::subscribeBars(const IMDQuery& query, const TermPair& 
           17, codeText(query.code) + " " + termText(request->term) + " " + "没有可用的数据"_gbk);
     request->kind = MarketRequest::Kind::Bars;
   }
-  request->posted = std::chrono::steady_clock::now();
+  noteOrigin(*request);
   book_.add(std::move(request), spi);
   return {};
 }
@@ -122,10 +128,10 @@ bool QuoteService::serve() {
   }
 }
 
-bool QuoteService::serveOverdue(std::chrono::steady_clock::time_point latest) {
+bool QuoteService::serveOverdue(const Overdue& overdue) {
   if (delivering_ == 0 && book_.endedMark()) sweep();
   bool any = false;
-  while (const std::shared_ptr<MarketRequest> request = book_.takeOverdue(latest)) {
+  while (const std::shared_ptr<MarketRequest> request = book_.takeOverdue(overdue)) {
     any = true;
     serveOne(request, false);
   }

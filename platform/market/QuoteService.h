@@ -53,8 +53,8 @@ class QuoteService final : public IRealtimeQuoteService {
   /// anything to do.
   bool serve();
   /// Serves, without waiting for quiet, the requests that somebody blocks for and those that have
-  /// waited since before `latest`. Returns whether there were any.
-  bool serveOverdue(std::chrono::steady_clock::time_point latest);
+  /// waited too long. Returns whether there were any.
+  bool serveOverdue(const Overdue& overdue);
 
   /// Makes the next row of a stream known and delivers it, with the bars that it completes.
   void deliverNext(MarketStream& stream);

@@ -105,14 +105,15 @@ std::shared_ptr<MarketRequest> RequestBook::takeNext() {
   return waiting_.empty() ? nullptr : takeLocked(waiting_.begin());
 }
 
-std::shared_ptr<MarketRequest> RequestBook::takeOverdue(
-    std::chrono::steady_clock::time_point latest) {
+std::shared_ptr<MarketRequest> RequestBook::takeOverdue(const Overdue& overdue) {
   const std::lock_guard lock(mutex_);
   std::set<const QuoteSpi*> passed;
   for (auto at = waiting_.begin(); at != waiting_.end(); ++at) {
-    const Subscriber& who = *(*at)->who;
+    const MarketRequest& request = **at;
+    const Subscriber& who = *request.who;
     const bool isOldest = passed.insert(who.spi.get()).second;
-    const bool isDue = who.blocks || (*at)->posted <= latest;
+    const bool isLate = request.isOfTask ? overdue.withTasks : request.posted <= overdue.latest;
+    const bool isDue = who.blocks || isLate;
     if (isOldest && isDue && !who.serving) return takeLocked(at);
   }
   return nullptr;

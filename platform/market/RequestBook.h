@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <deque>
 #include <functional>
 #include <map>
@@ -11,6 +12,12 @@
 #include "platform/market/MarketRequest.h"
 
 namespace orvane::detail {
+
+/// Which requests have waited too long, though nobody said that they block for them.
+struct Overdue {
+  std::chrono::steady_clock::time_point latest;  ///< Those of the host's threads made until then.
+  bool withTasks = false;                        ///< And all that runners made.
+};
 
 /// The requests that stand and those that wait to be served, in the order they came. Any thread
 /// may call any operation; none blocks or calls out but for the hook.
@@ -40,9 +47,9 @@ class RequestBook {
   bool anyBlocking() const { return blockingCount_.load() != 0; }
   /// The oldest waiting request; null without one.
   std::shared_ptr<MarketRequest> takeNext();
-  /// The oldest waiting request that somebody blocks for or that was posted before `latest`, and
-  /// whose receiver is not being served and has no older one waiting.
-  std::shared_ptr<MarketRequest> takeOverdue(std::chrono::steady_clock::time_point latest);
+  /// The oldest waiting request that somebody blocks for or that has waited too long, and whose
+  /// receiver is not being served and has no older one waiting.
+  std::shared_ptr<MarketRequest> takeOverdue(const Overdue& overdue);
 
   /// Whether requests were ended since the last call, so that lists are to be swept.
   bool takeEndedMark() { return endedSome_.exchange(false); }

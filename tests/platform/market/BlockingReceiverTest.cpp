@@ -2,6 +2,7 @@
 
 #include <chrono>
 
+#include "platform/core/WorkerPool.h"
 #include "platform/market/QuoteService.h"
 #include "platform/reference/CodeService.h"
 #include "services/Common/IBlockingReceiver.h"
@@ -68,14 +69,27 @@ TEST_F(BlockingReceiver, shouldBeServedBeforeAnyPatienceIsOver) {
   EXPECT_FALSE(service.book().anyBlocking());
   ask(blocking, 2);
   EXPECT_TRUE(service.book().anyBlocking());
-  EXPECT_TRUE(service.serveOverdue(TimePoint::min()));
+  EXPECT_TRUE(service.serveOverdue({TimePoint::min()}));
   EXPECT_TRUE(blocking->isEnded);
   EXPECT_TRUE(plain->sizes.empty());
   EXPECT_FALSE(service.book().anyBlocking());
   EXPECT_TRUE(service.book().anyWaiting());
-  EXPECT_FALSE(service.serveOverdue(TimePoint::min()));
-  EXPECT_TRUE(service.serveOverdue(TimePoint::max()));
+  EXPECT_FALSE(service.serveOverdue({TimePoint::min()}));
+  EXPECT_TRUE(service.serveOverdue({TimePoint::max()}));
   EXPECT_TRUE(plain->isEnded);
+}
+
+TEST_F(BlockingReceiver, shouldLetWhatARunnerAskedForWaitHoweverLongUnlessAllStandStill) {
+  detail::WorkerPool pool;
+  pool.resize(1);
+  const auto spi = std::make_shared<CountingSpi>();
+  pool.add([&] { ask(spi, 1); });
+  pool.signal().wait([&] { return pool.signal().quiet(); });
+  ASSERT_TRUE(service.book().anyWaiting());
+  EXPECT_FALSE(service.serveOverdue({TimePoint::max(), false}));
+  EXPECT_TRUE(spi->sizes.empty());
+  EXPECT_TRUE(service.serveOverdue({TimePoint::min(), true}));
+  EXPECT_TRUE(spi->isEnded);
 }
 
 TEST_F(BlockingReceiver, shouldCountAsWaitingUntilItIsTaken) {
