@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+
+#include "host/sweep/Sweep.h"
+
+namespace orvane {
+
+/// "results.csv": a row a run, in-sample before out-of-sample, window by window, best first.
+/// Numbers are the shortest decimals that read back the same.
+std::string sweepCsv(const SweepPlan& plan, const SweepOutcome& outcome);
+
+/// The table for a person: the `top` best combinations, or what each window of a walk chose and
+/// what that gave.
+std::string sweepText(const SweepPlan& plan, const SweepOutcome& outcome, std::size_t top);
+
+}  // namespace orvane
