@@ -233,7 +233,7 @@ class RunChart {
     const equity = this.curve.equity[at];
     const since = equity === null ? null : equity / this.trading.startBalance - 1;
     this.equityLegend.replaceChildren(el('b', {}, 'Equity'), el('span', {}, money(equity)),
-      el('span', { class: tone(since) }, signed(percent(since), since)));
+      el('span', { class: tone(since, percent(since)) }, signed(percent(since), since)));
     this.drawdownLegend.replaceChildren(el('b', {}, 'Drawdown'),
       el('span', { class: 'down' }, percent(this.curve.drawdown[at])));
     const id = event && event.hoveredObjectId;

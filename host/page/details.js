@@ -93,7 +93,7 @@ function accountsCard() {
     ['Account', 'Currency', 'Start', 'Equity', 'Return', 'Available', 'Margin', 'Fees'],
     run.accounts.map((account) => [account.name, currencyText(account.currency) || NONE, money(account.startBalance),
       money(account.final.equity),
-      el('span', { class: tone(account.figures.return) },
+      el('span', { class: tone(account.figures.return, percent(account.figures.return)) },
         signed(percent(account.figures.return), account.figures.return)),
       money(account.final.available), money(account.final.margin), money(account.final.fee)]),
     [2, 3, 4, 5, 6, 7]));

@@ -59,6 +59,7 @@ function chooser(label, choices, current, onChoose) {
 }
 
 /** The class of a number that is good above 0 and bad below. */
-function tone(value) {
+function tone(value, text = null) {
+  if (text !== null && isZero(text)) return '';
   return value > 0 ? 'up' : value < 0 ? 'down' : '';
 }

@@ -14,9 +14,9 @@ function tradingTiles(trading) {
   const unit = currencyText(trading.currency);
   return [
     tile('Return', signed(percent(figures.return), figures.return),
-      `${signed(money(figures.profit), figures.profit)} ${unit}`, tone(figures.return)),
+      `${signed(money(figures.profit), figures.profit)} ${unit}`, tone(figures.return, percent(figures.return))),
     tile('Annual return', signed(percent(figures.annualReturn), figures.annualReturn),
-      `volatility ${percent(figures.annualVolatility)}`, tone(figures.annualReturn)),
+      `volatility ${percent(figures.annualVolatility)}`, tone(figures.annualReturn, percent(figures.annualReturn))),
     tile('Max drawdown', fall.share ? `\u2212${percent(fall.share)}` : percent(0),
       fall.trough ? `trough ${reportDate(fall.trough)}` : 'never below a peak',
       fall.share ? 'down' : ''),

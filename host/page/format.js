@@ -3,6 +3,9 @@
 const NONE = '–';
 const formats = new Map();
 
+/** Whether a shown number has rounded to zero: it has neither a sign nor a colour then. */
+const isZero = (text) => /0/.test(text) && !/[1-9]/.test(text);
+
 /** A number with separators and so many decimals; a true minus sign, for columns that align. */
 function number(value, digits = 0, leastDigits = digits) {
   if (value === null || value === undefined || !Number.isFinite(value)) return NONE;
@@ -12,7 +15,8 @@ function number(value, digits = 0, leastDigits = digits) {
       minimumFractionDigits: leastDigits, maximumFractionDigits: digits,
     }));
   }
-  return formats.get(key).format(value).replace('-', '\u2212');
+  const text = formats.get(key).format(value);
+  return text.replace('-', isZero(text) ? '' : '\u2212');
 }
 
 const money = (value) => number(value, 2);
@@ -20,7 +24,7 @@ const quantity = (value) => number(value, 8, 0);
 
 /** With a plus sign where it is one. */
 function signed(text, value) {
-  return value > 0 ? `+${text}` : text;
+  return value > 0 && !isZero(text) ? `+${text}` : text;
 }
 
 function percent(share, digits = 2) {

@@ -80,7 +80,7 @@ class OverviewChart {
     });
     this.legend.replaceChildren(...this.entries.map((entry, at) => el('span', {},
       el('i', { class: 'swatch', style: `background: ${lineColor(at)}` }),
-      entry.name, ' ', el('span', { class: tone(values[at]) },
+      entry.name, ' ', el('span', { class: tone(values[at], percent(values[at])) },
         signed(percent(values[at]), values[at])))));
   }
 }
@@ -152,7 +152,7 @@ class OverviewPage {
       ...more });
     const share = (title, name) => column(title, (i) => figure(i, name),
       (i) => signed(percent(figure(i, name)), figure(i, name)),
-      { tone: (i) => tone(figure(i, name)) });
+      { tone: (i) => tone(figure(i, name), percent(figure(i, name))) });
     const ratio = (title, name) => column(title, (i) => figure(i, name),
       (i) => number(figure(i, name), 2));
     const fall = (i) => (entries[i].trading ? entries[i].trading.figures.maxDrawdown.share : null);

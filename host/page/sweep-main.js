@@ -29,8 +29,11 @@ function tiles() {
   result.push(tile(isWalk ? 'In-sample with a profit' : 'With a profit',
     good.length ? percent(gains / good.length, 1) : NONE,
     `${number(gains)} of ${plural(good.length, 'run')}`));
-  if (sweep.errors)
-    result.push(tile('Errors', number(sweep.errors), 'their message is in the table'));
+  const crashed = sweep.crashes;
+  if (sweep.errors > crashed)
+    result.push(tile('Errors', number(sweep.errors - crashed), 'their message is in the table'));
+  if (crashed)
+    result.push(tile('Crashed', number(crashed), 'each ended its process and nothing else'));
   return el('div', { class: 'tiles' }, ...result);
 }
 
@@ -67,8 +70,11 @@ function dataCard() {
       `${plural(series.records, 'record')}, ${spanText(series)}, ${series.files}`))));
 }
 
-const rowsCard = new RowsCard();
-const mapCard = new MapCard((test, name) => {
+let mapCard = null;
+const rowsCard = new RowsCard((row) => {
+  if (mapCard) mapCard.mark(row);
+});
+mapCard = new MapCard((test, name) => {
   rowsCard.show(test, name);
   rowsCard.node.scrollIntoView({ block: 'nearest' });
 });

@@ -20,10 +20,11 @@ function cellsOf(rows, { x, y, figure, how }) {
   const xs = stepsOf(sweep.ranges[x]);
   const ys = y === null ? { names: [''], of: () => 0 } : stepsOf(sweep.ranges[y]);
   const cells = ys.names.map(() =>
-    xs.names.map(() => ({ value: null, sum: 0, count: 0, runs: 0 })));
+    xs.names.map(() => ({ value: null, sum: 0, count: 0, runs: 0, bad: null })));
   for (const row of rows) {
     const cell = cells[ys.of(y === null ? 0 : row.places[y])][xs.of(row.places[x])];
     ++cell.runs;
+    if (!row.isGood) cell.bad = row;
     const value = row.isGood ? row.figures[figure] : null;
     if (value === null) continue;
     cell.sum += value;
@@ -42,10 +43,10 @@ function colorsOf(values) {
   const strongest = sizes[Math.floor(0.95 * (sizes.length - 1))] || sizes[sizes.length - 1] || 1;
   const least = Math.min(...values.slice(0, 1), ...chunked(values, Math.min));
   const most = Math.max(...values.slice(0, 1), ...chunked(values, Math.max));
-  return (value) => {
+  return (value, text) => {
     if (hasBoth) {
       const share = Math.min(1, Math.abs(value) / strongest);
-      return { tone: tone(value), heat: value === 0 ? 0 : 8 + 56 * share };
+      return { tone: tone(value, text), heat: tone(value, text) ? 8 + 56 * share : 0 };
     }
     return { tone: 'size', heat: most > least ? 6 + 58 * (value - least) / (most - least) : 30 };
   };
@@ -66,23 +67,32 @@ function mapTable(rows, choice, onChoose) {
   const values = cells.flat().map((cell) => cell.value).filter((value) => value !== null);
   if (values.length === 0) return el('p', { class: 'card-note' }, 'No run has this figure.');
   const color = colorsOf(values);
+  const strongest = values.reduce((most, value) => Math.max(most, Math.abs(value)), 0);
   const best = values.reduce((one, other) => better(figure, one, other));
   const cellNode = (cell, atX, atY) => {
     const name = `${sweep.ranges[x].name} ${xs.names[atX]}` +
       (y === null ? '' : `, ${sweep.ranges[y].name} ${ys.names[atY]}`);
-    if (cell.value === null)
-      return el('td', { class: 'none', title: cell.runs ? `${name}: no figure` : null });
-    const { tone: hue, heat } = color(cell.value);
+    const choose = () => onChoose((row) => xs.of(row.places[x]) === atX &&
+      (y === null || ys.of(row.places[y]) === atY), name);
+    if (cell.value === null && cell.runs === 0) return el('td', { class: 'none' });
+    const place = { 'data-x': atX, 'data-y': atY };
+    if (cell.value === null) {
+      const why = cell.bad ? `${cell.bad.status}: ${cell.bad.message}` : 'no such figure';
+      return el('td', { class: 'bad', title: `${name}: ${why}`, ...place }, el('button', {
+        type: 'button', 'aria-label': `${name}: ${why}`, click: choose,
+      }, cell.bad ? (cell.bad.status === 'Crashed' ? '†' : '×') : NONE));
+    }
     const text = figureText(figure, cell.value);
+    const { tone: hue, heat } = color(cell.value, text);
     return el('td', {
       class: `heat ${hue}${cell.value === best ? ' best' : ''}`,
       style: `--heat: ${heat.toFixed(1)}%`,
       title: `${name}: ${text}${cell.runs > 1 ? ` of ${plural(cell.runs, 'run')}` : ''}`,
+      ...place,
     }, el('button', {
       type: 'button', 'aria-label': `${name}: ${text}`,
-      click: () => onChoose((row) => xs.of(row.places[x]) === atX &&
-        (y === null || ys.of(row.places[y]) === atY), name),
-    }, figureShort(figure, cell.value)));
+      click: choose,
+    }, figureShort(figure, cell.value, strongest)));
   };
   return el('div', { class: 'scroll-x' }, el('table', { class: 'map' },
     el('thead', {},
@@ -105,6 +115,7 @@ class MapCard {
       figure: sweep.rank, how: 'best',
     };
     this.window = isWalk ? 1 : 0;
+    this.marked = null;
     this.body = el('div', { class: 'map-body' });
     this.node = card('Heat map', this.tools(), this.body,
       el('p', { class: 'card-note' }, this.note()));
@@ -116,7 +127,8 @@ class MapCard {
     return (isWalk ? 'In-sample runs only. ' : '') +
       (others > 0 ? 'Each cell stands for all runs with its two values: the best of them, their ' +
         'mean or the worst. ' : '') +
-      'The best cell has a frame; a click on one shows its runs below.';
+      'The best cell has a frame; a click on one shows its runs below' +
+      (sweep.errors ? '. Where it says × all ended as errors, where † they crashed.' : '.');
   }
 
   tools() {
@@ -129,13 +141,13 @@ class MapCard {
       for (const [name, select] of Object.entries(this.selects)) select.value = this.choice[name];
       this.draw();
     };
-    const parameters = sweep.ranges.map((range, at) => [at, range.name]);
+    const parameters = (side) => sweep.ranges.map((range, at) => [at, `${side}: ${range.name}`]);
     const pick = (label, key, choices) => chooser(label, choices, this.choice[key], set(key));
     this.selects = {
       figure: pick('Figure', 'figure', sweep.figures.map((figure, at) => [at, figure.title])),
-      x: pick('Across', 'x', parameters),
+      x: pick('Across', 'x', parameters('Across')),
     };
-    if (this.choice.y !== null) this.selects.y = pick('Down', 'y', parameters);
+    if (this.choice.y !== null) this.selects.y = pick('Down', 'y', parameters('Down'));
     if (sweep.ranges.length > 2) {
       this.selects.how = pick('Of several runs', 'how',
         [['best', 'Best'], ['mean', 'Mean'], ['worst', 'Worst']]);
@@ -151,10 +163,23 @@ class MapCard {
     return el('div', { class: 'map-tools' }, ...selects);
   }
 
+  /** Marks the cell of a row; null for none. */
+  mark(row) {
+    this.marked = row;
+    for (const cell of this.body.querySelectorAll('.marked')) cell.classList.remove('marked');
+    if (!row || row.window !== this.window) return;
+    const { x, y } = this.choice;
+    const atX = stepsOf(sweep.ranges[x]).of(row.places[x]);
+    const atY = y === null ? 0 : stepsOf(sweep.ranges[y]).of(row.places[y]);
+    const cell = this.body.querySelector(`[data-x="${atX}"][data-y="${atY}"]`);
+    if (cell) cell.classList.add('marked');
+  }
+
   draw() {
     const rows = sweep.rows.filter((row) => row.window === this.window);
     this.body.replaceChildren(mapTable(rows, this.choice, (test, name) =>
       this.onChoose((row) => row.window === this.window && test(row),
         isWalk ? `window ${this.window}, ${name}` : name)));
+    this.mark(this.marked);
   }
 }

@@ -23,25 +23,45 @@ function runColumns(rows) {
     width: '92px' });
   sweep.figures.forEach((figure, at) => columns.push({
     title: figure.title, isNumber: true, value: (i) => rows[i].figures[at],
-    show: (i) => figureText(at, rows[i].figures[at]), width: '128px', hint: figure.name,
+    show: (i) => figureText(at, rows[i].figures[at]), width: `${Math.max(132, 8 * figure.title.length + 28)}px`, hint: figure.name,
     tone: (i) => (figure.name === 'profit' || figure.name === 'return'
-      ? tone(rows[i].figures[at]) : ''),
+      ? tone(rows[i].figures[at], figureText(at, rows[i].figures[at])) : ''),
   }));
   return columns;
 }
 
 class RowsCard {
-  constructor() {
+  /** `onChoose` is given the row that is chosen. */
+  constructor(onChoose) {
+    this.onChoose = onChoose;
     this.summary = el('span', { class: 'summary' });
     this.all = el('button', { type: 'button', class: 'toggle', hidden: true,
       click: () => this.show(null, '') }, 'Show all');
     this.table = new DataTable({ label: 'Runs', columns: runColumns(sweep.rows),
-      count: sweep.rows.length, mostRows: 18 });
+      count: sweep.rows.length, mostRows: 18, onChoose: (i) => this.tell(i) });
     const columns = this.table.columns.reduce((sum, column) => sum + parseInt(column.width, 10), 0);
     this.table.node.querySelector('table').style.minWidth = `${columns}px`;
+    this.chosen = el('p', { class: 'card-note chosen-run', hidden: true, 'aria-live': 'polite' });
     this.node = card('Runs', el('div', { class: 'map-tools' }, this.summary, this.all),
-      this.table.node);
+      this.chosen, this.table.node);
     this.show(null, '');
+  }
+
+  forget() {
+    this.chosen.hidden = true;
+    this.table.mark(null);
+    this.onChoose(null);
+  }
+
+  /** What a chosen run was, and how to have it by hand. */
+  tell(i) {
+    const row = sweep.rows[i];
+    const parts = [el('b', {}, `No. ${row.number}`), ` ${parametersText(row)}: `,
+      row.message ? `${row.status}, ${row.message}. ` : `${row.status}. `,
+      'By hand: ', el('code', {}, byHand(row))];
+    this.chosen.replaceChildren(...parts);
+    this.chosen.hidden = false;
+    this.onChoose(row);
   }
 
   /** Shows the runs that pass a test; null for all. */
@@ -50,5 +70,7 @@ class RowsCard {
     this.all.hidden = test === null;
     this.summary.textContent = test === null ? plural(sweep.rows.length, 'run')
       : `${name}: ${plural(this.table.rows.length, 'run')}`;
+    if (test !== null && this.table.rows.length === 1) this.table.choose(this.table.rows[0]);
+    else this.forget();
   }
 }

@@ -9,18 +9,36 @@ function figureText(at, value) {
   return number(value, COUNTS.has(figure.name) ? 0 : 2);
 }
 
-/** The same in few characters, for cells. */
-function figureShort(at, value) {
-  if (value === null) return '';
-  if (sweep.figures[at].isShare) return percent(value, Math.abs(value) >= 0.1 ? 0 : 1);
-  return Math.abs(value) >= 1000 ? short(value).replace('-', '\u2212')
-    : number(value, COUNTS.has(sweep.figures[at].name) || Math.abs(value) >= 100 ? 0 : 2);
+/** The same in few characters, for a cell among others, the strongest of which is `strongest`. */
+function figureShort(at, value, strongest) {
+  if (sweep.figures[at].isShare) return percent(value, strongest >= 0.1 ? 0 : 1);
+  if (strongest >= 100000) return short(value);
+  return number(value, COUNTS.has(sweep.figures[at].name) || strongest >= 100 ? 0 : 2);
+}
+
+/** A span of the walk; the last one ends a millisecond after the last record. */
+function windowText({ begin, end }) {
+  const last = Date.parse(end);
+  return spanText({ begin, end: last % 1000 === 1 ? new Date(last - 1).toISOString() : end });
 }
 
 /** "fast 5, slow 20". */
 function parametersText(row) {
   return sweep.ranges.map((range, at) => `${range.name} ${range.values[row.places[at]]}`)
     .join(', ');
+}
+
+/** The options of `orvane run` that make the run of a row, beside those that the sweep had. */
+function byHand(row) {
+  const params = { ...sweep.params };
+  sweep.ranges.forEach((range, at) => {
+    const place = row.places[at];
+    const isText = range.texts && range.texts[place];
+    params[range.name] = isText ? range.values[place] : JSON.parse(range.values[place]);
+  });
+  const span = row.window ? sweep.windows[row.window - 1].inSample : null;
+  const quoted = JSON.stringify(params).replaceAll("'", "'\\''");
+  return `--params '${quoted}'${span ? ` --from ${span.begin} --to ${span.end}` : ''}`;
 }
 
 /** The better of two figures; one that is not there is worse than any. */

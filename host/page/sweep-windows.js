@@ -16,11 +16,11 @@ function windowsCard() {
       [at + 1, 'out-of-sample', outOfSample, tried]];
   });
   const rowNode = ([window, sample, span, row]) => el('tr', { class: sample },
-    el('th', { scope: 'row' }, String(window)), el('td', {}, sample), el('td', {}, spanText(span)),
+    el('th', { scope: 'row' }, String(window)), el('td', {}, sample), el('td', {}, windowText(span)),
     el('td', {}, row ? parametersText(row) : 'not run'),
     ...figures.map((at) => el('td', {
       class: `number ${row && ['profit', 'return'].includes(sweep.figures[at].name)
-        ? tone(row.figures[at]) : ''}`,
+        ? tone(row.figures[at], figureText(at, row.figures[at])) : ''}`,
     }, row ? figureText(at, row.figures[at]) : '')));
   return card('Windows', el('span', { class: 'aside' }, 'chosen by the in-sample ' +
     `${sweep.figures[sweep.rank].title.toLowerCase()} alone`),

@@ -58,7 +58,7 @@ class TradeTable {
       { title: 'Profit', isNumber: true, hint: 'Of what it closed, before fees',
         value: (i) => (isClosing(i) ? trades.profit[i] : null),
         show: (i) => (isClosing(i) ? signed(money(trades.profit[i]), trades.profit[i]) : ''),
-        tone: (i) => tone(trades.profit[i]) },
+        tone: (i) => tone(trades.profit[i], money(trades.profit[i])) },
       { title: 'Order', isNumber: true, value: (i) => trades.order[i],
         show: (i) => String(trades.order[i]) },
     ];
@@ -130,6 +130,6 @@ class TradeTable {
     this.summary.replaceChildren(
       isAll ? plural(count, 'fill') : `${number(count)} of ${plural(this.table.count, 'fill')}`,
       el('span', { class: 'dot' }, '·'), 'net ',
-      el('b', { class: tone(net) }, signed(money(net), net)), ` ${currencyText(this.currency)}`);
+      el('b', { class: tone(net, money(net)) }, signed(money(net), net)), ` ${currencyText(this.currency)}`);
   }
 }

@@ -32,8 +32,19 @@ class UsedValues {
     for (std::size_t i = 0; i < used_.size(); ++i) {
       const ParameterRange& range = plan_.space.ranges()[i];
       QJsonArray values;
-      for (const auto& [place, mine] : used_[i]) values.append(qt(range.text(place)));
-      result.append(QJsonObject{{"name", qt(range.name())}, {"values", values}});
+      bool hasTexts = false;
+      for (const auto& [place, mine] : used_[i]) {
+        values.append(qt(range.text(place)));
+        hasTexts = hasTexts || range.value(place).isString();
+      }
+      QJsonObject its{{"name", qt(range.name())}, {"values", values}};
+      // Where texts are among them, which values are: for the parameters of a run by hand.
+      if (hasTexts) {
+        QJsonArray texts;
+        for (const auto& [place, mine] : used_[i]) texts.append(range.value(place).isString());
+        its["texts"] = texts;
+      }
+      result.append(its);
     }
     return result;
   }
@@ -131,6 +142,7 @@ QJsonObject sweepPageData(const SweepPlan& plan, const SweepOutcome& outcome, co
           {"expected", count(outcome.expected)},
           {"isInterrupted", outcome.isInterrupted},
           {"errors", count(outcome.errors())},
+          {"crashes", count(outcome.crashes())},
           {"data", series}};
 }
 

@@ -1,7 +1,7 @@
 // The page of a sweep in a browser: sweep_test.mjs PROGRAM FOLDER
 
 import assert from 'node:assert/strict';
-import { execFileSync } from 'node:child_process';
+import { spawnSync } from 'node:child_process';
 import { mkdirSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
 import path from 'node:path';
 import { pathToFileURL } from 'node:url';
@@ -30,13 +30,17 @@ for (let hour = 0; hour < 24 * 28; ++hour) {
 }
 writeFileSync(bars, `${lines.join('\n')}\n`);
 
-/** Runs a sweep and answers its page's address and the rows of its table. */
-function sweep(name, more) {
+const USUAL = ['--grid', 'fast=2:6:1', '--grid', 'slow=4:12:2', '--where', 'fast<slow'];
+
+/** Runs a sweep, of the usual grid unless it brings its own, and answers its page's address and the rows of its table. */
+function sweep(name, more, { grid = USUAL, code = 0 } = {}) {
   const out = path.join(folder, name);
-  execFileSync(program, ['sweep', '-s', 'sma_cross', '-b', bars, '--out', out, '-q',
-    '--grid', 'fast=2:6:1', '--grid', 'slow=4:12:2', '--where', 'fast<slow', ...more]);
+  const ended = spawnSync(program, ['sweep', '-s', 'sma_cross', '-b', bars, '--out', out, '-q',
+    ...grid, ...more]);
+  assert.equal(ended.status, code, String(ended.stderr));
   const [head, ...rest] = readFileSync(path.join(out, 'results.csv'), 'utf8').trim().split('\n')
-    .map((line) => line.split(','));
+    // Messages stand in quotes, and no other field has any.
+    .map((line) => line.replaceAll('""', "''").replace(/"[^"]*"/g, '-').split(','));
   return {
     rows: rest.map((fields) => Object.fromEntries(fields.map((field, i) => [head[i], field]))),
     url: pathToFileURL(path.join(out, 'sweep.html')).href,
@@ -66,8 +70,58 @@ const tests = {
     await page.click('.map td.best button');
     assert.equal(await page.value(`${tableRows}.length`), 1);
     assert.equal(await page.value(`${tableRows}[0].children[1].textContent`), best.number);
+    assert.equal(await page.value(text('.chosen-run')), `No. ${best.number} ` +
+      `fast ${best.fast}, slow ${best.slow}: Stopped. By hand: ` +
+      `--params '{"fast":${best.fast},"slow":${best.slow}}'`);
+    assert.ok(await page.value('document.querySelector(".map td.best").matches(".marked")'));
     await page.click('.card .toggle');
     assert.equal(await page.value(`${tableRows}.length`), rows.length);
+    await expectClean(page, url);
+    await page.close();
+  },
+
+  async shouldMarkTheCellOfARowThatIsChosenInLightAndDark() {
+    const { rows, url } = sweep('rows', []);
+    for (const scheme of ['light', 'dark']) {
+      const page = await browser.open(url, { scheme });
+      await page.click('.table tbody tr[data-row="2"] td');
+      const { fast, slow } = rows[2];
+      const marked = await page.value('document.querySelector(".map td.marked").title');
+      assert.ok(marked.startsWith(`slow ${slow}, fast ${fast}: `), marked);
+      assert.equal(await page.value(many('.map td.marked')), 1);
+      assert.ok((await page.value(text('.chosen-run'))).startsWith(`No. ${rows[2].number} `));
+      // Colours differ from cell to cell, and what stands on them can be read.
+      const seen = await page.value(`Array.from(document.querySelectorAll('${cells}'), (cell) => {
+        const canvas = document.createElement('canvas').getContext('2d');
+        const shade = (color) => {
+          canvas.fillStyle = color;
+          canvas.fillRect(0, 0, 1, 1);
+          return Array.from(canvas.getImageData(0, 0, 1, 1).data.slice(0, 3))
+            .map((part) => (part / 255) ** 2.2)
+            .reduce((sum, part, at) => sum + part * [0.2126, 0.7152, 0.0722][at], 0);
+        };
+        return [shade(getComputedStyle(cell).backgroundColor),
+          shade(getComputedStyle(cell.firstChild).color)];
+      })`);
+      assert.ok(new Set(seen.map(([back]) => back.toFixed(3))).size > 5);
+      for (const [back, front] of seen) {
+        const contrast = (Math.max(back, front) + 0.05) / (Math.min(back, front) + 0.05);
+        assert.ok(contrast > 4.5, `${scheme}: ${contrast}`);
+      }
+      await expectClean(page, url);
+      await page.close();
+    }
+  },
+
+  async shouldShowWhereAllRunsOfACellEndedAsErrors() {
+    const { rows, url } = sweep('errors', [],
+      { grid: ['--grid', 'fast=11:12:1', '--grid', 'slow=12,13'], code: 1 });
+    assert.deepEqual(rows.map((row) => row.status), ['Stopped', 'Stopped', 'Stopped', 'Error']);
+    const page = await browser.open(url);
+    assert.equal(await page.value(many(cells)), 3);
+    assert.equal(await page.value(many('.map td.bad')), 1);
+    await page.click('.map td.bad button');
+    assert.ok((await page.value(text('.chosen-run'))).includes('Error, parameter "fast" (12)'));
     await expectClean(page, url);
     await page.close();
   },
