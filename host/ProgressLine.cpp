@@ -45,6 +45,11 @@ void ProgressLine::showRun(const PlaybackProgress& progress, bool isLive) {
                    progress.delivered, progress.total, rate));
 }
 
+void ProgressLine::wipe() {
+  if (isTerminal_) fmt::print(stderr, "\r\033[K");
+  width_ = 0;
+}
+
 void ProgressLine::clear() {
   if (width_ == 0) return;
   show("");

@@ -26,6 +26,8 @@ class ProgressLine {
   /// Whether the line is to be written anew: on a terminal, and not again at once.
   bool isDue(Clock::time_point now);
   void show(const std::string& text);
+  /// Clears a line that another process may have left there.
+  void wipe();
 
  private:
   const bool isTerminal_;

@@ -14,24 +14,24 @@ namespace orvane {
 namespace {
 
 /// A batch keeps no more points of equity curves than that, if all hold something all the time:
-/// some 2 GB. It plays long enough then for its beginning and end not to count.
-constexpr std::uint64_t kMostPoints = 40'000'000;
-constexpr std::size_t kMostAtOnce = 256;
+/// some 2 GB.
+constexpr std::uint64_t kMostPoints = 15'000'000;
+/// More at once than these and two for each core only drive one another out of the caches.
+constexpr std::size_t kAtOnce = 8;
 
 }  // namespace
 
-BatchRunner::BatchRunner(const SweepPlan& plan, DataSet data, InterruptWatcher& interrupts,
-                         ProgressLine& progress)
-    : plan_(plan), data_(std::move(data)), interrupts_(interrupts), progress_(progress) {}
+BatchRunner::BatchRunner(const SweepPlan& plan, DataSet data, ProgressLine& progress)
+    : plan_(plan), data_(std::move(data)), progress_(progress) {}
 
 std::size_t BatchRunner::batchSize() const {
   if (isOneByOne_) return 1;
   if (plan_.batch > 0) return plan_.batch;
   const std::uint64_t records = std::max<std::uint64_t>(data_.records(), 1);
   const auto cores = std::max<std::size_t>(std::thread::hardware_concurrency(), 1);
-  const auto most =
-      static_cast<std::size_t>(std::min<std::uint64_t>(kMostPoints / records, kMostAtOnce));
-  return std::max(most, std::min(cores, kMostAtOnce));
+  const auto most = std::max(kAtOnce, 2 * cores);
+  return std::max(cores,
+                  static_cast<std::size_t>(std::min<std::uint64_t>(kMostPoints / records, most)));
 }
 
 RunPlan BatchRunner::planOf(std::span<const std::uint64_t> numbers,
@@ -58,13 +58,16 @@ void BatchRunner::check() const {
   checkSession(planOf({plan_.numbers.data(), 1}, std::nullopt), data_.shared());
 }
 
-std::vector<RunnerOutcome> BatchRunner::play(std::span<const std::uint64_t> numbers,
-                                             const std::optional<TimeSpan>& span) {
-  RunOutcome outcome =
-      runSession(planOf(numbers, span), data_.shared(), interrupts_, progress_, [] {});
-  // The rows were looked through once; no platform needs to do it again.
+void BatchRunner::trustOrder() {
   for (LoadedBars& loaded : data_.bars) loaded.series.isOrdered = true;
   for (LoadedTicks& loaded : data_.ticks) loaded.series.isOrdered = true;
+}
+
+std::vector<RunnerOutcome> BatchRunner::play(std::span<const std::uint64_t> numbers,
+                                             const std::optional<TimeSpan>& span,
+                                             InterruptWatcher& interrupts) {
+  RunOutcome outcome =
+      runSession(planOf(numbers, span), data_.shared(), interrupts, progress_, [] {});
   if (!outcome.failures.empty()) throw std::runtime_error(outcome.failures.front());
   // A runner that had an account and no order is judged by the account.
   for (std::size_t i = 0; i < outcome.runners.size(); ++i) {
@@ -78,7 +81,7 @@ std::vector<RunnerOutcome> BatchRunner::play(std::span<const std::uint64_t> numb
 }
 
 bool BatchRunner::repeatAlone(std::span<const std::uint64_t> numbers,
-                              const std::optional<TimeSpan>& span,
+                              const std::optional<TimeSpan>& span, InterruptWatcher& interrupts,
                               std::vector<RunnerOutcome>& outcomes) {
   if (numbers.size() == 1) return true;
   const bool isAnyHeard = std::ranges::any_of(outcomes, [](const RunnerOutcome& outcome) {
@@ -88,8 +91,8 @@ bool BatchRunner::repeatAlone(std::span<const std::uint64_t> numbers,
   for (std::size_t i = 0; i < numbers.size(); ++i) {
     if (!isAnyHeard && !outcomes[i].isOverEarly) continue;
     ++repeated;
-    std::vector<RunnerOutcome> alone = play(numbers.subspan(i, 1), span);
-    if (interrupts_.isInterrupted()) return false;
+    std::vector<RunnerOutcome> alone = play(numbers.subspan(i, 1), span, interrupts);
+    if (interrupts.isInterrupted()) return false;
     outcomes[i] = std::move(alone.front());
   }
   if (isAnyHeard || repeated * 2 > numbers.size()) isOneByOne_ = true;
@@ -97,9 +100,10 @@ bool BatchRunner::repeatAlone(std::span<const std::uint64_t> numbers,
 }
 
 bool BatchRunner::run(std::span<const std::uint64_t> numbers, const std::optional<TimeSpan>& span,
+                      InterruptWatcher& interrupts,
                       const std::function<void(std::uint64_t number, const RunnerOutcome&)>& take) {
-  std::vector<RunnerOutcome> outcomes = play(numbers, span);
-  if (interrupts_.isInterrupted() || !repeatAlone(numbers, span, outcomes)) return false;
+  std::vector<RunnerOutcome> outcomes = play(numbers, span, interrupts);
+  if (interrupts.isInterrupted() || !repeatAlone(numbers, span, interrupts, outcomes)) return false;
   for (std::size_t i = 0; i < numbers.size(); ++i) take(numbers[i], outcomes[i]);
   return true;
 }

@@ -23,21 +23,26 @@ namespace orvane {
 /// neighbours could hear it. One sweep at a time in a process.
 class BatchRunner {
  public:
-  BatchRunner(const SweepPlan& plan, DataSet data, InterruptWatcher& interrupts,
-              ProgressLine& progress);
+  BatchRunner(const SweepPlan& plan, DataSet data, ProgressLine& progress);
 
   /// Throws `InputError` if the plan cannot be played. Runs nothing.
   void check() const;
+  /// The rows were looked through: no platform needs to do it again.
+  void trustOrder();
 
   /// Plays the combinations over `span`, or over all that the plan plays, and hands each outcome
   /// that counts to `take`, in their order. Answers false, and has handed out nothing, if it was
   /// interrupted. Throws `std::runtime_error`, having handed out nothing, if not everything that
   /// happened reached the runners.
   bool run(std::span<const std::uint64_t> numbers, const std::optional<TimeSpan>& span,
+           InterruptWatcher& interrupts,
            const std::function<void(std::uint64_t number, const RunnerOutcome&)>& take);
 
   /// How many combinations are to be given to `run` at once.
   std::size_t batchSize() const;
+  /// Whether playing many at once has not paid, so that each is played for itself.
+  bool isOneByOne() const { return isOneByOne_; }
+  void setOneByOne() { isOneByOne_ = true; }
 
   const DataSet& data() const { return data_; }
 
@@ -46,15 +51,15 @@ class BatchRunner {
 
  private:
   std::vector<RunnerOutcome> play(std::span<const std::uint64_t> numbers,
-                                  const std::optional<TimeSpan>& span);
+                                  const std::optional<TimeSpan>& span,
+                                  InterruptWatcher& interrupts);
   bool repeatAlone(std::span<const std::uint64_t> numbers, const std::optional<TimeSpan>& span,
-                   std::vector<RunnerOutcome>& outcomes);
+                   InterruptWatcher& interrupts, std::vector<RunnerOutcome>& outcomes);
 
   const SweepPlan& plan_;
   DataSet data_;
-  InterruptWatcher& interrupts_;
   ProgressLine& progress_;
-  bool isOneByOne_ = false;  ///< Playing many at once has not paid.
+  bool isOneByOne_ = false;
 };
 
 /// The figures of a runner that had its account to itself.

@@ -37,6 +37,13 @@ std::vector<std::string> split(const std::string& text, char separator) {
   return parts;
 }
 
+/// "5:50" is meant as a row; a time such as "09:30" is so rare among parameters that it can be put
+/// in quotes.
+bool isRowWithoutStep(const std::string& text) {
+  return std::ranges::count(text, ':') == 1 &&
+         text.find_first_not_of("0123456789.:-") == std::string::npos;
+}
+
 std::int64_t powerOfTen(int exponent) {
   std::int64_t power = 1;
   for (int i = 0; i < exponent; ++i) power *= 10;
@@ -65,7 +72,10 @@ ParameterRange::Decimal ParameterRange::decimalOf(const std::string& text,
       text.substr(first, point - first) + (point < text.size() ? text.substr(point + 1) : "");
   const bool isNumber = point > first && point + 1 != text.size() && !digits.empty() &&
                         std::ranges::all_of(digits, isDigit);
-  if (!isNumber) throw InputError(fmt::format("{}: \"{}\" is not a decimal number", place, text));
+  if (!isNumber)
+    throw InputError(fmt::format(
+        "{}: \"{}\" is not a decimal number; write FROM:TO:STEP such as 5:50:5, or 5,10,50", place,
+        text));
   if (digits.size() > kMostDigits)
     throw InputError(fmt::format("{}: \"{}\" has more than {} digits", place, text, kMostDigits));
   Decimal result{std::stoll(digits),
@@ -83,6 +93,10 @@ ParameterRange ParameterRange::parse(const std::string& given, const std::string
   result.name_ = given.substr(0, equals);
   const std::string rest = given.substr(equals + 1);
   const std::string place = fmt::format("{} {}", option, result.name_);
+  if (isRowWithoutStep(rest))
+    throw InputError(
+        fmt::format("{}: \"{}\" has no step; write {}:1 or another step, or put a text in quotes",
+                    place, rest, rest));
   if (std::ranges::count(rest, ':') == 2 && rest.find_first_of(",\"") == std::string::npos)
     result.readRow(rest, place);
   else
@@ -111,13 +125,19 @@ void ParameterRange::readRow(const std::string& given, const std::string& place)
   step_ = scaled(step, parts[2]);
   const std::int64_t last = scaled(to, parts[1]);
   if (step_ <= 0)
-    throw InputError(fmt::format("{}: the step \"{}\" is not above 0", place, parts[2]));
+    throw InputError(fmt::format(
+        "{}: the step \"{}\" is not above 0; write FROM:TO:STEP with the smaller end first", place,
+        parts[2]));
   if (last < from_)
-    throw InputError(fmt::format("{}: \"{}\" lies above \"{}\"", place, parts[0], parts[1]));
+    throw InputError(
+        fmt::format("{}: \"{}\" lies above \"{}\", so there is no value; write {}:{}:{}", place,
+                    parts[0], parts[1], parts[1], parts[0], parts[2]));
   count_ = static_cast<std::uint64_t>((last - from_) / step_) + 1;
   if (count_ > kMostValues)
-    throw InputError(fmt::format("{}: \"{}\" has {} values; at most {} are possible", place, given,
-                                 count_, kMostValues));
+    throw InputError(
+        fmt::format("{}: \"{}\" has {} values; at most {} are possible. Take a "
+                    "larger step",
+                    place, given, count_, kMostValues));
 }
 
 void ParameterRange::readList(const std::string& given, const std::string& place) {
@@ -133,10 +153,16 @@ void ParameterRange::readList(const std::string& given, const std::string& place
       }
       if (!value.isString())
         throw InputError(
-            fmt::format("{}: \"{}\" holds a text whose quotes do not close", place, given));
+            fmt::format("{}: \"{}\" holds a text whose quotes do not close; the shell "
+                        "may have taken some away, so put single ones around it all",
+                        place, given));
     }
     const std::string part = given.substr(begin, end - begin);
-    if (part.empty()) throw InputError(fmt::format("{}: \"{}\" has an empty value", place, given));
+    if (part.empty())
+      throw InputError(
+          fmt::format("{}: \"{}\" has an empty value; write \"\" for an empty text, or "
+                      "leave the comma out",
+                      place, given));
     if (value.isUndefined()) {
       value = jsonOf(part);
       if (!value.isDouble() && !value.isBool()) value = QJsonValue(QString::fromStdString(part));
@@ -150,7 +176,8 @@ void ParameterRange::readList(const std::string& given, const std::string& place
     const std::string json =
         QJsonDocument(QJsonArray{values_[i]}).toJson(QJsonDocument::Compact).toStdString();
     if (!seen.insert(json).second)
-      throw InputError(fmt::format("{}: \"{}\" stands there twice", place, texts_[i]));
+      throw InputError(
+          fmt::format("{}: \"{}\" stands there twice; leave one out", place, texts_[i]));
   }
 }
 

@@ -123,7 +123,10 @@ std::vector<std::uint64_t> chooseCombinations(const ParameterSpace& space,
   for (std::uint64_t number = 0; number < space.size(); ++number)
     if (fulfilsAll(conditions, space.placesOf(number))) result.push_back(number);
   if (result.empty())
-    throw InputError(fmt::format("--where: none of the {} combinations fulfils it", space.size()));
+    throw InputError(
+        fmt::format("--where: none of the {} combinations of the grid fulfils it; give other "
+                    "values with --grid, or another condition",
+                    space.size()));
   if (result.size() > kMostCombinations)
     throw InputError(
         fmt::format("--grid: there are {} combinations; at most {} are possible. Take "

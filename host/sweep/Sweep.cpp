@@ -27,6 +27,10 @@ std::size_t SweepOutcome::errors() const {
       std::ranges::count_if(rows, [](const SweepRow& row) { return !row.isGood(); }));
 }
 
+std::size_t SweepOutcome::crashes() const {
+  return static_cast<std::size_t>(std::ranges::count_if(rows, &SweepRow::isCrashed));
+}
+
 int SweepOutcome::exitCode() const {
   if (isInterrupted) return kExitInterrupted;
   return failure.empty() && errors() == 0 ? kExitSuccess : kExitRunFailed;
@@ -48,15 +52,16 @@ SweepRanking rankingOf(const std::vector<SweepRow>& rows, std::int32_t window, S
   return ranking;
 }
 
-Sweep::Sweep(const SweepPlan& plan, BatchRunner& runner, SweepStore* store, SweepProgress& progress)
-    : plan_(plan), runner_(runner), store_(store), progress_(progress) {}
+Sweep::Sweep(const SweepPlan& plan, BatchWorker& worker, SweepStore* store, SweepProgress& progress)
+    : plan_(plan), worker_(worker), store_(store), progress_(progress) {}
 
 SweepOutcome Sweep::run() {
   const std::size_t windows = plan_.windows.size();
   outcome_.expected = windows == 0 ? plan_.numbers.size() : windows * (plan_.numbers.size() + 1);
   try {
     if (store_ != nullptr)
-      for (SweepRow& row : store_->rows()) rows_[row.key] = std::move(row);
+      for (SweepRow& row : store_->rows())
+        if (!plan_.retriesCrashed || !row.isCrashed()) rows_[row.key] = std::move(row);
     outcome_.earlier = rows_.size();
     progress_.begin(outcome_.expected, outcome_.earlier);
     if (windows == 0)
@@ -102,7 +107,7 @@ bool Sweep::runPart(std::int32_t window, SweepSample sample,
   for (const std::uint64_t number : numbers)
     if (!rows_.contains({window, sample, number})) left.push_back(number);
   for (std::size_t begin = 0; begin < left.size();) {
-    const std::size_t size = std::min(runner_.batchSize(), left.size() - begin);
+    const std::size_t size = std::min(worker_.batchSize(), left.size() - begin);
     if (!runBatch(window, sample, {left.data() + begin, size}, span)) {
       outcome_.isInterrupted = true;
       return false;
@@ -114,20 +119,27 @@ bool Sweep::runPart(std::int32_t window, SweepSample sample,
 
 bool Sweep::runBatch(std::int32_t window, SweepSample sample,
                      std::span<const std::uint64_t> numbers, const std::optional<TimeSpan>& span) {
+  if (worker_.isInterrupted()) return false;
   progress_.beginBatch(numbers.size());
-  std::vector<SweepRow> batch;
-  const auto take = [&](std::uint64_t number, const RunnerOutcome& runner) {
-    batch.push_back({{window, sample, number},
-                     runnerStatusName(runner.state.status),
-                     runner.state.message,
-                     figureValues(figuresOf(runner)),
-                     runner.digest});
-  };
-  if (!runner_.run(numbers, span, take)) return false;
-  progress_.endBatch();
-  if (store_ != nullptr) store_->add(batch, plan_.space);
-  for (SweepRow& row : batch) rows_[row.key] = std::move(row);
+  BatchResult result = worker_.play(numbers, span);
+  if (result.isInterrupted) return false;
+  if (!result.crash.empty()) {
+    progress_.endBatch(0);
+    const std::size_t half = numbers.size() / 2;
+    if (half > 0)
+      return runBatch(window, sample, numbers.first(half), span) &&
+             runBatch(window, sample, numbers.subspan(half), span);
+    result.rows = {{{window, sample, numbers.front()}, kCrashed, result.crash, {}, {}}};
+  }
+  keep(window, sample, std::move(result.rows));
+  progress_.endBatch(numbers.size());
   return true;
+}
+
+void Sweep::keep(std::int32_t window, SweepSample sample, std::vector<SweepRow> rows) {
+  for (SweepRow& row : rows) row.key = {window, sample, row.key.number};
+  if (store_ != nullptr) store_->add(rows, plan_.space);
+  for (SweepRow& row : rows) rows_[row.key] = std::move(row);
 }
 
 }  // namespace orvane

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "host/sweep/BatchRunner.h"
+#include "host/sweep/BatchWorker.h"
 #include "host/sweep/SweepPlan.h"
 #include "host/sweep/SweepProgress.h"
 #include "host/sweep/SweepRow.h"
@@ -21,7 +21,8 @@ struct SweepOutcome {
   bool isInterrupted = false;
   std::string failure;  ///< Why it ended before its time, UTF-8; empty if it did not.
 
-  std::size_t errors() const;  ///< Rows whose run did not end as it should.
+  std::size_t errors() const;   ///< Rows whose run did not end as it should, crashed ones included.
+  std::size_t crashes() const;  ///< Rows whose run ended its process.
   /// An `ExitCode`.
   int exitCode() const;
 };
@@ -29,10 +30,14 @@ struct SweepOutcome {
 /// Carries out a sweep: all combinations over what is played or, walking forward, over the
 /// in-sample span of each window, and then the one that was best there over the span after it. The
 /// choice sees in-sample figures alone.
+///
+/// Where a batch's process ends before its time, its halves are run, and theirs, down to the single
+/// combinations that end a process even alone; those get a row that says so. Each part is smaller
+/// than the whole, so this comes to an end whatever strategies do.
 class Sweep {
  public:
   /// `store` may be null: nothing is kept then, and nothing was there before.
-  Sweep(const SweepPlan& plan, BatchRunner& runner, SweepStore* store, SweepProgress& progress);
+  Sweep(const SweepPlan& plan, BatchWorker& worker, SweepStore* store, SweepProgress& progress);
 
   SweepOutcome run();
 
@@ -42,10 +47,11 @@ class Sweep {
                const std::optional<TimeSpan>& span);
   bool runBatch(std::int32_t window, SweepSample sample, std::span<const std::uint64_t> numbers,
                 const std::optional<TimeSpan>& span);
+  void keep(std::int32_t window, SweepSample sample, std::vector<SweepRow> rows);
   bool walk();
 
   const SweepPlan& plan_;
-  BatchRunner& runner_;
+  BatchWorker& worker_;
   SweepStore* const store_;
   SweepProgress& progress_;
   std::map<SweepKey, SweepRow> rows_;

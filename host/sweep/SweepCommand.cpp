@@ -2,7 +2,9 @@
 
 #include <fmt/core.h>
 
+#include <algorithm>
 #include <filesystem>
+#include <functional>
 
 #include "host/Console.h"
 #include "host/FileRoles.h"
@@ -23,8 +25,10 @@ constexpr char kExamples[] =
     "  orvane sweep -s sma_cross -b IF=if_1min.csv --grid fast=2:100:1 --grid slow=5:500:5 \\\n"
     "      --sample sobol --count 200 --rank sharpe --walk-forward 90d:30d --out walk\n"
     "\n"
-    "Exit codes: 0 every run ended as Stopped or Finished; 1 a run ended as an error;\n"
-    "2 the input was wrong and nothing ran; 130 interrupted: the same command goes on.";
+    "Exit codes: 0 every run ended as Stopped or Finished; 1 a run ended as an error or crashed,\n"
+    "which harms no other; 2 the input was wrong and nothing ran; 130 interrupted: the same "
+    "command\n"
+    "goes on with what is missing.";
 
 constexpr const char* kDatabase = "results.db";
 constexpr const char* kOutFiles[] = {kDatabase,        "results.db-wal",
@@ -44,6 +48,26 @@ std::string headText(const SweepPlan& plan, const SweepOutcome& outcome) {
   if (outcome.earlier > 0)
     text += fmt::format("; {} were done before", plural(outcome.earlier, "run"));
   return text + "\n";
+}
+
+/// Tells how many runs of a kind there are, with the first of them.
+void complainOf(const SweepPlan& plan, const SweepOutcome& outcome, const char* what,
+                const std::function<bool(const SweepRow&)>& isOne) {
+  const auto count = static_cast<std::size_t>(std::ranges::count_if(outcome.rows, isOne));
+  if (count == 0) return;
+  const SweepRow& row = *std::ranges::find_if(outcome.rows, isOne);
+  std::string params;
+  const std::vector<std::string> texts = plan.space.textsOf(row.key.number);
+  for (std::size_t i = 0; i < texts.size(); ++i)
+    params += fmt::format("{}{}={}", i == 0 ? "" : ", ", plan.space.ranges()[i].name(), texts[i]);
+  complain(fmt::format("{} {}, the first: number {} ({}): {}", plural(count, "run"), what,
+                       row.key.number + 1, params, row.message));
+}
+
+void complainOfErrors(const SweepPlan& plan, const SweepOutcome& outcome) {
+  complainOf(plan, outcome, "ended as an error",
+             [](const SweepRow& row) { return !row.isGood() && !row.isCrashed(); });
+  complainOf(plan, outcome, "crashed", &SweepRow::isCrashed);
 }
 
 }  // namespace
@@ -81,33 +105,39 @@ int SweepCommand::execute() {
   if (!options_.out().empty()) identity = options_.identity(*command_, plan);
   options_.addWindows(plan, data);
 
-  InterruptWatcher interrupts;
-  BatchRunner runner(plan, std::move(data), interrupts, progress);
-  runner.check();
+  BatchRunner runner(plan, std::move(data), progress);
+  std::vector<std::string> failures;
+  const SweepOutcome outcome = sweep(plan, runner, identity, progress, failures);
+  if (!options_.out().empty()) write(plan, outcome, runner.data(), failures);
+  return tell(plan, outcome, std::move(failures));
+}
+
+SweepOutcome SweepCommand::sweep(const SweepPlan& plan, BatchRunner& runner,
+                                 const QJsonObject& identity, SweepProgress& progress,
+                                 std::vector<std::string>& failures) const {
+  BatchWorker worker(runner);
+  worker.check();
   std::unique_ptr<SweepStore> store;
   if (!options_.out().empty()) {
     makeFolder(options_.out(), "--out");
     store = std::make_unique<SweepStore>(options_.out() + "/" + kDatabase, identity, "--out");
   }
-  const std::shared_ptr<const LineAppender> log = setUpLog(options_.run().log());
-  const SweepOutcome outcome = Sweep(plan, runner, store.get(), progress).run();
-  std::vector<std::string> failures;
-  if (!options_.out().empty()) failures = write(plan, outcome, runner.data());
-  if (!outcome.failure.empty()) failures.push_back(outcome.failure);
-  if (std::string lost = log->failure(); !lost.empty()) failures.push_back(std::move(lost));
-  return tell(plan, outcome, std::move(failures));
+  const std::shared_ptr<LineAppender> log = setUpLog(options_.run().log());
+  worker.setOpen(store.get(), log);
+  SweepOutcome outcome = Sweep(plan, worker, store.get(), progress).run();
+  for (const std::string& failure : {outcome.failure, log->failure(), worker.outputFailure()})
+    if (!failure.empty()) failures.push_back(failure);
+  return outcome;
 }
 
-std::vector<std::string> SweepCommand::write(const SweepPlan& plan, const SweepOutcome& outcome,
-                                             const DataSet& data) const {
-  std::vector<std::string> failures;
+void SweepCommand::write(const SweepPlan& plan, const SweepOutcome& outcome, const DataSet& data,
+                         std::vector<std::string>& failures) const {
   const auto add = [&](const char* name, const QByteArray& text) {
     std::string failure = writeWholeFile(options_.out() + "/" + name, text);
     if (!failure.empty()) failures.push_back(std::move(failure));
   };
   add("results.csv", QByteArray::fromStdString(sweepCsv(plan, outcome)));
   add("sweep.html", sweepPage(plan, outcome, data));
-  return failures;
 }
 
 int SweepCommand::tell(const SweepPlan& plan, const SweepOutcome& outcome,
@@ -116,12 +146,13 @@ int SweepCommand::tell(const SweepPlan& plan, const SweepOutcome& outcome,
     say(headText(plan, outcome) + "\n" + sweepText(plan, outcome, options_.top()));
   if (std::string failure = outputFailure(); !failure.empty())
     failures.push_back(std::move(failure));
-  for (const SweepRow& row : outcome.rows) {
-    if (row.isGood()) continue;
-    complain(fmt::format("{} ended as an error, the first: number {}: {}",
-                         plural(outcome.errors(), "run"), row.key.number + 1, row.message));
-    break;
-  }
+  complainOfErrors(plan, outcome);
+  if (outcome.exitCode() != kExitInterrupted && outcome.failure.empty())
+    for (const std::string& name : unusedParameters(plan, outcome))
+      complain(
+          fmt::format("--grid {}: all its values gave the same figures; does the strategy read "
+                      "a parameter of this name?",
+                      name));
   for (const std::string& failure : failures) complain(failure);
   if (outcome.isInterrupted || !outcome.failure.empty()) {
     const std::string kept =

@@ -19,9 +19,12 @@ class SweepCommand {
 
  private:
   void checkFiles(const SweepPlan& plan) const;
-  /// Writes the tables into the folder; answers what could not be written.
-  std::vector<std::string> write(const SweepPlan& plan, const SweepOutcome& outcome,
-                                 const DataSet& data) const;
+  /// Runs it; what went wrong on the way comes to `failures`.
+  SweepOutcome sweep(const SweepPlan& plan, BatchRunner& runner, const QJsonObject& identity,
+                     SweepProgress& progress, std::vector<std::string>& failures) const;
+  /// Writes the tables into the folder; what could not be written comes to `failures`.
+  void write(const SweepPlan& plan, const SweepOutcome& outcome, const DataSet& data,
+             std::vector<std::string>& failures) const;
   /// Shows what became of the sweep; answers the exit code.
   int tell(const SweepPlan& plan, const SweepOutcome& outcome,
            std::vector<std::string> failures) const;

@@ -13,6 +13,7 @@
 #include "host/OptionChecks.h"
 #include "host/PlatformSetup.h"
 #include "host/RunConfig.h"
+#include "host/TimeArgument.h"
 #include "host/Version.h"
 #include "host/sweep/FigureList.h"
 
@@ -54,19 +55,19 @@ void SweepOptions::addTo(CLI::App& command) {
   command.add_option("--count", count_, "How many combinations a sample has")
       ->check(wholeNumber(1, kMostCombinations))
       ->group(what);
-  command.add_option("--seed", seed_, "What a sample is chosen by (default: 1)")
+  command.add_option("--seed", seed_, "What a sample is chosen by")
+      ->default_str("1")
       ->check(wholeNumber(0, kMostSeed))
       ->group(what);
   command
       .add_option("--walk-forward", walk_,
                   "Windows such as 90d:30d or 90d:30d:30d: choose by the first span, try on the "
-                  "second, go on by the third (default: the second)")
+                  "second, go on by the third, or else by the second")
       ->type_name("IN:OUT[:STEP]")
       ->group(what);
-  command
-      .add_option("--rank", rank_,
-                  "Figure of a report that tells which combination is best (default: profit)")
+  command.add_option("--rank", rank_, "Figure of a report that tells which combination is best")
       ->type_name("FIGURE")
+      ->capture_default_str()
       ->group(what);
 
   command.add_option("--batch", batch_, "Combinations that play at once (default: by the data)")
@@ -80,10 +81,16 @@ void SweepOptions::addTo(CLI::App& command) {
                   "sweep, what is done is not run again")
       ->type_name("DIR")
       ->group(out);
-  command.add_option("--top", top_, "Combinations that the table shows (default: 10)")
+  command.add_option("--top", top_, "Combinations that the table shows")
+      ->capture_default_str()
       ->check(wholeNumber(1, kMostCombinations))
       ->group(out);
   command.add_flag("--digest", withDigest_, "Hash the call-backs of each run, as run does")
+      ->disable_flag_override()
+      ->group(out);
+  command
+      .add_flag("--retry-crashed", retriesCrashed_,
+                "Run again what ended its process in an earlier call with the same --out")
       ->disable_flag_override()
       ->group(out);
   command.add_flag("-q,--quiet", isQuiet_, "No table")->disable_flag_override()->group(out);
@@ -94,11 +101,15 @@ std::optional<SampleOptions> SweepOptions::sample() const {
     if (count_ > 0)
       throw InputError(
           fmt::format("--count: \"{}\" is of a sample; give --sample random or sobol", count_));
+    if (seed_)
+      throw InputError(
+          fmt::format("--seed: \"{}\" is of a sample; give --sample random or sobol", *seed_));
     return std::nullopt;
   }
   if (count_ == 0) throw InputError(fmt::format("--sample {}: how many? Give --count", sample_));
   return SampleOptions{
-      sample_ == "sobol" ? SampleOptions::Kind::Sobol : SampleOptions::Kind::Random, count_, seed_};
+      sample_ == "sobol" ? SampleOptions::Kind::Sobol : SampleOptions::Kind::Random, count_,
+      seed_.value_or(1)};
 }
 
 SweepPlan SweepOptions::plan() const {
@@ -131,15 +142,24 @@ SweepPlan SweepOptions::plan() const {
   run.runners.front().modulePath = complete.runners.front().modulePath;
 
   if (!walk_.empty()) WalkForward::parse(walk_, "--walk-forward");
+  if (retriesCrashed_ && out_.empty())
+    throw InputError("--retry-crashed: nothing of an earlier call is kept without --out");
   const std::size_t rank = figureNamed(rank_, "--rank");
   return {std::move(run), space, chooseCombinations(space, conditions, sample()),
-          rank,           {},    static_cast<std::size_t>(batch_)};
+          rank,           {},    static_cast<std::size_t>(batch_),
+          retriesCrashed_};
 }
 
 void SweepOptions::addWindows(SweepPlan& plan, const DataSet& data) const {
-  if (walk_.empty()) return;
   const PlatformOptions options = platformOptions(plan.run, data);
   TimeSpan whole = spanOf(data);
+  const auto refuse = [&](const char* option, const std::string& given) {
+    throw InputError(fmt::format("{}: \"{}\" leaves nothing to play: the data are from {} to {}",
+                                 option, given, isoTime(whole.begin), isoTime(whole.end - 1)));
+  };
+  if (options.from != kUnsetTime && options.from >= whole.end) refuse("--from", plan.run.from);
+  if (options.to != kUnsetTime && options.to <= whole.begin) refuse("--to", plan.run.to);
+  if (walk_.empty()) return;
   if (options.from != kUnsetTime) whole.begin = options.from;
   if (options.to != kUnsetTime) whole.end = std::min(whole.end, options.to);
   plan.windows = WalkForward::parse(walk_, "--walk-forward").windows(whole, "--walk-forward");
@@ -152,10 +172,10 @@ void SweepOptions::addWindows(SweepPlan& plan, const DataSet& data) const {
 
 QJsonObject SweepOptions::identity(const CLI::App& command, const SweepPlan& plan) const {
   // What changes how a sweep is run or shown, and none of its results.
-  std::set<std::string> ignored = {"--help", "--threads",   "--batch",
-                                   "--out",  "--top",       "--quiet",
-                                   "--log",  "--log-level", "--strategy-log-level",
-                                   "--cache"};
+  std::set<std::string> ignored = {"--help",  "--threads",      "--batch",
+                                   "--out",   "--top",          "--quiet",
+                                   "--log",   "--log-level",    "--strategy-log-level",
+                                   "--cache", "--retry-crashed"};
   if (walk_.empty()) ignored.insert("--rank");
   QJsonObject result{{"version", kVersion}};
   for (const CLI::Option* option : command.get_options()) {

@@ -28,7 +28,7 @@ class SweepOptions {
   /// The plan, without the windows of a walk. Throws `InputError`.
   SweepPlan plan() const;
   /// Puts the windows of a walk over the plan's data into it, if one was asked for. Throws
-  /// `InputError`.
+  /// `InputError`, also if nothing would be played.
   void addWindows(SweepPlan& plan, const DataSet& data) const;
 
   /// Everything that the plan's results depend on, for the store: what `command` was given, the
@@ -42,9 +42,10 @@ class SweepOptions {
   RunOptions run_;
   std::vector<std::string> grid_, where_;
   std::string sample_, rank_ = "profit", walk_, out_;
-  std::uint64_t count_ = 0, seed_ = 1;
+  std::uint64_t count_ = 0;
+  std::optional<std::uint64_t> seed_;
   int top_ = 10, batch_ = 0;
-  bool withDigest_ = false, isQuiet_ = false;
+  bool withDigest_ = false, retriesCrashed_ = false, isQuiet_ = false;
 };
 
 }  // namespace orvane

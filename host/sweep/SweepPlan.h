@@ -21,6 +21,7 @@ struct SweepPlan {
   std::size_t rank = 0;                ///< The place of the figure that tells which is best.
   std::vector<WalkWindow> windows;     ///< Empty: no walk.
   std::size_t batch = 0;               ///< Combinations that play at once; 0: by the data.
+  bool retriesCrashed = false;         ///< Runs again what crashed when it was called before.
 };
 
 }  // namespace orvane

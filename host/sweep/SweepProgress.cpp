@@ -22,9 +22,10 @@ void SweepProgress::begin(std::size_t total, std::size_t done) {
   began_ = Clock::now();
 }
 
-void SweepProgress::endBatch() {
-  done_ += playing_;
+void SweepProgress::endBatch(std::size_t done) {
+  done_ += done;
   playing_ = 0;
+  wipe();
 }
 
 void SweepProgress::showRun(const PlaybackProgress& progress, bool) {

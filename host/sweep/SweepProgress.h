@@ -12,8 +12,8 @@ class SweepProgress final : public ProgressLine {
   void begin(std::size_t total, std::size_t done);
   /// So many are about to be played at once.
   void beginBatch(std::size_t size) { playing_ = size; }
-  /// They are done.
-  void endBatch();
+  /// So many of them are done, and the line is wiped away: it is that of another process.
+  void endBatch(std::size_t done);
   /// Fewer are to be done than was thought.
   void leaveOut(std::size_t runs) { total_ -= runs; }
 

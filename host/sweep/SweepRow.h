@@ -25,16 +25,20 @@ struct SweepKey {
   friend auto operator<=>(const SweepKey&, const SweepKey&) = default;
 };
 
+/// The status of a run that ended the process in which it was. There are no figures of one.
+inline constexpr char kCrashed[] = "Crashed";
+
 /// What became of one combination. Texts are UTF-8.
 struct SweepRow {
   SweepKey key;
-  std::string status;  ///< As in a report.
+  std::string status;  ///< As in a report, or `kCrashed`.
   std::string message;
   FigureValues figures;
   std::string digest;  ///< Empty where none was asked for.
 
   /// Whether its run ended as it should; others have no place in a ranking.
   bool isGood() const { return status == "Stopped" || status == "Finished"; }
+  bool isCrashed() const { return status == kCrashed; }
 };
 
 }  // namespace orvane

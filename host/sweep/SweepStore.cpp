@@ -4,6 +4,7 @@
 
 #include <QJsonDocument>
 #include <stdexcept>
+#include <string_view>
 
 #include "host/InputError.h"
 #include "host/JsonInput.h"
@@ -36,15 +37,28 @@ std::string valueText(const QJsonValue& value) {
   return value.isUndefined() ? std::string("not given") : jsonText(value);
 }
 
-/// What is not the same in two sweeps, in one phrase.
+std::string differenceText(const std::string& key, const QJsonValue& stored,
+                           const QJsonValue& wanted) {
+  constexpr std::string_view kFile = "file ";
+  if (!key.starts_with(kFile))
+    return fmt::format("{} was {} there and is {}", key, valueText(stored), valueText(wanted));
+  const std::string file = key.substr(kFile.size());
+  if (stored.isUndefined()) return fmt::format("\"{}\" was not read there", file);
+  if (wanted.isUndefined()) return fmt::format("\"{}\" was read there", file);
+  return fmt::format("\"{}\" has changed since", file);
+}
+
+/// What is not the same in two sweeps.
 std::string differenceOf(const QJsonObject& stored, const QJsonObject& wanted) {
   QStringList keys = stored.keys() + wanted.keys();
+  keys.sort();
   keys.removeDuplicates();
+  std::string result;
   for (const QString& key : keys)
     if (stored[key] != wanted[key])
-      return fmt::format("{} was {} there and is {}", key.toStdString(), valueText(stored[key]),
-                         valueText(wanted[key]));
-  return "its description was another";
+      result += (result.empty() ? "" : "; ") +
+                differenceText(key.toStdString(), stored[key], wanted[key]);
+  return result.empty() ? "its description was another" : result;
 }
 
 SweepSample sampleNamed(const std::string& name) {
@@ -60,9 +74,10 @@ class SweepStore::Database {
  public:
   explicit Database(const std::string& path)
       : lock_(path), file(detail::openSqlite(path, {kApplicationId, kVersion, tables().c_str()})) {}
+  void leaveToParent() { lock_.leaveToParent(); }
 
  private:
-  const detail::FileLock lock_;
+  detail::FileLock lock_;
 
  public:
   SQLite::Database file;
@@ -95,6 +110,8 @@ SweepStore::SweepStore(const std::string& path, const QJsonObject& identity,
 }
 
 SweepStore::~SweepStore() = default;
+
+void SweepStore::leaveToParent() { database_->leaveToParent(); }
 
 std::vector<SweepRow> SweepStore::rows() {
   std::vector<SweepRow> result;

@@ -23,6 +23,9 @@ class SweepStore {
   SweepStore(const SweepStore&) = delete;
   SweepStore& operator=(const SweepStore&) = delete;
 
+  /// In a process that was forked from this one: it has nothing to do with the database any more.
+  void leaveToParent();
+
   /// All rows that are there, by their keys.
   std::vector<SweepRow> rows();
 

@@ -3,6 +3,7 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <map>
 #include <set>
 
 #include "host/CsvText.h"
@@ -41,13 +42,20 @@ std::string columnName(const std::string& parameter) {
   return taken.contains(parameter) ? "param." + parameter : parameter;
 }
 
+/// What rounds to zero has no sign.
+std::string roundedText(double value, int decimals) {
+  std::string text = fmt::format("{:.{}f}", value, decimals);
+  if (text.starts_with('-') && text.find_first_of("123456789in") == std::string::npos)
+    text.erase(0, 1);
+  return text;
+}
+
 std::string figureText(std::size_t figure, const std::optional<double>& value) {
   if (!value) return "-";
   const FigureColumn& column = figureColumns()[figure];
-  if (column.isShare) return fmt::format("{:.2f}%", *value * 100);
+  if (column.isShare) return roundedText(*value * 100, 2) + "%";
   const std::string name = column.name;
-  return name == "fills" || name == "closings" ? fmt::format("{:.0f}", *value)
-                                               : fmt::format("{:.2f}", *value);
+  return roundedText(*value, name == "fills" || name == "closings" ? 0 : 2);
 }
 
 /// A table whose columns are as wide as their widest cell, numbers to the right.
@@ -101,9 +109,10 @@ std::string wholeText(const SweepPlan& plan, const SweepOutcome& outcome, std::s
 }
 
 std::string walkText(const SweepPlan& plan, const SweepOutcome& outcome) {
-  std::vector<std::vector<std::string>> rows = {headOf(plan, {"window", "sample", "from", "to"})};
+  std::vector<std::vector<std::string>> rows = {
+      headOf(plan, {"window", "sample", "from (UTC)", "to (UTC)"})};
   double profit = 0;
-  std::size_t tried = 0, gains = 0;
+  std::size_t tried = 0, gains = 0, failed = 0;
   eachPart(plan, [&](std::int32_t window, SweepSample sample) {
     const SweepRanking ranking = rankingOf(outcome.rows, window, sample, plan.rank);
     const TimeSpan span = *spanOf(plan, window, sample);
@@ -114,16 +123,21 @@ std::string walkText(const SweepPlan& plan, const SweepOutcome& outcome) {
                     isoTime(span.end).substr(0, 16)});
     addCells(plan, best, rows.back());
     if (isChoice) return;
-    const double gained = best.figures[figureNamed("profit", "--rank")].value_or(0);
     ++tried;
-    gains += gained > 0 ? 1 : 0;
-    profit += gained;
+    const std::optional<double>& gained = best.figures[figureNamed("profit", "--rank")];
+    if (!best.isGood() || !gained) {
+      ++failed;
+      return;
+    }
+    gains += *gained > 0 ? 1 : 0;
+    profit += *gained;
   });
   return aligned(rows) +
          fmt::format(
-             "\nout-of-sample: {} windows, {} with a profit; the sum of their profits is "
-             "{:.2f}\n",
-             tried, gains, profit);
+             "\nout-of-sample: {} windows, {} with a profit{}; the sum of their profits is "
+             "{}\n",
+             tried, gains, failed == 0 ? "" : fmt::format(", {} that ended as an error", failed),
+             roundedText(profit, 2));
 }
 
 }  // namespace
@@ -155,6 +169,34 @@ std::string sweepCsv(const SweepPlan& plan, const SweepOutcome& outcome) {
     }
   });
   return csv;
+}
+
+std::vector<std::string> unusedParameters(const SweepPlan& plan, const SweepOutcome& outcome) {
+  std::vector<std::string> unused;
+  const std::size_t fills = figureNamed("fills", "--rank");
+  // Where nobody trades, nothing can be told.
+  if (std::ranges::none_of(outcome.rows, [fills](const SweepRow& row) {
+        return row.figures[fills].value_or(0) > 0;
+      }))
+    return unused;
+  for (std::size_t i = 0; i < plan.space.ranges().size(); ++i) {
+    // The rows that differ in this one alone, by the first of them.
+    std::map<SweepKey, const SweepRow*> firsts;
+    bool isCompared = false, hasDifference = false;
+    for (const SweepRow& row : outcome.rows) {
+      if (!row.isGood() || row.key.sample == SweepSample::OutOfSample) continue;
+      std::vector<std::uint64_t> places = plan.space.placesOf(row.key.number);
+      places[i] = 0;
+      const auto [at, isFirst] = firsts.emplace(
+          SweepKey{row.key.window, row.key.sample, plan.space.numberOf(places)}, &row);
+      if (isFirst) continue;
+      isCompared = true;
+      hasDifference = at->second->figures != row.figures;
+      if (hasDifference) break;
+    }
+    if (isCompared && !hasDifference) unused.push_back(plan.space.ranges()[i].name());
+  }
+  return unused;
 }
 
 std::string sweepText(const SweepPlan& plan, const SweepOutcome& outcome, std::size_t top) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "host/sweep/Sweep.h"
 
@@ -13,5 +14,9 @@ std::string sweepCsv(const SweepPlan& plan, const SweepOutcome& outcome);
 /// The table for a person: the `top` best combinations, or what each window of a walk chose and
 /// what that gave.
 std::string sweepText(const SweepPlan& plan, const SweepOutcome& outcome, std::size_t top);
+
+/// The names of ranges whose value never changed any figure, though there are runs that differ in
+/// nothing else: a strategy may not know them.
+std::vector<std::string> unusedParameters(const SweepPlan& plan, const SweepOutcome& outcome);
 
 }  // namespace orvane

@@ -60,6 +60,11 @@ WalkForward WalkForward::parse(const std::string& given, const std::string& opti
   if (parts.size() != 2 && parts.size() != 3)
     throw InputError(
         fmt::format("{}: \"{}\" is not IN:OUT or IN:OUT:STEP, such as 90d:30d", option, given));
+  if (parts.size() == 3 && parts[2] < parts[1])
+    throw InputError(fmt::format(
+        "{}: the step in \"{}\" is shorter than the out-of-sample span, so that windows "
+        "would be tried on the same data; make it at least as long",
+        option, given));
   return {parts[0], parts[1], parts.size() == 3 ? parts[2] : parts[1]};
 }
 
@@ -79,7 +84,7 @@ std::vector<WalkWindow> WalkForward::windows(const TimeSpan& whole,
   if (result.empty())
     throw InputError(
         fmt::format("{}: what is to be played, {} to {}, has no room for the first "
-                    "in-sample window and anything after it",
+                    "in-sample window and anything after it; give shorter windows or more data",
                     option, isoTime(whole.begin), isoTime(whole.end)));
   return result;
 }

@@ -24,7 +24,8 @@ struct WalkForward {
   int64 inSampleMs = 0, outOfSampleMs = 0, stepMs = 0;
 
   /// Reads "IN:OUT" or "IN:OUT:STEP", each such as 90d, 12h or 2w; a day has 24 hours. Without a
-  /// step it is OUT, so that what is tried lies end to end. Throws `InputError` that begins with
+  /// step it is OUT, so that what is tried lies end to end; a shorter one would try some of it
+  /// twice and is refused. Throws `InputError` that begins with
   /// `option`.
   static WalkForward parse(const std::string& given, const std::string& option);
 

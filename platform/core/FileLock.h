@@ -25,6 +25,11 @@ class ORVANE_API FileLock {
   FileLock(const FileLock&) = delete;
   FileLock& operator=(const FileLock&) = delete;
 
+  /// In a process that was forked from the owner's: lets go of its share of the lock, or it would
+  /// keep the file for an owner that is no more. The owner still has it. Close nothing of the file
+  /// afterwards, and do not destroy the lock.
+  void leaveToParent();
+
  private:
   int descriptor_ = -1;
   std::pair<dev_t, ino_t> file_;  ///< What stands in the list of this process.

@@ -150,12 +150,12 @@ class SweepEquality : public testing::Test {
   std::vector<Trace> expectEqual(const SweepPlan& plan,
                                  const std::optional<TimeSpan>& span = std::nullopt) {
     std::vector<Trace> traces;
-    BatchRunner runner(plan, loadDataSet(plan.run, {}), interrupts_, progress_);
-    EXPECT_TRUE(
-        runner.run(plan.numbers, span, [&](std::uint64_t number, const RunnerOutcome& outcome) {
-          EXPECT_EQ(number, plan.numbers[traces.size()]);
-          traces.push_back(traceOf(outcome));
-        }));
+    BatchRunner runner(plan, loadDataSet(plan.run, {}), progress_);
+    EXPECT_TRUE(runner.run(plan.numbers, span, interrupts_,
+                           [&](std::uint64_t number, const RunnerOutcome& outcome) {
+                             EXPECT_EQ(number, plan.numbers[traces.size()]);
+                             traces.push_back(traceOf(outcome));
+                           }));
     EXPECT_EQ(traces.size(), plan.numbers.size());
     for (std::size_t i = 0; i < traces.size(); ++i) {
       const Trace single = alone(plan, plan.numbers[i], span);

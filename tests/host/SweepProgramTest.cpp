@@ -25,15 +25,21 @@ using testing::HasSubstr;
 using testing::StartsWith;
 using CsvRow = std::map<std::string, std::string>;
 
-/// Splits a line whose fields hold no quotes.
+/// Splits a line; fields may stand in quotes.
 std::vector<std::string> fieldsOf(const std::string& line) {
   std::vector<std::string> fields(1);
-  for (const char c : line) {
-    if (c == ',')
+  bool isQuoted = false;
+  for (std::size_t i = 0; i < line.size(); ++i) {
+    if (line[i] == '"' && isQuoted && line.substr(i + 1, 1) == "\"")
+      fields.back() += line[++i];
+    else if (line[i] == '"')
+      isQuoted = !isQuoted;
+    else if (line[i] == ',' && !isQuoted)
       fields.emplace_back();
     else
-      fields.back() += c;
+      fields.back() += line[i];
   }
+  EXPECT_FALSE(isQuoted) << line;
   return fields;
 }
 
@@ -276,18 +282,23 @@ TEST_F(SweepProgram, shouldGoOnWhereItWasKilledAndEndWithTheSameFiles) {
 TEST_F(SweepProgram, shouldRunNothingAgainAndRefuseTheFolderOfAnotherSweep) {
   const std::vector<std::string> all = with(kCrossing, {"--out", out_});
   ASSERT_EQ(sweep(all).exitCode, 0);
-  const std::string csv = test::readFile(out_ + "/results.csv");
+  const std::string another =
+      "--out: \"" + out_ + "/results.db\" holds the results of another sweep: ";
   const auto again = sweep(with(all, {"--top", "3", "--threads", "1", "--rank", "fees"}));
   EXPECT_EQ(again.exitCode, 0) << again.err;
   EXPECT_THAT(again.out, HasSubstr("; 7 runs were done before"));
+  const std::string csv = test::readFile(out_ + "/results.csv");
   expectRefused(with(all, {"--capital", "5"}),
-                "--out: \"" + out_ +
-                    "/results.db\" holds the results of another sweep: "
-                    "--capital was not given there and is [\"5\"]. Give another folder");
+                another + "--capital was not given there and is [\"5\"]. Give another folder");
+  expectRefused(with(all, {"--fee-rate", "0.1", "--grid", "mode=longOnly,longShort"}),
+                another + R"(--fee-rate was not given there and is ["0.1"]; )"
+                          R"(--grid was ["fast=2:6:2","slow=4:12:4"] there and is ["fast=2:6:2",)");
+  const std::string copy = folder_.write("copy.csv", hourlyBars(30));
+  std::vector<std::string> moved = with({"sweep", "-s", "sma_cross", "-b", "A.X=" + copy}, all);
+  EXPECT_THAT(test::runProgram(moved).err, HasSubstr("\"" + copy + "\" was not read there"));
   folder_.write("bars.csv", hourlyBars(29));
-  expectRefused(all, "--out: \"" + out_ +
-                         "/results.db\" holds the results of another sweep: file " + bars_ +
-                         " was \"");
+  expectRefused(all, another + "\"" + bars_ + "\" has changed since. Give another folder");
+  EXPECT_EQ(test::readFile(out_ + "/results.csv"), csv);
   std::filesystem::create_directory(folder_ / "strange");
   folder_.write("strange/results.db", "no database at all");
   expectRefused(with(kCrossing, {"--out", folder_ / "strange"}),
@@ -300,8 +311,8 @@ TEST_F(SweepProgram, shouldTellOfRunsThatEndAsErrorsAndRunTheOthers) {
       test::runProgram({"sweep", "-s", test::testModule("swept_strategy"), "-b", "A.X=" + bars_,
                         "--grid", "every=3,4", "--grid", "fail=0,40", "--out", out_});
   EXPECT_EQ(result.exitCode, kExitRunFailed);
-  EXPECT_THAT(result.err, HasSubstr("orvane: 2 runs ended as an error, the first: number 2: seen "
-                                    "too much"));
+  EXPECT_THAT(result.err, HasSubstr("orvane: 2 runs ended as an error, the first: number 2 "
+                                    "(every=3, fail=40): seen too much"));
   const auto rows = csvRows(out_ + "/results.csv");
   ASSERT_EQ(rows.size(), 4);
   for (std::size_t i = 0; i < 4; ++i) {
@@ -346,6 +357,11 @@ TEST_F(SweepProgram, shouldNameTheOptionAndTheValueThatIsWrong) {
                 "--rank: \"luck\" is not a figure; there are profit");
   expectRefused(with(grid, {"--sample", "sobol"}), "--sample sobol: how many? Give --count");
   expectRefused(with(grid, {"--count", "3"}), "--count: \"3\" is of a sample");
+  expectRefused(with(grid, {"--seed", "3"}), "--seed: \"3\" is of a sample; give --sample");
+  expectRefused(with(grid, {"--retry-crashed"}), "--retry-crashed: nothing of an earlier call");
+  expectRefused(with(grid, {"--from", "2031-01-01"}),
+                "--from: \"2031-01-01\" leaves nothing to play: the data are from 2021-03-01");
+  expectRefused(with(grid, {"--to", "2001-01-01"}), "--to: \"2001-01-01\" leaves nothing to play");
   expectRefused(with(grid, {"--walk-forward", "9d:x"}), "--walk-forward: \"x\" in \"9d:x\"");
   expectRefused(with(grid, {"--walk-forward", "300d:30d"}), "--walk-forward: what is to be played");
   expectRefused(with(grid, {"--capital", "much"}), "--capital: \"much\"");

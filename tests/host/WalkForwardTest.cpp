@@ -44,6 +44,24 @@ TEST(WalkForward, shouldTryTheLastWindowOnWhatIsLeftOfTheData) {
   EXPECT_EQ(windows[1].outOfSample, (TimeSpan{kDayMs * 17 / 2, 9 * kDayMs}));
 }
 
+TEST(WalkForward, shouldNeitherLookAheadNorTryAnyInstantTwice) {
+  for (const char* given : {"5d:1d", "1d:5d", "36h:7h:11h", "90m:90m", "3d:3d:3d"}) {
+    const WalkForward walk = WalkForward::parse(given, "--walk-forward");
+    const TimeSpan whole{3 * kDayMs, 20 * kDayMs + 1};
+    int64 triedUntil = whole.begin;
+    for (const WalkWindow& window : walk.windows(whole, "--walk-forward")) {
+      EXPECT_LT(window.inSample.begin, window.inSample.end) << given;
+      EXPECT_EQ(window.inSample.end, window.outOfSample.begin) << given;
+      EXPECT_LT(window.outOfSample.begin, window.outOfSample.end) << given;
+      EXPECT_GE(window.inSample.begin, whole.begin) << given;
+      EXPECT_LE(window.outOfSample.end, whole.end) << given;
+      EXPECT_GE(window.outOfSample.begin, triedUntil) << given;
+      triedUntil = window.outOfSample.end;
+    }
+    EXPECT_GT(triedUntil, whole.begin) << given;
+  }
+}
+
 TEST(WalkForward, shouldMakeNoWindowOfTheLastInstantAlone) {
   const WalkForward walk = WalkForward::parse("20d:10d", "--walk-forward");
   const auto windows = walk.windows({0, 40 * kDayMs + 1}, "--walk-forward");
@@ -59,6 +77,7 @@ TEST(WalkForward, shouldNameWhatIsWrong) {
   for (const char* part : {"0d", "-1d", "1.5d", "1y", "d", "", "999999999d"})
     EXPECT_THAT(walkRefusalOf(std::string("9d:") + part),
                 StartsWith("--walk-forward: \"" + std::string(part) + "\" in \"9d:"));
+  EXPECT_THAT(walkRefusalOf("9d:2d:1d"), StartsWith("--walk-forward: the step in \"9d:2d:1d\" is"));
   EXPECT_THAT(walkRefusalOf("100d:1d"), StartsWith("--walk-forward: what is to be played, "
                                                    "1970-01-01T00:00:00.000Z to 1970-04-11"));
   EXPECT_THAT(walkRefusalOf("1s:1s"), StartsWith("--walk-forward: there are more than 100000"));

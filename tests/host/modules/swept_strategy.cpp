@@ -6,8 +6,12 @@
 #include <orvane/sdk/Text.h>
 #include <orvane/sdk/Views.h>
 
+#include <csignal>
+#include <cstdlib>
 #include <list>
 #include <optional>
+#include <string>
+#include <thread>
 
 namespace {
 
@@ -19,6 +23,7 @@ using orvane::int64;
 /// - "every" (7): buys "volume" (1) with each such record and sells what it holds with the next.
 /// - "quit" (0): ends its run after so many records, holding what it holds; 0 never.
 /// - "fail" (0): the same as an error.
+/// - "die" (""): ends its process after 20 records, in the way that it names.
 /// - "refuse" (false): ends as an error before anything is played.
 /// - "talk" (false): publishes its "every" and trades only while nobody else has published.
 /// - "limit" (false): buys with limit orders at the price of the record.
@@ -29,6 +34,7 @@ class Swept : public orvane::Strategy {
     volume_ = params["volume"].toDouble(1);
     quit_ = params["quit"].toInt();
     fail_ = params["fail"].toInt();
+    die_ = params["die"].toString().toStdString();
     talks_ = params["talk"].toBool();
     isLimit_ = params["limit"].toBool();
     if (params["refuse"].toBool()) return context->setError(orvane::gbk("不要 \"these\", no"));
@@ -62,6 +68,7 @@ class Swept : public orvane::Strategy {
     ++seen_;
     if (quit_ > 0 && seen_ >= quit_) return context->setFinish();
     if (fail_ > 0 && seen_ >= fail_) return context->setError("seen too much");
+    if (seen_ >= 20) die();
     if (talks_ && hearsOthers(context, time)) return;
     if (seen_ % every_ != 0) return;
     const bool buys = held_ <= 0;
@@ -73,6 +80,15 @@ class Swept : public orvane::Strategy {
                            ? orvane::limitOrder(account_, code, direction, offset, volume, price)
                            : orvane::marketOrder(account_, code, direction, offset, volume),
                        sent);
+  }
+
+  void die() const {
+    if (die_ == "abort") std::abort();
+    if (die_ == "kill") std::raise(SIGKILL);
+    if (die_ == "exit") std::exit(3);
+    if (die_ == "exit well") std::exit(0);
+    if (die_ == "thread") std::thread([] { throw 7; }).join();
+    if (die_ == "write") *reinterpret_cast<volatile int*>(every_ * 8) = 7;
   }
 
   bool hearsOthers(IContext* context, int64 time) const {
@@ -88,6 +104,7 @@ class Swept : public orvane::Strategy {
   int every_ = 7, quit_ = 0, fail_ = 0, seen_ = 0;
   double volume_ = 1, held_ = 0;
   bool talks_ = false, isLimit_ = false;
+  std::string die_;
   orvane::TradingAccountID account_;
 };
 
