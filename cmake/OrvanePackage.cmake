@@ -19,7 +19,8 @@ install(DIRECTORY docs examples DESTINATION "${doc_folder}" COMPONENT runtime
   PATTERN "CMakeLists.txt")
 
 # Debian's own of what is linked in or included; those of the page's packages come with the page.
-foreach(name IN ITEMS libcli11-dev libsqlitecpp-dev)
+file(GLOB boost RELATIVE /usr/share/doc /usr/share/doc/libboost[0-9]*-dev)
+foreach(name IN ITEMS libcli11-dev libsqlitecpp-dev ${boost})
   install(FILES "/usr/share/doc/${name}/copyright" DESTINATION "${doc_folder}/licences"
     RENAME "${name}.txt" COMPONENT runtime OPTIONAL)
 endforeach()

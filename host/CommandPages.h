@@ -18,7 +18,7 @@ struct ExitCodeText {
 inline constexpr std::array<ExitCodeText, 4> kExitCodeTexts{{
     {kExitSuccess, "Every run ended as Stopped or Finished, or the command did what it says."},
     {kExitRunFailed,
-     "A run ended as an error, something of it could not be written, or something unforeseen "
+     "A run ended as an error or crashed, something could not be written, or something unforeseen "
      "happened."},
     {kExitBadInput, "The input was wrong: nothing ran and nothing was written."},
     {kExitInterrupted, "Interrupted: the runs were stopped, and told how far they came."},

@@ -158,6 +158,33 @@ std::string DataSet::timeZone() const {
   return isOne ? *zones.begin() : "UTC";
 }
 
+std::uint64_t DataSet::records() const {
+  std::uint64_t sum = 0;
+  for (const LoadedBars& loaded : bars) sum += loaded.series.bars.size();
+  for (const LoadedTicks& loaded : ticks) sum += loaded.series.rows();
+  return sum;
+}
+
+DataSet DataSet::shared() const {
+  DataSet result;
+  for (const LoadedBars& loaded : bars) {
+    const BarSeries& series = loaded.series;
+    result.bars.push_back({loaded.code,
+                           {series.code, series.periodMs, series.timeZone, series.origin,
+                            series.bars.shared(), series.isOrdered},
+                           loaded.notes});
+  }
+  for (const LoadedTicks& loaded : ticks) {
+    const TickSeries& series = loaded.series;
+    result.ticks.push_back(
+        {loaded.code,
+         {series.code, series.timeZone, series.origin, series.columns, series.times.shared(),
+          series.tradingDays.shared(), series.cells.shared(), series.isOrdered},
+         loaded.notes});
+  }
+  return result;
+}
+
 std::string frequencyText(int64 periodMs) {
   struct Unit {
     int64 ms;

@@ -31,6 +31,11 @@ struct DataSet {
   std::vector<SeriesSummary> summaries() const;
   /// The zone that all series have; "UTC" where they differ.
   std::string timeZone() const;
+  /// The rows of all series: bars and ticks.
+  std::uint64_t records() const;
+  /// The same series over the same rows, without a copy of them. Nobody may write to them as long
+  /// as somebody else reads them.
+  DataSet shared() const;
 };
 
 /// Reads all inputs of a plan. Files that reduce to one code (and, for bars, one period) make one

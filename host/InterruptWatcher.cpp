@@ -1,5 +1,6 @@
 #include "host/InterruptWatcher.h"
 
+#include <fcntl.h>
 #include <poll.h>
 #include <pthread.h>
 #include <sys/eventfd.h>
@@ -25,12 +26,21 @@ sigset_t interruptSignals() {
 
 }  // namespace
 
-InterruptWatcher::InterruptWatcher() {
+InterruptWatcher::InterruptWatcher() : takesSignals_(true) {
   const sigset_t interrupts = interruptSignals();
   pthread_sigmask(SIG_BLOCK, &interrupts, nullptr);
-  signalFd_ = signalfd(-1, &interrupts, SFD_CLOEXEC);
+  orderFd_ = signalfd(-1, &interrupts, SFD_CLOEXEC);
+  begin();
+}
+
+InterruptWatcher::InterruptWatcher(int stopDescriptor)
+    : takesSignals_(false), orderFd_(fcntl(stopDescriptor, F_DUPFD_CLOEXEC, 0)) {
+  begin();
+}
+
+void InterruptWatcher::begin() {
   wakeFd_ = eventfd(0, EFD_CLOEXEC);
-  if (signalFd_ < 0 || wakeFd_ < 0)
+  if (orderFd_ < 0 || wakeFd_ < 0)
     throw std::system_error(errno, std::generic_category(), "cannot watch for interrupts");
   thread_ = std::thread([this] { watch(); });
 }
@@ -41,8 +51,9 @@ InterruptWatcher::~InterruptWatcher() {
     thread_.join();
   else
     thread_.detach();
-  close(signalFd_);
+  close(orderFd_);
   close(wakeFd_);
+  if (!takesSignals_) return;
   // One more that comes late must not change how the process ends.
   if (isInterrupted_) std::signal(SIGTERM, SIG_IGN);
   const sigset_t interrupts = interruptSignals();
@@ -56,20 +67,31 @@ void InterruptWatcher::setHandler(std::function<void()> handler) {
 }
 
 void InterruptWatcher::watch() {
-  pollfd waits[2] = {{signalFd_, POLLIN, 0}, {wakeFd_, POLLIN, 0}};
+  pollfd waits[2] = {{orderFd_, POLLIN, 0}, {wakeFd_, POLLIN, 0}};
   while (true) {
     if (poll(waits, 2, -1) < 0) {
       if (errno == EINTR) continue;
       return;
     }
     if (waits[1].revents != 0) return;
-    signalfd_siginfo info;
-    if (read(signalFd_, &info, sizeof(info)) != static_cast<ssize_t>(sizeof(info))) continue;
-    if (info.ssi_signo == SIGINT && ++presses_ > 1) _exit(kExitInterrupted);
+    if (!takeOrder()) continue;
     if (isInterrupted_.exchange(true)) continue;
     const std::lock_guard lock(mutex_);
     if (handler_) handler_();
   }
+}
+
+bool InterruptWatcher::takeOrder() {
+  if (!takesSignals_) {
+    char order = 0;
+    const ssize_t count = read(orderFd_, &order, 1);
+    if (count == 0) _exit(kExitInterrupted);
+    return count == 1;
+  }
+  signalfd_siginfo info;
+  if (read(orderFd_, &info, sizeof(info)) != static_cast<ssize_t>(sizeof(info))) return false;
+  if (info.ssi_signo == SIGINT && ++presses_ > 1) _exit(kExitInterrupted);
+  return true;
 }
 
 }  // namespace orvane

@@ -17,6 +17,9 @@ namespace orvane {
 class InterruptWatcher {
  public:
   InterruptWatcher();
+  /// Takes its orders from a descriptor and not from signals: a byte is the first signal. Where its
+  /// other end is closed, nobody waits for this process any more, and it ends at once.
+  explicit InterruptWatcher(int stopDescriptor);
   ~InterruptWatcher();
   InterruptWatcher(const InterruptWatcher&) = delete;
   InterruptWatcher& operator=(const InterruptWatcher&) = delete;
@@ -28,13 +31,17 @@ class InterruptWatcher {
   void setHandler(std::function<void()> handler);
 
  private:
+  void begin();
   void watch();
+  /// Takes what there is to take; answers whether it is an order to stop.
+  bool takeOrder();
 
   std::atomic<bool> isInterrupted_{false};
   std::mutex mutex_;
   std::function<void()> handler_;
   int presses_ = 0;  ///< SIGINT so far; for the thread alone.
-  int signalFd_ = -1;
+  const bool takesSignals_;
+  int orderFd_ = -1;
   int wakeFd_ = -1;
   std::thread thread_;
 };

@@ -46,6 +46,10 @@ void LineAppender::append(const log4cxx::spi::LoggingEventPtr& event, log4cxx::h
   if (lost_++ == 0) firstError_ = error;
 }
 
+void LineAppender::addLost(const Lost& lost) {
+  if (lost.lines > 0 && lost_.fetch_add(lost.lines) == 0) firstError_ = lost.error;
+}
+
 std::string LineAppender::failure() const {
   const std::uint64_t lost = lost_;
   if (lost == 0) return {};

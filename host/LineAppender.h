@@ -26,6 +26,15 @@ class LineAppender final : public log4cxx::AppenderSkeleton {
   /// How many lines got lost and why, as one UTF-8 message; empty if none did. Any thread.
   std::string failure() const;
 
+  /// Lines that got lost, and the errno of the first.
+  struct Lost {
+    std::uint64_t lines = 0;
+    int error = 0;
+  };
+  Lost lost() const { return {lost_, firstError_}; }
+  /// Counts lines that got lost in another process, which writes to the same file. Any thread.
+  void addLost(const Lost& lost);
+
  protected:
   void append(const log4cxx::spi::LoggingEventPtr& event, log4cxx::helpers::Pool& pool) override;
 

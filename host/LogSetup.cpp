@@ -61,7 +61,7 @@ void checkLogFile(const LogOptions& options) {
   if (!isGood) throw InputError(fmt::format("--log: \"{}\" cannot be written", options.file));
 }
 
-std::shared_ptr<const LineAppender> setUpLog(const LogOptions& options) {
+std::shared_ptr<LineAppender> setUpLog(const LogOptions& options) {
   const auto appender = options.file.empty() ? consoleAppender() : fileAppender(options.file);
   log4cxx::LogManager::resetConfiguration();
   const auto root = log4cxx::Logger::getRootLogger();

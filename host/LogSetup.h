@@ -20,6 +20,6 @@ void checkLogFile(const LogOptions& options);
 /// Configures the loggers of the process. Lines are UTF-8, whatever the locale. Answers what the
 /// lines go through, which knows of those that got lost. Throws `InputError` if the file cannot be
 /// written; loggers and file are as they were then.
-std::shared_ptr<const LineAppender> setUpLog(const LogOptions& options);
+std::shared_ptr<LineAppender> setUpLog(const LogOptions& options);
 
 }  // namespace orvane

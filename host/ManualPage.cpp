@@ -78,15 +78,16 @@ void addLiteral(const std::string& text, std::string& page) {
 
 constexpr char kDescription[] =
     R"(Plays files of market data through strategy modules, as fast as they digest them and, bit for
-bit, the same on every run; tells what they did; shows how data files are read; and turns them into
-caches, which need not be read again.
+bit, the same on every run; tells what they did; tries many combinations of their parameters; shows
+how data files are read; and turns them into caches, which need not be read again.
 A strategy module is a shared library that was built with the strategy kit.
 Text on the command line and in files is UTF-8.
 )";
 
 constexpr char kSignals[] =
     R"(SIGINT once, or SIGTERM however often, stops the runs in order: strategies are told, and
-summary and report are written. SIGINT a second time ends the process at once.
+summary and report are written. SIGINT a second time ends the process at once. A sweep keeps what
+is done, also where it is killed: the same command goes on.
 )";
 
 constexpr char kFiles[] =

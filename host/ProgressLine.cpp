@@ -19,11 +19,14 @@ void ProgressLine::show(const std::string& text) {
   width_ = text.size();
 }
 
-void ProgressLine::showReading(const std::string& path, double share) {
-  if (!isTerminal_) return;
-  const auto now = Clock::now();
-  if (now - shownAt_ < std::chrono::milliseconds(100)) return;
+bool ProgressLine::isDue(Clock::time_point now) {
+  if (!isTerminal_ || now - shownAt_ < std::chrono::milliseconds(100)) return false;
   shownAt_ = now;
+  return true;
+}
+
+void ProgressLine::showReading(const std::string& path, double share) {
+  if (!isDue(Clock::now())) return;
   show(fmt::format("reading {} {:3.0f}%", std::filesystem::path(path).filename().string(),
                    share * 100));
 }
@@ -40,6 +43,11 @@ void ProgressLine::showRun(const PlaybackProgress& progress, bool isLive) {
   show(fmt::format("{} {:5.1f}%  {}  {} of {} records  {:.0f} records/s",
                    isLive ? "live" : "playing", share * 100, isoTime(progress.now).substr(0, 19),
                    progress.delivered, progress.total, rate));
+}
+
+void ProgressLine::wipe() {
+  if (isTerminal_) fmt::print(stderr, "\r\033[K");
+  width_ = 0;
 }
 
 void ProgressLine::clear() {

@@ -12,19 +12,24 @@ namespace orvane {
 class ProgressLine {
  public:
   ProgressLine();
-  ~ProgressLine() { clear(); }
+  virtual ~ProgressLine() { clear(); }
   ProgressLine(const ProgressLine&) = delete;
   ProgressLine& operator=(const ProgressLine&) = delete;
 
   void showReading(const std::string& path, double share);
-  void showRun(const PlaybackProgress& progress, bool isLive);
+  virtual void showRun(const PlaybackProgress& progress, bool isLive);
   void clear();
 
- private:
-  void show(const std::string& text);
-
+ protected:
   using Clock = std::chrono::steady_clock;
 
+  /// Whether the line is to be written anew: on a terminal, and not again at once.
+  bool isDue(Clock::time_point now);
+  void show(const std::string& text);
+  /// Clears a line that another process may have left there.
+  void wipe();
+
+ private:
   const bool isTerminal_;
   Clock::time_point shownAt_{};
   Clock::time_point runBegan_{};

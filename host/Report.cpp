@@ -1,16 +1,11 @@
 #include "host/Report.h"
 
 #include <fmt/core.h>
-#include <unistd.h>
 
-#include <QDir>
 #include <QJsonArray>
 #include <QJsonDocument>
-#include <QSaveFile>
-#include <filesystem>
 
 #include "host/FileHash.h"
-#include "host/InputError.h"
 #include "host/PublicationReport.h"
 #include "host/ReportJson.h"
 #include "host/ReportPage.h"
@@ -18,6 +13,7 @@
 #include "host/TradeCsv.h"
 #include "host/TradeReport.h"
 #include "host/Version.h"
+#include "host/WholeFile.h"
 #include "platform/fields/KLineView.h"
 #include "platform/fields/QuoteView.h"
 #include "shared/TextCodec.h"
@@ -213,33 +209,15 @@ QJsonObject makeReport(const RunOutcome& outcome) {
                                  {"speed", outcome.speed}}}};
 }
 
-void checkReportFolder(const std::string& folder) {
-  namespace fs = std::filesystem;
-  std::error_code error;
-  fs::path there = fs::absolute(folder, error).lexically_normal();
-  if (fs::exists(there, error) && !fs::is_directory(there, error))
-    throw InputError(fmt::format("--report: \"{}\" is not a folder", folder));
-  while (!fs::exists(there, error) && there.has_relative_path()) there = there.parent_path();
-  if (!fs::is_directory(there, error) || access(there.c_str(), W_OK) != 0)
-    throw InputError(fmt::format("--report: the folder \"{}\" cannot be written", folder));
-}
+void checkReportFolder(const std::string& folder) { checkFolder(folder, "--report"); }
 
-void makeReportFolder(const std::string& folder) {
-  if (!QDir().mkpath(qt(folder)))
-    throw InputError(fmt::format("--report: the folder \"{}\" cannot be made", folder));
-}
+void makeReportFolder(const std::string& folder) { makeFolder(folder, "--report"); }
 
 namespace {
 
-/// A file that appears whole: readers and interrupted runs never see half of one.
 void writeWhole(const std::string& path, const QByteArray& text, RunOutcome& outcome) {
-  QSaveFile file(qt(path));
-  // What is only buffered would fail after the last look at errors.
-  if (file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) && file.write(text) == text.size() &&
-      file.commit())
-    return;
-  outcome.failures.push_back(
-      fmt::format("{}: cannot be written: {}", path, file.errorString().toStdString()));
+  if (std::string failure = writeWholeFile(path, text); !failure.empty())
+    outcome.failures.push_back(std::move(failure));
 }
 
 }  // namespace

@@ -3,8 +3,6 @@
 #include <fmt/core.h>
 
 #include <chrono>
-#include <filesystem>
-#include <limits>
 
 #include "host/Console.h"
 #include "host/DataSet.h"
@@ -14,7 +12,6 @@
 #include "host/InputError.h"
 #include "host/InstrumentInputs.h"
 #include "host/InterruptWatcher.h"
-#include "host/JsonInput.h"
 #include "host/LineAppender.h"
 #include "host/OptionChecks.h"
 #include "host/ProgressLine.h"
@@ -35,17 +32,6 @@ constexpr char kExamples[] =
     "Exit codes: 0 every run ended as Stopped or Finished; 1 a run ended as an error;\n"
     "2 the input was wrong and nothing ran; 130 interrupted.";
 
-constexpr std::uint64_t kLargest = std::numeric_limits<int>::max();
-
-/// Splits "CODE=FILE"; a name that has "=" in it and is a file stays whole.
-std::pair<std::string, std::string> splitCode(const std::string& argument) {
-  const auto equals = argument.find('=');
-  const bool hasCode = equals != std::string::npos && equals != 0 && argument.find('/') > equals &&
-                       !std::filesystem::exists(argument);
-  if (!hasCode) return {{}, argument};
-  return {argument.substr(0, equals), argument.substr(equals + 1)};
-}
-
 }  // namespace
 
 RunCommand::RunCommand(CLI::App& parent) {
@@ -56,15 +42,9 @@ RunCommand::RunCommand(CLI::App& parent) {
                    "Configuration of a run, for several runners at once; see docs/host.md")
       ->type_name("CONFIG.json");
 
+  options_.addTo(*command_);
+
   const std::string what = "What to run";
-  command_
-      ->add_option("-s,--strategy", strategy_,
-                   "Strategy module: a file, or a bare name such as sma_cross")
-      ->type_name("MODULE")
-      ->group(what);
-  command_->add_option("-p,--params", params_, "Parameters of the strategy: {...} or a file")
-      ->type_name("JSON")
-      ->group(what);
   command_->add_option("--name", name_, "Name of the runner (default: the module's)")->group(what);
   command_->add_option("--order-source", orderSource_, "Create source of its orders")->group(what);
   command_
@@ -74,23 +54,6 @@ RunCommand::RunCommand(CLI::App& parent) {
       ->group(what);
 
   const std::string data = "Market data";
-  command_->add_option("-b,--bars", bars_, "Bar files; those of one code make one series")
-      ->type_name("[CODE=]FILE")
-      ->group(data);
-  command_->add_option("-t,--ticks", ticks_, "Tick files; those of one code make one series")
-      ->type_name("[CODE=]FILE")
-      ->group(data);
-  command_
-      ->add_option("-i,--instrument", instruments_,
-                   "Instrument as CODE[.MARKET],priceTick=0.2,..., or instruments.json")
-      ->type_name("INSTRUMENT")
-      ->group(data);
-  command_
-      ->add_option("--cache", cache_,
-                   "Folder of caches: the first run makes them, later ones begin at once")
-      ->type_name("DIR")
-      ->group(data);
-  reading_.addTo(*command_);
   command_
       ->add_option("--records", recordFiles_, "Dictionary records that are there from the start")
       ->type_name("FILE")
@@ -108,50 +71,12 @@ RunCommand::RunCommand(CLI::App& parent) {
       ->group(data);
 
   const std::string how = "How to play";
-  command_->add_option("--from", from_, "Begin here; what lies before is history")
-      ->type_name("TIME")
-      ->group(how);
-  command_->add_option("--to", to_, "End before this time")->type_name("TIME")->group(how);
   command_->add_option("--speed", speed_, "Pace, such as 10x (default: as fast as it can)")
       ->type_name("N[x]")
       ->group(how);
   command_->add_flag("--live", isLive_, "Live mode: the system's clock, the feed in real time")
       ->disable_flag_override()
       ->group(how);
-  command_
-      ->add_option("--threads", threads_, "Threads that run strategies (default: by the machine)")
-      ->check(wholeNumber(1, 1024))
-      ->group(how);
-
-  const std::string trade = "How to trade";
-  command_->add_option("--capital", capital_, "Start balance of each runner's account")
-      ->type_name("MONEY")
-      ->default_str("1000000")
-      ->group(trade);
-  command_->add_option("--fee-per-lot", feePerLot_, "Fee for each unit of volume")
-      ->type_name("MONEY")
-      ->group(trade);
-  command_->add_option("--fee-rate", feeRate_, "Fee as a share of the turnover, such as 0.0001")
-      ->type_name("RATE")
-      ->group(trade);
-  command_->add_option("--margin-rate", marginRate_, "Margin as a share of the turnover")
-      ->type_name("RATE")
-      ->group(trade);
-  command_->add_option("--slippage", slippage_, "Price amount against market and stop orders")
-      ->type_name("PRICE")
-      ->group(trade);
-  command_->add_option("--slippage-ticks", slippageTicks_, "The same in price ticks")
-      ->check(wholeNumber(0, kLargest))
-      ->group(trade);
-  command_->add_option("--entry-latency", entryLatencyMs_, "From an order to the exchange, in ms")
-      ->check(wholeNumber(0, kLargest))
-      ->type_name("MS")
-      ->group(trade);
-  command_
-      ->add_option("--report-latency", reportLatencyMs_, "From the exchange to the strategy, in ms")
-      ->check(wholeNumber(0, kLargest))
-      ->type_name("MS")
-      ->group(trade);
 
   const std::string out = "What comes out";
   command_
@@ -170,95 +95,38 @@ RunCommand::RunCommand(CLI::App& parent) {
       ->disable_flag_override()
       ->group(out);
   command_->add_flag("-q,--quiet", isQuiet_, "No summary")->disable_flag_override()->group(out);
-  command_->add_option("--log", log_.file, "Write log lines to a file and not to standard error")
-      ->type_name("FILE")
-      ->group(out);
-  const CLI::IsMember levels({"trace", "debug", "info", "warn", "error", "off"});
-  command_->add_option("--log-level", log_.level, "Level of the system's lines")
-      ->check(levels)
-      ->capture_default_str()
-      ->group(out);
-  command_->add_option("--strategy-log-level", log_.strategyLevel, "Level of the strategies' lines")
-      ->check(levels)
-      ->capture_default_str()
-      ->group(out);
-}
-
-void RunCommand::addData(RunPlan& plan, const std::vector<std::string>& files,
-                         DataFileRequest::Kind kind) const {
-  const QJsonObject description = reading_.description();
-  // One instrument and nothing said about codes: the files are of it.
-  const bool isOnlyOne = plan.instruments.size() == 1 && !plan.instrumentsAreComplete;
-  for (const std::string& argument : files) {
-    const auto [code, path] = splitCode(argument);
-    if (path.empty())
-      throw InputError(fmt::format("{}: \"{}\" names no file",
-                                   kind == DataFileRequest::Kind::Bars ? "--bars" : "--ticks",
-                                   argument));
-    DataInput input;
-    input.kind = kind;
-    input.code = !code.empty() ? code
-                 : isOnlyOne   ? instrumentText(plan.instruments.front().instrument)
-                               : std::string();
-    input.description = description;
-    input.places = reading_.places();
-    DataInput* same = nullptr;
-    for (DataInput& other : plan.data)
-      if (other.kind == kind && other.code == input.code) same = &other;
-    if (same == nullptr) same = &plan.data.emplace_back(std::move(input));
-    same->paths.push_back(path);
-  }
 }
 
 RunPlan RunCommand::makePlan() const {
   RunPlan plan;
   if (!config_.empty()) {
-    for (const auto& [given, option] : {std::pair{!strategy_.empty(), "--strategy"},
-                                        {!params_.empty(), "--params"},
-                                        {!name_.empty(), "--name"},
-                                        {!bars_.empty(), "--bars"},
-                                        {!ticks_.empty(), "--ticks"},
-                                        {!instruments_.empty(), "--instrument"},
-                                        {!orderSource_.empty(), "--order-source"},
-                                        {isServer_, "--server"},
-                                        {!recordFiles_.empty(), "--records"},
-                                        {!indexFiles_.empty(), "--indexes"},
-                                        {!published_.empty(), "--published"},
-                                        {!events_.empty(), "--events"}})
+    std::vector<std::pair<bool, const char*>> inputs = options_.inputs();
+    inputs.insert(inputs.end(), {{!name_.empty(), "--name"},
+                                 {!orderSource_.empty(), "--order-source"},
+                                 {isServer_, "--server"},
+                                 {!recordFiles_.empty(), "--records"},
+                                 {!indexFiles_.empty(), "--indexes"},
+                                 {!published_.empty(), "--published"},
+                                 {!events_.empty(), "--events"}});
+    for (const auto& [given, option] : inputs)
       if (given)
         throw InputError(fmt::format(
             "{} cannot be given together with a configuration; put it into {}", option, config_));
-    if (const QJsonObject reading = reading_.description(); !reading.isEmpty())
+    if (const QJsonObject reading = options_.reading().description(); !reading.isEmpty())
       throw InputError(
           fmt::format("options on how to read files ({}) cannot be given together with a "
                       "configuration; put them into a \"format\" in {}",
                       reading.keys().join(", ").toStdString(), config_));
     readRunConfig(config_, plan);
   } else {
-    if (strategy_.empty())
+    if (options_.strategy().empty())
       throw InputError("what to run? Give --strategy MODULE, or a CONFIG.json (see run --help)");
-    RunnerPlan runner;
-    runner.strategy = strategy_;
+    RunnerPlan runner = options_.runner(plan);
     runner.name = name_;
     runner.orderSource = orderSource_;
     runner.isServer = isServer_;
-    if (!params_.empty()) {
-      runner.params = jsonObjectArgument(params_, "--params");
-      plan.otherFiles.push_back({"--params", params_});
-    }
     plan.runners.push_back(std::move(runner));
-    for (const std::string& given : instruments_) {
-      if (given.ends_with(".json")) {
-        const auto list = instrumentsOfFile(given);
-        plan.instruments.insert(plan.instruments.end(), list.begin(), list.end());
-        plan.instrumentsAreComplete = true;
-        plan.otherFiles.push_back({"--instrument", given});
-      } else {
-        plan.instruments.push_back(instrumentOf(given, "--instrument"));
-      }
-    }
-    addData(plan, bars_, DataFileRequest::Kind::Bars);
-    addData(plan, ticks_, DataFileRequest::Kind::Ticks);
+    options_.addInputs(plan);
     for (const std::string& given : published_) {
       const auto equals = given.find('=');
       PublishedPlan series{"--published " + given, given.substr(0, equals)};
@@ -281,41 +149,20 @@ RunPlan RunCommand::makePlan() const {
 }
 
 void RunCommand::addOptions(RunPlan& plan) const {
-  const auto take = [&plan](const std::string& given, std::string& target, const char* field,
-                            const char* option) {
-    if (given.empty()) return;
-    target = given;
-    plan.places[field] = option;
-  };
-  take(from_, plan.from, "from", "--from");
-  take(to_, plan.to, "to", "--to");
+  options_.addSettings(plan);
   if (!speed_.empty()) plan.speed = parseSpeed(speed_, "--speed");
   if (isLive_) plan.isLive = true;
-  if (threads_ > 0) plan.threads = threads_;
   if (!report_.empty()) plan.reportFolder = report_;
   if (noDigest_) plan.withDigest = false;
-  take(capital_, plan.startBalance, "startBalance", "--capital");
-  if (!cache_.empty()) plan.cacheFolder = cache_;
   if (!store_.empty()) plan.trade.storePath = store_;
   if (!dictionary_.empty()) plan.dictionaryFile = dictionary_;
-  TradeOptions& trade = plan.trade;
-  take(feePerLot_, trade.feePerLot, "feePerLot", "--fee-per-lot");
-  take(feeRate_, trade.feeRate, "feeRate", "--fee-rate");
-  take(marginRate_, trade.marginRate, "marginRate", "--margin-rate");
-  take(slippage_, trade.slippage, "slippage", "--slippage");
-  if (slippageTicks_ > 0) {
-    trade.slippageTicks = slippageTicks_;
-    plan.places["slippageTicks"] = "--slippage-ticks";
-  }
-  if (entryLatencyMs_ > 0) trade.entryLatencyMs = entryLatencyMs_;
-  if (reportLatencyMs_ > 0) trade.reportLatencyMs = reportLatencyMs_;
 }
 
 void RunCommand::checkFiles(const RunPlan& plan) const {
   const auto role = [this](const std::string& key, bool isOption) {
     return isOption ? "--" + key : config_ + ": " + key;
   };
-  std::vector<FileRole> written = {{"--log", log_.file},
+  std::vector<FileRole> written = {{"--log", options_.log().file},
                                    {role("store", !store_.empty()), plan.trade.storePath},
                                    {role("dictionary", !dictionary_.empty()), plan.dictionaryFile}};
   // The files that a database keeps beside its own while it is open.
@@ -327,7 +174,8 @@ void RunCommand::checkFiles(const RunPlan& plan) const {
     for (const char* name : kReportFiles)
       written.push_back(
           {role("report", !report_.empty()) + "'s " + name, plan.reportFolder + "/" + name});
-  std::vector<FileRole> read = {{"the configuration", config_}, {"--format", reading_.format()}};
+  std::vector<FileRole> read = {{"the configuration", config_},
+                                {"--format", options_.reading().format()}};
   for (const DataInput& input : plan.data)
     for (const std::string& path : input.paths) read.push_back({"the market data", path});
   for (const std::string& path : plan.recordFiles) read.push_back({"the records", path});
@@ -337,19 +185,8 @@ void RunCommand::checkFiles(const RunPlan& plan) const {
   for (const RunnerPlan& runner : plan.runners) read.push_back({"the strategy", runner.modulePath});
   checkFileRoles(written, read);
   if (!plan.reportFolder.empty()) checkReportFolder(plan.reportFolder);
-  checkLogFile(log_);
+  checkLogFile(options_.log());
 }
-
-namespace {
-
-std::vector<std::string> dataFilesOf(const RunPlan& plan) {
-  std::vector<std::string> result;
-  for (const DataInput& input : plan.data)
-    result.insert(result.end(), input.paths.begin(), input.paths.end());
-  return result;
-}
-
-}  // namespace
 
 int RunCommand::execute() {
   refuseEmptyTexts(*command_);
@@ -364,14 +201,14 @@ int RunCommand::execute() {
   progress.clear();
   // At once: by the end of the run somebody may have changed them.
   std::vector<FileHash> hashes;
-  if (!plan.reportFolder.empty()) hashes = hashesOf(dataFilesOf(plan));
+  if (!plan.reportFolder.empty()) hashes = hashesOf(plan.dataFiles());
 
   InterruptWatcher interrupts;
   std::shared_ptr<const LineAppender> log;
   RunOutcome outcome = runSession(plan, std::move(data), interrupts, progress, [&] {
     // The log of an earlier run stays as it is when this one is refused.
     if (!plan.reportFolder.empty()) makeReportFolder(plan.reportFolder);
-    log = setUpLog(log_);
+    log = setUpLog(options_.log());
   });
   outcome.loadSeconds = loadSeconds;
   outcome.files = std::move(hashes);

@@ -4,8 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "host/LogSetup.h"
-#include "host/ReadingOptions.h"
+#include "host/RunOptions.h"
 #include "host/RunPlan.h"
 #include "host/RunSession.h"
 
@@ -27,20 +26,14 @@ class RunCommand {
   void checkFiles(const RunPlan& plan) const;
   /// Shows what became of the run.
   void tell(RunOutcome& outcome) const;
-  void addData(RunPlan& plan, const std::vector<std::string>& files,
-               DataFileRequest::Kind kind) const;
 
   CLI::App* command_;
-  std::string config_, strategy_, params_, name_, orderSource_;
-  std::vector<std::string> bars_, ticks_, instruments_, recordFiles_, indexFiles_, published_;
-  ReadingOptions reading_;
-  std::string from_, to_, speed_, report_;
+  std::string config_, name_, orderSource_;
+  RunOptions options_;
+  std::vector<std::string> recordFiles_, indexFiles_, published_;
+  std::string speed_, report_;
   bool isServer_ = false, isLive_ = false, noDigest_ = false, isQuiet_ = false;
-  int threads_ = -1;
-  std::string capital_, feePerLot_, feeRate_, marginRate_, slippage_, store_, dictionary_, events_,
-      cache_;
-  int slippageTicks_ = 0, entryLatencyMs_ = 0, reportLatencyMs_ = 0;
-  LogOptions log_;
+  std::string store_, dictionary_, events_;
 };
 
 }  // namespace orvane

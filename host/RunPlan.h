@@ -104,6 +104,14 @@ struct RunPlan {
   /// Where the user gave a value, for messages, by the name that the platform has for it.
   std::map<std::string, std::string> places;
   std::string startBalance;  ///< Of accounts that nobody described; empty: the exchange's.
+
+  /// The files of all market data, UTF-8.
+  std::vector<std::string> dataFiles() const {
+    std::vector<std::string> result;
+    for (const DataInput& input : data)
+      result.insert(result.end(), input.paths.begin(), input.paths.end());
+    return result;
+  }
 };
 
 }  // namespace orvane

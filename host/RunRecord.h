@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <atomic>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -69,6 +70,8 @@ struct RunRecord {
   /// By the dictionary's name and the target, GBK.
   std::map<std::pair<std::string, std::string>, DictionaryRecord> dictionaries;
   PublishedCount publishedQuotes, publishedBars, publishedRecords;
+  /// Whether it tried to publish anything at all, on whatever thread.
+  std::atomic<bool> hasPublished{false};
   std::string statisticsLine;  ///< What a server run said at its end; empty for others.
   std::uint64_t exceptions = 0;
   std::string firstException;      ///< "onQuote: what it said", UTF-8.

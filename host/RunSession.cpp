@@ -117,6 +117,7 @@ struct LiveRunner {
   std::string name;  ///< GBK.
   std::shared_ptr<IRunner> runner;
   std::shared_ptr<RunnerWatch> watch;
+  bool isOverAtStart = false, isOverEarly = false;
 };
 
 double secondsSince(std::chrono::steady_clock::time_point begin) {
@@ -200,6 +201,8 @@ RunnerOutcome endRunner(LiveRunner& live, const RunnerPlan& plan, const QJsonObj
   its.plan = plan;
   its.plan.params = parameters;
   its.state = live.watch->state();
+  its.isOverAtStart = live.isOverAtStart;
+  its.isOverEarly = live.isOverEarly;
   its.record = records.find(live.name);
   if (const auto record = records.find(live.name); record && record->digest)
     its.digest = record->digest->text();
@@ -233,6 +236,12 @@ void play(EmbeddedPlatform& platform, const RunPlan& plan, InterruptWatcher& int
 
 }  // namespace
 
+void checkSession(const RunPlan& plan, DataSet data) {
+  const PlatformOptions options = platformOptions(plan, data);
+  const std::vector<SeriesSummary> summaries = data.summaries();
+  parametersOf(plan, *makePlatform(plan, options, std::move(data)), summaries);
+}
+
 RunOutcome runSession(const RunPlan& plan, DataSet data, InterruptWatcher& interrupts,
                       ProgressLine& progress, const std::function<void()>& whenAccepted) {
   const PlatformOptions options = platformOptions(plan, data);
@@ -261,11 +270,14 @@ RunOutcome runSession(const RunPlan& plan, DataSet data, InterruptWatcher& inter
       if (--left == 0) platform.cancel();
     }));
   platform.drain();
+  for (LiveRunner& live : runners) live.isOverAtStart = live.watch->state().isOver();
   if (left != 0 && !interrupts.isInterrupted()) play(platform, plan, interrupts, progress, outcome);
   outcome.elapsedSeconds = secondsSince(began);
   progress.clear();
   interrupts.setHandler({});
 
+  for (LiveRunner& live : runners)
+    live.isOverEarly = !live.isOverAtStart && live.watch->state().isOver();
   for (LiveRunner& live : runners) live.runner->stop();
   platform.drain();
   for (std::size_t i = 0; i < runners.size(); ++i)

@@ -26,6 +26,8 @@ struct RunnerOutcome {
   /// What it traded; null if it sent no order.
   std::optional<SourceResult> trading;
   double startBalance = 0;  ///< Of its account.
+  /// Whether its run was over before anything was played, or, later, before all was played.
+  bool isOverAtStart = false, isOverEarly = false;
 };
 
 /// What became of a run.
@@ -51,6 +53,9 @@ struct RunOutcome {
   /// An `ExitCode`.
   int exitCode() const;
 };
+
+/// Throws the `InputError` that `runSession` would, and leaves nothing behind.
+void checkSession(const RunPlan& plan, DataSet data);
 
 /// Carries out a plan whose data is loaded: makes the platform, starts every runner, plays the
 /// data and stops the runners. Throws `InputError` if an instrument, a time or a code is wrong;

@@ -62,8 +62,19 @@ void put(CallEncoder& out, const Value& value) {
 
 }  // namespace
 
+namespace {
+
+/// What others may come to hear of.
+bool isPublication(ActionKind kind) {
+  return (kind >= ActionKind::PublishQuoteList && kind <= ActionKind::PublishOp8) ||
+         kind == ActionKind::PublishRecords;
+}
+
+}  // namespace
+
 template <typename Do, typename... Arguments>
 auto TapContext::act(ActionKind kind, const Do& doIt, const Arguments&... arguments) {
+  if (isPublication(kind)) record_.hasPublished = true;
   const bool written = isWritten();
   if (written) {
     encoder_->begin(kind);

@@ -19,6 +19,7 @@
 #include "host/OptionChecks.h"
 #include "host/RunCommand.h"
 #include "host/Version.h"
+#include "host/sweep/SweepCommand.h"
 #include "platform/market/files/DataFiles.h"
 
 namespace {
@@ -88,6 +89,7 @@ int runCommandLine(int argc, char** argv) {
   app.set_version_flag("--version", std::string("orvane ") + orvane::kVersion);
   app.require_subcommand(1);
   orvane::RunCommand run(app);
+  orvane::SweepCommand sweep(app);
   orvane::GenerateCommand generate(app);
   orvane::InspectCommand inspect(app);
   orvane::DataCommand data(app);
@@ -103,6 +105,7 @@ int runCommandLine(int argc, char** argv) {
     return orvane::kExitBadInput;
   }
   if (run.isChosen()) return run.execute();
+  if (sweep.isChosen()) return sweep.execute();
   if (newStrategy.isChosen()) return newStrategy.execute();
   const int code = generate.isChosen()  ? generate.execute()
                    : inspect.isChosen() ? inspect.execute()

@@ -1,10 +1,5 @@
 // The run's data as the command put it into the page, with its time columns unpacked.
 
-/** The JSON that stands in an element of the page. */
-function embeddedJson(id) {
-  return JSON.parse(document.getElementById(id).textContent);
-}
-
 /** Times are stored as the first one and the steps from each to the next. */
 function unpackTimes(steps) {
   const times = new Float64Array(steps.length);
@@ -24,18 +19,6 @@ function readRun() {
   for (const entry of run.entries)
     if (entry.trading) entry.trading.trades.time = unpackTimes(entry.trading.trades.time);
   return run;
-}
-
-/** The first place in an ascending array whose value is above `value`. */
-function upperBound(array, value) {
-  let from = 0;
-  let to = array.length;
-  while (from < to) {
-    const middle = (from + to) >> 1;
-    if (array[middle] <= value) from = middle + 1;
-    else to = middle;
-  }
-  return from;
 }
 
 const run = readRun();

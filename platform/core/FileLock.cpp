@@ -9,6 +9,7 @@
 #include <mutex>
 #include <set>
 #include <stdexcept>
+#include <utility>
 
 namespace orvane::detail {
 namespace {
@@ -47,6 +48,10 @@ FileLock::FileLock(const std::string& path) {
   descriptor_ = opened;
   if (fstat(opened, &its) == 0) file_ = {its.st_dev, its.st_ino};
   list.files.insert(file_);
+}
+
+void FileLock::leaveToParent() {
+  if (descriptor_ >= 0) close(std::exchange(descriptor_, -1));
 }
 
 FileLock::~FileLock() {

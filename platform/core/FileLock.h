@@ -5,6 +5,8 @@
 #include <string>
 #include <utility>
 
+#include "shared/Export.h"
+
 namespace orvane::detail {
 
 /// Keeps a file for one owner while it lives: a second lock of the same file, in this process or
@@ -13,7 +15,7 @@ namespace orvane::detail {
 ///
 /// Make it before anything opens the file, and let it go after everything has closed it: closing
 /// the lock's own descriptor would take away the locks that SQLite holds in this process.
-class FileLock {
+class ORVANE_API FileLock {
  public:
   /// `path` is UTF-8. A file that is not there is made; where it cannot be opened nothing is held,
   /// and whoever opens it next will say why. Throws `std::runtime_error`, which does not name the
@@ -22,6 +24,11 @@ class FileLock {
   ~FileLock();
   FileLock(const FileLock&) = delete;
   FileLock& operator=(const FileLock&) = delete;
+
+  /// In a process that was forked from the owner's: lets go of its share of the lock, or it would
+  /// keep the file for an owner that is no more. The owner still has it. Close nothing of the file
+  /// afterwards, and do not destroy the lock.
+  void leaveToParent();
 
  private:
   int descriptor_ = -1;

@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "shared/Export.h"
 #include "shared/Types.h"
 
 namespace orvane::detail {
@@ -22,7 +23,7 @@ inline constexpr const char* kSqliteInMemory = ":memory:";
 /// on the disk (`synchronous` FULL). Throws `std::runtime_error` or `SQLite::Exception`, neither
 /// of which names the path, if it cannot be read and written, or is anything else than a database
 /// of this format; it is then as it was before.
-SQLite::Database openSqlite(const std::string& path, const SqliteFormat& format);
+ORVANE_API SQLite::Database openSqlite(const std::string& path, const SqliteFormat& format);
 
 /// One more connection to a file that `openSqlite` opened in this process. It does not look into
 /// the file by itself: whoever closes a file takes away the locks that SQLite holds on it for the

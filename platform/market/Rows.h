@@ -62,6 +62,10 @@ class Rows {
     return rows;
   }
 
+  /// The same rows in the same memory, which both keep alive: what is written to one is written to
+  /// the other. Growing parts them.
+  Rows shared() const { return over(keeper_, data_, size_); }
+
   T* data() noexcept { return data_; }
   const T* data() const noexcept { return data_; }
   std::size_t size() const noexcept { return size_; }

@@ -11,6 +11,7 @@
 #include "platform/trade/BarMatcher.h"
 #include "platform/trade/ContractBook.h"
 #include "platform/trade/FillRecord.h"
+#include "platform/trade/PerAccount.h"
 #include "platform/trade/RiskGuard.h"
 #include "platform/trade/TickMarket.h"
 #include "shared/StatusCodes.h"
@@ -220,12 +221,13 @@ void PaperExchange::Impl::onBar(Contract& contract, const ExactBar& bar, int64 n
       const int rank = order.type == order::Type::Limit ? 1 : 0;
       candidates.push_back({match ? match->time : bar.end, rank, &order});
     }
+    PerAccount capacities(capacity, options.accountsShareMarket);
     if (candidates.size() > 1)
       std::ranges::stable_sort(candidates, [](const Candidate& a, const Candidate& b) {
         return a.time != b.time ? a.time < b.time : a.rank < b.rank;
       });
     for (const Candidate& candidate : candidates) {
-      matchBar(contract, bar, *candidate.order, capacity);
+      matchBar(contract, bar, *candidate.order, capacities.of(candidate.order->ledger));
       endImmediate(*candidate.order, bar.end);
     }
     sweep(contract);
@@ -257,9 +259,11 @@ void PaperExchange::Impl::onTick(Contract& contract, const IDepthMarketData& tic
   beginDay(contract, view.tradingDay(), now);
   contract.limits.upper = priceOf(view.upperLimit()).value_or(Price{});
   contract.limits.lower = priceOf(view.lowerLimit()).value_or(Price{});
-  TickMarket market(tick, options.queue, !contract.orders.empty());
+  PerAccount markets(TickMarket(tick, options.queue, !contract.orders.empty()),
+                     options.accountsShareMarket);
   for (WorkingOrder& order : contract.orders) {
     meet(contract, order);
+    TickMarket& market = markets.of(order.ledger);
     if (order.type == order::Type::Stop && !order.isTriggered)
       order.isTriggered = market.triggers(order);
     if (order.type == order::Type::Stop && !order.isTriggered) {
@@ -270,7 +274,7 @@ void PaperExchange::Impl::onTick(Contract& contract, const IDepthMarketData& tic
     endImmediate(order, now);
   }
   sweep(contract);
-  if (const auto price = market.mark()) markAll(contract, *price);
+  if (const auto price = markets.whole().mark()) markAll(contract, *price);
 }
 
 void PaperExchange::Impl::matchTick(Contract& contract, TickMarket& market, WorkingOrder& order,

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "platform/trade/BarMatcher.h"
+
 namespace orvane::detail {
 namespace {
 
@@ -9,6 +11,18 @@ bool tellsPrices(const MarketStream& stream) {
   if (!stream.isTicks()) return true;
   return stream.column(TickColumn::LastPrice) >= 0 || stream.column(TickColumn::BidPrice) >= 0 ||
          stream.column(TickColumn::AskPrice) >= 0;
+}
+
+/// Whether a row of a stream that files feed tells a price to reckon with.
+bool hasMark(const MarketStream& stream, std::size_t row) {
+  if (!stream.isTicks()) return exactBarOf(stream.bars().bars[row], 0).has_value();
+  const TickSeries& ticks = stream.ticks();
+  constexpr TickColumn kPrices[] = {TickColumn::LastPrice, TickColumn::BidPrice,
+                                    TickColumn::AskPrice};
+  return std::ranges::any_of(kPrices, [&](TickColumn column) {
+    const int at = stream.column(column);
+    return at >= 0 && ticks.cells[row * ticks.columns.size() + static_cast<std::size_t>(at)] > 0;
+  });
 }
 
 }  // namespace
@@ -53,7 +67,16 @@ void TradeFeed::begin(int64 codeId, PaperExchange& exchange) {
   line.isActive = true;
   const std::size_t known = line.stream->known.load();
   if (known <= line.fed) return;
-  feed(*line.stream, known - 1, exchange, shown(line.stream->timeAt(known - 1)));
+  const auto feedAt = [&](std::size_t row) {
+    feed(*line.stream, row, exchange, shown(line.stream->timeAt(row)));
+  };
+  // The price is the last one that was told, whoever traded in the code meanwhile.
+  if (line.stream->published() == nullptr && !hasMark(*line.stream, known - 1)) {
+    std::size_t row = known - 1;
+    while (row > line.fed && !hasMark(*line.stream, row)) --row;
+    if (row < known - 1) feedAt(row);
+  }
+  feedAt(known - 1);
   line.fed = known;
 }
 

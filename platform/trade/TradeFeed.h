@@ -13,8 +13,8 @@ namespace orvane::detail {
 
 /// Brings market data to the exchange: of each code its ticks, if they show prices or depth, else
 /// its shortest bars. Only codes in which somebody trades are fed, so that all others cost
-/// nothing; a code in which somebody begins to is fed the last record known. For one thread at a
-/// time.
+/// nothing; a code in which somebody begins to is fed the last record known, and before it the last
+/// that told a price. For one thread at a time.
 class TradeFeed {
  public:
   explicit TradeFeed(const MarketStore& store) : store_(store) {}

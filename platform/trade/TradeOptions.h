@@ -71,6 +71,9 @@ struct TradeOptions {
   bool settlesDaily = false;
   /// Orders that come outside the sessions of their code are rejected, and do not wait.
   bool rejectsOutsideSessions = false;
+  /// Whether what one account takes of a market is gone for the others. Without it each account
+  /// meets the market as if it were alone, as runs that are compared with each other have to.
+  bool accountsShareMarket = true;
 
   std::string storePath;  ///< UTF-8; empty: the store lives in memory.
 };

@@ -7,6 +7,7 @@ Each line of README and guide that calls `orvane` is typed into a shell, in a fo
 files which it names; so is the configuration that docs/host.md shows. What else README tells to
 type must name scripts and presets that are there. GUIDE_MODULE is made of the guide's blocks of
 code: it is played, and must have come through all of them."""
+import datetime
 import gzip
 import json
 import os
@@ -40,7 +41,9 @@ def lines_to_type(text):
     without_fences = re.sub(r"^```.*?^```", "", text, flags=re.M | re.S)
     blocks += [textwrap.dedent(block)
                for block in re.findall(r"(?<=\n\n)((?:    .*\n)+)", without_fences)]
-    return [line for block in blocks for line in block.splitlines() if line.strip()]
+    # A line that goes on in the next one is one line.
+    return [line for block in blocks for line in re.sub(r"\\\n\s*", "", block).splitlines()
+            if line.strip()]
 
 
 def bars(minutes=40):
@@ -52,10 +55,20 @@ def bars(minutes=40):
     return "\n".join(rows) + "\n"
 
 
+def days(count=400):
+    rows = ["date,open,high,low,close,volume"]
+    for at in range(count):
+        price = 100 + at % 37 + at % 11
+        day = datetime.date(2020, 1, 1) + datetime.timedelta(days=at)
+        rows.append(f"{day},{price},{price + 1},{price - 1},{price},5")
+    return "\n".join(rows) + "\n"
+
+
 def prepare(folder):
     """The files that the documents' lines name."""
     for name in ("data.csv", "own.csv"):
         (folder / name).write_text(bars(), encoding="utf-8")
+    (folder / "spy.csv").write_text(days(), encoding="utf-8")
     for name in ("my_bars.csv.gz", "if_5min.csv.gz"):
         text = bars() if name.startswith("my") else re.sub(
             r"10:(\d\d):00", lambda found: f"1{int(found[1]) // 12}:{int(found[1]) % 12 * 5:02}:00",

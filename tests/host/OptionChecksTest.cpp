@@ -108,9 +108,10 @@ TEST_F(OptionChecks, shouldNameTheOptionOrKeyOfADescriptionThatIsWrong) {
 }
 
 TEST_F(OptionChecks, shouldSayWhatIsNoCommandAndNoJson) {
-  expectMessage({"records", "x.csv"},
-                "\"records\" is not a command; the commands are run, generate, inspect, data and "
-                "new-strategy");
+  expectMessage(
+      {"records", "x.csv"},
+      "\"records\" is not a command; the commands are run, sweep, generate, inspect, data "
+      "and new-strategy");
   expectRefused({"--params", "["},
                 "--params: \"[\" is neither a JSON object nor the name of a file");
   expectRefused({"-i", "A.X,foo=1"},

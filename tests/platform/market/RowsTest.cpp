@@ -35,6 +35,19 @@ TEST(Rows, shouldBeCopiedRowByRowAndMovedWhole) {
   EXPECT_EQ(Rows<int>(std::vector<int>{1, 2, 3}), moved);
 }
 
+TEST(Rows, shouldShareTheirMemoryUntilOneOfThemGrows) {
+  Rows<int> rows = {1, 2, 3};
+  Rows<int> same = rows.shared();
+  EXPECT_EQ(same.data(), rows.data());
+  const Rows<int> last = rows.shared();
+  rows = {};
+  EXPECT_EQ(same, (Rows<int>{1, 2, 3}));
+  same.push_back(4);
+  EXPECT_NE(same.data(), last.data());
+  EXPECT_EQ(same, (Rows<int>{1, 2, 3, 4}));
+  EXPECT_EQ(last, (Rows<int>{1, 2, 3}));
+}
+
 TEST(Rows, shouldLeaveForeignMemoryAloneWhenTheyGrow) {
   auto memory = std::make_shared<std::array<int, 3>>(std::array<int, 3>{1, 2, 3});
   auto rows = Rows<int>::over(memory, memory->data(), 3);

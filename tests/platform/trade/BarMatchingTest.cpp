@@ -71,6 +71,26 @@ TEST_F(BarMatching, shouldFillAnyVolumeFromABarWhoseVolumeIsNotTold) {
   }
 }
 
+TEST_F(BarMatching, shouldGiveEachAccountItsShareOfABarWhereTheyDoNotShareTheMarket) {
+  for (const bool isShared : {true, false}) {
+    options.barVolumeShare = "0.1";
+    options.accountsShareMarket = isShared;
+    open();
+    lastEnd = -1;
+    TradingAccountID other = account;
+    other.accountKey = 2;
+    other.account = "other";
+    exchange->addAccount(other, startBalance);
+    Order ofOther = orderOf(order::Direction::Buy, 8);
+    ofOther.account = other;
+    const int64 first = buy(8, 0), second = place(ofOther, 0);
+    bar(0, 10, 10, 10, 10, 100);
+    const std::string begin = std::to_string(first) + " 8@10 t=0";
+    const std::string rest = std::to_string(second) + (isShared ? " 2@10 t=0" : " 8@10 t=0");
+    EXPECT_THAT(take(), ElementsAre(begin, rest));
+  }
+}
+
 TEST_F(BarMatching, shouldFillNothingFromABarInWhichNobodyTraded) {
   options.barVolumeShare = "0.1";
   open();

@@ -30,6 +30,22 @@ TEST_F(TickMatching, shouldNotGiveTheDepthOfOneTickTwice) {
   EXPECT_THAT(take(), ElementsAre("1 2@10 t=1", "2 1@10 t=1", "2 1@11 t=1"));
 }
 
+TEST_F(TickMatching, shouldGiveEachAccountTheWholeDepthWhereTheyDoNotShareTheMarket) {
+  options.accountsShareMarket = false;
+  open();
+  TradingAccountID other = account;
+  other.accountKey = 2;
+  other.account = "other";
+  exchange->addAccount(other, startBalance);
+  Order ofOther = orderOf(order::Direction::Buy, 2);
+  ofOther.account = other;
+  buy(2, 0);
+  buy(2, 0);
+  place(ofOther, 0);
+  tick(1, {{9, 5}}, {{10, 3}, {11, 4}});
+  EXPECT_THAT(take(), ElementsAre("2 2@10 t=1", "3 1@10 t=1", "3 1@11 t=1", "1 2@10 t=1"));
+}
+
 TEST_F(TickMatching, shouldWaitWhileTheOtherSideIsEmpty) {
   buy(1, 0);
   tick(1, {{9, 5}}, {}, 9, 1);

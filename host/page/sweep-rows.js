@@ -1,0 +1,76 @@
+// All runs as a table, ranked.
+
+function runColumns(rows) {
+  const columns = [
+    { title: 'Rank', isNumber: true, value: (i) => rows[i].rank,
+      show: (i) => (rows[i].rank === null ? NONE : number(rows[i].rank)), width: '64px' },
+    { title: 'No.', isNumber: true, value: (i) => rows[i].number,
+      show: (i) => String(rows[i].number), width: '80px',
+      hint: 'The number of the combination in the grid' },
+  ];
+  if (isWalk) {
+    columns.unshift({ title: 'Window', isNumber: true, value: (i) => rows[i].window,
+      show: (i) => String(rows[i].window), width: '72px' });
+    columns.splice(1, 0, { title: 'Sample', value: () => 0, show: () => 'in-sample',
+      width: '100px' });
+  }
+  sweep.ranges.forEach((range, at) => columns.push({
+    title: range.name, isNumber: true, value: (i) => rows[i].places[at],
+    show: (i) => range.values[rows[i].places[at]], width: '92px',
+  }));
+  columns.push({ title: 'Status', value: (i) => rows[i].status, show: (i) => rows[i].status,
+    title_of: (i) => rows[i].message, tone: (i) => (rows[i].isGood ? '' : 'down'),
+    width: '92px' });
+  sweep.figures.forEach((figure, at) => columns.push({
+    title: figure.title, isNumber: true, value: (i) => rows[i].figures[at],
+    show: (i) => figureText(at, rows[i].figures[at]), width: `${Math.max(132, 8 * figure.title.length + 28)}px`, hint: figure.name,
+    tone: (i) => (figure.name === 'profit' || figure.name === 'return'
+      ? tone(figureText(at, rows[i].figures[at])) : ''),
+  }));
+  return columns;
+}
+
+class RowsCard {
+  /** `onChoose` is given the row that is chosen. */
+  constructor(onChoose) {
+    this.onChoose = onChoose;
+    this.summary = el('span', { class: 'summary' });
+    this.all = el('button', { type: 'button', class: 'toggle', hidden: true,
+      click: () => this.show(null, '') }, 'Show all');
+    this.table = new DataTable({ label: 'Runs', columns: runColumns(sweep.rows),
+      count: sweep.rows.length, mostRows: 18, onChoose: (i) => this.tell(i) });
+    const columns = this.table.columns.reduce((sum, column) => sum + parseInt(column.width, 10), 0);
+    this.table.node.querySelector('table').style.minWidth = `${columns}px`;
+    this.chosen = el('p', { class: 'card-note chosen-run', hidden: true, 'aria-live': 'polite' });
+    this.node = card('Runs', el('div', { class: 'map-tools' }, this.summary, this.all),
+      this.chosen, this.table.node);
+    this.show(null, '');
+  }
+
+  forget() {
+    this.chosen.hidden = true;
+    this.table.mark(null);
+    this.onChoose(null);
+  }
+
+  /** What a chosen run was, and how to have it by hand. */
+  tell(i) {
+    const row = sweep.rows[i];
+    const parts = [el('b', {}, `No. ${row.number}`), ` ${parametersText(row)}: `,
+      row.message ? `${row.status}, ${row.message}. ` : `${row.status}. `,
+      'By hand: ', el('code', {}, byHand(row))];
+    this.chosen.replaceChildren(...parts);
+    this.chosen.hidden = false;
+    this.onChoose(row);
+  }
+
+  /** Shows the runs that pass a test; null for all. */
+  show(test, name) {
+    this.table.setFilter(test && ((i) => test(sweep.rows[i])));
+    this.all.hidden = test === null;
+    this.summary.textContent = test === null ? plural(sweep.rows.length, 'run')
+      : `${name}: ${plural(this.table.rows.length, 'run')}`;
+    if (test !== null && this.table.rows.length === 1) this.table.choose(this.table.rows[0]);
+    else this.forget();
+  }
+}

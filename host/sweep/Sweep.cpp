@@ -1,0 +1,145 @@
+#include "host/sweep/Sweep.h"
+
+#include <algorithm>
+
+#include "host/InputError.h"
+
+namespace orvane {
+namespace {
+
+bool isRanked(const SweepRow& row, std::size_t figure) {
+  return row.isGood() && row.figures[figure].has_value();
+}
+
+/// Whether one row stands before another of its window and sample.
+bool standsBefore(const SweepRow& one, const SweepRow& other, std::size_t figure) {
+  const bool isOne = isRanked(one, figure), isOther = isRanked(other, figure);
+  if (isOne != isOther) return isOne;
+  if (isOne && ranksBefore(figure, one.figures[figure], other.figures[figure])) return true;
+  if (isOne && ranksBefore(figure, other.figures[figure], one.figures[figure])) return false;
+  return one.key.number < other.key.number;
+}
+
+}  // namespace
+
+std::size_t SweepOutcome::errors() const {
+  return static_cast<std::size_t>(
+      std::ranges::count_if(rows, [](const SweepRow& row) { return !row.isGood(); }));
+}
+
+std::size_t SweepOutcome::crashes() const {
+  return static_cast<std::size_t>(std::ranges::count_if(rows, &SweepRow::isCrashed));
+}
+
+int SweepOutcome::exitCode() const {
+  if (isInterrupted) return kExitInterrupted;
+  return failure.empty() && errors() == 0 ? kExitSuccess : kExitRunFailed;
+}
+
+SweepRanking rankingOf(const std::vector<SweepRow>& rows, std::int32_t window, SweepSample sample,
+                       std::size_t figure) {
+  SweepRanking ranking;
+  const auto first =
+      std::ranges::lower_bound(rows, SweepKey{window, sample, 0}, {}, &SweepRow::key);
+  for (auto at = first; at != rows.end(); ++at) {
+    if (at->key.window != window || at->key.sample != sample) break;
+    ranking.rows.push_back(&*at);
+    if (isRanked(*at, figure)) ++ranking.ranked;
+  }
+  std::ranges::sort(ranking.rows, [figure](const SweepRow* one, const SweepRow* other) {
+    return standsBefore(*one, *other, figure);
+  });
+  return ranking;
+}
+
+Sweep::Sweep(const SweepPlan& plan, BatchWorker& worker, SweepStore* store, SweepProgress& progress)
+    : plan_(plan), worker_(worker), store_(store), progress_(progress) {}
+
+SweepOutcome Sweep::run() {
+  const std::size_t windows = plan_.windows.size();
+  outcome_.expected = windows == 0 ? plan_.numbers.size() : windows * (plan_.numbers.size() + 1);
+  try {
+    if (store_ != nullptr)
+      for (SweepRow& row : store_->rows())
+        if (!plan_.retriesCrashed || !row.isCrashed()) rows_[row.key] = std::move(row);
+    outcome_.earlier = rows_.size();
+    progress_.begin(outcome_.expected, outcome_.earlier);
+    if (windows == 0)
+      runPart(0, SweepSample::Whole, plan_.numbers, std::nullopt);
+    else
+      walk();
+  } catch (const std::runtime_error& error) {
+    outcome_.failure = error.what();
+  }
+  progress_.clear();
+  for (auto& [key, row] : rows_) outcome_.rows.push_back(std::move(row));
+  return std::move(outcome_);
+}
+
+bool Sweep::walk() {
+  for (std::size_t i = 0; i < plan_.windows.size(); ++i) {
+    const auto window = static_cast<std::int32_t>(i + 1);
+    if (!runPart(window, SweepSample::InSample, plan_.numbers, plan_.windows[i].inSample))
+      return false;
+    const SweepRow* best = nullptr;
+    for (auto at = rows_.lower_bound({window, SweepSample::InSample, 0});
+         at != rows_.end() && at->first.window == window; ++at) {
+      if (at->first.sample != SweepSample::InSample) break;
+      if (best == nullptr || standsBefore(at->second, *best, plan_.rank)) best = &at->second;
+    }
+    if (best == nullptr || !isRanked(*best, plan_.rank)) {
+      // None has the figure: there is nothing to choose by.
+      --outcome_.expected;
+      progress_.leaveOut(1);
+      continue;
+    }
+    if (!runPart(window, SweepSample::OutOfSample, {best->key.number},
+                 plan_.windows[i].outOfSample))
+      return false;
+  }
+  return true;
+}
+
+bool Sweep::runPart(std::int32_t window, SweepSample sample,
+                    const std::vector<std::uint64_t>& numbers,
+                    const std::optional<TimeSpan>& span) {
+  std::vector<std::uint64_t> left;
+  for (const std::uint64_t number : numbers)
+    if (!rows_.contains({window, sample, number})) left.push_back(number);
+  for (std::size_t begin = 0; begin < left.size();) {
+    const std::size_t size = std::min(worker_.batchSize(), left.size() - begin);
+    if (!runBatch(window, sample, {left.data() + begin, size}, span)) {
+      outcome_.isInterrupted = true;
+      return false;
+    }
+    begin += size;
+  }
+  return true;
+}
+
+bool Sweep::runBatch(std::int32_t window, SweepSample sample,
+                     std::span<const std::uint64_t> numbers, const std::optional<TimeSpan>& span) {
+  if (worker_.isInterrupted()) return false;
+  progress_.beginBatch(numbers.size());
+  BatchResult result = worker_.play(numbers, span);
+  if (result.isInterrupted) return false;
+  if (!result.crash.empty()) {
+    progress_.endBatch(0);
+    const std::size_t half = numbers.size() / 2;
+    if (half > 0)
+      return runBatch(window, sample, numbers.first(half), span) &&
+             runBatch(window, sample, numbers.subspan(half), span);
+    result.rows = {{{window, sample, numbers.front()}, kCrashed, result.crash, {}, {}}};
+  }
+  keep(window, sample, std::move(result.rows));
+  progress_.endBatch(numbers.size());
+  return true;
+}
+
+void Sweep::keep(std::int32_t window, SweepSample sample, std::vector<SweepRow> rows) {
+  for (SweepRow& row : rows) row.key = {window, sample, row.key.number};
+  if (store_ != nullptr) store_->add(rows, plan_.space);
+  for (SweepRow& row : rows) rows_[row.key] = std::move(row);
+}
+
+}  // namespace orvane

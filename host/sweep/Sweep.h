@@ -1,0 +1,71 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/sweep/BatchWorker.h"
+#include "host/sweep/SweepPlan.h"
+#include "host/sweep/SweepProgress.h"
+#include "host/sweep/SweepRow.h"
+#include "host/sweep/SweepStore.h"
+
+namespace orvane {
+
+/// What became of a sweep.
+struct SweepOutcome {
+  std::vector<SweepRow> rows;  ///< By their keys: those that are done.
+  std::size_t expected = 0;    ///< How many there are when all is done.
+  std::size_t earlier = 0;     ///< Of the rows, those that were in the store before.
+  bool isInterrupted = false;
+  std::string failure;  ///< Why it ended before its time, UTF-8; empty if it did not.
+
+  std::size_t errors() const;   ///< Rows whose run did not end as it should, crashed ones included.
+  std::size_t crashes() const;  ///< Rows whose run ended its process.
+  /// An `ExitCode`.
+  int exitCode() const;
+};
+
+/// Carries out a sweep: all combinations over what is played or, walking forward, over the
+/// in-sample span of each window, and then the one that was best there over the span after it. The
+/// choice sees in-sample figures alone.
+///
+/// Where a batch's process ends before its time, its halves are run, and theirs, down to the single
+/// combinations that end a process even alone; those get a row that says so. Each part is smaller
+/// than the whole, so this comes to an end whatever strategies do.
+class Sweep {
+ public:
+  /// `store` may be null: nothing is kept then, and nothing was there before.
+  Sweep(const SweepPlan& plan, BatchWorker& worker, SweepStore* store, SweepProgress& progress);
+
+  SweepOutcome run();
+
+ private:
+  /// Answers false if the sweep ends here.
+  bool runPart(std::int32_t window, SweepSample sample, const std::vector<std::uint64_t>& numbers,
+               const std::optional<TimeSpan>& span);
+  bool runBatch(std::int32_t window, SweepSample sample, std::span<const std::uint64_t> numbers,
+                const std::optional<TimeSpan>& span);
+  void keep(std::int32_t window, SweepSample sample, std::vector<SweepRow> rows);
+  bool walk();
+
+  const SweepPlan& plan_;
+  BatchWorker& worker_;
+  SweepStore* const store_;
+  SweepProgress& progress_;
+  std::map<SweepKey, SweepRow> rows_;
+  SweepOutcome outcome_;
+};
+
+/// The rows of one window and sample, best first: those that have a figure, then the others; equal
+/// ones by their number.
+struct SweepRanking {
+  std::vector<const SweepRow*> rows;
+  std::size_t ranked = 0;  ///< How many have the figure and ended as they should.
+};
+/// `rows` are in the order of their keys.
+SweepRanking rankingOf(const std::vector<SweepRow>& rows, std::int32_t window, SweepSample sample,
+                       std::size_t figure);
+
+}  // namespace orvane

@@ -1,0 +1,179 @@
+// The page of a sweep in a browser: sweep_test.mjs PROGRAM FOLDER
+
+import assert from 'node:assert/strict';
+import { spawnSync } from 'node:child_process';
+import { mkdirSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
+import path from 'node:path';
+import { pathToFileURL } from 'node:url';
+import { Browser, findBrowser } from './browser.mjs';
+
+const [, , program, folder] = process.argv;
+const SKIPPED = 77;
+
+const found = findBrowser();
+if (!found) {
+  console.log('SKIPPED: there is no chromium here; scripts/deps installs it');
+  process.exit(SKIPPED);
+}
+
+rmSync(folder, { recursive: true, force: true });
+mkdirSync(folder, { recursive: true });
+const bars = path.join(folder, 'A.X.csv');
+const lines = ['datetime,open,high,low,close,volume'];
+for (let hour = 0; hour < 24 * 28; ++hour) {
+  const at = (shift) => (1000 + 60 * Math.sin((hour + shift) / 9) +
+    25 * Math.sin((hour + shift) / 31)).toFixed(2);
+  const values = [at(-1), at(0)].map(Number);
+  lines.push([`2021-02-${String(1 + Math.floor(hour / 24)).padStart(2, '0')} ` +
+    `${String(hour % 24).padStart(2, '0')}:00:00`, at(-1), (Math.max(...values) + 1).toFixed(2),
+  (Math.min(...values) - 1).toFixed(2), at(0), 100].join(','));
+}
+writeFileSync(bars, `${lines.join('\n')}\n`);
+
+const USUAL = ['--grid', 'fast=2:6:1', '--grid', 'slow=4:12:2', '--where', 'fast<slow'];
+
+/** Runs a sweep, of the usual grid unless it brings its own, and answers its page's address and the rows of its table. */
+function sweep(name, more, { grid = USUAL, code = 0 } = {}) {
+  const out = path.join(folder, name);
+  const ended = spawnSync(program, ['sweep', '-s', 'sma_cross', '-b', bars, '--out', out, '-q',
+    ...grid, ...more]);
+  assert.equal(ended.status, code, String(ended.stderr));
+  const [head, ...rest] = readFileSync(path.join(out, 'results.csv'), 'utf8').trim().split('\n')
+    // Messages stand in quotes, and no other field has any.
+    .map((line) => line.replaceAll('""', "''").replace(/"[^"]*"/g, '-').split(','));
+  return {
+    rows: rest.map((fields) => Object.fromEntries(fields.map((field, i) => [head[i], field]))),
+    url: pathToFileURL(path.join(out, 'sweep.html')).href,
+  };
+}
+
+const browser = new Browser(found);
+const cells = '.map td.heat';
+const tableRows = 'Array.from(document.querySelectorAll(".table tbody tr[data-row]"))';
+const many = (selector) => `document.querySelectorAll(${JSON.stringify(selector)}).length`;
+const text = (selector) => `document.querySelector(${JSON.stringify(selector)}).textContent`;
+
+async function expectClean(page, url) {
+  assert.deepEqual(page.errors, [], 'the page complained');
+  assert.deepEqual(page.requests.filter((asked) => asked.split('#')[0] !== url), []);
+}
+
+const tests = {
+  async shouldShowEachCombinationInTheMapAndItsRunsOnAClick() {
+    const { rows, url } = sweep('plain', []);
+    const page = await browser.open(url);
+    assert.equal(await page.value(many(cells)), rows.length);
+    assert.equal(await page.value(`${tableRows}.length`), rows.length);
+    const best = rows[0];
+    const title = await page.value('document.querySelector(".map td.best").title');
+    assert.ok(title.startsWith(`slow ${best.slow}, fast ${best.fast}: `), title);
+    await page.click('.map td.best button');
+    assert.equal(await page.value(`${tableRows}.length`), 1);
+    assert.equal(await page.value(`${tableRows}[0].children[1].textContent`), best.number);
+    assert.equal(await page.value(text('.chosen-run')), `No. ${best.number} ` +
+      `fast ${best.fast}, slow ${best.slow}: Stopped. By hand: ` +
+      `--params '{"fast":${best.fast},"slow":${best.slow}}'`);
+    assert.ok(await page.value('document.querySelector(".map td.best").matches(".marked")'));
+    await page.click('.card .toggle');
+    assert.equal(await page.value(`${tableRows}.length`), rows.length);
+    await expectClean(page, url);
+    await page.close();
+  },
+
+  async shouldMarkTheCellOfARowThatIsChosenInLightAndDark() {
+    const { rows, url } = sweep('rows', []);
+    for (const scheme of ['light', 'dark']) {
+      const page = await browser.open(url, { scheme });
+      await page.click('.table tbody tr[data-row="2"] td');
+      const { fast, slow } = rows[2];
+      const marked = await page.value('document.querySelector(".map td.marked").title');
+      assert.ok(marked.startsWith(`slow ${slow}, fast ${fast}: `), marked);
+      assert.equal(await page.value(many('.map td.marked')), 1);
+      assert.ok((await page.value(text('.chosen-run'))).startsWith(`No. ${rows[2].number} `));
+      // Colours differ from cell to cell, and what stands on them can be read.
+      const seen = await page.value(`Array.from(document.querySelectorAll('${cells}'), (cell) => {
+        const canvas = document.createElement('canvas').getContext('2d');
+        const shade = (color) => {
+          canvas.fillStyle = color;
+          canvas.fillRect(0, 0, 1, 1);
+          return Array.from(canvas.getImageData(0, 0, 1, 1).data.slice(0, 3))
+            .map((part) => (part / 255) ** 2.2)
+            .reduce((sum, part, at) => sum + part * [0.2126, 0.7152, 0.0722][at], 0);
+        };
+        return [shade(getComputedStyle(cell).backgroundColor),
+          shade(getComputedStyle(cell.firstChild).color)];
+      })`);
+      assert.ok(new Set(seen.map(([back]) => back.toFixed(3))).size > 5);
+      for (const [back, front] of seen) {
+        const contrast = (Math.max(back, front) + 0.05) / (Math.min(back, front) + 0.05);
+        assert.ok(contrast > 4.5, `${scheme}: ${contrast}`);
+      }
+      await expectClean(page, url);
+      await page.close();
+    }
+  },
+
+  async shouldShowWhereAllRunsOfACellEndedAsErrors() {
+    const { rows, url } = sweep('errors', [],
+      { grid: ['--grid', 'fast=11:12:1', '--grid', 'slow=12,13'], code: 1 });
+    assert.deepEqual(rows.map((row) => row.status), ['Stopped', 'Stopped', 'Stopped', 'Error']);
+    const page = await browser.open(url);
+    assert.equal(await page.value(many(cells)), 3);
+    assert.equal(await page.value(many('.map td.bad')), 1);
+    await page.click('.map td.bad button');
+    assert.ok((await page.value(text('.chosen-run'))).includes('Error, parameter "fast" (12)'));
+    await expectClean(page, url);
+    await page.close();
+  },
+
+  async shouldTakeTheParametersAndTheFigureThatAreChosen() {
+    const { rows, url } = sweep('three', ['--grid', 'mode=longOnly,longShort']);
+    const page = await browser.open(url);
+    const choose = async (label, value) => page.value(`(() => {
+      const select = document.querySelector('[aria-label="${label}"]');
+      select.value = ${JSON.stringify(String(value))};
+      select.dispatchEvent(new Event('change'));
+    })()`);
+    const pairs = new Set(rows.map((row) => `${row.fast} ${row.slow}`));
+    assert.equal(await page.value(many(cells)), pairs.size);
+    await choose('Across', 2);
+    await choose('Figure', 8);
+    const fills = (mode, fast) => Math.max(...rows
+      .filter((row) => row.mode === mode && row.fast === fast).map((row) => Number(row.fills)));
+    assert.equal(await page.value(many(cells)), 10);
+    assert.equal(await page.value(`Array.from(document.querySelectorAll('.map td.heat'))
+      .find((cell) => cell.title.startsWith('mode longShort, fast 3: '))
+      .querySelector('button').textContent`), String(fills('longShort', '3')));
+    await expectClean(page, url);
+    await page.close();
+  },
+
+  async shouldTellInSampleAndOutOfSampleApart() {
+    const { rows, url } = sweep('walk', ['--walk-forward', '10d:5d']);
+    const page = await browser.open(url, { scheme: 'dark' });
+    const windows = rows.filter((row) => row.sample === 'out-of-sample').length;
+    assert.equal(windows, 4);
+    assert.equal(await page.value(many('.windows tr.in-sample')), windows);
+    assert.equal(await page.value(many('.windows tr.out-of-sample')), windows);
+    const chosen = rows.find((row) => row.sample === 'out-of-sample');
+    assert.ok((await page.value(text('.windows tr.out-of-sample')))
+      .includes(`fast ${chosen.fast}, slow ${chosen.slow}`));
+    const inSample = rows.filter((row) => row.sample === 'in-sample' && row.window === '1');
+    assert.equal(await page.value(many(cells)), inSample.length);
+    await expectClean(page, url);
+    await page.close();
+  },
+};
+
+let failures = 0;
+for (const [name, test] of Object.entries(tests)) {
+  try {
+    await test();
+    console.log(`ok      ${name}`);
+  } catch (error) {
+    ++failures;
+    console.log(`FAILED  ${name}: ${error.stack}`);
+  }
+}
+await browser.close();
+process.exit(failures === 0 ? 0 : 1);
