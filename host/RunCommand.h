@@ -35,7 +35,7 @@ class RunCommand {
   std::vector<std::string> bars_, ticks_, instruments_, recordFiles_, indexFiles_, published_;
   ReadingOptions reading_;
   std::string from_, to_, speed_, report_;
-  bool isServer_ = false, isLive_ = false, noDigest_ = false, isQuiet_ = false;
+  bool isServer_ = false, isLive_ = false, noDigest_ = false, isQuiet_ = false, isWatched_ = false;
   int threads_ = -1;
   std::string capital_, feePerLot_, feeRate_, marginRate_, slippage_, store_, dictionary_, events_,
       cache_;
