@@ -8,28 +8,42 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <csignal>
+#include <string_view>
 #include <system_error>
 
 #include "host/InputError.h"
+#include "host/watch/TerminalRescue.h"
 
 namespace orvane {
 namespace {
 
-sigset_t interruptSignals() {
-  sigset_t set;
-  sigemptyset(&set);
-  sigaddset(&set, SIGINT);
-  sigaddset(&set, SIGTERM);
-  return set;
+constexpr int kReminderMs = 1000;
+
+bool isIgnored(int signal) {
+  struct sigaction action {};
+  return sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
+/// Says that the second press ends everything, and ends it. Nothing else may be touched here: other
+/// threads go on.
+[[noreturn]] void endAtOnce() {
+  TerminalRescue::leave();
+  constexpr std::string_view kText = "orvane: ended at once, without summary and report\n";
+  [[maybe_unused]] const ssize_t count = write(STDERR_FILENO, kText.data(), kText.size());
+  _exit(kExitInterrupted);
 }
 
 }  // namespace
 
-InterruptWatcher::InterruptWatcher() : takesSignals_(true) {
-  const sigset_t interrupts = interruptSignals();
-  pthread_sigmask(SIG_BLOCK, &interrupts, nullptr);
-  orderFd_ = signalfd(-1, &interrupts, SFD_CLOEXEC);
+InterruptWatcher::InterruptWatcher(std::initializer_list<int> more) : takesSignals_(true) {
+  sigset_t watched;
+  sigemptyset(&watched);
+  for (const int signal : {SIGINT, SIGTERM}) sigaddset(&watched, signal);
+  if (!isIgnored(SIGHUP)) sigaddset(&watched, SIGHUP);
+  signals_ = watched;
+  for (const int signal : more) sigaddset(&signals_, signal);
+  pthread_sigmask(SIG_BLOCK, &signals_, nullptr);
+  orderFd_ = signalfd(-1, &watched, SFD_CLOEXEC);
   begin();
 }
 
@@ -46,6 +60,7 @@ void InterruptWatcher::begin() {
 }
 
 InterruptWatcher::~InterruptWatcher() {
+  isEnding_ = true;
   const std::uint64_t one = 1;
   if (write(wakeFd_, &one, sizeof(one)) == static_cast<ssize_t>(sizeof(one)))
     thread_.join();
@@ -55,9 +70,15 @@ InterruptWatcher::~InterruptWatcher() {
   close(wakeFd_);
   if (!takesSignals_) return;
   // One more that comes late must not change how the process ends.
-  if (isInterrupted_) std::signal(SIGTERM, SIG_IGN);
-  const sigset_t interrupts = interruptSignals();
-  pthread_sigmask(SIG_UNBLOCK, &interrupts, nullptr);
+  if (isInterrupted_)
+    for (const int signal : {SIGTERM, SIGHUP}) std::signal(signal, SIG_IGN);
+  pthread_sigmask(SIG_UNBLOCK, &signals_, nullptr);
+}
+
+void InterruptWatcher::interrupt() {
+  isAsked_ = true;
+  const std::uint64_t one = 1;
+  [[maybe_unused]] const ssize_t count = write(wakeFd_, &one, sizeof(one));
 }
 
 void InterruptWatcher::setHandler(std::function<void()> handler) {
@@ -66,32 +87,58 @@ void InterruptWatcher::setHandler(std::function<void()> handler) {
   if (isInterrupted_ && handler_) handler_();
 }
 
+void InterruptWatcher::setReminder(std::function<void(int)> reminder) {
+  const std::lock_guard lock(mutex_);
+  reminder_ = std::move(reminder);
+}
+
+void InterruptWatcher::press(int signal) {
+  if (signal == SIGINT && ++presses_ > 1) endAtOnce();
+  if (isInterrupted_.exchange(true)) return;
+  const std::lock_guard lock(mutex_);
+  if (reminder_) reminder_(0);
+  if (handler_) handler_();
+}
+
+void InterruptWatcher::remind() {
+  const std::lock_guard lock(mutex_);
+  ++seconds_;
+  if (reminder_) reminder_(seconds_);
+}
+
 void InterruptWatcher::watch() {
   pollfd waits[2] = {{orderFd_, POLLIN, 0}, {wakeFd_, POLLIN, 0}};
   while (true) {
-    if (poll(waits, 2, -1) < 0) {
+    const int count = poll(waits, 2, isInterrupted_ ? kReminderMs : -1);
+    if (count < 0) {
       if (errno == EINTR) continue;
       return;
     }
-    if (waits[1].revents != 0) return;
-    if (!takeOrder()) continue;
-    if (isInterrupted_.exchange(true)) continue;
-    const std::lock_guard lock(mutex_);
-    if (handler_) handler_();
+    if (count == 0) {
+      remind();
+      continue;
+    }
+    if (waits[1].revents != 0) {
+      std::uint64_t wakes = 0;
+      if (read(wakeFd_, &wakes, sizeof(wakes)) < 0 || isEnding_) return;
+      if (isAsked_.exchange(false)) press(SIGINT);
+      continue;
+    }
+    takeOrder();
   }
 }
 
-bool InterruptWatcher::takeOrder() {
+void InterruptWatcher::takeOrder() {
   if (!takesSignals_) {
     char order = 0;
     const ssize_t count = read(orderFd_, &order, 1);
     if (count == 0) _exit(kExitInterrupted);
-    return count == 1;
+    if (count == 1) press(SIGTERM);
+    return;
   }
   signalfd_siginfo info;
-  if (read(orderFd_, &info, sizeof(info)) != static_cast<ssize_t>(sizeof(info))) return false;
-  if (info.ssi_signo == SIGINT && ++presses_ > 1) _exit(kExitInterrupted);
-  return true;
+  if (read(orderFd_, &info, sizeof(info)) == static_cast<ssize_t>(sizeof(info)))
+    press(static_cast<int>(info.ssi_signo));
 }
 
 }  // namespace orvane

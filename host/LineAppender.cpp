@@ -42,6 +42,7 @@ void LineAppender::append(const log4cxx::spi::LoggingEventPtr& event, log4cxx::h
   std::string text;
   log4cxx::helpers::Transcoder::encodeUTF8(event->getMessage(), text);
   const int error = writeAll(descriptor_, prefix_ + text + '\n');
+  if (ring_) ring_->add(std::move(text));
   if (error == 0) return;
   if (lost_++ == 0) firstError_ = error;
 }

@@ -4,7 +4,11 @@
 
 #include <atomic>
 #include <cstdint>
+#include <memory>
 #include <string>
+#include <utility>
+
+#include "host/watch/LogRing.h"
 
 namespace orvane {
 
@@ -22,6 +26,9 @@ class LineAppender final : public log4cxx::AppenderSkeleton {
 
   void close() override {}
   bool requiresLayout() const override { return false; }
+
+  /// Gives every line to `ring` too; before the first. Null: to none.
+  void setRing(std::shared_ptr<LogRing> ring) { ring_ = std::move(ring); }
 
   /// How many lines got lost and why, as one UTF-8 message; empty if none did. Any thread.
   std::string failure() const;
@@ -42,6 +49,7 @@ class LineAppender final : public log4cxx::AppenderSkeleton {
   const std::string name_, prefix_;
   const int descriptor_;
   const bool ownsDescriptor_;
+  std::shared_ptr<LogRing> ring_;
   std::atomic<std::uint64_t> lost_{0};
   std::atomic<int> firstError_{0};  ///< An errno.
 };

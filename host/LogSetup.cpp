@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <memory>
 #include <system_error>
+#include <utility>
 
 #include "host/InputError.h"
 #include "host/LineAppender.h"
@@ -61,8 +62,9 @@ void checkLogFile(const LogOptions& options) {
   if (!isGood) throw InputError(fmt::format("--log: \"{}\" cannot be written", options.file));
 }
 
-std::shared_ptr<LineAppender> setUpLog(const LogOptions& options) {
+std::shared_ptr<LineAppender> setUpLog(const LogOptions& options, std::shared_ptr<LogRing> ring) {
   const auto appender = options.file.empty() ? consoleAppender() : fileAppender(options.file);
+  if (!options.file.empty()) appender->setRing(std::move(ring));
   log4cxx::LogManager::resetConfiguration();
   const auto root = log4cxx::Logger::getRootLogger();
   root->addAppender(log4cxx::AppenderPtr(appender));

@@ -6,6 +6,7 @@
 namespace orvane {
 
 class LineAppender;
+class LogRing;
 
 /// Where log lines go and which.
 struct LogOptions {
@@ -18,8 +19,10 @@ struct LogOptions {
 void checkLogFile(const LogOptions& options);
 
 /// Configures the loggers of the process. Lines are UTF-8, whatever the locale. Answers what the
-/// lines go through, which knows of those that got lost. Throws `InputError` if the file cannot be
-/// written; loggers and file are as they were then.
-std::shared_ptr<LineAppender> setUpLog(const LogOptions& options);
+/// lines go through, which knows of those that got lost. Lines that go to a file are given to
+/// `ring` too, if there is one. Throws `InputError` if the file cannot be written; loggers and file
+/// are as they were then.
+std::shared_ptr<LineAppender> setUpLog(const LogOptions& options,
+                                       std::shared_ptr<LogRing> ring = nullptr);
 
 }  // namespace orvane

@@ -3,6 +3,7 @@
 #include <fmt/core.h>
 
 #include <chrono>
+#include <optional>
 
 #include "host/Console.h"
 #include "host/DataSet.h"
@@ -18,6 +19,7 @@
 #include "host/Report.h"
 #include "host/RunConfig.h"
 #include "host/RunSession.h"
+#include "host/watch/WatchView.h"
 
 namespace orvane {
 namespace {
@@ -92,6 +94,11 @@ RunCommand::RunCommand(CLI::App& parent) {
       ->type_name("FILE")
       ->group(out);
   command_->add_flag("--no-digest", noDigest_, "Do not hash the call-backs")
+      ->disable_flag_override()
+      ->group(out);
+  command_
+      ->add_flag("-w,--watch", isWatched_,
+                 "Show the run on the terminal while it goes on: runners, rates, equity, log")
       ->disable_flag_override()
       ->group(out);
   command_->add_flag("-q,--quiet", isQuiet_, "No summary")->disable_flag_override()->group(out);
@@ -190,6 +197,7 @@ void RunCommand::checkFiles(const RunPlan& plan) const {
 
 int RunCommand::execute() {
   refuseEmptyTexts(*command_);
+  if (isWatched_) WatchView::checkTerminal();
   const RunPlan plan = makePlan();
   checkFiles(plan);
   ProgressLine progress;
@@ -203,13 +211,19 @@ int RunCommand::execute() {
   std::vector<FileHash> hashes;
   if (!plan.reportFolder.empty()) hashes = hashesOf(plan.dataFiles());
 
-  InterruptWatcher interrupts;
+  InterruptWatcher interrupts(isWatched_ ? std::initializer_list<int>{WatchView::kHeldSignal}
+                                         : std::initializer_list<int>{});
+  std::optional<WatchView> view;
+  if (isWatched_) view.emplace(interrupts);
   std::shared_ptr<const LineAppender> log;
-  RunOutcome outcome = runSession(plan, std::move(data), interrupts, progress, [&] {
-    // The log of an earlier run stays as it is when this one is refused.
-    if (!plan.reportFolder.empty()) makeReportFolder(plan.reportFolder);
-    log = setUpLog(options_.log());
-  });
+  RunOutcome outcome =
+      runSession(plan, std::move(data), interrupts, progress, view ? &*view : nullptr, [&] {
+        // The log of an earlier run stays as it is when this one is refused.
+        if (!plan.reportFolder.empty()) makeReportFolder(plan.reportFolder);
+        if (view) view->begin();
+        log = setUpLog(options_.log(), view ? view->log() : nullptr);
+      });
+  view.reset();
   outcome.loadSeconds = loadSeconds;
   outcome.files = std::move(hashes);
   if (std::string lost = log->failure(); !lost.empty()) outcome.failures.push_back(lost);
@@ -227,6 +241,8 @@ void RunCommand::tell(RunOutcome& outcome) const {
   if (std::string failure = outputFailure(); !failure.empty())
     outcome.failures.push_back(std::move(failure));
   for (const std::string& failure : outcome.failures) complain(failure);
+  if (outcome.isInterrupted && !outcome.reportFolder.empty())
+    complain("interrupted: the report so far is in " + outcome.reportFolder);
 }
 
 }  // namespace orvane

@@ -32,7 +32,7 @@ class RunCommand {
   RunOptions options_;
   std::vector<std::string> recordFiles_, indexFiles_, published_;
   std::string speed_, report_;
-  bool isServer_ = false, isLive_ = false, noDigest_ = false, isQuiet_ = false;
+  bool isServer_ = false, isLive_ = false, noDigest_ = false, isQuiet_ = false, isWatched_ = false;
   std::string store_, dictionary_, events_;
 };
 

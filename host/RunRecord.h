@@ -13,6 +13,7 @@
 #include "host/CallKind.h"
 #include "host/CandleSeries.h"
 #include "host/Digest.h"
+#include "host/RunPulse.h"
 #include "shared/MarketRecords.h"
 
 namespace orvane {
@@ -63,6 +64,7 @@ struct DictionaryRecord {
 /// call; read by the host once its runner is quiet.
 struct RunRecord {
   std::array<std::uint64_t, kCallKinds> calls{};
+  RunPulse pulse;  ///< For any thread, at any time.
   std::uint64_t bars = 0, ticks = 0;
   int64 firstTime = kUnsetTime, lastTime = kUnsetTime;  ///< Of the market data, UTC milliseconds.
   /// By code id and frequency; of quotes under the frequency "".

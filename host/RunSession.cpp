@@ -8,6 +8,7 @@
 #include <chrono>
 #include <list>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 
 #include "EventStrategy/ov.strategy.runner/IRunner.h"
@@ -17,7 +18,10 @@
 #include "host/InputError.h"
 #include "host/JsonInput.h"
 #include "host/PlatformSetup.h"
+#include "host/RunnerBoard.h"
+#include "host/StopTeller.h"
 #include "host/StrategyTap.h"
+#include "host/watch/GlanceTaker.h"
 #include "platform/EmbeddedPlatform.h"
 #include "platform/fields/CapitalView.h"
 #include "services/Common/IServiceRouter.h"
@@ -157,6 +161,7 @@ RunOutcome outcomeOf(const RunPlan& plan, const PlatformOptions& options, const 
   outcome.from = options.from;
   outcome.to = options.to;
   outcome.timeZone = options.timeZone;
+  outcome.reportFolder = plan.reportFolder;
   outcome.threads = plan.threads;
   outcome.speed = plan.speed;
   outcome.data = data.summaries();
@@ -179,12 +184,13 @@ std::vector<QJsonObject> parametersOf(const RunPlan& plan, const EmbeddedPlatfor
 }
 
 /// Makes and starts a runner; `onOver` is called when its run has ended.
-LiveRunner startRunner(const RunnerPlan& plan, const QJsonObject& parameters,
+LiveRunner startRunner(const RunnerPlan& plan, const QJsonObject& parameters, RunnerBoard& board,
                        std::function<void()> onOver) {
   constexpr int kServerMode = 1;
   LiveRunner live;
   live.name = utf8ToGbk(plan.name);
   live.watch = std::make_shared<RunnerWatch>(std::move(onOver));
+  board.add(plan.name, live.watch);
   live.runner =
       IRunnerFactory::instance()->createRunner(live.name, plan.isServer ? kServerMode : 0);
   live.runner->setStrategyPath(utf8ToGbk(plan.modulePath));
@@ -223,12 +229,40 @@ void keepFailure(RunOutcome& outcome, Work work) {
   }
 }
 
+/// What shows how a run goes on: the view, or else a line on a terminal.
+class Show {
+ public:
+  Show(ProgressLine& line, WatchView* view, const GlanceTaker::Parts& parts)
+      : line_(line), isLive_(parts.plan.isLive), interrupts_(parts.interrupts) {
+    if (view != nullptr) glances_.emplace(*view, parts);
+  }
+
+  void note(const PlaybackProgress& now) {
+    if (glances_)
+      glances_->note(now);
+    else if (interrupts_.isInterrupted())
+      line_.clear();  // Lines that tell of the stop come now.
+    else
+      line_.showRun(now, isLive_);
+  }
+  void noteEnd() {
+    if (glances_) glances_->noteEnd();
+    line_.clear();
+  }
+
+ private:
+  ProgressLine& line_;
+  const bool isLive_;
+  const InterruptWatcher& interrupts_;
+  std::optional<GlanceTaker> glances_;
+};
+
 /// Plays the data.
-void play(EmbeddedPlatform& platform, const RunPlan& plan, InterruptWatcher& interrupts,
-          ProgressLine& progress, RunOutcome& outcome) {
+void play(EmbeddedPlatform& platform, InterruptWatcher& interrupts, Show& show,
+          RunOutcome& outcome) {
   keepFailure(outcome, [&] {
     platform.run([&](const PlaybackProgress& now) {
-      progress.showRun(now, plan.isLive);
+      show.note(now);
       if (interrupts.isInterrupted()) platform.cancel();
     });
   });
@@ -243,7 +277,8 @@ void checkSession(const RunPlan& plan, DataSet data) {
 }
 
 RunOutcome runSession(const RunPlan& plan, DataSet data, InterruptWatcher& interrupts,
-                      ProgressLine& progress, const std::function<void()>& whenAccepted) {
+                      ProgressLine& progress, WatchView* view,
+                      const std::function<void()>& whenAccepted) {
   const PlatformOptions options = platformOptions(plan, data);
   RunOutcome outcome = outcomeOf(plan, options, data);
   RunRecords records(plan.withDigest, candlesFor(plan, outcome));
@@ -259,6 +294,9 @@ RunOutcome runSession(const RunPlan& plan, DataSet data, InterruptWatcher& inter
   fresh.keep();
   const Installed installed(platform);
   offerAccounts(platform);
+  RunnerBoard board(records);
+  const StopTeller teller(interrupts, board);
+  Show show(progress, view, {plan, platform, board, interrupts, options.timeZone});
   interrupts.setHandler([&platform] { platform.cancel(); });
   const auto began = std::chrono::steady_clock::now();
 
@@ -266,14 +304,14 @@ RunOutcome runSession(const RunPlan& plan, DataSet data, InterruptWatcher& inter
   std::atomic<std::size_t> left = plan.runners.size();
   std::vector<LiveRunner> runners;
   for (std::size_t i = 0; i < plan.runners.size(); ++i)
-    runners.push_back(startRunner(plan.runners[i], parameters[i], [&left, &platform] {
+    runners.push_back(startRunner(plan.runners[i], parameters[i], board, [&left, &platform] {
       if (--left == 0) platform.cancel();
     }));
   platform.drain();
   for (LiveRunner& live : runners) live.isOverAtStart = live.watch->state().isOver();
-  if (left != 0 && !interrupts.isInterrupted()) play(platform, plan, interrupts, progress, outcome);
+  if (left != 0 && !interrupts.isInterrupted()) play(platform, interrupts, show, outcome);
   outcome.elapsedSeconds = secondsSince(began);
-  progress.clear();
+  show.noteEnd();
   interrupts.setHandler({});
 
   for (LiveRunner& live : runners)

@@ -13,6 +13,7 @@
 #include "host/RunPlan.h"
 #include "host/RunRecord.h"
 #include "host/RunnerWatch.h"
+#include "host/watch/WatchView.h"
 #include "platform/trade/TradeResults.h"
 
 namespace orvane {
@@ -37,6 +38,7 @@ struct RunOutcome {
   int64 from = kUnsetTime, to = kUnsetTime;  ///< UTC ms.
   std::string timeZone;
   std::vector<SeriesSummary> data;
+  std::string reportFolder;     ///< Where the report is written, UTF-8; empty: nowhere.
   std::vector<FileHash> files;  ///< Of the data; empty where no report is written.
   std::vector<RunnerOutcome> runners;
   std::vector<AccountResult> accounts;
@@ -60,8 +62,11 @@ void checkSession(const RunPlan& plan, DataSet data);
 /// Carries out a plan whose data is loaded: makes the platform, starts every runner, plays the
 /// data and stops the runners. Throws `InputError` if an instrument, a time or a code is wrong;
 /// nothing has run then. `whenAccepted` is called once nothing can be refused any more, before the
-/// first runner is made. One at a time in a process.
+/// first runner is made. `view`, which may be null, shows the run instead of the line of progress.
+/// While an interrupted run stops, the standard error is told what it waits for. One at a time in a
+/// process.
 RunOutcome runSession(const RunPlan& plan, DataSet data, InterruptWatcher& interrupts,
-                      ProgressLine& progress, const std::function<void()>& whenAccepted);
+                      ProgressLine& progress, WatchView* view,
+                      const std::function<void()>& whenAccepted);
 
 }  // namespace orvane

@@ -9,6 +9,11 @@ RunnerWatch::State RunnerWatch::state() const {
   return state_;
 }
 
+std::pair<int, std::string> RunnerWatch::standing() const {
+  const std::lock_guard lock(mutex_);
+  return {state_.status, state_.message};
+}
+
 void RunnerWatch::onStatus(int status, const std::string& message) {
   bool isOver = false;
   {

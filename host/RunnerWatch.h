@@ -4,6 +4,7 @@
 #include <map>
 #include <mutex>
 #include <string>
+#include <utility>
 
 #include "EventStrategy/ov.strategy.runner/IRunnerSpi.h"
 
@@ -25,6 +26,8 @@ class RunnerWatch final : public IRunnerSpi {
   explicit RunnerWatch(std::function<void()> onOver) : onOver_(std::move(onOver)) {}
 
   State state() const;
+  /// The status and the message alone, which costs less.
+  std::pair<int, std::string> standing() const;
 
   void onStatus(int status, const std::string& message) override;
   void onNotify(const QJsonObject& argument) override;

@@ -29,6 +29,7 @@ TapStrategy::~TapStrategy() = default;
 template <typename Encode, typename Forward>
 void TapStrategy::pass(CallKind kind, IContext* context, const Encode& encode,
                        const Forward& forward) {
+  const RunPulse::Call pulse(record_->pulse, kind);
   ++record_->calls[static_cast<std::size_t>(kind)];
   if (encoder_) {
     encoder_->begin(kind);

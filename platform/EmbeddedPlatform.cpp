@@ -379,6 +379,10 @@ std::string EmbeddedPlatform::takeLostCalls() { return detail::LostCalls::shared
 
 std::vector<AccountResult> EmbeddedPlatform::tradeResults() const { return impl_->trade.results(); }
 
+std::vector<AccountGlance> EmbeddedPlatform::glanceAtTrading() const {
+  return impl_->trade.glance();
+}
+
 // The entry points behind the services.
 
 IServiceRouter* EmbeddedPlatform::router() { return impl_.get(); }

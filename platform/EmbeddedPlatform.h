@@ -12,6 +12,7 @@
 #include "platform/events/IndexFile.h"
 #include "platform/market/Series.h"
 #include "platform/reference/Instrument.h"
+#include "platform/trade/TradeGlance.h"
 #include "platform/trade/TradeOptions.h"
 #include "platform/trade/TradeResults.h"
 #include "platform/trade/conditions/IGridConditions.h"
@@ -145,6 +146,12 @@ class ORVANE_API EmbeddedPlatform final : public IPlatform {
   /// What the accounts did since the start or the last `rewind`, in the order of the options. Only
   /// while every runner is quiet.
   std::vector<AccountResult> tradeResults() const;
+
+  /// How the accounts stand at this moment, in the order of the options: for a view of a run that
+  /// is under way. Any thread may call it at any time, some times a second: it holds the exchange's
+  /// own lock for as long as it takes to add up what is held, and changes nothing, so a playback's
+  /// results are the same.
+  std::vector<AccountGlance> glanceAtTrading() const;
 
   /// The grid conditions of the run; those of the options are there from the start.
   IGridConditions& gridConditions();

@@ -419,4 +419,27 @@ std::vector<std::string> Ledger::sources(int64 codeId) const {
   return result;
 }
 
+std::vector<SourceGlance> Ledger::sourceGlances() const {
+  std::map<std::string, SourceGlance> byName;
+  for (const auto& [codeId, code] : codes_) {
+    for (const auto& [name, book] : code.sources) {
+      SourceGlance& glance = byName[name];
+      const Volume held = book.longSide.volume(), owed = book.shortSide.volume();
+      if (held.isZero() && owed.isZero()) continue;
+      PositionGlance& position = glance.positions.emplace_back();
+      position.code = code.terms->code;
+      position.longVolume = toDouble(held);
+      position.shortVolume = toDouble(owed);
+    }
+  }
+  std::vector<SourceGlance> result;
+  result.reserve(byName.size());
+  for (auto& [name, glance] : byName) {
+    glance.source = name;
+    glance.result = toDouble(resultOf(name));
+    result.push_back(std::move(glance));
+  }
+  return result;
+}
+
 }  // namespace orvane::detail

@@ -9,6 +9,7 @@
 #include "platform/fields/OrderView.h"
 #include "platform/trade/ContractTerms.h"
 #include "platform/trade/PositionSide.h"
+#include "platform/trade/TradeGlance.h"
 #include "shared/AccountRecords.h"
 #include "shared/TradeRecords.h"
 
@@ -118,6 +119,8 @@ class Ledger {
                             SourcePosition& position) const;
   std::vector<int64> codes() const;                      ///< Ever traded, ascending.
   std::vector<std::string> sources(int64 codeId) const;  ///< That ever traded it, ascending.
+  /// How each create source stands, by name.
+  std::vector<SourceGlance> sourceGlances() const;
 
  private:
   /// What one create source holds and made in one code.

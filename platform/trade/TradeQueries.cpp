@@ -265,4 +265,16 @@ std::vector<AccountResult> TradeService::results() const {
   return all;
 }
 
+std::vector<AccountGlance> TradeService::glance() const {
+  const std::lock_guard lock(state_.mutex);
+  std::vector<AccountGlance> all;
+  all.reserve(state_.accounts.all().size());
+  for (const TradingAccountID& account : state_.accounts.all()) {
+    const Ledger& ledger = *state_.exchange.ledger(account.accountKey);
+    all.push_back({account, toDouble(ledger.startBalance()), toDouble(ledger.balance()),
+                   toDouble(ledger.equity()), ledger.sourceGlances()});
+  }
+  return all;
+}
+
 }  // namespace orvane::detail

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/reference/Instrument.h"
+#include "platform/trade/TradeGlance.h"
 #include "platform/trade/TradeResults.h"
 #include "platform/trade/TradeState.h"
 #include "services/Common/ITradeService.h"
@@ -111,6 +112,8 @@ class TradeService final : public ITradeService {
   /// Tells the exchange about a code. Throws `std::invalid_argument` if its terms are wrong.
   void addContract(const ICodeID& code, const Instrument& instrument);
   std::vector<AccountResult> results() const;
+  /// How the accounts stand at this moment.
+  std::vector<AccountGlance> glance() const;
 
  private:
   ResultStatus checkLocked(const TradingAccountID& account) const;

@@ -12,6 +12,7 @@ import gzip
 import json
 import os
 import pathlib
+import pty
 import re
 import shutil
 import subprocess
@@ -87,6 +88,26 @@ def shell(line, folder):
                           capture_output=True, text=True, check=False, encoding="utf-8")
 
 
+def on_terminal(line, folder):
+    """The same for a line that draws on the terminal: on one of its own. The words that it wrote,
+    and all else, are in its standard output."""
+    child, terminal = pty.fork()
+    if child == 0:
+        os.chdir(folder)
+        os.execvpe("bash", ["bash", "-c", line],
+                   dict(os.environ, PATH=f"{ORVANE.parent}:{os.environ['PATH']}",
+                        TERM="xterm-256color"))
+    written = b""
+    try:
+        while more := os.read(terminal, 4096):
+            written += more
+    except OSError:
+        pass  # Nobody has the other end open any more.
+    os.close(terminal)
+    status = os.waitstatus_to_exitcode(os.waitpid(child, 0)[1])
+    return subprocess.CompletedProcess(line, status, written.decode(errors="replace"), "")
+
+
 def is_known(line):
     """Whether a line that is not tried here names what is there."""
     presets = json.loads(read("CMakePresets.json"))
@@ -119,7 +140,7 @@ def try_lines(folder):
         for line in lines_to_type(read(name)):
             if re.match(r"(build/release/bin/)?orvane ", line):
                 tried += 1
-                result = shell(line, folder)
+                result = (on_terminal if " --watch" in line else shell)(line, folder)
                 check(result.returncode == 0, f"{name}: {line}\n{result.stdout}{result.stderr}")
             else:
                 check(is_known(line), f"{name}: nobody tried this: {line}")

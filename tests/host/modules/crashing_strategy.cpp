@@ -1,0 +1,39 @@
+#include <orvane/sdk/Params.h>
+#include <orvane/sdk/Strategy.h>
+#include <orvane/sdk/Subscriptions.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <string>
+#include <utility>
+
+namespace {
+
+/// Says "last words" at its first bar and, once somebody opened the pipe "gate" for writing, ends
+/// the process in the way that "how" names: "abort", "fault" or "exit".
+class Crashing : public orvane::Strategy {
+ public:
+  void onStart(orvane::IContext* context, const QJsonObject& params) override {
+    gate_ = params["gate"].toString().toStdString();
+    how_ = params["how"].toString().toStdString();
+    orvane::subscribeAllOrFail(context, params);
+  }
+  void onBarSeries(orvane::IContext*, const orvane::ICodeID&, const std::string&,
+                   const std::vector<orvane::IKLine>&, const orvane::ResultStatus&, int) override {
+    std::puts("last words");
+    std::fflush(stdout);
+    const std::ifstream opened(gate_);
+    if (how_ == "abort") std::abort();
+    if (how_ == "exit") std::exit(7);
+    static int* volatile nowhere = nullptr;
+    *nowhere = 1;
+  }
+
+ private:
+  std::string gate_, how_;
+};
+
+}  // namespace
+
+ORVANE_STRATEGY(Crashing)
