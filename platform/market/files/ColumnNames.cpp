@@ -52,6 +52,9 @@ constexpr OurName kOurNames[] = {
     {Role::AskHigh, "askHigh"},
     {Role::AskLow, "askLow"},
     {Role::AskClose, "askClose"},
+    {Role::Until, "until"},
+    {Role::Period, "period"},
+    {Role::TimeZone, "timeZone"},
 };
 
 struct Aliases {
@@ -151,6 +154,9 @@ constexpr Aliases kAliases[] = {
     {Role::AskHigh, "askhigh highask askh hask offerhigh"},
     {Role::AskLow, "asklow lowask askl lask offerlow"},
     {Role::AskClose, "askclose closeask askc cask offerclose"},
+    {Role::Until, "until"},
+    {Role::Period, "period"},
+    {Role::TimeZone, "timezone"},
 };
 
 /// Small letters and digits, without punctuation; what stands in brackets after a name, as in
