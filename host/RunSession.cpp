@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <iterator>
 #include <list>
 #include <memory>
 #include <stdexcept>
@@ -17,6 +18,7 @@
 #include "host/InputError.h"
 #include "host/JsonInput.h"
 #include "host/PlatformSetup.h"
+#include "host/RunNotes.h"
 #include "host/StrategyTap.h"
 #include "platform/EmbeddedPlatform.h"
 #include "platform/fields/CapitalView.h"
@@ -240,8 +242,10 @@ RunOutcome runSession(const RunPlan& plan, DataSet data, InterruptWatcher& inter
   RunRecords records(plan.withDigest, candlesFor(plan, outcome));
   StrategyTap tap(records);
   FreshFiles fresh({options.trade.storePath, options.dictionary.file});
+  outcome.notes = notesOnRange(plan, options, data);
   const auto made = makePlatform(plan, options, std::move(data));
   EmbeddedPlatform& platform = *made;
+  std::ranges::move(notesOnDictionary(plan, platform), std::back_inserter(outcome.notes));
   const std::vector<QJsonObject> parameters = parametersOf(plan, platform, outcome.data);
   platform.setSymbolHook(
       [&tap](const std::string& symbol, void* address) { return tap.hook(symbol, address); });
@@ -278,6 +282,7 @@ RunOutcome runSession(const RunPlan& plan, DataSet data, InterruptWatcher& inter
   outcome.isInterrupted = interrupts.isInterrupted();
   outcome.accounts = platform.tradeResults();
   addTrading(plan, outcome);
+  std::ranges::move(notesOnRunners(outcome), std::back_inserter(outcome.notes));
   return outcome;
 }
 

@@ -64,6 +64,7 @@ void put(CallEncoder& out, const Value& value) {
 
 template <typename Do, typename... Arguments>
 auto TapContext::act(ActionKind kind, const Do& doIt, const Arguments&... arguments) {
+  hear();
   const bool written = isWritten();
   if (written) {
     encoder_->begin(kind);
