@@ -12,6 +12,8 @@ void complain(const std::string& message) {
   std::fflush(stderr);
 }
 
+void remark(const std::string& message) { complain("note: " + message); }
+
 void say(const std::string& text) { std::fwrite(text.data(), 1, text.size(), stdout); }
 
 std::string outputFailure() {

@@ -8,6 +8,9 @@ namespace orvane {
 /// left at that.
 void complain(const std::string& message);
 
+/// The same for what is no fault, as "orvane: note: `message`".
+void remark(const std::string& message);
+
 /// Writes text to the standard output. Whether it could be is told by `outputFailure`.
 void say(const std::string& text);
 

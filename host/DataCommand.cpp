@@ -2,10 +2,13 @@
 
 #include <fmt/core.h>
 
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <stdexcept>
 
+#include "host/Console.h"
 #include "host/DataCsv.h"
+#include "host/FileAudit.h"
 #include "host/FileRoles.h"
 #include "host/InputError.h"
 #include "host/OptionChecks.h"
@@ -27,6 +30,15 @@ constexpr char kExamples[] =
     "  orvane data convert 2020.csv 2021.csv --code IF.CFFEX --to-period 5m -o if_5m.ovb\n"
     "  orvane data convert if.ovb --to csv -o if_1min.csv";
 
+constexpr char kInspectExamples[] =
+    "Reads every row, passing over those with faults, and tells the columns, range, period,\n"
+    "trading days and sessions, holes, repeated and suspicious rows, and the state of a cache.\n"
+    "Exit code 2 where a file cannot be read at all.\n"
+    "\n"
+    "Examples:\n"
+    "  orvane data inspect if_1min.csv --timezone Asia/Shanghai --stamp end\n"
+    "  orvane data inspect ticks.csv.gz --json";
+
 void print(const std::string& code, const std::string& what, std::size_t rows, int64 first,
            int64 last, const std::vector<std::string>& notes) {
   fmt::print("{}: {} {}, {} .. {}\n", code, rows, what, isoTime(first), isoTime(last));
@@ -36,8 +48,13 @@ void print(const std::string& code, const std::string& what, std::size_t rows, i
 }  // namespace
 
 DataCommand::DataCommand(CLI::App& parent) {
-  command_ = parent.add_subcommand("data", "Convert market data");
-  command_->require_subcommand(1);
+  command_ = parent.add_subcommand("data", "Look at and convert market data");
+  command_->require_subcommand(0, 1);
+  addConvert();
+  addInspect();
+}
+
+void DataCommand::addConvert() {
   convert_ = command_->add_subcommand("convert", "Write what data files hold as a cache or as CSV");
   convert_->footer(kExamples);
   convert_->add_option("files", files_, "Data files; those of one code make one series")
@@ -57,12 +74,63 @@ DataCommand::DataCommand(CLI::App& parent) {
       ->type_name("CODE");
   convert_
       ->add_option("--to-period", period_,
-                   "Put the bars together to a longer period, such as 5m, 1h, day or week")
+                   "Put bars together to a longer period, or make them of ticks: 5m, 1h, day, week")
       ->type_name("PERIOD");
   reading_.addTo(*convert_);
 }
 
+void DataCommand::addInspect() {
+  inspect_ = command_->add_subcommand("inspect", "Look closely at data files");
+  inspect_->footer(kInspectExamples);
+  inspect_->add_option("files", files_, "Data files")->required()->type_name("FILE");
+  auto* bars = inspect_->add_flag("--bars", onlyBars_, "They are bars")->disable_flag_override();
+  inspect_->add_flag("--ticks", onlyTicks_, "They are ticks")
+      ->disable_flag_override()
+      ->excludes(bars);
+  inspect_->add_option("--cache", cache_, "Folder of caches, to tell the state of theirs")
+      ->type_name("DIR");
+  inspect_
+      ->add_option("--jump", jump_,
+                   "A price that moves more than so many usual ranges is suspicious")
+      ->check(CLI::PositiveNumber)
+      ->capture_default_str();
+  inspect_->add_flag("--json", isJson_, "For programs: one JSON object a file, in an array")
+      ->disable_flag_override();
+  inspectReading_.addTo(*inspect_);
+}
+
 int DataCommand::execute() {
+  if (convert_->parsed()) return convert();
+  if (inspect_->parsed()) return inspect();
+  say(command_->help());
+  return kExitSuccess;
+}
+
+int DataCommand::inspect() const {
+  refuseEmptyTexts(*inspect_);
+  DataFileRequest request;
+  request.description = inspectReading_.description();
+  request.kind = onlyTicks_ ? DataFileRequest::Kind::Ticks : DataFileRequest::Kind::Bars;
+  request.cacheFolder = cache_;
+  request.checksCaches = true;
+  QJsonArray all;
+  bool isRead = true;
+  for (const std::string& file : files_) {
+    request.paths = {file};
+    FileAudit audit;
+    withPlaces(inspectReading_.places(),
+               [&] { audit = auditFile(request, onlyBars_ || onlyTicks_, jump_); });
+    isRead = isRead && audit.unread.empty();
+    if (isJson_)
+      all.append(auditJson(audit));
+    else
+      say(auditText(audit, localeHasUtf8()));
+  }
+  if (isJson_) say(QJsonDocument(all).toJson(QJsonDocument::Indented).toStdString());
+  return isRead ? kExitSuccess : kExitBadInput;
+}
+
+int DataCommand::convert() {
   refuseEmptyTexts(*convert_);
   std::vector<FileRole> read{{"--format", reading_.format()}};
   for (const std::string& file : files_) read.push_back({"the market data", file});
@@ -96,35 +164,55 @@ DataSet DataCommand::loadKind(DataFileRequest::Kind kind) const {
   return data;
 }
 
-/// As bars or else as ticks, if nobody said which.
+/// As bars, or as ticks if that is what the files look like, if nobody said which.
 DataSet DataCommand::load() const {
   if (onlyTicks_) return loadKind(DataFileRequest::Kind::Ticks);
   if (onlyBars_) return loadKind(DataFileRequest::Kind::Bars);
-  std::string barError;
   try {
     return loadKind(DataFileRequest::Kind::Bars);
-  } catch (const std::runtime_error& error) {
-    barError = error.what();
-  }
-  try {
+  } catch (const OtherKindError& error) {
+    refuseBarsBeside(error.what());
     return loadKind(DataFileRequest::Kind::Ticks);
-  } catch (const std::runtime_error&) {
-    throw InputError(barError);
   }
 }
 
-void DataCommand::lengthen(DataSet& data) const {
-  if (data.bars.empty()) throw InputError("--to-period: ticks have no period; it is for bars");
-  for (LoadedBars& loaded : data.bars) {
+/// Bars could be read as ticks, but hardly anybody means that.
+void DataCommand::refuseBarsBeside(const std::string& ticks) const {
+  DataFileRequest request;
+  request.description = reading_.description();
+  for (const std::string& file : files_) {
+    if (files_.size() == 1 || isDataCache(file)) continue;
+    request.paths = {file};
     try {
-      loaded.series = barsOfPeriod(loaded.series, period_);
-    } catch (const std::invalid_argument& error) {
-      throw InputError(fmt::format("--to-period: {}", error.what()));
+      columnsOfFile(request);
+    } catch (const OtherKindError&) {
+      continue;
     }
-    if (loaded.series.bars.empty())
-      throw InputError(fmt::format("--to-period: the bars of \"{}\" make no whole bar of {}",
-                                   loaded.code, period_));
+    throw InputError(fmt::format("{} is a file of bars, but {}; convert them one by one", file,
+                                 ticks.substr(0, ticks.find(';'))));
   }
+}
+
+template <typename Loaded>
+LoadedBars DataCommand::lengthened(const Loaded& loaded) const {
+  LoadedBars longer;
+  longer.code = loaded.code;
+  longer.notes = loaded.notes;
+  try {
+    longer.series = barsOfPeriod(loaded.series, period_);
+  } catch (const std::invalid_argument& error) {
+    throw InputError(fmt::format("--to-period: {}", error.what()));
+  }
+  if (longer.series.bars.empty())
+    throw InputError(fmt::format("--to-period: the data of \"{}\" make no whole bar of {}",
+                                 loaded.code, period_));
+  return longer;
+}
+
+void DataCommand::lengthen(DataSet& data) const {
+  for (LoadedBars& loaded : data.bars) loaded = lengthened(loaded);
+  for (const LoadedTicks& loaded : data.ticks) data.bars.push_back(lengthened(loaded));
+  data.ticks.clear();
 }
 
 void DataCommand::write(DataSet data) const {

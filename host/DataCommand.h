@@ -9,8 +9,8 @@
 
 namespace orvane {
 
-/// `orvane data`: works on data files. Its one command, `convert`, writes what files hold as a
-/// cache or as CSV.
+/// `orvane data`: works on data files. `convert` writes what files hold as a cache or as CSV, and
+/// `inspect` looks closely at them. Alone it lists its commands.
 class DataCommand {
  public:
   explicit DataCommand(CLI::App& parent);
@@ -21,17 +21,29 @@ class DataCommand {
   int execute();
 
  private:
+  void addConvert();
+  void addInspect();
+  int convert();
+  int inspect() const;
   DataSet load() const;
+  void refuseBarsBeside(const std::string& ticks) const;
   DataSet loadKind(DataFileRequest::Kind kind) const;
+  template <typename Loaded>
+  LoadedBars lengthened(const Loaded& loaded) const;
   void lengthen(DataSet& data) const;
   void write(DataSet data) const;
 
   CLI::App* command_;
-  CLI::App* convert_;
+  CLI::App* convert_ = nullptr;
+  CLI::App* inspect_ = nullptr;
   std::vector<std::string> files_;
   std::string to_ = "cache", out_, code_, period_;
   bool onlyBars_ = false, onlyTicks_ = false;
   ReadingOptions reading_;
+  ReadingOptions inspectReading_;
+  std::string cache_;
+  double jump_ = 20;
+  bool isJson_ = false;
 };
 
 }  // namespace orvane

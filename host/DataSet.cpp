@@ -69,30 +69,13 @@ std::vector<DataFileRequest> requestsOf(const RunPlan& plan, const DataInput& in
   return result;
 }
 
-/// Reads bars. Where that fails on a file of ticks, the message says what it may be.
-std::vector<LoadedBars> barsOrHint(const DataFileRequest& request,
-                                   const std::function<void(double)>& progress) {
-  try {
-    return loadBars(request, progress);
-  } catch (const DataFileError& error) {
-    DataFileRequest asTicks = request;
-    asTicks.kind = DataFileRequest::Kind::Ticks;
-    asTicks.cacheFolder.clear();
-    try {
-      loadTicks(asTicks);
-    } catch (const DataFileError&) {
-      throw error;
-    }
-    throw InputError(
-        fmt::format("{}. It can be read as ticks: give it with --ticks", error.what()));
-  }
-}
-
 }  // namespace
 
 void withPlaces(const DescriptionPlaces& places, const std::function<void()>& read) {
   try {
     read();
+  } catch (const OtherKindError&) {
+    throw;  // Who knows what to do about it looks for the type.
   } catch (const DataFileError& error) {
     throw DataFileError(placed(error.what(), places));
   }
@@ -114,7 +97,7 @@ DataSet loadDataSet(const RunPlan& plan,
       };
       withPlaces(input.places, [&] {
         if (request.kind == DataFileRequest::Kind::Bars)
-          std::ranges::move(barsOrHint(request, onShare), std::back_inserter(result.bars));
+          std::ranges::move(loadBars(request, onShare), std::back_inserter(result.bars));
         else
           std::ranges::move(loadTicks(request, onShare), std::back_inserter(result.ticks));
       });

@@ -3,6 +3,7 @@
 #include <fmt/core.h>
 
 #include <QDir>
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -90,6 +91,8 @@ GenerateCommand::GenerateCommand(CLI::App& parent) {
   command_->add_option("--date", date_, "First day")
       ->type_name("DATE")
       ->default_str(dateText(options_.firstDay));
+  command_->add_flag("--force", isForced_, "Write over files that are there")
+      ->disable_flag_override();
 }
 
 void GenerateCommand::writeInstrument(SessionGenerator& generator) const {
@@ -103,6 +106,21 @@ void GenerateCommand::writeInstrument(SessionGenerator& generator) const {
   bars.commit();
 }
 
+/// Nobody's file goes unasked: all names are looked at before the first is written.
+void GenerateCommand::checkNothingIsThere() const {
+  std::vector<std::string> names = {"run.json", "instruments.json", "format.json"};
+  for (int index = 0; index < options_.instruments; ++index) {
+    const SessionGenerator generator(options_, index);
+    names.push_back(barFileName(generator.instrument()));
+    names.push_back(tickFile(generator.instrument()));
+  }
+  for (const std::string& name : names)
+    if (const std::string path = folder_ + "/" + name; QFileInfo::exists(fromUtf8(path)))
+      throw InputError(fmt::format(
+          "--out: {} is there already; choose another folder, or write over it with --force",
+          path));
+}
+
 int GenerateCommand::execute() {
   refuseEmptyTexts(*command_);
   if (!date_.empty()) {
@@ -110,6 +128,7 @@ int GenerateCommand::execute() {
     options_.firstDay =
         std::chrono::floor<std::chrono::days>(std::chrono::sys_time<std::chrono::milliseconds>(ms));
   }
+  if (!isForced_) checkNothingIsThere();
   if (!QDir().mkpath(fromUtf8(folder_)))
     throw InputError(fmt::format("--out: the folder \"{}\" cannot be made", folder_));
 

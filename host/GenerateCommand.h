@@ -19,10 +19,12 @@ class GenerateCommand {
 
  private:
   void writeInstrument(SessionGenerator& generator) const;
+  void checkNothingIsThere() const;
 
   CLI::App* command_;
   std::string folder_, date_;
   GeneratorOptions options_;
+  bool isForced_ = false;
 };
 
 }  // namespace orvane

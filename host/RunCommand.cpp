@@ -101,7 +101,9 @@ RunCommand::RunCommand(CLI::App& parent) {
                  "Show the run on the terminal while it goes on: runners, rates, equity, log")
       ->disable_flag_override()
       ->group(out);
-  command_->add_flag("-q,--quiet", isQuiet_, "No summary")->disable_flag_override()->group(out);
+  command_->add_flag("-q,--quiet", isQuiet_, "No summary and no notes")
+      ->disable_flag_override()
+      ->group(out);
 }
 
 RunPlan RunCommand::makePlan() const {
@@ -237,7 +239,10 @@ void RunCommand::tell(RunOutcome& outcome) const {
   for (const RunnerOutcome& runner : outcome.runners)
     if (runner.state.status == RunnerError)
       complain(runner.plan.name + ": " + runner.state.message);
-  if (!isQuiet_) say(summaryText(outcome));
+  if (!isQuiet_) {
+    for (const std::string& note : outcome.notes) remark(note);
+    say(summaryText(outcome));
+  }
   if (std::string failure = outputFailure(); !failure.empty())
     outcome.failures.push_back(std::move(failure));
   for (const std::string& failure : outcome.failures) complain(failure);

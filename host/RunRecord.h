@@ -66,6 +66,7 @@ struct RunRecord {
   std::array<std::uint64_t, kCallKinds> calls{};
   RunPulse pulse;  ///< For any thread, at any time.
   std::uint64_t bars = 0, ticks = 0;
+  bool spokeOnTicks = false;  ///< It did or said something when it was given some.
   int64 firstTime = kUnsetTime, lastTime = kUnsetTime;  ///< Of the market data, UTC milliseconds.
   /// By code id and frequency; of quotes under the frequency "".
   std::map<std::pair<int64, std::string>, SeriesRecord> series;

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <iterator>
 #include <list>
 #include <memory>
 #include <optional>
@@ -18,6 +19,7 @@
 #include "host/InputError.h"
 #include "host/JsonInput.h"
 #include "host/PlatformSetup.h"
+#include "host/RunNotes.h"
 #include "host/RunnerBoard.h"
 #include "host/StopTeller.h"
 #include "host/StrategyTap.h"
@@ -284,8 +286,10 @@ RunOutcome runSession(const RunPlan& plan, DataSet data, InterruptWatcher& inter
   RunRecords records(plan.withDigest, candlesFor(plan, outcome));
   StrategyTap tap(records);
   FreshFiles fresh({options.trade.storePath, options.dictionary.file});
+  outcome.notes = notesOnRange(plan, options, data);
   const auto made = makePlatform(plan, options, std::move(data));
   EmbeddedPlatform& platform = *made;
+  std::ranges::move(notesOnDictionary(plan, platform), std::back_inserter(outcome.notes));
   const std::vector<QJsonObject> parameters = parametersOf(plan, platform, outcome.data);
   platform.setSymbolHook(
       [&tap](const std::string& symbol, void* address) { return tap.hook(symbol, address); });
@@ -328,6 +332,7 @@ RunOutcome runSession(const RunPlan& plan, DataSet data, InterruptWatcher& inter
   outcome.isInterrupted = interrupts.isInterrupted();
   outcome.accounts = platform.tradeResults();
   addTrading(plan, outcome);
+  std::ranges::move(notesOnRunners(outcome), std::back_inserter(outcome.notes));
   return outcome;
 }
 

@@ -44,6 +44,7 @@ struct RunOutcome {
   std::vector<AccountResult> accounts;
   /// What could not be written, one UTF-8 message each.
   std::vector<std::string> failures;
+  std::vector<std::string> notes;  ///< What the user should know of a run that went well, UTF-8.
   // What differs from one run to the next.
   double loadSeconds = 0;
   double elapsedSeconds = 0;

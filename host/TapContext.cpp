@@ -75,6 +75,7 @@ bool isPublication(ActionKind kind) {
 template <typename Do, typename... Arguments>
 auto TapContext::act(ActionKind kind, const Do& doIt, const Arguments&... arguments) {
   if (isPublication(kind)) record_.hasPublished = true;
+  hear();
   const bool written = isWritten();
   if (written) {
     encoder_->begin(kind);

@@ -41,6 +41,9 @@ class TapContext final : public IContext {
     TapContext& tap_;
   };
 
+  /// How often the strategy did or said something inside a call-back.
+  std::uint64_t saidSoFar() const { return said_; }
+
   std::string name() override { return inner_.name(); }
   bool isSetStop() override { return inner_.isSetStop(); }
   void setError(const std::string& message) override;
@@ -62,11 +65,26 @@ class TapContext final : public IContext {
 
   int generateRequestId() override { return inner_.generateRequestId(); }
 
-  void logTrace(const std::string& text, bool toStg) override { inner_.logTrace(text, toStg); }
-  void logDebug(const std::string& text, bool toStg) override { inner_.logDebug(text, toStg); }
-  void logInfo(const std::string& text, bool toStg) override { inner_.logInfo(text, toStg); }
-  void logWarn(const std::string& text, bool toStg) override { inner_.logWarn(text, toStg); }
-  void logError(const std::string& text, bool toStg) override { inner_.logError(text, toStg); }
+  void logTrace(const std::string& text, bool toStg) override {
+    hear();
+    inner_.logTrace(text, toStg);
+  }
+  void logDebug(const std::string& text, bool toStg) override {
+    hear();
+    inner_.logDebug(text, toStg);
+  }
+  void logInfo(const std::string& text, bool toStg) override {
+    hear();
+    inner_.logInfo(text, toStg);
+  }
+  void logWarn(const std::string& text, bool toStg) override {
+    hear();
+    inner_.logWarn(text, toStg);
+  }
+  void logError(const std::string& text, bool toStg) override {
+    hear();
+    inner_.logError(text, toStg);
+  }
 
   ResultStatus subscribeQuote(const ICodeID& code, int flags) override;
   ResultStatus subscribeKline(int requestId, const ICodeID& code, const std::string& frequency,
@@ -214,11 +232,15 @@ class TapContext final : public IContext {
 
   bool isHeard() const { return caller_.load() == std::this_thread::get_id(); }
   bool isWritten() const { return encoder_ != nullptr && isHeard(); }
+  void hear() {
+    if (isHeard()) ++said_;
+  }
 
   IContext& inner_;
   RunRecord& record_;
   CallEncoder* const encoder_;
   std::atomic<std::thread::id> caller_{};  ///< Who is inside a call-back.
+  std::uint64_t said_ = 0;                 ///< Written by that thread alone.
 };
 
 }  // namespace orvane

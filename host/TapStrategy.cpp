@@ -39,7 +39,11 @@ void TapStrategy::pass(CallKind kind, IContext* context, const Encode& encode,
   try {
     if (!tapContext_) tapContext_.emplace(*context, *record_, encoder_ ? &*encoder_ : nullptr);
     const TapContext::Call call(*tapContext_);
+    const std::uint64_t said = tapContext_->saidSoFar();
     forward(*inner_, &*tapContext_);
+    const bool isTick =
+        kind == CallKind::Quote || kind == CallKind::TickSeries || kind == CallKind::TickSeriesById;
+    if (isTick && tapContext_->saidSoFar() != said) record_->spokeOnTicks = true;
   } catch (const std::exception& error) {
     noteException(kind, error.what());
     throw;

@@ -338,6 +338,8 @@ void EmbeddedPlatform::addRecords(const std::vector<RecordPublication>& records)
   impl_->data.load(records);
 }
 
+int64 EmbeddedPlatform::earlierRecords() const { return impl_->data.earlierRecords(); }
+
 void EmbeddedPlatform::setSymbolHook(SymbolHook hook) { impl_->symbolHook = std::move(hook); }
 
 void EmbeddedPlatform::run(const std::function<void(const PlaybackProgress&)>& progress) {

@@ -103,6 +103,10 @@ class ORVANE_API EmbeddedPlatform final : public IPlatform {
   /// names the path, if they cannot be stored; both in UTF-8, and nothing is added then.
   void addRecords(const std::vector<RecordPublication>& records);
 
+  /// How many dictionary records earlier runs published into the dictionary's file, which this one
+  /// finds; 0 in memory. Any thread may call it.
+  int64 earlierRecords() const;
+
   /// Is asked for each symbol that a module loader found; what it returns is handed out in its
   /// place. Lets a host stand between the runner and a strategy.
   using SymbolHook = std::function<void*(const std::string& symbol, void* address)>;

@@ -80,6 +80,9 @@ class DictionaryService final : public IDataService {
   /// wrong, and `std::runtime_error`, which names the path, if they cannot be stored.
   void load(const std::vector<RecordPublication>& publications);
 
+  /// As `DictionaryStore::earlierRecords`.
+  int64 earlierRecords() { return store_.earlierRecords(); }
+
   // On the service loop's thread.
 
   /// Delivers and serves what waits. Returns whether there was anything to do. Throws nothing.

@@ -93,6 +93,10 @@ void DictionaryStore::load(const std::vector<RecordPublication>& publications) {
   }
 }
 
+int64 DictionaryStore::earlierRecords() {
+  return read([this](DictionaryTables& tables) { return tables.publishedBefore(base_); });
+}
+
 std::list<Arrival> DictionaryStore::admit(int64 now) {
   std::list<Arrival> taken;
   {

@@ -40,6 +40,9 @@ class DictionaryStore {
   /// `std::runtime_error`, which names the path, if it cannot be written; nothing is stored then.
   void load(const std::vector<RecordPublication>& publications);
 
+  /// How many records earlier runs left in the file.
+  int64 earlierRecords();
+
   bool anyWaiting() const { return waiting_.load() != 0; }
   /// Closes the open round and returns its publications in order, without the records whose time
   /// comes after `now`.

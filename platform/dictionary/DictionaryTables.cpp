@@ -147,6 +147,15 @@ int64 DictionaryTables::beginSession(bool isPlayback) {
   return database_.getLastInsertRowid() * kRoundsPerSession;
 }
 
+int64 DictionaryTables::publishedBefore(int64 base) {
+  SQLite::Statement statement(
+      database_,
+      "SELECT COUNT(*) FROM records WHERE round < ?1 AND is_input = 0 AND is_deletion = 0");
+  SqliteRow(statement).add(base);
+  statement.executeStep();
+  return statement.getColumn(0).getInt64();
+}
+
 void DictionaryTables::commit() {
   database_.exec("COMMIT");
   series_.merge(newSeries_);

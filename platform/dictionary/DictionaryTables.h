@@ -72,6 +72,10 @@ class DictionaryTables {
   /// Takes rounds for one more platform on this file, and returns the first of them.
   int64 beginSession(bool isPlayback);
 
+  /// How many records sessions before the one that begins at round `base` published, without those
+  /// that were taken away and what files gave.
+  int64 publishedBefore(int64 base);
+
   void begin() { database_.exec("BEGIN IMMEDIATE"); }
   void commit();
   void rollback() noexcept;

@@ -12,4 +12,7 @@ namespace orvane {
 /// `std::invalid_argument` if the text is no period, or not one that these bars make.
 ORVANE_API BarSeries barsOfPeriod(const BarSeries& series, const std::string& period);
 
+/// The same of ticks: the bars that the platform makes of them while it plays them.
+ORVANE_API BarSeries barsOfPeriod(const TickSeries& series, const std::string& period);
+
 }  // namespace orvane

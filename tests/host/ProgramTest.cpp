@@ -174,13 +174,16 @@ TEST_F(Program, shouldRunSeveralRunnersOfAConfigurationOverGeneratedData) {
 }
 
 TEST_F(Program, shouldShowWhatItRecognisesOfAFile) {
-  // Two bars of one time can be read as ticks, but that is hardly what they are.
+  // Two bars of one time can be read as ticks, but that is not what they are.
   const auto twice = folder_.write("twice.csv",
                                    "datetime,open,high,low,close,volume\n"
                                    "2021-01-04 09:30,1,2,1,2,5\n2021-01-04 09:30,1,2,1,2,5\n");
-  const auto asTicks = test::runProgram({"inspect", twice});
-  EXPECT_THAT(asTicks.out, HasSubstr("ticks of"));
-  EXPECT_THAT(asTicks.out, HasSubstr("  note   not read as bars: " + twice + ":3"));
+  const auto faulty = test::runProgram({"inspect", twice});
+  EXPECT_EQ(faulty.exitCode, kExitBadInput);
+  EXPECT_EQ(faulty.out, "");
+  EXPECT_EQ(faulty.err, "orvane: " + twice +
+                            ":3: column \"datetime\": \"2021-01-04 09:30\" repeats the time of an "
+                            "earlier row\n");
 
   const auto result = test::runProgram({"inspect", folder_.write("zz_1min.csv", test::barsCsv())});
   EXPECT_EQ(result.exitCode, kExitSuccess) << result.err;

@@ -11,7 +11,7 @@
 namespace orvane {
 namespace {
 
-struct Rows {
+struct MadeRows {
   std::vector<std::string> ticks, bars;
 };
 
@@ -23,9 +23,9 @@ SessionGenerator generatorOf(std::uint64_t seed, int index) {
   return SessionGenerator(options, index);
 }
 
-Rows generate(std::uint64_t seed, int index) {
+MadeRows generate(std::uint64_t seed, int index) {
   SessionGenerator generator = generatorOf(seed, index);
-  Rows rows;
+  MadeRows rows;
   generator.generate([&](std::string_view row) { rows.ticks.emplace_back(row); },
                      [&](std::string_view row) { rows.bars.emplace_back(row); });
   return rows;
@@ -61,7 +61,7 @@ TEST(SessionGenerator, shouldGiveTheSameBarsWhereNobodyWantsTicks) {
 
 TEST(SessionGenerator, shouldGiveTheBytesThatEveryMachineGives) {
   Digest digest;
-  const Rows rows = generate(1, 0);
+  const MadeRows rows = generate(1, 0);
   for (const auto& row : rows.ticks) digest.put(row);
   for (const auto& row : rows.bars) digest.put(row);
   EXPECT_EQ(digest.text(), "15376dae3f0ff529404ec64713eeec6f");
@@ -95,7 +95,7 @@ TEST(SessionGenerator, shouldRespectPriceTicksLotsAndTheOrderOfTheBook) {
 }
 
 TEST(SessionGenerator, shouldGiveBarsThatAgreeWithTheTrades) {
-  const Rows rows = generate(4, 0);
+  const MadeRows rows = generate(4, 0);
   EXPECT_EQ(rows.bars.size(), 300u);
   long long tickVolume = 0, barVolume = 0;
   for (const auto& row : rows.ticks) tickVolume += std::stoll(fields(row)[2]);

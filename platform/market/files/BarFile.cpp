@@ -43,7 +43,10 @@ class BarReader {
         map_(table.map()),
         price_(description.numbers, description.priceShift, tick),
         volume_(description.numbers, description.volumeShift, {}),
-        turnover_(description.numbers, description.turnoverShift, {}) {}
+        turnover_(description.numbers, description.turnoverShift, {}) {
+    if (!map_.isWhole) return;
+    for (NumberParser* const parser : {&price_, &volume_, &turnover_}) *parser = parser->exact();
+  }
 
   /// Room for the rows of a file of one code; with several it is each part's own matter.
   void reserve(std::size_t rows) {
@@ -107,6 +110,8 @@ class BarReader {
       if (table_.newestFirst()) std::reverse(part.bars.begin(), part.bars.end());
       part.hintMs = table_.nameFacts().periodMs;
       part.stampIsEnd = map_.stampIsEnd;
+      part.timeZone = table_.ownWords().timeZone;
+      part.periodMs = table_.ownWords().periodMs;
       parts.push_back(std::move(part));
     }
     return parts;
@@ -131,6 +136,7 @@ class BarReader {
       ++skipped_;
       return;
     }
+    rows_->checkOwnWords();
     BarPart& part = parts_.of(*rows_);
     if (map_.code < 0) takeRoom(part);
     const bool hasPrevious = !part.bars.empty();
@@ -142,7 +148,7 @@ class BarReader {
       failOrder(*rows_, previous, time.utcMs);
     part.datesOnly = part.datesOnly && time.dateOnly;
     part.midnights = part.midnights && time.midnight;
-    writer.setTimes(time.utcMs, time.day);
+    writer.setTimes(time.utcMs, map_.isWhole ? time.untilMs : time.day);
     writer.setDayAndFlags(time.tradingDay, flags);
     part.bars.push_back(bar);
   }
@@ -256,9 +262,10 @@ class BarReader {
 
 std::vector<BarPart> readBars(Table& table, const Description& description,
                               const DecimalStep& priceTick, const ReadPace& pace,
-                              const std::function<void(double)>& progress) {
+                              const std::function<void(double)>& progress,
+                              const FaultTaker& onFault) {
   BarReader reader(table, description, priceTick);
-  readAllRows(table, pace, reader, progress);
+  readAllRows(table, pace, reader, progress, onFault);
   reader.tell(table.notes());
   return reader.takeParts();
 }

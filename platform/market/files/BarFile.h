@@ -23,12 +23,20 @@ struct BarPart {
   std::optional<bool> stampIsEnd;  ///< If the header tells.
   bool datesOnly = true;           ///< No row has a time of day.
   bool midnights = true;           ///< No row has a time of day but 0.
+  /// Of a file whose rows say it themselves: a bar's end time is then the true one.
+  std::string timeZone;
+  std::int64_t periodMs = 0;
 };
 
 /// Reads all bars of an open file.
 std::vector<BarPart> readBars(Table& table, const Description& description,
                               const DecimalStep& priceTick, const ReadPace& pace,
-                              const std::function<void(double)>& progress);
+                              const std::function<void(double)>& progress,
+                              const FaultTaker& onFault);
+
+/// Makes one series of the parts of one code, whose rows tell their ends, periods and zone.
+Rows<IKLine> finishWholeBars(std::vector<BarPart>& parts, const ZoneClock& zone,
+                             std::int64_t& periodMs);
 
 /// Makes one series of the parts of one code, which are in time order: finds the period, and sets
 /// the times and trading days, on up to `threads` threads.

@@ -311,6 +311,29 @@ class Finisher {
 
 }  // namespace
 
+Rows<IKLine> finishWholeBars(std::vector<BarPart>& parts, const ZoneClock& zone,
+                             std::int64_t& periodMs) {
+  Rows<IKLine> bars;
+  LocalDays days(zone);
+  for (BarPart& part : parts) {
+    if (part.periodMs != parts.front().periodMs)
+      throw DataFileError(part.path + " tells a period of " + periodText(part.periodMs) + ", and " +
+                          parts.front().path + " one of " + periodText(parts.front().periodMs) +
+                          "; one series has one period");
+    for (IKLine& bar : part.bars) {
+      const KLineView view(bar);
+      if (!bars.empty() && view.endTime() <= KLineView(bars.back()).endTime())
+        throw DataFileError(part.path + ": a bar ends before the one in front of it, that of " +
+                            std::to_string(days.numberAt(view.beginTime())));
+      if (view.tradingDay() == 0)
+        KLineWriter(bar).setDayAndFlags(days.numberAt(view.endTime() - 1), view.flags());
+      bars.push_back(bar);
+    }
+  }
+  periodMs = parts.front().periodMs;
+  return bars;
+}
+
 Rows<IKLine> finishBars(std::vector<BarPart>& parts, const Description& description,
                         const ZoneClock& zone, int threads, std::int64_t& periodMs,
                         std::vector<std::string>& notes) {

@@ -42,6 +42,13 @@ ORVANE_API void writeDataCache(const std::string& path, const DataCache& cache);
 /// A file as it is now. Throws `DataFileError`.
 ORVANE_API DataSource dataSourceOf(const std::string& path);
 
+/// What may be said of a cache: "fresh", "its source PATH has changed", "its source PATH is gone",
+/// or why it cannot be used.
+ORVANE_API std::string cacheStateOf(const std::string& path);
+
+/// Where the cache of a request lies, or would; empty where the request asks for none.
+ORVANE_API std::string cachePathOf(const DataFileRequest& request);
+
 /// The name of a column of ticks as files have it, such as "lastPrice" or "bidPrice1".
 ORVANE_API std::string nameOfTickColumn(const TickColumnId& id);
 

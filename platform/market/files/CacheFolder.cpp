@@ -107,11 +107,16 @@ DataCache loadThroughCache(const DataFileRequest& request,
   const std::string reading = readingOf(request);
   const std::string path = (fs::path(request.cacheFolder) / nameOf(reading)).string();
   std::string unfit;
+  std::string outdated;
   std::error_code error;
   if (fs::exists(path, error)) {
     try {
       DataCache cache = openDataCache(path);
       if (isCurrent(cache, reading)) return cache;
+      for (const DataSource& source : cache.sources)
+        if (outdated.empty() && cache.reading == reading && !isAsItWas(source, cache.madeNs))
+          outdated =
+              "the cache " + path + " was made of an older " + source.path + ", and made anew";
     } catch (const DataFileError& fault) {
       unfit = std::string(fault.what()) + "; the files were read instead";
     }
@@ -135,8 +140,35 @@ DataCache loadThroughCache(const DataFileRequest& request,
     lost = std::string("no cache was made: ") + fault.what();
   }
   if (!unfit.empty()) note(fresh, unfit);
+  if (!outdated.empty() && lost.empty()) note(fresh, outdated);
   if (!lost.empty()) note(fresh, lost);
   return fresh;
 }
 
 }  // namespace orvane::detail
+
+namespace orvane {
+
+std::string cacheStateOf(const std::string& path) {
+  try {
+    const DataCache cache = openDataCache(path);
+    for (const DataSource& source : cache.sources) {
+      std::error_code error;
+      if (!std::filesystem::exists(source.path, error))
+        return "its source " + source.path + " is gone";
+      if (!detail::isAsItWas(source, cache.madeNs))
+        return "its source " + source.path + " has changed";
+    }
+    return "fresh";
+  } catch (const DataFileError& fault) {
+    return std::string("cannot be used: ") + fault.what();
+  }
+}
+
+std::string cachePathOf(const DataFileRequest& request) {
+  if (!detail::wantsCache(request)) return {};
+  const std::string name = detail::nameOf(detail::readingOf(request));
+  return (std::filesystem::path(request.cacheFolder) / name).string();
+}
+
+}  // namespace orvane

@@ -8,7 +8,7 @@ namespace orvane::detail {
 
 /// To be raised whenever files of the same bytes read otherwise than before: what earlier builds
 /// kept in folders of caches is not used then.
-inline constexpr int kReadingVersion = 1;
+inline constexpr int kReadingVersion = 2;
 
 /// Whether a request asks for caches, and its files can have one: not what comes from a pipe.
 bool wantsCache(const DataFileRequest& request);

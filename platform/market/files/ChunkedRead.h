@@ -54,9 +54,24 @@ inline std::size_t linesOf(std::string_view text) {
 /// have their place in what is reserved; `read(TableRows&)`; `isSure()`, whether nothing depended
 /// on rows before the first; `takes(chunk)`, whether a chunk may follow; `join(chunk,
 /// linesBefore)`.
+///
+/// With `onFault` one reader reads all, and a row with a fault is told and passed over.
 template <typename Reader>
 void readAllRows(const Table& table, const ReadPace& pace, Reader& whole,
-                 const std::function<void(double)>& progress) {
+                 const std::function<void(double)>& progress, const FaultTaker& onFault) {
+  if (onFault) {
+    whole.reserve(linesOf(table.data()));
+    TableRows rows(table, table.data(), table.linesBeforeData());
+    for (bool isRead = false; !isRead;) {
+      try {
+        whole.read(rows);
+        isRead = true;
+      } catch (const DataFileError& fault) {
+        onFault(fault.what());
+      }
+    }
+    return;
+  }
   struct Read {
     std::optional<Reader> reader;
     bool isGood = false;

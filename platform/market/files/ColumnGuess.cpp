@@ -24,6 +24,20 @@ class Guess {
     return bars_ ? takeBar() : takeTick();
   }
 
+  /// Whether half of the rows, at the least, begin with four prices of a bar in one order, and of
+  /// one magnitude: sizes behind a bid and an ask are none.
+  bool isMostlyBars() const {
+    if (numbersFrom(at_) < 4) return false;
+    const auto fits = [this](std::size_t high, std::size_t low, std::size_t close) {
+      std::size_t good = 0;
+      for (const auto& row : samples_)
+        if (isBar(row, 0, high, low, close) && value(row, at_ + low) * 10 >= value(row, at_ + high))
+          ++good;
+      return good * 2 >= samples_.size();
+    };
+    return fits(1, 2, 3) || fits(2, 3, 1);
+  }
+
  private:
   template <typename Test>
   bool all(std::size_t column, Test test) const {
@@ -124,13 +138,17 @@ class Guess {
 
   /// Whether four columns can be a bar's open, high, low and close in an order.
   bool isBar(std::size_t open, std::size_t high, std::size_t low, std::size_t close) const {
-    return std::all_of(samples_.begin(), samples_.end(), [&](const auto& row) {
-      const double o = value(row, at_ + open);
-      const double h = value(row, at_ + high);
-      const double l = value(row, at_ + low);
-      const double c = value(row, at_ + close);
-      return l <= std::min(o, c) && std::max(o, c) <= h;
-    });
+    return std::all_of(samples_.begin(), samples_.end(),
+                       [&](const auto& row) { return isBar(row, open, high, low, close); });
+  }
+
+  bool isBar(const std::vector<std::string>& row, std::size_t open, std::size_t high,
+             std::size_t low, std::size_t close) const {
+    const double o = value(row, at_ + open);
+    const double h = value(row, at_ + high);
+    const double l = value(row, at_ + low);
+    const double c = value(row, at_ + close);
+    return l <= std::min(o, c) && std::max(o, c) <= h;
   }
 
   std::vector<NamedRole> takeBar() {
@@ -272,6 +290,15 @@ std::vector<NamedRole> rolesOfContents(const SampleRows& samples, bool bars,
                                        std::vector<std::string>& notes) {
   if (samples.empty() || samples.front().size() < 2) return {};
   return Guess(samples, bars, numbers, notes).run();
+}
+
+bool contentsAreTicks(const SampleRows& samples, const NumberFormat& numbers) {
+  if (samples.empty() || samples.front().size() < 2) return false;
+  std::vector<std::string> notes;
+  if (Guess(samples, false, numbers, notes).run().empty()) return false;
+  Guess bars(samples, true, numbers, notes);
+  bars.run();
+  return !bars.isMostlyBars();
 }
 
 int momentColumn(const SampleRows& samples) {

@@ -59,6 +59,8 @@ void bindTime(ColumnMap& map, const std::string& place, const std::vector<NamedR
   if (tradingDay != time.moment) time.tradingDay = tradingDay;
   map.code = find(roles, {Role::Code});
   map.market = find(roles, {Role::Market});
+  map.timeZone = find(roles, {Role::TimeZone});
+  map.isWhole = map.timeZone >= 0;
 }
 
 void need(int column, Role role, const std::string& place, const std::vector<std::string>& names) {
@@ -109,6 +111,15 @@ void settleTickRoles(std::vector<NamedRole>& roles) {
 }
 
 }  // namespace
+
+TickLook looksLikeTicks(const std::vector<NamedRole>& roles) {
+  if (find(roles, {Role::BidOpen, Role::AskOpen}) >= 0) return TickLook::No;
+  const bool isBook = find(roles, {Role::BidPrice, Role::AskPrice}) >= 0;
+  if (find(roles, {Role::Open, Role::High, Role::Low}) < 0)
+    return isBook || find(roles, {Role::LastPrice}) >= 0 ? TickLook::Yes : TickLook::No;
+  // The open, high and low of the day so far.
+  return isBook && find(roles, {Role::LastPrice}) >= 0 ? TickLook::IfTimed : TickLook::No;
+}
 
 std::vector<NamedRole> rolesOfHeader(const std::vector<std::string>& header) {
   std::vector<NamedRole> roles;
@@ -161,6 +172,8 @@ ColumnMap bindBars(const std::string& place, const std::vector<NamedRole>& roles
   map.volume = find(roles, {Role::Volume, Role::TotalVolume});
   map.turnover = find(roles, {Role::Turnover, Role::Amount, Role::TotalTurnover});
   map.openInterest = find(roles, {Role::OpenInterest});
+  map.period = find(roles, {Role::Period});
+  map.time.until = find(roles, {Role::Until});
   need(map.open, Role::Open, place, names);
   need(map.high, Role::High, place, names);
   need(map.low, Role::Low, place, names);

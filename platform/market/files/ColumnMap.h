@@ -18,6 +18,11 @@ struct ColumnMap {
   std::optional<bool> stampIsEnd;  ///< If the header's name of the time column tells.
   int code = -1;
   int market = -1;
+  /// The rows say themselves what else would have to be found out or told: the zone, and of bars
+  /// the period and the end of each. `orvane data convert` writes such files.
+  bool isWhole = false;
+  int period = -1;
+  int timeZone = -1;
 
   // Bars. In a quote bar the four prices are the bid's.
   bool quoteBar = false;
@@ -45,6 +50,17 @@ std::vector<NamedRole> rolesOfHeader(const std::vector<std::string>& header);
 std::vector<NamedRole> rolesOfContents(const SampleRows& samples, bool bars,
                                        const NumberFormat& numbers,
                                        std::vector<std::string>& notes);
+
+/// Whether the names of columns are those of ticks.
+enum class TickLook {
+  No,
+  IfTimed,  ///< If the rows have times of day; bars of days may have such columns, too.
+  Yes
+};
+TickLook looksLikeTicks(const std::vector<NamedRole>& roles);
+
+/// Whether the columns of a file without a header hold ticks, and no bars that have some faults.
+bool contentsAreTicks(const SampleRows& samples, const NumberFormat& numbers);
 
 /// The first column whose fields are all moments with a date, or counted from 1970; -1: none is.
 int momentColumn(const SampleRows& samples);

@@ -54,6 +54,9 @@ constexpr OurName kOurNames[] = {
     {Role::AskHigh, "askHigh"},
     {Role::AskLow, "askLow"},
     {Role::AskClose, "askClose"},
+    {Role::Until, "until"},
+    {Role::Period, "period"},
+    {Role::TimeZone, "timeZone"},
 };
 
 struct Aliases {
@@ -153,6 +156,9 @@ constexpr Aliases kAliases[] = {
     {Role::AskHigh, "askhigh highask askh hask offerhigh"},
     {Role::AskLow, "asklow lowask askl lask offerlow"},
     {Role::AskClose, "askclose closeask askc cask offerclose"},
+    {Role::Until, "until"},
+    {Role::Period, "period"},
+    {Role::TimeZone, "timezone"},
 };
 
 /// Small letters and digits, without punctuation; what stands in brackets after a name, as in

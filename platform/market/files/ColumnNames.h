@@ -50,6 +50,9 @@ enum class Role : std::uint8_t {
   AskHigh,
   AskLow,
   AskClose,
+  Until,  ///< The moment a bar ends at, exclusive.
+  Period,
+  TimeZone,
 };
 
 /// A role and, for the ladder, the level as it was written: 0 means none was.

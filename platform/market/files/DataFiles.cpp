@@ -37,6 +37,7 @@ std::int64_t lastTime(const TickPart& part) { return part.times.back(); }
 template <typename Part>
 struct Group {
   std::string code;
+  std::string timeZone;  ///< If their rows tell it.
   std::vector<Part> parts;
   std::vector<std::string> notes;
 };
@@ -80,7 +81,8 @@ class Gathering {
       std::function<void(double)> share;
       if (progress) share = [&, before](double done) { progress(before + done / files); };
       Table table(request_.paths[i], description_, bars_, request_.pace.threads);
-      std::vector<Part> parts = read(table, description_, tick_, request_.pace, share);
+      std::vector<Part> parts =
+          read(table, description_, tick_, request_.pace, share, request_.onFault);
       if (parts.empty()) throw DataFileError(table.path() + ": has no rows");
       for (Part& part : parts) add(std::move(part), table);
     }
@@ -97,10 +99,13 @@ class Gathering {
     if (code.empty() && !description_.code.empty()) code = description_.code;
     if (code.empty()) code = table.nameFacts().code;
     code = withMarket(code, description_.market);
-    const auto found = std::find_if(groups_.begin(), groups_.end(),
-                                    [&](const auto& group) { return group.code == code; });
+    // Files that tell their zone and period make series of their own.
+    const auto found = std::find_if(groups_.begin(), groups_.end(), [&](const auto& group) {
+      return group.code == code && group.timeZone == part.timeZone;
+    });
     Group<Part>& group = found != groups_.end() ? *found : groups_.emplace_back();
     group.code = code;
+    group.timeZone = part.timeZone;
     group.parts.push_back(std::move(part));
     addNotes(group.notes, table.notes());
   }
@@ -110,22 +115,23 @@ class Gathering {
     const std::string& asked = request_.code.empty() ? description_.code : request_.code;
     if (asked.empty()) return;
     const std::string code = withMarket(asked, description_.market);
-    if (groups_.size() == 1) {
-      groups_.front().code = code;
+    const bool isOne = std::all_of(groups_.begin(), groups_.end(), [this](const auto& group) {
+      return group.code == groups_.front().code;
+    });
+    const auto isAsked = [&](const Group<Part>& group) {
+      const std::string bare = group.code.substr(0, group.code.find('.'));
+      return isOne || lowered(group.code) == lowered(code) || lowered(bare) == lowered(code);
+    };
+    if (const auto first = std::find_if(groups_.begin(), groups_.end(), isAsked);
+        first != groups_.end()) {
+      const std::string chosen = first->code;
+      std::erase_if(groups_, [&](const auto& group) { return group.code != chosen; });
+      for (Group<Part>& group : groups_) group.code = code;
       return;
     }
     std::string held;
-    for (Group<Part>& group : groups_) {
-      const std::string bare = group.code.substr(0, group.code.find('.'));
-      if (lowered(group.code) == lowered(code) || lowered(bare) == lowered(code)) {
-        group.code = code;
-        std::vector<Group<Part>> one;
-        one.push_back(std::move(group));
-        groups_ = std::move(one);
-        return;
-      }
+    for (const Group<Part>& group : groups_)
       if (held.size() < 200) held += (held.empty() ? "" : ", ") + group.code;
-    }
     throw DataFileError(request_.paths.front() + ": no rows of the code \"" + asked +
                         "\"; there are " + held);
   }
@@ -157,8 +163,16 @@ std::string originOf(const std::vector<Part>& parts) {
   return origin;
 }
 
-void noteZone(std::vector<std::string>& notes, const Description& description) {
-  if (description.timeZone.empty())
+/// The zone of a group: the one that its rows tell, or else the description, or else UTC.
+template <typename Part>
+ZoneClock zoneOf(const Group<Part>& group, const Description& description) {
+  if (!group.timeZone.empty()) return ZoneClock(group.timeZone);
+  return ZoneClock(description.timeZone.empty() ? "UTC" : description.timeZone);
+}
+
+void noteZone(std::vector<std::string>& notes, const Description& description,
+              const std::string& ownZone) {
+  if (description.timeZone.empty() && ownZone.empty())
     notes.push_back("times are taken as UTC; \"timeZone\" in a description tells another zone");
 }
 
@@ -166,17 +180,19 @@ std::vector<LoadedBars> readBarFiles(const DataFileRequest& request,
                                      const std::function<void(double)>& progress) {
   const Description description = readDescription(request.description);
   auto groups = Gathering<BarPart>(request, description, true).run(readBars, progress);
-  const ZoneClock zone(description.timeZone.empty() ? "UTC" : description.timeZone);
   std::vector<LoadedBars> loaded;
   for (auto& group : groups) {
+    const ZoneClock zone = zoneOf(group, description);
     LoadedBars one;
     one.code = group.code;
     one.series.timeZone = zone.name();
     one.series.origin = originOf(group.parts);
-    noteZone(one.notes, description);
+    noteZone(one.notes, description, group.timeZone);
     addNotes(one.notes, group.notes);
-    one.series.bars = finishBars(group.parts, description, zone, request.pace.threads,
-                                 one.series.periodMs, one.notes);
+    one.series.bars = group.timeZone.empty()
+                          ? finishBars(group.parts, description, zone, request.pace.threads,
+                                       one.series.periodMs, one.notes)
+                          : finishWholeBars(group.parts, zone, one.series.periodMs);
     one.series.isOrdered = true;
     loaded.push_back(std::move(one));
   }
@@ -191,10 +207,9 @@ std::vector<LoadedTicks> readTickFiles(const DataFileRequest& request,
   for (auto& group : groups) {
     LoadedTicks one;
     one.code = group.code;
-    one.series.timeZone =
-        ZoneClock(description.timeZone.empty() ? "UTC" : description.timeZone).name();
+    one.series.timeZone = zoneOf(group, description).name();
     one.series.origin = originOf(group.parts);
-    noteZone(one.notes, description);
+    noteZone(one.notes, description, group.timeZone);
     addNotes(one.notes, group.notes);
     for (TickPart& part : group.parts) appendTicks(one.series, std::move(part));
     one.series.isOrdered = true;
@@ -255,11 +270,12 @@ std::vector<Loaded> loadAll(const DataFileRequest& request, std::vector<Loaded> 
     }
     DataCache cache = openDataCache(path, request.checksCaches);
     std::vector<Loaded> these = std::move(cache.*held);
+    if (these.empty() && cache.bars.empty() && cache.ticks.empty())
+      throw DataFileError(path + ": the cache holds no series");
     if (these.empty())
-      throw DataFileError(path + ": the cache holds " +
-                          (cache.bars.empty() && cache.ticks.empty()
-                               ? "no series"
-                               : (cache.bars.empty() ? "ticks, not bars" : "bars, not ticks")));
+      throw OtherKindError(path + ": the cache holds " +
+                           (cache.bars.empty() ? "ticks, not bars; use --ticks for it"
+                                               : "bars, not ticks; use --bars for it"));
     checkDescription(path, request.description, these);
     chooseCode(path, request, these);
     for (Loaded& one : these) all.push_back(std::move(one));
@@ -277,6 +293,18 @@ std::vector<LoadedBars> loadBars(const DataFileRequest& request,
   return detail::loadAll(request, &DataCache::bars, [&](const DataFileRequest& its) {
     return detail::readBarFiles(its, progress);
   });
+}
+
+std::vector<FileColumn> columnsOfFile(const DataFileRequest& request) {
+  const std::string path = request.paths.empty() ? std::string() : request.paths.front();
+  if (isDataCache(path)) return {};
+  const detail::Description description = detail::readDescription(request.description);
+  const detail::Table table(path, description, request.kind == DataFileRequest::Kind::Bars);
+  const std::vector<std::string> meanings = table.meanings();
+  std::vector<FileColumn> columns;
+  for (std::size_t i = 0; i < meanings.size(); ++i)
+    columns.push_back({table.names()[i], meanings[i]});
+  return columns;
 }
 
 std::vector<LoadedTicks> loadTicks(const DataFileRequest& request,

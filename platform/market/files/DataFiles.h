@@ -19,6 +19,15 @@ class ORVANE_API DataFileError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+/// The file is of the other kind: ticks where bars are asked for, or the other way round.
+class ORVANE_API OtherKindError : public DataFileError {
+ public:
+  using DataFileError::DataFileError;
+};
+
+/// Is told a fault of one row of a file, as a `DataFileError` would say it.
+using FaultTaker = std::function<void(const std::string& fault)>;
+
 /// In what portions files are read. What comes out does not depend on it.
 struct ReadPace {
   int threads = 0;             ///< Most that read at a time; 0: one a core, within reason.
@@ -47,6 +56,15 @@ struct DataFileRequest {
   /// Compare all bytes of a cache that is named in `paths` with their checksums, also where
   /// nothing tells that it was written to.
   bool checksCaches = false;
+  /// If it is set, a row with a fault is told to it and passed over, and no error. It is called on
+  /// the thread that loads.
+  FaultTaker onFault = {};
+};
+
+/// One column of a file, as it is understood. Texts are UTF-8.
+struct FileColumn {
+  std::string name;     ///< As the file calls it; its number where it does not.
+  std::string meaning;  ///< Our name for what it holds, such as "openTime"; empty: passed over.
 };
 
 /// A series without a code id: the caller finds or adds the instrument and sets `series.code`.
@@ -69,6 +87,10 @@ ORVANE_API std::vector<LoadedBars> loadBars(const DataFileRequest& request,
                                             const std::function<void(double)>& progress = {});
 ORVANE_API std::vector<LoadedTicks> loadTicks(const DataFileRequest& request,
                                               const std::function<void(double)>& progress = {});
+
+/// How the columns of the first file of a request are understood; none for a cache. Throws
+/// `DataFileError`.
+ORVANE_API std::vector<FileColumn> columnsOfFile(const DataFileRequest& request);
 
 /// The code that a file's name gives (UTF-8), for files that name none inside: the name without
 /// its ending, up to the first date of 8 digits, period such as "1min" or "day", or word such as

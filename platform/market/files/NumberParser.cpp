@@ -171,7 +171,7 @@ double NumberParser::cleaned(double value, int digits) const {
       if (std::abs(exact - value) <= step * 1e-6) return exact;
     }
   }
-  return digits > kTrueDigits ? withoutNoise(value) : value;
+  return digits > kTrueDigits && !keepsAll_ ? withoutNoise(value) : value;
 }
 
 bool isNumber(std::string_view text) {

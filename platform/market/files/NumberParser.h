@@ -44,6 +44,13 @@ class NumberParser {
         shift_(shift),
         step_(step) {}
 
+  /// The same, but every digit counts: what binary arithmetic may have left is not taken off.
+  NumberParser exact() const {
+    NumberParser parser = *this;
+    parser.keepsAll_ = true;
+    return parser;
+  }
+
   /// False if the text is no plain decimal number, or is too large for a double. Hexadecimal
   /// digits, "nan" and "inf" are no numbers.
   bool parse(std::string_view text, double& out) const;
@@ -84,6 +91,7 @@ class NumberParser {
 
   NumberFormat format_;
   bool isPlain_ = true;
+  bool keepsAll_ = false;
   int shift_ = 0;
   DecimalStep step_;
 };

@@ -190,8 +190,78 @@ std::vector<NamedRole> Table::roles(bool bars) {
   return found;
 }
 
+/// Columns that say everything go together; a few of them alone are no better than others.
+void Table::keepWhole(std::vector<NamedRole>& roles, bool bars) const {
+  const auto has = [&](Role role) {
+    return std::any_of(roles.begin(), roles.end(),
+                       [role](const NamedRole& named) { return named.role == role; });
+  };
+  const bool isWhole =
+      has(Role::TimeZone) && has(Role::TradingDay) &&
+      (bars ? has(Role::OpenTime) && has(Role::Until) && has(Role::Period) : has(Role::DateTime));
+  if (isWhole) return;
+  for (NamedRole& named : roles)
+    if (named.role >= Role::Until) named = {};
+}
+
+/// Takes what the first row says of all rows.
+void Table::hear() {
+  if (!map_.isWhole) return;
+  const auto first = [this](int column) {
+    const auto at = static_cast<std::size_t>(column);
+    return at < firstRow_.size() ? firstRow_[at] : std::string();
+  };
+  own_.timeZone = first(map_.timeZone);
+  const std::string place = path_ + ":" + std::to_string(firstLine_) + ": column ";
+  if (own_.timeZone.empty() || !ZoneClock(own_.timeZone).ok())
+    throw DataFileError(place + "\"" + names_[static_cast<std::size_t>(map_.timeZone)] + "\": \"" +
+                        own_.timeZone + "\" is no time zone");
+  const std::string zone = ZoneClock(own_.timeZone).name();
+  if (!description_.timeZone.empty() && ZoneClock(description_.timeZone).name() != zone)
+    throw DataFileError(path_ + ": the file tells the zone \"" + own_.timeZone + "\", not \"" +
+                        description_.timeZone + "\"; leave \"timeZone\" out");
+  if (description_.priceShift != 0 || description_.volumeShift != 0 ||
+      description_.turnoverShift != 0)
+    throw DataFileError(path_ +
+                        ": the file holds what was read already, and no scale can change "
+                        "it; leave \"priceScale\" and its like out");
+  if (map_.period < 0) return;
+  own_.period = first(map_.period);
+  own_.periodMs = parsePeriod(own_.period);
+  if (own_.periodMs == 0)
+    throw DataFileError(place + "\"" + names_[static_cast<std::size_t>(map_.period)] + "\": \"" +
+                        own_.period + "\" is no period such as 5m, 30s, 1h, day or week");
+  if (description_.periodMs != 0 && description_.periodMs != own_.periodMs)
+    throw DataFileError(path_ + ": the file tells a period of " + own_.period +
+                        "; leave \"period\" out");
+}
+
+void Table::refuseTicks(const std::vector<NamedRole>& roles) const {
+  std::string shown;
+  for (std::size_t i = 0; i < roles.size() && hasHeader_; ++i)
+    if (const Role role = roles[i].role;
+        role == Role::LastPrice || (role >= Role::BidPrice && role <= Role::AskSize))
+      if (shown.size() < 60) shown += (shown.empty() ? "" : ", ") + names_[i];
+  throw OtherKindError(path_ + ": is a file of ticks" +
+                       (shown.empty() ? "" : ", by its columns " + shown) +
+                       "; use --ticks for it, or say \"kind\": \"bars\" if it is one of bars");
+}
+
+std::vector<std::string> Table::meanings() const {
+  std::vector<std::string> result;
+  for (const NamedRole& named : roles_)
+    result.push_back(named.role == Role::None ? "" : ourName(named.role, named.level));
+  return result;
+}
+
 void Table::understand(bool bars) {
-  const std::vector<NamedRole> found = roles(bars);
+  const bool mayBeTicks = bars && description_.kind.empty();
+  if (mayBeTicks && !hasHeader_ && description_.columnList.empty() &&
+      description_.columnMap.empty() && contentsAreTicks(samples_, description_.numbers))
+    refuseTicks({});
+  std::vector<NamedRole> found = roles(bars);
+  keepWhole(found, bars);
+  roles_ = found;
   names_ = header_;
   names_.resize(width_);
   for (std::size_t i = 0; i < width_; ++i) {
@@ -206,9 +276,18 @@ void Table::understand(bool bars) {
       unused += (unused.empty() ? "" : ", ") + header_[i];
   if (!unused.empty()) notes_.push_back("columns that are not used: " + unused);
   const std::string place = path_ + ":" + std::to_string(headerLine_);
+  const TickLook look = mayBeTicks ? looksLikeTicks(found) : TickLook::No;
+  if (look == TickLook::Yes) refuseTicks(found);
   map_ = bars ? bindBars(place, found, names_) : bindTicks(place, found, names_);
-  times_ = std::make_unique<TimeParser>(path_, map_.time, description_, facts_.day, samples_,
-                                        names_, notes_);
+  hear();
+  Description mine = description_;
+  if (mine.timeZone.empty()) mine.timeZone = own_.timeZone;
+  times_ =
+      std::make_unique<TimeParser>(path_, map_.time, mine, facts_.day, samples_, names_, notes_);
+  if (look != TickLook::IfTimed || samples_.empty()) return;
+  RowTime first;
+  const std::vector<std::string_view> fields(samples_.front().begin(), samples_.front().end());
+  if (times_->parse(fields, INT64_MIN, first) && !first.dateOnly) refuseTicks(found);
 }
 
 /// Compares the first row's time with the last one's; rows in between are checked as they come.

@@ -14,6 +14,13 @@
 
 namespace orvane::detail {
 
+/// What the rows of a file say about all of them; see `ColumnMap::isWhole`.
+struct OwnWords {
+  std::string timeZone;       ///< As it is written; empty: the file does not tell it.
+  std::string period;         ///< As it is written; empty for ticks.
+  std::int64_t periodMs = 0;  ///< 0 for ticks.
+};
+
 /// One data file, opened and understood; `TableRows` walks over its rows. Once made it does not
 /// change, but for its notes.
 class Table {
@@ -35,6 +42,9 @@ class Table {
   const TimeParser& times() const { return *times_; }
   const FileNameFacts& nameFacts() const { return facts_; }
   bool newestFirst() const { return newestFirst_; }
+  const OwnWords& ownWords() const { return own_; }
+  /// Our name of what a column holds; empty: it is passed over.
+  std::vector<std::string> meanings() const;
   std::vector<std::string>& notes() { return notes_; }
 
  private:
@@ -44,6 +54,9 @@ class Table {
   std::vector<NamedRole> roles(bool bars);
   void applyColumnMap(std::vector<NamedRole>& roles) const;
   void findOrder();
+  void keepWhole(std::vector<NamedRole>& roles, bool bars) const;
+  void hear();
+  [[noreturn]] void refuseTicks(const std::vector<NamedRole>& roles) const;
   [[noreturn]] void cannotRecognise(bool bars) const;
 
   std::string path_;
@@ -62,7 +75,9 @@ class Table {
   std::size_t width_ = 0;
   SampleRows samples_;
   std::vector<std::string> firstRow_;
+  std::vector<NamedRole> roles_;
   ColumnMap map_;
+  OwnWords own_;
   std::unique_ptr<TimeParser> times_;
   bool newestFirst_ = false;
   std::vector<std::string> notes_;

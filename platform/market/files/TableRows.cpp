@@ -55,6 +55,16 @@ double TableRows::numberOfText(const NumberParser& parser, int column) const {
   return value;
 }
 
+void TableRows::checkOwnWords() const {
+  const ColumnMap& map = table_.map();
+  if (!map.isWhole) return;
+  const OwnWords& own = table_.ownWords();
+  if (field(map.timeZone) != own.timeZone)
+    fail(map.timeZone, "is another zone than " + shown(own.timeZone) + " of the first row");
+  if (map.period >= 0 && field(map.period) != own.period)
+    fail(map.period, "is another period than " + shown(own.period) + " of the first row");
+}
+
 std::string TableRows::code() const {
   const ColumnMap& map = table_.map();
   if (map.code < 0) return {};

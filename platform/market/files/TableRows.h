@@ -38,6 +38,9 @@ class TableRows {
     return numberOfText(parser, column);
   }
 
+  /// Throws if the row says another zone or period than the first one did.
+  void checkOwnWords() const;
+
   /// The row's code: "CODE.MARKET" from its columns; empty if the file has no such column.
   std::string code() const;
 

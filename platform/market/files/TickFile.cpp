@@ -37,6 +37,8 @@ class TickReader {
         price_(description.numbers, description.priceShift, tick),
         size_(description.numbers, description.volumeShift, {}),
         money_(description.numbers, description.turnoverShift, {}) {
+    if (table.map().isWhole)
+      for (NumberParser* const parser : {&price_, &size_, &money_}) *parser = parser->exact();
     for (const auto& [column, id] : table.map().ticks) {
       columns_.push_back(id);
       cells_.push_back({column, kindOf(id.column)});
@@ -95,7 +97,10 @@ class TickReader {
   std::vector<TickPart> takeParts() {
     std::vector<TickPart> parts;
     for (TickPart& part : parts_.parts()) {
+      if (part.times.empty()) continue;
+      dropHalf(part);
       part.columns = columns_;
+      part.timeZone = table_.ownWords().timeZone;
       if (table_.newestFirst()) reverse(part);
       parts.push_back(std::move(part));
     }
@@ -122,9 +127,17 @@ class TickReader {
     part.cells = std::move(room_.cells);
   }
 
+  /// Takes back what a row with a fault left.
+  void dropHalf(TickPart& part) const {
+    const std::size_t cells = part.times.size() * cells_.size();
+    if (part.cells.size() != cells) part.cells.resize(cells);
+  }
+
   void readRow() {
+    rows_->checkOwnWords();
     TickPart& part = parts_.of(*rows_);
     if (table_.map().code < 0) takeRoom(part);
+    dropHalf(part);
     const bool hasPrevious = !part.times.empty();
     const int64 previous = hasPrevious ? part.times.back() : 0;
     const bool ascending = hasPrevious && !table_.newestFirst();
@@ -202,9 +215,10 @@ void widen(Rows<double>& cells, const std::vector<TickColumnId>& from,
 
 std::vector<TickPart> readTicks(Table& table, const Description& description,
                                 const DecimalStep& priceTick, const ReadPace& pace,
-                                const std::function<void(double)>& progress) {
+                                const std::function<void(double)>& progress,
+                                const FaultTaker& onFault) {
   TickReader reader(table, description, priceTick);
-  readAllRows(table, pace, reader, progress);
+  readAllRows(table, pace, reader, progress, onFault);
   return reader.takeParts();
 }
 

@@ -15,6 +15,7 @@ namespace orvane::detail {
 struct TickPart {
   std::string code;  ///< Empty: the file has no column for it.
   std::string path;
+  std::string timeZone;  ///< If the rows tell it.
   std::vector<TickColumnId> columns;
   Rows<int64> times;
   Rows<std::int32_t> tradingDays;
@@ -24,7 +25,8 @@ struct TickPart {
 /// Reads all ticks of an open file.
 std::vector<TickPart> readTicks(Table& table, const Description& description,
                                 const DecimalStep& priceTick, const ReadPace& pace,
-                                const std::function<void(double)>& progress);
+                                const std::function<void(double)>& progress,
+                                const FaultTaker& onFault);
 
 /// Appends a later part to a series, which gains the columns that it lacked.
 void appendTicks(TickSeries& series, TickPart part);

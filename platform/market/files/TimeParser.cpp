@@ -351,13 +351,27 @@ bool TimeParser::parse(const std::vector<std::string_view>& fields, std::int64_t
   out.dateOnly = !moment.hasTime;
   out.midnight = moment.msOfDay == 0;
   out.day = moment.day;
-  if (columns_.tradingDay < 0) return true;
-  const auto text = fields[static_cast<std::size_t>(columns_.tradingDay)];
+  const auto field = [&fields](int column) { return fields[static_cast<std::size_t>(column)]; };
+  return (columns_.tradingDay < 0 || parseTradingDay(field(columns_.tradingDay), out)) &&
+         (columns_.until < 0 || parseUntil(field(columns_.until), out));
+}
+
+bool TimeParser::parseTradingDay(std::string_view text, RowTime& out) {
   if (text.empty()) return true;
   MomentText tradingDay;
   if (!parseText(columns_.tradingDay, text, tradingDayCache_, tradingDay)) return false;
   if (!tradingDay.hasDate) return fail(columns_.tradingDay, "is not a date");
   out.tradingDay = numberOfDay(tradingDay.day);
+  return true;
+}
+
+bool TimeParser::parseUntil(std::string_view text, RowTime& out) {
+  MomentText until;
+  if (!parseText(columns_.until, text, untilCache_, until)) return false;
+  if (!until.hasDate) return fail(columns_.until, "has no date");
+  const std::int64_t localMs = until.day * kDayMs + until.msOfDay;
+  out.untilMs = until.hasOffset ? localMs - until.offsetMs : zone_.toUtc(localMs, out.utcMs);
+  if (out.untilMs <= out.utcMs) return fail(columns_.until, "is not after the begin of the bar");
   return true;
 }
 

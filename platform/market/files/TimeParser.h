@@ -20,6 +20,7 @@ struct TimeColumns {
   int time = -1;
   int millis = -1;
   int tradingDay = -1;
+  int until = -1;                  ///< A second moment: that a bar ends at.
   bool momentIsTimeOfDay = false;  ///< The header calls `moment` a time of day.
 };
 
@@ -31,6 +32,7 @@ struct RowTime {
   bool midnight = false;        ///< The time of day is 0, or there is none.
   bool twice = false;           ///< The local time occurs twice: `notBefore` chose.
   std::int32_t tradingDay = 0;  ///< YYYYMMDD from a column of its own, else 0.
+  std::int64_t untilMs = 0;     ///< UTC, from a column of its own, else 0.
 };
 
 /// Reads the time of each row of one file, whatever columns and forms it is spread over. Not
@@ -70,6 +72,8 @@ class TimeParser {
                    bool& epoch);
   bool parseColumn(int column, TimeFormat format, std::string_view text, Cached& cache,
                    MomentText& out, bool& epoch);
+  bool parseTradingDay(std::string_view text, RowTime& out);
+  bool parseUntil(std::string_view text, RowTime& out);
   bool addMillis(const std::vector<std::string_view>& fields, std::int64_t& ms);
 
   std::string file_;
@@ -85,6 +89,7 @@ class TimeParser {
   Cached dateCache_;
   Cached timeCache_;
   Cached tradingDayCache_;
+  Cached untilCache_;
   int errorColumn_ = -1;
   const char* errorText_ = "";
 };

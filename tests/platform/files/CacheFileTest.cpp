@@ -132,7 +132,7 @@ TEST_F(CacheFile, shouldTakeTheCodeThatIsAskedFor) {
 
 TEST_F(CacheFile, shouldSayWhatItHoldsWhenItIsAskedForAnother) {
   EXPECT_EQ(messageOf([&] { loadTicks(requestOf({path_})); }, folder_),
-            "a.ovb: the cache holds bars, not ticks");
+            "a.ovb: the cache holds bars, not ticks; use --bars for it");
 }
 
 TEST_F(CacheFile, shouldRefuseOptionsThatCannotChangeItAnyMore) {
