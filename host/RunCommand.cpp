@@ -218,13 +218,15 @@ int RunCommand::execute() {
   std::optional<WatchView> view;
   if (isWatched_) view.emplace(interrupts);
   std::shared_ptr<const LineAppender> log;
-  RunOutcome outcome =
-      runSession(plan, std::move(data), interrupts, progress, view ? &*view : nullptr, [&] {
+  RunOutcome outcome = runSession(
+      plan, std::move(data), interrupts, progress,
+      [&] {
         // The log of an earlier run stays as it is when this one is refused.
         if (!plan.reportFolder.empty()) makeReportFolder(plan.reportFolder);
         if (view) view->begin();
         log = setUpLog(options_.log(), view ? view->log() : nullptr);
-      });
+      },
+      view ? &*view : nullptr);
   view.reset();
   outcome.loadSeconds = loadSeconds;
   outcome.files = std::move(hashes);

@@ -279,8 +279,8 @@ void checkSession(const RunPlan& plan, DataSet data) {
 }
 
 RunOutcome runSession(const RunPlan& plan, DataSet data, InterruptWatcher& interrupts,
-                      ProgressLine& progress, WatchView* view,
-                      const std::function<void()>& whenAccepted) {
+                      ProgressLine& progress, const std::function<void()>& whenAccepted,
+                      WatchView* view) {
   const PlatformOptions options = platformOptions(plan, data);
   RunOutcome outcome = outcomeOf(plan, options, data);
   RunRecords records(plan.withDigest, candlesFor(plan, outcome));

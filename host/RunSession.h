@@ -67,7 +67,7 @@ void checkSession(const RunPlan& plan, DataSet data);
 /// While an interrupted run stops, the standard error is told what it waits for. One at a time in a
 /// process.
 RunOutcome runSession(const RunPlan& plan, DataSet data, InterruptWatcher& interrupts,
-                      ProgressLine& progress, WatchView* view,
-                      const std::function<void()>& whenAccepted);
+                      ProgressLine& progress, const std::function<void()>& whenAccepted,
+                      WatchView* view = nullptr);
 
 }  // namespace orvane
