@@ -157,7 +157,7 @@ Terminal::Terminal(const HeldOutput& held) {
 }
 
 void Terminal::start(const HeldOutput& held) {
-  const SignalsKept signals;
+  const SignalsKept kept;
   screen_ = new Screen;
   screen_->stream = fdopen(descriptor_, "r+");
   if (screen_->stream != nullptr)
