@@ -20,7 +20,9 @@ namespace {
 class CsvFile {
  public:
   explicit CsvFile(const std::string& path)
-      : path_(path), newPath_(path + ".new-" + std::to_string(getpid())) {
+      : path_(path),
+        target_(targetOf(path)),
+        newPath_(target_ + ".new-" + std::to_string(getpid())) {
     file_.setFileName(QString::fromStdString(newPath_));
     if (!file_.open(QIODevice::WriteOnly | QIODevice::Truncate)) fail(reason());
   }
@@ -44,18 +46,25 @@ class CsvFile {
     return newPath_;
   }
 
-  /// Gives the file its true name, behind which it may be a link.
+  /// Gives the file its true name, and the permissions of what it replaces.
   void keep() {
     namespace fs = std::filesystem;
     std::error_code error;
-    fs::path target = path_;
-    if (fs::is_symlink(target, error)) target = fs::weakly_canonical(target, error);
-    fs::rename(newPath_, target, error);
+    const fs::file_status former = fs::status(target_, error);
+    if (fs::is_regular_file(former)) fs::permissions(newPath_, former.permissions(), error);
+    fs::rename(newPath_, target_, error);
     if (error) fail(error.message());
     isKept_ = true;
   }
 
  private:
+  /// A link stays one: what it leads to is written.
+  static std::string targetOf(const std::string& path) {
+    std::error_code error;
+    if (!std::filesystem::is_symlink(path, error)) return path;
+    const auto target = std::filesystem::weakly_canonical(path, error);
+    return error ? path : target.string();
+  }
   void flush() {
     const auto size = static_cast<qint64>(lines_.size());
     if (file_.write(lines_.data(), size) != size) fail(reason());
@@ -66,7 +75,7 @@ class CsvFile {
     throw InputError(fmt::format("{}: cannot be written: {}", path_, reason));
   }
 
-  const std::string path_, newPath_;
+  const std::string path_, target_, newPath_;
   QFile file_;
   std::string lines_;
   bool isKept_ = false;

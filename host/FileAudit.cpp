@@ -286,8 +286,9 @@ std::string cacheText(const DataFileRequest& request) {
   const std::string& path = request.paths.front();
   if (isDataCache(path)) return cacheStateOf(path);
   std::error_code error;
-  const std::string beside =
-      std::filesystem::path(path).replace_extension().replace_extension(".ovb").string();
+  std::filesystem::path plain = path;
+  if (plain.extension() == ".gz") plain.replace_extension();
+  const std::string beside = plain.replace_extension(".ovb").string();
   std::string text;
   for (const std::string& cache : {cachePathOf(request), beside})
     if (!cache.empty() && std::filesystem::exists(cache, error))

@@ -24,12 +24,21 @@ bool isIgnored(int signal) {
   return sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
 }
 
+/// Whether something can be told without waiting for whoever reads it. A watcher that waited for a
+/// full pipe would hear of no further press.
+bool canTell() {
+  pollfd err = {STDERR_FILENO, POLLOUT, 0};
+  return poll(&err, 1, 0) == 1 && (err.revents & POLLOUT) != 0;
+}
+
 /// Says that the second press ends everything, and ends it. Nothing else may be touched here: other
 /// threads go on.
 [[noreturn]] void endAtOnce() {
   TerminalRescue::leave();
   constexpr std::string_view kText = "orvane: ended at once, without summary and report\n";
-  [[maybe_unused]] const ssize_t count = write(STDERR_FILENO, kText.data(), kText.size());
+  if (canTell()) {
+    [[maybe_unused]] const ssize_t count = write(STDERR_FILENO, kText.data(), kText.size());
+  }
   _exit(kExitInterrupted);
 }
 
@@ -96,14 +105,14 @@ void InterruptWatcher::press(int signal) {
   if (signal == SIGINT && ++presses_ > 1) endAtOnce();
   if (isInterrupted_.exchange(true)) return;
   const std::lock_guard lock(mutex_);
-  if (reminder_) reminder_(0);
   if (handler_) handler_();
+  if (reminder_ && canTell()) reminder_(0);
 }
 
 void InterruptWatcher::remind() {
   const std::lock_guard lock(mutex_);
   ++seconds_;
-  if (reminder_) reminder_(seconds_);
+  if (reminder_ && canTell()) reminder_(seconds_);
 }
 
 void InterruptWatcher::watch() {

@@ -38,7 +38,8 @@ class InterruptWatcher {
   void setHandler(std::function<void()> handler);
 
   /// Is told, from the first signal on, about once a second for how many seconds that has been so,
-  /// 0 at first; empty for nobody. Once this returns, the former one is not running any more.
+  /// 0 at first; empty for nobody. Left out where the standard error takes nothing just then. Once
+  /// this returns, the former one is not running any more.
   void setReminder(std::function<void(int seconds)> reminder);
 
  private:

@@ -3,6 +3,7 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <filesystem>
 
 #include "host/RunSession.h"
 #include "host/TimeArgument.h"
@@ -85,6 +86,9 @@ std::vector<std::string> notesOnRange(const RunPlan& plan, const PlatformOptions
   }
   const std::string played = isoTime(range.first) + " to " + isoTime(range.last);
   for (const std::string& path : plan.recordFiles) {
+    // A pipe can be read but once, and that is for the run.
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(path, error)) continue;
     std::size_t late = 0, all = 0;
     for (const RecordPublication& publication : loadRecords(path))
       for (const Record& record : publication.records) {

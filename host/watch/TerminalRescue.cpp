@@ -21,6 +21,7 @@ enum State : int { kAtRest, kArmed, kLeaving, kLeft };
 
 // What a handler of signals needs: no constructors, no memory that may go.
 std::atomic<int> state{kAtRest};
+std::atomic<pid_t> armedBy{0};  ///< A process that is forked off leaves the terminal alone.
 int terminalFd = -1, drawnFd = -1, nothingFd = -1, heldFd = -1, outFd = -1, errFd = -1;
 termios foundModes;
 std::array<char, 512> leavingBytes;
@@ -111,6 +112,7 @@ void TerminalRescue::arm(const Parts& parts) {
   leavingSize = std::min(parts.leaving.size(), leavingBytes.size());
   std::memcpy(leavingBytes.data(), parts.leaving.data(), leavingSize);
   seizeSignals();
+  armedBy = getpid();
   state = kArmed;
 }
 
@@ -121,11 +123,12 @@ bool TerminalRescue::disarm() {
   return isOurs;
 }
 
-bool TerminalRescue::isArmed() { return state == kArmed; }
+bool TerminalRescue::isArmed() { return state == kArmed && armedBy == getpid(); }
 
 bool TerminalRescue::hasLeft() { return state == kLeft; }
 
 void TerminalRescue::leave() {
+  if (armedBy != getpid()) return;
   int expected = kArmed;
   if (!state.compare_exchange_strong(expected, kLeaving)) {
     // Whoever does it must not be cut off by what the caller does next; but he may be the caller.

@@ -13,22 +13,12 @@
 #include "platform/market/files/CacheFile.h"
 #include "platform/market/files/DataFiles.h"
 #include "tests/host/Program.h"
+#include "tests/support/RandomRuns.h"
 
 namespace orvane {
 namespace {
 
 using testing::HasSubstr;
-
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr int kUsualRuns = 20;
-#else
-constexpr int kUsualRuns = 200;
-#endif
-
-int randomRuns() {
-  const char* const given = std::getenv("ORVANE_RANDOM_RUNS");
-  return given == nullptr ? kUsualRuns : std::atoi(given);
-}
 
 DataFileRequest plainRequest(const std::string& path, DataFileRequest::Kind kind) {
   DataFileRequest request;
@@ -140,7 +130,7 @@ TEST_F(ConvertedCsv, shouldKeepTicksOfOneTimeAndTheirLadder) {
 }
 
 TEST_F(ConvertedCsv, shouldKeepEveryBitOfRandomSeries) {
-  const unsigned seed = std::random_device()();
+  const std::uint64_t seed = support::randomSeed();
   SCOPED_TRACE("seed " + std::to_string(seed));
   std::mt19937_64 random(seed);
   const auto below = [&random](std::uint64_t bound) { return random() % bound; };
@@ -151,7 +141,7 @@ TEST_F(ConvertedCsv, shouldKeepEveryBitOfRandomSeries) {
   };
   constexpr const char* kZones[] = {"UTC", "Asia/Shanghai", "America/New_York", "UTC-05:30"};
   constexpr int64 kPeriods[] = {1, 500, 1000, 60'000, 300'000, 3'600'000, 86'400'000, 604'800'000};
-  for (int run = 0; run < randomRuns(); ++run) {
+  for (int run = 0; run < support::randomRuns(200); ++run) {
     LoadedBars loaded;
     loaded.code = "C" + std::to_string(below(1000));
     loaded.series.timeZone = kZones[below(std::size(kZones))];

@@ -140,6 +140,14 @@ TEST_F(FileAudit, shouldTellTheStateOfACache) {
               HasSubstr("  cache: its source " + bars + " has changed\n"));
 }
 
+TEST_F(FileAudit, shouldLookForTheCacheOfACodeWithItsMarket) {
+  const auto bars = folder_.write("IF2101.CFFEX.csv", test::barsCsv());
+  const std::string cache = folder_ / "IF2101.CFFEX.ovb";
+  ASSERT_EQ(test::runProgram({"data", "convert", bars, "-o", cache}).exitCode, 0);
+  EXPECT_THAT(test::runProgram({"data", "inspect", bars}).out,
+              HasSubstr("  cache: " + cache + ": fresh\n"));
+}
+
 TEST_F(FileAudit, shouldBeJsonForPrograms) {
   const auto bars = folder_.write("j_1min.csv", test::barsCsv());
   const auto result = test::runProgram({"data", "inspect", bars, "--json"});

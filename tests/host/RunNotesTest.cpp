@@ -2,6 +2,10 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <fstream>
+#include <thread>
 
 #include "host/InputError.h"
 #include "tests/host/Program.h"
@@ -93,6 +97,18 @@ TEST_F(RunNotes, shouldTellOfRecordsAndEventsThatNobodyWillSee) {
   expectNote({"-s", "sma_cross", "-b", bars_, "--events", events},
              "1 of 2 general events are never told, since they lie outside what is played, "
              "2021-01-04T09:02:00.000Z to 2021-01-04T09:31:00.000Z; is their time zone right?");
+}
+
+TEST_F(RunNotes, shouldLeaveRecordsThatCanBeReadButOnceToTheRun) {
+  const std::string pipe = folder_ / "records.csv";
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  // Opens once there is a reader, and whoever opened it a second time would wait for ever.
+  std::thread writer(
+      [&] { std::ofstream(pipe) << "name,target,key,text\nf,A,2021-01-04 17:05,1\n"; });
+  const auto result = run({"-s", "sma_cross", "-b", bars_, "--records", pipe});
+  writer.join();
+  EXPECT_EQ(result.exitCode, kExitSuccess);
+  EXPECT_EQ(result.err, "");
 }
 
 TEST_F(RunNotes, shouldTellThatACacheWasMadeOfAnOlderFile) {
