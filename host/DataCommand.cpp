@@ -193,6 +193,13 @@ void DataCommand::refuseBarsBeside(const std::string& ticks) const {
   }
 }
 
+namespace {
+
+int64 endOf(const BarSeries& series) { return KLineView(series.bars.back()).endTime(); }
+int64 endOf(const TickSeries& series) { return series.times.back(); }
+
+}  // namespace
+
 template <typename Loaded>
 LoadedBars DataCommand::lengthened(const Loaded& loaded) const {
   LoadedBars longer;
@@ -204,8 +211,15 @@ LoadedBars DataCommand::lengthened(const Loaded& loaded) const {
     throw InputError(fmt::format("--to-period: {}", error.what()));
   }
   if (longer.series.bars.empty())
-    throw InputError(fmt::format("--to-period: the data of \"{}\" make no whole bar of {}",
-                                 loaded.code, period_));
+    throw InputError(fmt::format("--to-period: the data of \"{}\" make no whole bar of {}{}",
+                                 loaded.code, period_,
+                                 std::is_same_v<Loaded, LoadedTicks>
+                                     ? "; bars are made of ticks with a last price and a volume"
+                                     : ""));
+  if (const int64 end = endOf(longer.series); end < endOf(loaded.series))
+    longer.notes.push_back(
+        fmt::format("what comes after {} is left out: the data end before its bar of {} does",
+                    isoTime(end), period_));
   return longer;
 }
 

@@ -9,7 +9,9 @@
 
 #include <cerrno>
 #include <filesystem>
+#include <fstream>
 #include <memory>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -47,6 +49,20 @@ std::shared_ptr<LineAppender> fileAppender(const std::string& path) {
   return std::make_shared<LineAppender>("--log " + path, "", descriptor, true);
 }
 
+/// Whether a file holds what a log may: nothing, or a first line that begins with a time.
+bool mayBeLog(const std::string& path) {
+  std::error_code error;
+  if (!std::filesystem::is_regular_file(path, error)) return true;
+  constexpr std::string_view kShape = "0000-00-00 00:00:00.000 [";
+  std::string start(kShape.size(), '\0');
+  std::ifstream file(path, std::ios::binary);
+  file.read(start.data(), static_cast<std::streamsize>(start.size()));
+  if (file.gcount() == 0) return true;
+  for (char& c : start)
+    if (c >= '0' && c <= '9') c = '0';
+  return start == kShape;
+}
+
 }  // namespace
 
 void checkLogFile(const LogOptions& options) {
@@ -60,6 +76,11 @@ void checkLogFile(const LogOptions& options) {
                           ? !fs::is_directory(file, error) && access(file.c_str(), W_OK) == 0
                           : fs::is_directory(folder, error) && access(folder.c_str(), W_OK) == 0;
   if (!isGood) throw InputError(fmt::format("--log: \"{}\" cannot be written", options.file));
+  if (!mayBeLog(options.file))
+    throw InputError(
+        fmt::format("--log: \"{}\" holds something other than log lines, which would be lost; name "
+                    "another file",
+                    options.file));
 }
 
 std::shared_ptr<LineAppender> setUpLog(const LogOptions& options, std::shared_ptr<LogRing> ring) {

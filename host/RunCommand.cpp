@@ -5,6 +5,7 @@
 #include <chrono>
 #include <optional>
 
+#include "host/ConfigMistakes.h"
 #include "host/Console.h"
 #include "host/DataSet.h"
 #include "host/EventConfig.h"
@@ -109,6 +110,7 @@ RunCommand::RunCommand(CLI::App& parent) {
 RunPlan RunCommand::makePlan() const {
   RunPlan plan;
   if (!config_.empty()) {
+    refuseWhatIsNoConfig(config_);
     std::vector<std::pair<bool, const char*>> inputs = options_.inputs();
     inputs.insert(inputs.end(), {{!name_.empty(), "--name"},
                                  {!orderSource_.empty(), "--order-source"},

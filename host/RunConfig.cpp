@@ -8,7 +8,6 @@
 #include <filesystem>
 #include <set>
 
-#include "host/ConfigMistakes.h"
 #include "host/ConfigPaths.h"
 #include "host/EventConfig.h"
 #include "host/GridConfig.h"
@@ -141,7 +140,6 @@ double parseSpeed(const std::string& text, const std::string& option) {
 }
 
 void readRunConfig(const std::string& path, RunPlan& plan) {
-  refuseWhatIsNoConfig(path);
   JsonReader reader(readJsonFile(path), path);
   const QJsonValue runners = reader.value("runners");
   if (runners.isUndefined())

@@ -35,7 +35,7 @@ using orvane::ResultStatus;
 ///
 /// A signal is taken when its bar is complete, and traded with a market order on the account that
 /// the host gives; without one it only logs. Bars of the history give signals but no orders.
-/// Signals that are traded are logged at the level "debug", since the orders tell of them.
+/// Where it trades, signals are logged at the level "debug", since the orders tell of them.
 ///
 /// Tells the host what it counted when it stops, as the environment values "bars", "ticks",
 /// "signals" and "fills".
@@ -65,7 +65,7 @@ class SmaCross : public orvane::Strategy {
         if (signal == ExactCross::Signal::None) continue;
         const bool isUp = signal == ExactCross::Signal::Up;
         tell(context, code, frequency, view, series, isUp);
-        if (series.isTrading()) trade(context, *series.trader, isUp);
+        if (series.trader && series.isLive) trade(context, *series.trader, isUp);
       } catch (const std::range_error& error) {
         return context->setError(code.code + " " + frequency + " bar of " +
                                  orvane::utcText(view.beginTime()) + ": " + error.what());
@@ -115,7 +115,6 @@ class SmaCross : public orvane::Strategy {
   /// What belongs to one code and frequency.
   struct Series {
     explicit Series(std::size_t fast, std::size_t slow) : cross(fast, slow) {}
-    bool isTrading() const { return trader && isLive; }
     ExactCross cross;
     double volume = 0;  ///< Of an order.
     std::optional<CrossTrader> trader;
@@ -181,7 +180,7 @@ class SmaCross : public orvane::Strategy {
         " " + code.code + " " + frequency + " at " + orvane::utcText(bar.endTime()) +
         " close=" + orvane::numberText(bar.close()) + " fast=" + meanText(series.cross.fastMean()) +
         " slow=" + meanText(series.cross.slowMean());
-    series.isTrading() ? context->logDebug(text, true) : context->logInfo(text, true);
+    series.trader ? context->logDebug(text, true) : context->logInfo(text, true);
   }
 
   std::size_t fast_ = 0, slow_ = 0;

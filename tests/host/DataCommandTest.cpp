@@ -12,6 +12,7 @@ namespace orvane {
 namespace {
 
 using testing::HasSubstr;
+using testing::Not;
 
 /// A generated session, and what a run of it leaves behind.
 class DataCommand : public testing::Test {
@@ -131,6 +132,12 @@ TEST_F(DataCommand, shouldPutBarsTogetherToALongerPeriod) {
   const auto result = convert(bars_, folder_ / "b.ovb", more);
   EXPECT_EQ(result.exitCode, 0) << result.err;
   EXPECT_THAT(result.out, HasSubstr("4 bars of 5m"));
+  EXPECT_THAT(result.out, Not(HasSubstr("note")));
+  more.back() = "15m";
+  EXPECT_THAT(
+      convert(bars_, folder_ / "b15.ovb", more).out,
+      HasSubstr("  note   what comes after 2026-01-05T01:45:00.000Z is left out: the data end "
+                "before its bar of 15m does\n"));
   more.back() = "30s";
   const auto shorter = convert(bars_, folder_ / "c.ovb", more);
   EXPECT_EQ(shorter.exitCode, kExitBadInput);

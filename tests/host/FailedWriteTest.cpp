@@ -147,6 +147,9 @@ TEST_F(FailedWrite, shouldRefuseOneFileForTwoThings) {
                 "--store: \"" + file + "\" is the file of --dictionary too");
   expectRefused({"--store", file, "--log", file}, "is the file of --store too");
   expectRefused({"--log", bars_}, "is the file of the market data too");
+  const std::string other = folder_.write("other.csv", "datetime,close\n2021-01-04,1\n");
+  expectRefused({"--log", other}, "holds something other than log lines");
+  EXPECT_EQ(test::readFile(other), "datetime,close\n2021-01-04,1\n");
   const std::string params = folder_.write("params.json", "{}");
   const auto given = test::runProgram(
       {"run", "-s", "print_events", "-b", "A.X=" + bars_, "--params", params, "--log", params});

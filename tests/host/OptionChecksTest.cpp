@@ -140,6 +140,7 @@ TEST_F(OptionChecks, shouldNameTheOptionCommandOrModuleThatWasMeant) {
 TEST_F(OptionChecks, shouldSayWhichOptionTakesWhatWasGivenAsTheConfiguration) {
   expectMessage({"run", "sma_cross"},
                 "sma_cross: is a strategy, not a configuration; run it by --strategy sma_cross");
+  expectMessage({"run", "sma_cross", "-b", bars_}, "sma_cross: is a strategy, not a configuration");
   expectMessage({"run", "./mine.so"}, "./mine.so: is a strategy, not a configuration");
   expectMessage({"run", bars_}, bars_ +
                                     ": is market data, not a configuration; play it by --bars " +
