@@ -65,9 +65,10 @@ std::string optionFault(const CLI::App& command, const std::string& name) {
 std::string commandFault(const CLI::App& app, const std::string& name) {
   const auto commands = commandsOf(app);
   const std::string* const meant = textMeant(commands, name);
-  return fmt::format("\"{}\" is not a command; {} commands are {}", name,
-                     meant == nullptr ? "the" : fmt::format("is \"{}\" meant? The", *meant),
-                     listed(commands));
+  const std::string path = pathOf(app);
+  return fmt::format(
+      "\"{}\" is not a command{}{}; {} commands are {}", name, path.empty() ? "" : " of ", path,
+      meant == nullptr ? "the" : fmt::format("is \"{}\" meant? The", *meant), listed(commands));
 }
 
 }  // namespace
@@ -96,8 +97,13 @@ std::string faultOf(const CLI::ParseError& error, const CLI::App& app, int argc,
   const std::string text = error.what();
   if (app.get_subcommands().empty() && argc > 1 && !std::string(argv[1]).starts_with("--page"))
     return commandFault(app, argv[1]);
-  if (const std::string name = unknownOption(chosenCommand(app), argc, argv); !name.empty())
-    return optionFault(chosenCommand(app), name);
+  if (argc == 1) return "give a command: " + listed(commandsOf(app));
+  const CLI::App& chosen = chosenCommand(app);
+  const auto extras = chosen.remaining();
+  if (!commandsOf(chosen).empty() && !extras.empty() && !extras.front().starts_with('-'))
+    return commandFault(chosen, extras.front());
+  if (const std::string name = unknownOption(chosen, argc, argv); !name.empty())
+    return optionFault(chosen, name);
   // Where a flag was given a value, the parser leaves out which.
   const auto end = text.find(" was given a disallowed flag override");
   for (int i = 1; i < argc && end != std::string::npos; ++i)

@@ -155,6 +155,9 @@ void checkOwnSource(const RunPlan& plan, std::size_t at, const std::string& here
 
 /// The capital of the run is that of each account which has no balance of its own.
 void giveCapital(RunPlan& plan) {
+  if (plan.startBalance.starts_with('-'))
+    throw InputError(
+        fmt::format("{}: \"{}\" is below 0", plan.places["startBalance"], plan.startBalance));
   if (plan.startBalance.empty()) return;
   bool isTaken = false;
   for (AccountSpec& account : plan.trade.accounts) {

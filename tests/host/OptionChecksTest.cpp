@@ -92,6 +92,7 @@ TEST_F(OptionChecks, shouldNameOptionValueAndBoundsOfANumber) {
 
 TEST_F(OptionChecks, shouldNameTheOptionOrKeyOfAnAmountThatIsWrong) {
   expectRefused({"--slippage", "x"}, "--slippage: \"x\" is not a decimal number");
+  expectRefused({"--capital", "-5"}, "--capital: \"-5\" is below 0");
   expectRefused({"--capital", "1e400"}, "--capital: \"1e400\" is not");
   expectKeyRefused(R"(, "trade": {"barVolumeShare": 2})", "trade.barVolumeShare: \"2\" is not");
   expectKeyRefused(R"(, "to": "soon")", "to: \"soon\" is not a time");
@@ -128,6 +129,9 @@ TEST_F(OptionChecks, shouldNameTheOptionCommandOrModuleThatWasMeant) {
                 "\"--otu\" is not an option of data convert; is \"--out\" meant?");
   expectMessage({"rum", bars_},
                 "\"rum\" is not a command; is \"run\" meant? The commands are run, ");
+  expectMessage({"data", "covert", bars_},
+                "\"covert\" is not a command of data; is \"convert\" meant? The commands are ");
+  expectMessage({}, "give a command: run, sweep, generate, inspect, data and new-strategy\n");
   expectMessage({"run", "-s", "sma_corss", "-b", "A.X=" + bars_},
                 "--strategy: there is no strategy module \"sma_corss\", neither here");
   const auto near = test::runProgram({"run", "-s", "sma_corss", "-b", "A.X=" + bars_});
