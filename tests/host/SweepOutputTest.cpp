@@ -153,6 +153,34 @@ TEST_F(SweepOutput, shouldNotCountACrashOutOfSampleAsAProfit) {
   EXPECT_THAT(begins(2), ElementsAre("in-sample,1", "in-sample,1", "out-of-sample,1"));
 }
 
+TEST_F(SweepOutput, shouldTryNothingButTheChosenOneWhereWhatCrashedIsRunAgain) {
+  const std::vector<std::string> walk = {
+      "--grid", "die=marked,no", "--params", R"({"mark": ")" + folder_.write("mark", "") + R"("})",
+      "--walk-forward", "22m:8m", "--retry-crashed", "--out"};
+  const auto walkInto = [&](const std::string& out) {
+    std::vector<std::string> all = walk;
+    all.push_back(out);
+    return sweep(all);
+  };
+  // Of two that are equal the first one is chosen, unless it crashes.
+  EXPECT_EQ(walkInto(out_).exitCode, kExitRunFailed);
+  EXPECT_THAT(begins(6), ElementsAre(HasSubstr(",1,2"), HasSubstr("in-sample,1,"),
+                                     testing::AllOf(HasSubstr("out-of-sample,1,"),
+                                                    testing::EndsWith(",1,2"))));
+  std::filesystem::remove(folder_ / "mark");
+  const auto again = walkInto(out_);
+  EXPECT_EQ(again.exitCode, 0) << again.err;
+  EXPECT_THAT(again.out, HasSubstr("; 1 run was done before"));
+  EXPECT_THAT(again.out, HasSubstr("out-of-sample: 1 windows"));
+  ASSERT_EQ(lines().size(), 4);
+  EXPECT_THAT(begins(6).back(), testing::EndsWith(",1,1"));
+  // Nor does the store have the other one any more.
+  EXPECT_THAT(walkInto(out_).out, HasSubstr("; 3 runs were done before"));
+  ASSERT_EQ(walkInto(folder_ / "whole").exitCode, 0);
+  for (const char* name : {"/results.csv", "/sweep.html"})
+    EXPECT_EQ(test::readFile(out_ + name), test::readFile(folder_ / "whole" + name)) << name;
+}
+
 TEST_F(SweepOutput, shouldEndInOrderOnTheFirstInterruptAndAtOnceOnTheSecond) {
   ASSERT_EQ(mkfifo((folder_ / "gate").c_str(), 0600), 0);
   test::StartedProgram program(
