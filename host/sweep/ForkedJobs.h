@@ -38,9 +38,14 @@ class ForkedJobs {
 
  private:
   class Running;
+  /// How the process took signals before.
+  struct SignalState {
+    sigset_t mask{};
+    struct sigaction ofChildren {};
+  };
   void takeSignals(Running* running);
 
-  sigset_t before_;  ///< The signals that were blocked before.
+  SignalState before_;
   int signals_ = -1;
   int presses_ = 0;  ///< SIGINT so far.
   bool isInterrupted_ = false;

@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 
 #include <csignal>
+#include <cstdlib>
 #include <filesystem>
 
 #include "host/InputError.h"
@@ -155,8 +156,10 @@ TEST_F(SweepOutput, shouldNotCountACrashOutOfSampleAsAProfit) {
 
 TEST_F(SweepOutput, shouldTryNothingButTheChosenOneWhereWhatCrashedIsRunAgain) {
   const std::vector<std::string> walk = {
-      "--grid", "die=marked,no", "--params", R"({"mark": ")" + folder_.write("mark", "") + R"("})",
-      "--walk-forward", "22m:8m", "--retry-crashed", "--out"};
+      "--grid",          "die=marked,no",
+      "--params",        R"({"mark": ")" + folder_.write("mark", "") + R"("})",
+      "--walk-forward",  "22m:8m",
+      "--retry-crashed", "--out"};
   const auto walkInto = [&](const std::string& out) {
     std::vector<std::string> all = walk;
     all.push_back(out);
@@ -191,6 +194,18 @@ TEST_F(SweepOutput, shouldEndInOrderOnTheFirstInterruptAndAtOnceOnTheSecond) {
   // The strategy waits for ever; the process that it is in must not outlive the second one.
   program.send(SIGINT);
   EXPECT_EQ(program.end().exitCode, kExitInterrupted);
+}
+
+TEST_F(SweepOutput, shouldSeeTheEndOfABatchThoughItsParentIgnoredTheEndsOfChildren) {
+  const std::string command = fmt::format(
+      "trap '' CHLD; exec '{}' sweep -s '{}' -b 'A.X={}' --grid die=no,exit -q --out '{}' "
+      "2>'{}'",
+      ORVANE_TEST_PROGRAM, test::testModule("swept_strategy"), bars_, out_, folder_ / "err");
+  const int status = std::system(command.c_str());
+  ASSERT_TRUE(WIFEXITED(status));
+  EXPECT_EQ(WEXITSTATUS(status), kExitRunFailed) << test::readFile(folder_ / "err");
+  ASSERT_EQ(lines().size(), 3);
+  EXPECT_THAT(lines().back(), HasSubstr("\"it ended its process, exit code 3\""));
 }
 
 TEST_F(SweepOutput, shouldSayWhatIsKeptWhenTheDiskIsFull) {
