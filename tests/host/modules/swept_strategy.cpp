@@ -28,6 +28,7 @@ using orvane::int64;
 ///   is a file "mark".
 /// - "refuse" (false): ends as an error before anything is played.
 /// - "talk" (false): publishes its "every" and trades only while nobody else has published.
+/// - "shy" (false): trades only while there is one account.
 /// - "limit" (false): buys with limit orders at the price of the record.
 class Swept : public orvane::Strategy {
  public:
@@ -39,6 +40,7 @@ class Swept : public orvane::Strategy {
     die_ = params["die"].toString().toStdString();
     mark_ = params["mark"].toString().toStdString();
     talks_ = params["talk"].toBool();
+    isShy_ = params["shy"].toBool();
     isLimit_ = params["limit"].toBool();
     if (params["refuse"].toBool()) return context->setError(orvane::gbk("不要 \"these\", no"));
     if (orvane::findOwnAccount(context, params, account_).code != 0)
@@ -74,6 +76,7 @@ class Swept : public orvane::Strategy {
     if (seen_ >= 20) die();
     if (talks_ && hearsOthers(context, time)) return;
     if (seen_ % every_ != 0) return;
+    if (isShy_ && context->tradingAccountCount() != 1) return;
     const bool buys = held_ <= 0;
     const auto direction = buys ? orvane::order::Direction::Buy : orvane::order::Direction::Sell;
     const auto offset = buys ? orvane::order::Offset::Open : orvane::order::Offset::Close;
@@ -107,7 +110,7 @@ class Swept : public orvane::Strategy {
 
   int every_ = 7, quit_ = 0, fail_ = 0, seen_ = 0;
   double volume_ = 1, held_ = 0;
-  bool talks_ = false, isLimit_ = false;
+  bool talks_ = false, isShy_ = false, isLimit_ = false;
   std::string die_, mark_;
   orvane::TradingAccountID account_;
 };
