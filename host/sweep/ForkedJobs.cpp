@@ -16,6 +16,7 @@
 #include <cstring>
 #include <iostream>
 #include <stdexcept>
+#include <string_view>
 #include <system_error>
 
 #include "host/InputError.h"
@@ -32,6 +33,18 @@ sigset_t setOf(std::initializer_list<int> all) {
   sigemptyset(&set);
   for (const int signal : all) sigaddset(&set, signal);
   return set;
+}
+
+bool isIgnored(int signal) {
+  struct sigaction action {};
+  return sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
+/// Also for a signal's handler.
+[[noreturn]] void endAtOnce() {
+  constexpr std::string_view kText = "orvane: ended at once, without table and page\n";
+  [[maybe_unused]] const ssize_t count = write(STDERR_FILENO, kText.data(), kText.size());
+  _exit(kExitInterrupted);
 }
 
 [[noreturn]] void refuse(const char* what) {
@@ -193,8 +206,7 @@ class ForkedJobs::Running {
     setrlimit(RLIMIT_CORE, &noImage);
     sigaction(SIGCHLD, &before.ofChildren, nullptr);
     sigset_t blocked = before.mask;
-    sigaddset(&blocked, SIGINT);
-    sigaddset(&blocked, SIGTERM);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&blocked, signal);
     pthread_sigmask(SIG_SETMASK, &blocked, nullptr);
     // Whoever calls `exit` amid other threads ends the process, and destroys nothing under them.
     on_exit([](int code, void*) { _exit(code); }, nullptr);
@@ -217,7 +229,9 @@ ForkedJobs::ForkedJobs() {
   struct sigaction usual {};
   usual.sa_handler = SIG_DFL;
   sigaction(SIGCHLD, &usual, &before_.ofChildren);
-  const sigset_t taken = setOf({SIGINT, SIGTERM, SIGCHLD});
+  sigset_t taken = setOf({SIGINT, SIGTERM, SIGCHLD});
+  // Ignored by those who want it to go on when they leave.
+  if (!isIgnored(SIGHUP)) sigaddset(&taken, SIGHUP);
   pthread_sigmask(SIG_BLOCK, &taken, &before_.mask);
   signals_ = signalfd(-1, &taken, SFD_CLOEXEC | SFD_NONBLOCK);
   if (signals_ < 0)
@@ -229,8 +243,8 @@ ForkedJobs::~ForkedJobs() {
   close(signals_);
   if (isInterrupted_) {
     // One more that comes late must not change how the process ends, unless somebody insists.
-    std::signal(SIGTERM, SIG_IGN);
-    std::signal(SIGINT, [](int) { _exit(kExitInterrupted); });
+    for (const int signal : {SIGTERM, SIGHUP}) std::signal(signal, SIG_IGN);
+    std::signal(SIGINT, [](int) { endAtOnce(); });
   }
   sigaction(SIGCHLD, &before_.ofChildren, nullptr);
   pthread_sigmask(SIG_SETMASK, &before_.mask, nullptr);
@@ -247,7 +261,7 @@ void ForkedJobs::takeSignals(Running* running) {
     if (info.ssi_signo == SIGCHLD) continue;
     if (info.ssi_signo == SIGINT && ++presses_ > 1) {
       if (running != nullptr) running->kill();
-      _exit(kExitInterrupted);
+      endAtOnce();
     }
     isInterrupted_ = true;
     if (running != nullptr) running->askToStop();
