@@ -3,13 +3,17 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "host/Console.h"
 
 namespace orvane {
 namespace {
 
-constexpr char kOnceMore[] = "Ctrl-C once more ends at once, without summary and report";
+std::string& onceMore() {
+  static std::string text = "Ctrl-C once more ends at once, without summary and report";
+  return text;
+}
 
 /// The first few of a list, and how many more there are.
 std::string joined(const std::vector<std::string>& texts) {
@@ -27,6 +31,8 @@ StopTeller::StopTeller(InterruptWatcher& interrupts, const RunnerBoard& board)
     : interrupts_(interrupts), board_(board) {
   interrupts_.setReminder([this](int seconds) { tell(seconds); });
 }
+
+void StopTeller::setOnceMore(std::string text) { onceMore() = std::move(text); }
 
 StopTeller::~StopTeller() { interrupts_.setReminder({}); }
 
@@ -48,11 +54,11 @@ std::string StopTeller::waitingText(const std::vector<RunnerStanding>& before,
 void StopTeller::tell(int seconds) {
   std::vector<RunnerStanding> now = board_.look();
   if (seconds == 0) {
-    complain(fmt::format("interrupted: the runners are stopped in order; {}", kOnceMore));
+    complain(fmt::format("interrupted: the runners are stopped in order; {}", onceMore()));
   } else if (seconds >= next_) {
     // Less and less often: somebody may have left it alone over night.
     next_ = seconds * 2;
-    complain(fmt::format("{}; {}", waitingText(before_, now, seconds), kOnceMore));
+    complain(fmt::format("{}; {}", waitingText(before_, now, seconds), onceMore()));
   }
   before_ = std::move(now);
 }

@@ -18,6 +18,10 @@ class StopTeller {
   StopTeller(const StopTeller&) = delete;
   StopTeller& operator=(const StopTeller&) = delete;
 
+  /// What its texts say that a second Ctrl-C does, UTF-8; that of a run where nobody tells. For a
+  /// process whose run is part of something larger: call it before one is made.
+  static void setOnceMore(std::string text);
+
   /// What a stop that has lasted for `seconds` waits for: the runners that are still in the
   /// call-back that they were in at the look before; else those that have not ended. UTF-8.
   static std::string waitingText(const std::vector<RunnerStanding>& before,

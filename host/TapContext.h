@@ -146,7 +146,10 @@ class TapContext final : public IContext {
                                   TradingAccountID& found) override {
     return inner_.findTradingAccount(account, counterType, found);
   }
-  int tradingAccountCount() override { return inner_.tradingAccountCount(); }
+  int tradingAccountCount() override {
+    record_.hasPublished = true;  // Feels who else is there, as those do whom others hear.
+    return inner_.tradingAccountCount();
+  }
   ResultStatus sendOrderIds(const OrderRequest& request, std::list<int64>& orderIds) override;
   ResultStatus sendOrder(const OrderRequest& request, std::list<Order>& orders) override;
   ResultStatus cancelOrder(int64 orderId, const std::string& source) override;

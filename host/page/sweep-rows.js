@@ -23,7 +23,8 @@ function runColumns(rows) {
     width: '92px' });
   sweep.figures.forEach((figure, at) => columns.push({
     title: figure.title, isNumber: true, value: (i) => rows[i].figures[at],
-    show: (i) => figureText(at, rows[i].figures[at]), width: `${Math.max(132, 8 * figure.title.length + 28)}px`, hint: figure.name,
+    show: (i) => figureText(at, rows[i].figures[at]), hint: figure.name,
+    width: `${Math.max(132, 8 * figure.title.length + 28)}px`,
     tone: (i) => (figure.name === 'profit' || figure.name === 'return'
       ? tone(figureText(at, rows[i].figures[at])) : ''),
   }));

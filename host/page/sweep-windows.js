@@ -16,7 +16,8 @@ function windowsCard() {
       [at + 1, 'out-of-sample', outOfSample, tried]];
   });
   const rowNode = ([window, sample, span, row]) => el('tr', { class: sample },
-    el('th', { scope: 'row' }, String(window)), el('td', {}, sample), el('td', {}, windowText(span)),
+    el('th', { scope: 'row' }, String(window)), el('td', {}, sample),
+    el('td', {}, windowText(span)),
     el('td', {}, row ? parametersText(row) : 'not run'),
     ...figures.map((at) => el('td', {
       class: `number ${row && ['profit', 'return'].includes(sweep.figures[at].name)

@@ -20,7 +20,7 @@ namespace orvane {
 /// and an account of its own, and meets the market as if it were alone. Two kinds of runs could
 /// still feel their neighbours, and are repeated alone: one that ends by itself while others go on,
 /// since alone the play would end with it; and all of a batch in which one publishes, since its
-/// neighbours could hear it. One sweep at a time in a process.
+/// neighbours could hear it, or asks how many accounts there are. One sweep at a time in a process.
 class BatchRunner {
  public:
   BatchRunner(const SweepPlan& plan, DataSet data, ProgressLine& progress);

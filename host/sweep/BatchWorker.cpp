@@ -4,6 +4,7 @@
 #include <QIODevice>
 
 #include "host/Console.h"
+#include "host/StopTeller.h"
 
 namespace orvane {
 namespace {
@@ -49,6 +50,10 @@ void BatchWorker::setOpen(SweepStore* store, std::shared_ptr<LineAppender> log) 
 QByteArray BatchWorker::playHere(std::span<const std::uint64_t> numbers,
                                  const std::optional<TimeSpan>& span, int stopDescriptor) {
   if (store_ != nullptr) store_->leaveToParent();
+  StopTeller::setOnceMore(store_ == nullptr
+                              ? "Ctrl-C once more ends the sweep at once, without a table"
+                              : "Ctrl-C once more ends the sweep at once, without table and page; "
+                                "batches that are done are kept");
   InterruptWatcher interrupts(stopDescriptor);
   const std::uint64_t lostBefore = log_->lost().lines;
   std::vector<SweepRow> rows;

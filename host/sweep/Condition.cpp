@@ -17,6 +17,12 @@ std::string trimmed(const std::string& text) {
   return text.substr(first, text.find_last_not_of(' ') - first + 1);
 }
 
+/// Whether it is, or was meant as, FROM:TO:STEP.
+bool isRow(const std::string& text) {
+  return text.find(':') != std::string::npos &&
+         text.find_first_not_of("0123456789.:-") == std::string::npos;
+}
+
 template <typename Value>
 bool fulfils(Condition::Operator kind, const Value& left, const Value& right) {
   if (kind == Condition::Operator::Equal) return left == right;
@@ -64,9 +70,16 @@ Condition::Side Condition::sideOf(const std::string& text, const ParameterSpace&
   Side side;
   for (std::size_t i = 0; i < space.ranges().size(); ++i)
     if (space.ranges()[i].name() == text) side.range = i;
+  const auto refuse = [&](const char* what) {
+    throw InputError(
+        fmt::format("{}: \"{}\" compares with {}, \"{}\"; give one value, or a text in quotes",
+                    option_, given_, what, text));
+  };
+  if (!side.range && isRow(text)) refuse("a row of values");
   // A value reads as in a list.
   const ParameterRange range =
       side.range ? space.ranges()[*side.range] : ParameterRange::parse("x=" + text, option_);
+  if (!side.range && range.size() != 1) refuse("a list of values");
   for (std::uint64_t i = 0; i < range.size(); ++i) side.values.push_back(range.value(i));
   if (std::ranges::all_of(side.values, &QJsonValue::isDouble))
     for (const QJsonValue& value : side.values) side.numbers.push_back(value.toDouble());

@@ -12,9 +12,9 @@ namespace orvane {
 /// A comparison that a combination must fulfil, such as "fast<slow" or "stop>=0.5".
 class Condition {
  public:
-  /// Reads "A OP B", where OP is one of <, <=, >, >=, ==, != and each side the name of a range or a
-  /// value as in a list of `--grid`. Throws `InputError` that begins with `option` if it is none,
-  /// or if a side that is ordered is no number.
+  /// Reads "A OP B", where OP is one of <, <=, >, >=, ==, != and each side the name of a range or
+  /// one value as in a list of `--grid`. Throws `InputError` that begins with `option` if it is
+  /// none, if a side has several values, or if a side that is ordered is no number.
   Condition(const std::string& given, const ParameterSpace& space, const std::string& option);
 
   /// Whether the combination with these places fulfils it. Numbers are compared as doubles, which

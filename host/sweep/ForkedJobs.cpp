@@ -16,6 +16,7 @@
 #include <cstring>
 #include <iostream>
 #include <stdexcept>
+#include <string_view>
 #include <system_error>
 
 #include "host/InputError.h"
@@ -32,6 +33,18 @@ sigset_t setOf(std::initializer_list<int> all) {
   sigemptyset(&set);
   for (const int signal : all) sigaddset(&set, signal);
   return set;
+}
+
+bool isIgnored(int signal) {
+  struct sigaction action {};
+  return sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
+/// Also for a signal's handler.
+[[noreturn]] void endAtOnce() {
+  constexpr std::string_view kText = "orvane: ended at once, without table and page\n";
+  [[maybe_unused]] const ssize_t count = write(STDERR_FILENO, kText.data(), kText.size());
+  _exit(kExitInterrupted);
 }
 
 [[noreturn]] void refuse(const char* what) {
@@ -79,9 +92,10 @@ QByteArray answerOf(const std::function<QByteArray(int)>& job, int stopDescripto
   }
 }
 
+bool isWhole(const QByteArray& written) { return written.size() >= 2 && written.back() == kEnd; }
+
 JobEnd endOf(const QByteArray& written, int status) {
-  if (written.size() < 2 || written.back() != kEnd || !WIFEXITED(status) ||
-      WEXITSTATUS(status) != 0)
+  if (!isWhole(written) || !WIFEXITED(status) || WEXITSTATUS(status) != 0)
     return {std::nullopt, endOf(status)};
   const QByteArray text = written.mid(1, written.size() - 2);
   if (written.front() == kInputError) throw InputError(text.toStdString());
@@ -121,29 +135,31 @@ struct Pipe {
 /// The process of one job, as the one that waits for it sees it.
 class ForkedJobs::Running {
  public:
-  Running(const std::function<QByteArray(int)>& job, const sigset_t& mask) {
+  Running(const std::function<QByteArray(int)>& job, const SignalState& before) {
     // What stands in the buffers would be written twice.
     std::cout.flush();
     std::fflush(nullptr);
     const pid_t parent = getpid();
     child_ = fork();
     if (child_ < 0) refuse("fork");
-    if (child_ == 0) work(job, mask, parent);
+    if (child_ == 0) work(job, before, parent);
     answer_.closeIn();
     stop_.closeOut();
     fcntl(answer_.out, F_SETFL, O_NONBLOCK);
   }
   ~Running() {
-    if (child_ <= 0) return;
     kill();
-    waitpid(child_, nullptr, 0);
+    if (child_ > 0) waitpid(child_, nullptr, 0);
   }
   Running(const Running&) = delete;
   Running& operator=(const Running&) = delete;
 
   int descriptor() const { return answer_.out; }
   void askToStop() { writeAll(stop_.in, "s"); }
-  void kill() const { ::kill(child_, SIGKILL); }
+  /// A process that has ended may have left its id to another one: that is not touched.
+  void kill() {
+    if (!hasEnded()) ::kill(child_, SIGKILL);
+  }
 
   void readSome() {
     char buffer[65536];
@@ -163,16 +179,22 @@ class ForkedJobs::Running {
 
   /// Whether the process has ended.
   bool hasEnded() {
-    if (child_ > 0 && waitpid(child_, &status_, WNOHANG) == child_) child_ = -1;
+    if (child_ < 0) return true;
+    const pid_t ended = waitpid(child_, &status_, WNOHANG);
+    // Somebody else has taken how it ended.
+    if (ended < 0 && errno == ECHILD) isUnknown_ = true;
+    if (ended == child_ || isUnknown_) child_ = -1;
     return child_ < 0;
   }
   JobEnd end() {
     readSome();
+    if (isUnknown_ && !isWhole(written_))
+      return {std::nullopt, "its process ended, nobody knows how"};
     return endOf(written_, status_);
   }
 
  private:
-  [[noreturn]] void work(const std::function<QByteArray(int)>& job, const sigset_t& mask,
+  [[noreturn]] void work(const std::function<QByteArray(int)>& job, const SignalState& before,
                          pid_t parent) {
     answer_.closeOut();
     stop_.closeIn();
@@ -182,9 +204,9 @@ class ForkedJobs::Running {
     // Where many crash, their images would fill the disk; a run by hand leaves one.
     const rlimit noImage{0, 0};
     setrlimit(RLIMIT_CORE, &noImage);
-    sigset_t blocked = mask;
-    sigaddset(&blocked, SIGINT);
-    sigaddset(&blocked, SIGTERM);
+    sigaction(SIGCHLD, &before.ofChildren, nullptr);
+    sigset_t blocked = before.mask;
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&blocked, signal);
     pthread_sigmask(SIG_SETMASK, &blocked, nullptr);
     // Whoever calls `exit` amid other threads ends the process, and destroys nothing under them.
     on_exit([](int code, void*) { _exit(code); }, nullptr);
@@ -197,14 +219,20 @@ class ForkedJobs::Running {
 
   Pipe answer_, stop_;
   QByteArray written_;
-  bool isClosed_ = false;
+  bool isClosed_ = false, isUnknown_ = false;
   pid_t child_ = -1;
   int status_ = 0;
 };
 
 ForkedJobs::ForkedJobs() {
-  const sigset_t taken = setOf({SIGINT, SIGTERM, SIGCHLD});
-  pthread_sigmask(SIG_BLOCK, &taken, &before_);
+  // Whoever ignores it, which a parent may have left so, is never told how a process ended.
+  struct sigaction usual {};
+  usual.sa_handler = SIG_DFL;
+  sigaction(SIGCHLD, &usual, &before_.ofChildren);
+  sigset_t taken = setOf({SIGINT, SIGTERM, SIGCHLD});
+  // Ignored by those who want it to go on when they leave.
+  if (!isIgnored(SIGHUP)) sigaddset(&taken, SIGHUP);
+  pthread_sigmask(SIG_BLOCK, &taken, &before_.mask);
   signals_ = signalfd(-1, &taken, SFD_CLOEXEC | SFD_NONBLOCK);
   if (signals_ < 0)
     throw std::system_error(errno, std::generic_category(), "cannot watch for interrupts");
@@ -215,10 +243,11 @@ ForkedJobs::~ForkedJobs() {
   close(signals_);
   if (isInterrupted_) {
     // One more that comes late must not change how the process ends, unless somebody insists.
-    std::signal(SIGTERM, SIG_IGN);
-    std::signal(SIGINT, [](int) { _exit(kExitInterrupted); });
+    for (const int signal : {SIGTERM, SIGHUP}) std::signal(signal, SIG_IGN);
+    std::signal(SIGINT, [](int) { endAtOnce(); });
   }
-  pthread_sigmask(SIG_SETMASK, &before_, nullptr);
+  sigaction(SIGCHLD, &before_.ofChildren, nullptr);
+  pthread_sigmask(SIG_SETMASK, &before_.mask, nullptr);
 }
 
 bool ForkedJobs::isInterrupted() {
@@ -232,7 +261,7 @@ void ForkedJobs::takeSignals(Running* running) {
     if (info.ssi_signo == SIGCHLD) continue;
     if (info.ssi_signo == SIGINT && ++presses_ > 1) {
       if (running != nullptr) running->kill();
-      _exit(kExitInterrupted);
+      endAtOnce();
     }
     isInterrupted_ = true;
     if (running != nullptr) running->askToStop();

@@ -17,10 +17,11 @@ struct JobEnd {
 /// Runs jobs one after another, each in a process that is forked from this one: it has all that
 /// this one holds without reading or copying it, and whatever kills it harms nobody else.
 ///
-/// While one of these lives, SIGINT and SIGTERM come here: the first one asks the job to stop, a
-/// second SIGINT ends both processes at once. Jobs are told by a pipe and never see the signals,
-/// which a terminal sends to all of its processes. Should this process be killed, the job ends too.
-/// For one thread, and only while the process has no other: a forked process has just the one.
+/// While one of these lives, SIGINT, SIGTERM and, unless it was ignored, SIGHUP come here: the
+/// first one asks the job to stop, a second SIGINT ends both processes at once, and says so. Jobs
+/// are told by a pipe and never see the signals, which a terminal sends to all of its processes.
+/// Should this process be killed, the job ends too. For one thread, and only while the process has
+/// no other: a forked process has just the one.
 class ForkedJobs {
  public:
   ForkedJobs();
@@ -38,9 +39,14 @@ class ForkedJobs {
 
  private:
   class Running;
+  /// How the process took signals before.
+  struct SignalState {
+    sigset_t mask{};
+    struct sigaction ofChildren {};
+  };
   void takeSignals(Running* running);
 
-  sigset_t before_;  ///< The signals that were blocked before.
+  SignalState before_;
   int signals_ = -1;
   int presses_ = 0;  ///< SIGINT so far.
   bool isInterrupted_ = false;

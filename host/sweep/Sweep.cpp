@@ -79,25 +79,45 @@ SweepOutcome Sweep::run() {
 bool Sweep::walk() {
   for (std::size_t i = 0; i < plan_.windows.size(); ++i) {
     const auto window = static_cast<std::int32_t>(i + 1);
-    if (!runPart(window, SweepSample::InSample, plan_.numbers, plan_.windows[i].inSample))
-      return false;
-    const SweepRow* best = nullptr;
-    for (auto at = rows_.lower_bound({window, SweepSample::InSample, 0});
-         at != rows_.end() && at->first.window == window; ++at) {
-      if (at->first.sample != SweepSample::InSample) break;
-      if (best == nullptr || standsBefore(at->second, *best, plan_.rank)) best = &at->second;
-    }
-    if (best == nullptr || !isRanked(*best, plan_.rank)) {
-      // None has the figure: there is nothing to choose by.
+    const bool isWhole =
+        runPart(window, SweepSample::InSample, plan_.numbers, plan_.windows[i].inSample);
+    const SweepRow* const chosen = chosenIn(window);
+    forgetUnchosen(window, chosen);
+    if (!isWhole) return false;
+    if (chosen == nullptr) {
+      // There is nothing to choose by.
       --outcome_.expected;
       progress_.leaveOut(1);
       continue;
     }
-    if (!runPart(window, SweepSample::OutOfSample, {best->key.number},
+    if (!runPart(window, SweepSample::OutOfSample, {chosen->key.number},
                  plan_.windows[i].outOfSample))
       return false;
   }
   return true;
+}
+
+const SweepRow* Sweep::chosenIn(std::int32_t window) const {
+  const SweepRow* best = nullptr;
+  for (auto at = rows_.lower_bound({window, SweepSample::InSample, 0});
+       at != rows_.end() && at->first.window == window; ++at) {
+    if (at->first.sample != SweepSample::InSample) break;
+    if (best == nullptr || standsBefore(at->second, *best, plan_.rank)) best = &at->second;
+  }
+  return best != nullptr && isRanked(*best, plan_.rank) ? best : nullptr;
+}
+
+void Sweep::forgetUnchosen(std::int32_t window, const SweepRow* chosen) {
+  std::optional<std::uint64_t> number;
+  if (chosen != nullptr) number = chosen->key.number;
+  if (store_ != nullptr) store_->keepOnly(window, SweepSample::OutOfSample, number);
+  // All of these were there before: this call has not tried anything in the window yet.
+  const std::size_t forgotten = std::erase_if(rows_, [&](const auto& entry) {
+    const SweepKey& key = entry.first;
+    return key.window == window && key.sample == SweepSample::OutOfSample && key.number != number;
+  });
+  outcome_.earlier -= forgotten;
+  progress_.takeBack(forgotten);
 }
 
 bool Sweep::runPart(std::int32_t window, SweepSample sample,

@@ -49,6 +49,11 @@ class Sweep {
                 const std::optional<TimeSpan>& span);
   void keep(std::int32_t window, SweepSample sample, std::vector<SweepRow> rows);
   bool walk();
+  /// The row that is best in the window's in-sample span; null if none has the figure.
+  const SweepRow* chosenIn(std::int32_t window) const;
+  /// Forgets what was tried out of sample while another row was the best: a row that crashed in an
+  /// earlier call may have changed the choice.
+  void forgetUnchosen(std::int32_t window, const SweepRow* chosen);
 
   const SweepPlan& plan_;
   BatchWorker& worker_;

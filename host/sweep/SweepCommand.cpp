@@ -46,7 +46,8 @@ std::string headText(const SweepPlan& plan, const SweepOutcome& outcome) {
     text += fmt::format(" (the grid has {})", plan.space.size());
   if (!plan.windows.empty()) text += ", " + plural(plan.windows.size(), "window");
   if (outcome.earlier > 0)
-    text += fmt::format("; {} were done before", plural(outcome.earlier, "run"));
+    text += fmt::format("; {} {} done before", plural(outcome.earlier, "run"),
+                        outcome.earlier == 1 ? "was" : "were");
   return text + "\n";
 }
 

@@ -160,7 +160,7 @@ void SweepOptions::addWindows(SweepPlan& plan, const DataSet& data) const {
   if (options.from != kUnsetTime && options.from >= whole.end) refuse("--from", plan.run.from);
   if (options.to != kUnsetTime && options.to <= whole.begin) refuse("--to", plan.run.to);
   if (walk_.empty()) return;
-  if (options.from != kUnsetTime) whole.begin = options.from;
+  if (options.from != kUnsetTime) whole.begin = std::max(whole.begin, options.from);
   if (options.to != kUnsetTime) whole.end = std::min(whole.end, options.to);
   plan.windows = WalkForward::parse(walk_, "--walk-forward").windows(whole, "--walk-forward");
   if (plan.windows.size() * plan.numbers.size() > kMostCombinations)

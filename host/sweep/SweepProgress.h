@@ -16,6 +16,11 @@ class SweepProgress final : public ProgressLine {
   void endBatch(std::size_t done);
   /// Fewer are to be done than was thought.
   void leaveOut(std::size_t runs) { total_ -= runs; }
+  /// So many of those that were done before do not count.
+  void takeBack(std::size_t runs) {
+    before_ -= runs;
+    done_ -= runs;
+  }
 
   void showRun(const PlaybackProgress& progress, bool isLive) override;
 

@@ -164,4 +164,20 @@ void SweepStore::add(std::span<const SweepRow> rows, const ParameterSpace& space
   }
 }
 
+void SweepStore::keepOnly(std::int32_t window, SweepSample sample,
+                          const std::optional<std::uint64_t>& number) {
+  try {
+    SQLite::Statement removed(database_->file,
+                              "DELETE FROM result WHERE window = ? AND sample = ? AND number != ?");
+    // Outputs count from 1, so no row has 0.
+    detail::SqliteRow(removed)
+        .add(window)
+        .add(std::string(sampleName(sample)))
+        .add(number ? static_cast<int64>(*number + 1) : int64{0})
+        .run();
+  } catch (const std::exception& error) {
+    throw std::runtime_error(fmt::format("{}: {}", path_, error.what()));
+  }
+}
+
 }  // namespace orvane

@@ -2,6 +2,7 @@
 
 #include <QJsonObject>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -32,6 +33,11 @@ class SweepStore {
   /// Adds rows, all or none; they are on the disk when it returns. `space` gives their parameters
   /// as text. Throws `std::runtime_error` that names the path.
   void add(std::span<const SweepRow> rows, const ParameterSpace& space);
+
+  /// Removes the rows of a window and sample but the one of `number`, or all of them if there is
+  /// none. Throws `std::runtime_error` that names the path.
+  void keepOnly(std::int32_t window, SweepSample sample,
+                const std::optional<std::uint64_t>& number);
 
  private:
   class Database;

@@ -118,6 +118,19 @@ TEST(Condition, shouldKeepTheCombinationsThatFulfilAllOfThem) {
   EXPECT_THAT(chosen({"a=u,v", "b=1:2:1"}, {"a==v", "b>1"}), ElementsAre(3));
 }
 
+TEST(Condition, shouldCompareWithOneValueAlone) {
+  const std::vector<std::string> grid = {"a=5:15:5", R"(b=x,"u,v",y)"};
+  EXPECT_EQ(refusalOf(grid, {"a<5,10"}),
+            "--where: \"a<5,10\" compares with a list of values, \"5,10\"; give one value, or a "
+            "text in quotes");
+  for (const char* row : {"5:10:1", "5:10", "5:5:1", "-1:0.5:0.1"})
+    EXPECT_THAT(refusalOf(grid, {std::string("a==") + row}),
+                HasSubstr(std::string("compares with a row of values, \"") + row + "\""));
+  EXPECT_THAT(refusalOf(grid, {"5:10:1!=a"}), HasSubstr("compares with a row of values"));
+  EXPECT_THAT(refusalOf(grid, {"b==u,v"}), HasSubstr("compares with a list of values"));
+  EXPECT_THAT(chosen(grid, {R"(b=="u,v")"}), ElementsAre(1, 4, 7));
+}
+
 TEST(Condition, shouldNameWhatIsWrongWithIt) {
   const std::vector<std::string> grid = {"a=1:3:1", "b=x,2"};
   EXPECT_THAT(refusalOf(grid, {"a"}), HasSubstr("--where: \"a\" is not a comparison"));

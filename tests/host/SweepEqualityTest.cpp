@@ -218,6 +218,11 @@ TEST_F(SweepEquality, shouldLetNobodyHearWhatAnotherPublishes) {
   for (const Trace& trace : traces) EXPECT_GT(trace.fills.size(), 9 * 10) << "it heard somebody";
 }
 
+TEST_F(SweepEquality, shouldLetNobodyCountTheAccountsOfOthers) {
+  const auto traces = expectEqual(planOf({"every=4:7:1"}, {{"shy", true}}));
+  for (const Trace& trace : traces) EXPECT_GT(trace.fills.size(), 9 * 10) << "it saw somebody";
+}
+
 TEST_F(SweepEquality, shouldNotReadTheDataAgainNorCopyIt) {
   const SweepPlan plan = planOf({"every=3,4"}, {});
   const DataSet data = loadDataSet(plan.run, {});

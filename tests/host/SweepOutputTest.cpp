@@ -1,11 +1,14 @@
 // `orvane sweep` from outside: what it tells where runs are alike, odd or dead.
 
+#include <fcntl.h>
 #include <fmt/core.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <csignal>
+#include <cstdlib>
 #include <filesystem>
 
 #include "host/InputError.h"
@@ -153,16 +156,113 @@ TEST_F(SweepOutput, shouldNotCountACrashOutOfSampleAsAProfit) {
   EXPECT_THAT(begins(2), ElementsAre("in-sample,1", "in-sample,1", "out-of-sample,1"));
 }
 
-TEST_F(SweepOutput, shouldEndInOrderOnTheFirstInterruptAndAtOnceOnTheSecond) {
-  ASSERT_EQ(mkfifo((folder_ / "gate").c_str(), 0600), 0);
-  test::StartedProgram program(
-      {"sweep", "-s", test::testModule("waiting_strategy"), "-b", "A.X=" + bars_, "-p",
-       R"({"gate": ")" + (folder_ / "gate") + R"("})", "--grid", "n=1:4:1", "--out", out_});
+TEST_F(SweepOutput, shouldTryNothingButTheChosenOneWhereWhatCrashedIsRunAgain) {
+  const std::vector<std::string> walk = {
+      "--grid",          "die=marked,no",
+      "--params",        R"({"mark": ")" + folder_.write("mark", "") + R"("})",
+      "--walk-forward",  "22m:8m",
+      "--retry-crashed", "--out"};
+  const auto walkInto = [&](const std::string& out) {
+    std::vector<std::string> all = walk;
+    all.push_back(out);
+    return sweep(all);
+  };
+  // Of two that are equal the first one is chosen, unless it crashes.
+  EXPECT_EQ(walkInto(out_).exitCode, kExitRunFailed);
+  EXPECT_THAT(begins(6), ElementsAre(HasSubstr(",1,2"), HasSubstr("in-sample,1,"),
+                                     testing::AllOf(HasSubstr("out-of-sample,1,"),
+                                                    testing::EndsWith(",1,2"))));
+  std::filesystem::remove(folder_ / "mark");
+  const auto again = walkInto(out_);
+  EXPECT_EQ(again.exitCode, 0) << again.err;
+  EXPECT_THAT(again.out, HasSubstr("; 1 run was done before"));
+  EXPECT_THAT(again.out, HasSubstr("out-of-sample: 1 windows"));
+  ASSERT_EQ(lines().size(), 4);
+  EXPECT_THAT(begins(6).back(), testing::EndsWith(",1,1"));
+  // Nor does the store have the other one any more.
+  EXPECT_THAT(walkInto(out_).out, HasSubstr("; 3 runs were done before"));
+  ASSERT_EQ(walkInto(folder_ / "whole").exitCode, 0);
+  for (const char* name : {"/results.csv", "/sweep.html"})
+    EXPECT_EQ(test::readFile(out_ + name), test::readFile(folder_ / "whole" + name)) << name;
+}
+
+/// A sweep of four combinations, one after the other, each of which waits until its gate opens.
+class SweepAtAGate : public SweepOutput {
+ protected:
+  SweepAtAGate() { EXPECT_EQ(mkfifo(gate_.c_str(), 0600), 0); }
+  std::vector<std::string> arguments() const {
+    return {"sweep",
+            "-s",
+            test::testModule("waiting_strategy"),
+            "-b",
+            "A.X=" + bars_,
+            "-p",
+            R"({"gate": ")" + gate_ + R"("})",
+            "--grid",
+            "n=1:4:1",
+            "--batch",
+            "1",
+            "--out",
+            out_};
+  }
+  void openGate() const { close(open(gate_.c_str(), O_WRONLY)); }
+  /// Whether any process waits at the gate.
+  bool isAnyoneThere() const {
+    const int gate = open(gate_.c_str(), O_WRONLY | O_NONBLOCK);
+    if (gate >= 0) close(gate);
+    return gate >= 0;
+  }
+  /// Calls the same sweep again and answers what it tells, interrupted in its first batch.
+  std::string goOn() const {
+    test::StartedProgram program(arguments());
+    EXPECT_TRUE(program.awaitOutput("waiting\n"));
+    program.send(SIGINT);
+    openGate();
+    const test::ProgramResult result = program.end();
+    EXPECT_EQ(result.exitCode, kExitInterrupted);
+    return result.out;
+  }
+
+  const std::string gate_ = folder_ / "gate";
+};
+
+TEST_F(SweepAtAGate, shouldKeepWhatIsDoneAndLeaveNoProcessOnTheSecondInterrupt) {
+  test::StartedProgram program(arguments());
   ASSERT_TRUE(program.awaitOutput("waiting\n"));
+  openGate();
+  ASSERT_TRUE(program.awaitOutput("stopped\nwaiting\n"));
   program.send(SIGINT);
-  // The strategy waits for ever; the process that it is in must not outlive the second one.
   program.send(SIGINT);
+  // This waits until nobody can write to the standard output any more, which the process of the
+  // batch could, for as long as it lives.
   EXPECT_EQ(program.end().exitCode, kExitInterrupted);
+  EXPECT_FALSE(isAnyoneThere());
+  EXPECT_FALSE(std::filesystem::exists(out_ + "/results.csv")) << "it did not end at once";
+  EXPECT_THAT(goOn(), HasSubstr("; 1 run was done before"));
+  EXPECT_EQ(lines().size(), 2);
+}
+
+TEST_F(SweepAtAGate, shouldEndInOrderWhereItsTerminalGoes) {
+  test::StartedProgram program(arguments());
+  ASSERT_TRUE(program.awaitOutput("waiting\n"));
+  openGate();
+  ASSERT_TRUE(program.awaitOutput("stopped\nwaiting\n"));
+  for (int i = 0; i < 2; ++i) program.send(SIGHUP);
+  openGate();
+  EXPECT_EQ(program.end().exitCode, kExitInterrupted);
+  EXPECT_EQ(lines().size(), 2);
+}
+
+TEST_F(SweepOutput, shouldSeeTheEndOfABatchThoughItsParentIgnoredTheEndsOfChildren) {
+  const std::string command = fmt::format(
+      "trap '' CHLD; exec '{}' sweep -s '{}' -b 'A.X={}' --grid die=no,exit -q --out '{}' "
+      "2>'{}'",
+      ORVANE_TEST_PROGRAM, test::testModule("swept_strategy"), bars_, out_, folder_ / "err");
+  const int status = std::system(command.c_str());
+  ASSERT_TRUE(WIFEXITED(status));
+  EXPECT_EQ(WEXITSTATUS(status), kExitRunFailed) << test::readFile(folder_ / "err");
+  ASSERT_EQ(lines().size(), 3);
+  EXPECT_THAT(lines().back(), HasSubstr("\"it ended its process, exit code 3\""));
 }
 
 TEST_F(SweepOutput, shouldSayWhatIsKeptWhenTheDiskIsFull) {

@@ -195,6 +195,22 @@ TEST_F(SweepProgram, shouldWalkForwardAndTellInSampleAndOutOfSampleApart) {
   EXPECT_EQ(rows[15].at("sample"), "out-of-sample");
 }
 
+TEST_F(SweepProgram, shouldMakeNoWindowBeforeTheData) {
+  const auto windowsFrom = [&](const std::vector<std::string>& from) {
+    const auto result =
+        sweep(with({"--grid", "fast=2", "--walk-forward", "10d:5d", "--out", out_}, from));
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    std::vector<std::string> begins;
+    for (const CsvRow& row : csvRows(out_ + "/results.csv")) begins.push_back(row.at("from"));
+    std::filesystem::remove_all(out_);
+    return begins;
+  };
+  const auto all = windowsFrom({});
+  EXPECT_EQ(all.size(), 4 * 2);
+  EXPECT_EQ(windowsFrom({"--from", "2000-01-01"}), all);
+  EXPECT_THAT(windowsFrom({"--from", "2021-03-10"}).front(), StartsWith("2021-03-10"));
+}
+
 TEST_F(SweepProgram, shouldChooseByTheInSampleFiguresAlone) {
   // What comes after a window is changed; what it chooses is not.
   const auto choicesOf = [&](const std::string& name) {

@@ -32,7 +32,8 @@ writeFileSync(bars, `${lines.join('\n')}\n`);
 
 const USUAL = ['--grid', 'fast=2:6:1', '--grid', 'slow=4:12:2', '--where', 'fast<slow'];
 
-/** Runs a sweep, of the usual grid unless it brings its own, and answers its page's address and the rows of its table. */
+/** Runs a sweep, of the usual grid unless it brings its own, and answers its page's address and the
+ *  rows of its table. */
 function sweep(name, more, { grid = USUAL, code = 0 } = {}) {
   const out = path.join(folder, name);
   const ended = spawnSync(program, ['sweep', '-s', 'sma_cross', '-b', bars, '--out', out, '-q',

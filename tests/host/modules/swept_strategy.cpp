@@ -8,6 +8,7 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <filesystem>
 #include <list>
 #include <optional>
 #include <string>
@@ -23,9 +24,11 @@ using orvane::int64;
 /// - "every" (7): buys "volume" (1) with each such record and sells what it holds with the next.
 /// - "quit" (0): ends its run after so many records, holding what it holds; 0 never.
 /// - "fail" (0): the same as an error.
-/// - "die" (""): ends its process after 20 records, in the way that it names.
+/// - "die" (""): ends its process after 20 records, in the way that it names; "marked" while there
+///   is a file "mark".
 /// - "refuse" (false): ends as an error before anything is played.
 /// - "talk" (false): publishes its "every" and trades only while nobody else has published.
+/// - "shy" (false): trades only while there is one account.
 /// - "limit" (false): buys with limit orders at the price of the record.
 class Swept : public orvane::Strategy {
  public:
@@ -35,7 +38,9 @@ class Swept : public orvane::Strategy {
     quit_ = params["quit"].toInt();
     fail_ = params["fail"].toInt();
     die_ = params["die"].toString().toStdString();
+    mark_ = params["mark"].toString().toStdString();
     talks_ = params["talk"].toBool();
+    isShy_ = params["shy"].toBool();
     isLimit_ = params["limit"].toBool();
     if (params["refuse"].toBool()) return context->setError(orvane::gbk("不要 \"these\", no"));
     if (orvane::findOwnAccount(context, params, account_).code != 0)
@@ -71,6 +76,7 @@ class Swept : public orvane::Strategy {
     if (seen_ >= 20) die();
     if (talks_ && hearsOthers(context, time)) return;
     if (seen_ % every_ != 0) return;
+    if (isShy_ && context->tradingAccountCount() != 1) return;
     const bool buys = held_ <= 0;
     const auto direction = buys ? orvane::order::Direction::Buy : orvane::order::Direction::Sell;
     const auto offset = buys ? orvane::order::Offset::Open : orvane::order::Offset::Close;
@@ -84,6 +90,7 @@ class Swept : public orvane::Strategy {
 
   void die() const {
     if (die_ == "abort") std::abort();
+    if (die_ == "marked" && std::filesystem::exists(mark_)) std::abort();
     if (die_ == "kill") std::raise(SIGKILL);
     if (die_ == "exit") std::exit(3);
     if (die_ == "exit well") std::exit(0);
@@ -103,8 +110,8 @@ class Swept : public orvane::Strategy {
 
   int every_ = 7, quit_ = 0, fail_ = 0, seen_ = 0;
   double volume_ = 1, held_ = 0;
-  bool talks_ = false, isLimit_ = false;
-  std::string die_;
+  bool talks_ = false, isShy_ = false, isLimit_ = false;
+  std::string die_, mark_;
   orvane::TradingAccountID account_;
 };
 
