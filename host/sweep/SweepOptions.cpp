@@ -37,7 +37,14 @@ TimeSpan spanOf(const DataSet& data) {
 
 void SweepOptions::addTo(CLI::App& command) {
   run_.addTo(command);
+  addWhatToTry(command);
+  command.add_option("--batch", batch_, "Combinations that play at once (default: by the data)")
+      ->check(wholeNumber(1, 4096))
+      ->group("How to play");
+  addWhatComesOut(command);
+}
 
+void SweepOptions::addWhatToTry(CLI::App& command) {
   const std::string what = "What to try";
   command
       .add_option("-g,--grid", grid_,
@@ -69,11 +76,9 @@ void SweepOptions::addTo(CLI::App& command) {
       ->type_name("FIGURE")
       ->capture_default_str()
       ->group(what);
+}
 
-  command.add_option("--batch", batch_, "Combinations that play at once (default: by the data)")
-      ->check(wholeNumber(1, 4096))
-      ->group("How to play");
-
+void SweepOptions::addWhatComesOut(CLI::App& command) {
   const std::string out = "What comes out";
   command
       .add_option("-o,--out", out_,

@@ -37,6 +37,8 @@ class SweepOptions {
   QJsonObject identity(const CLI::App& command, const SweepPlan& plan) const;
 
  private:
+  void addWhatToTry(CLI::App& command);
+  void addWhatComesOut(CLI::App& command);
   std::optional<SampleOptions> sample() const;
 
   RunOptions run_;
