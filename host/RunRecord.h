@@ -73,7 +73,8 @@ struct RunRecord {
   /// By the dictionary's name and the target, GBK.
   std::map<std::pair<std::string, std::string>, DictionaryRecord> dictionaries;
   PublishedCount publishedQuotes, publishedBars, publishedRecords;
-  /// Whether it tried to publish anything at all, on whatever thread.
+  /// Whether it tried to publish anything at all, or asked how many trading accounts there are, on
+  /// whatever thread: what it does may differ then by who runs beside it.
   std::atomic<bool> hasPublished{false};
   std::string statisticsLine;  ///< What a server run said at its end; empty for others.
   std::uint64_t exceptions = 0;
