@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "platform/core/LostCalls.h"
+#include "shared/LockSoon.h"
 
 namespace orvane::detail {
 namespace {
@@ -16,14 +17,7 @@ constexpr std::chrono::milliseconds kSentinelTurn{1};
 /// How long a worker stays awake for the next task. Falling asleep and being woken takes longer
 /// than most tasks; an idle process must not burn a processor.
 constexpr std::chrono::microseconds kWatch{100};
-/// Room for as many runners with something to do from the start. A power of two.
-constexpr std::size_t kFirstSlots = 1024;
-
-void relax() {
-#if defined(__x86_64__)
-  __builtin_ia32_pause();
-#endif
-}
+using SteadyClock = std::chrono::steady_clock;
 
 thread_local TaskOrigin runningOrigin;
 /// The pool that this thread helps, while it does.
@@ -31,33 +25,9 @@ thread_local const WorkerPool* helped = nullptr;
 
 }  // namespace
 
-void WorkerPool::Ring::push(Entry entry) {
-  if (size_ == slots_.size()) grow(slots_.size() * 2);
-  slots_[(head_ + size_) & (slots_.size() - 1)] = std::move(entry);
-  ++size_;
-}
-
-void WorkerPool::Ring::grow(std::size_t count) {
-  std::vector<Entry> larger(count);
-  for (std::size_t i = 0; i < size_; ++i)
-    larger[i] = std::move(slots_[(head_ + i) & (slots_.size() - 1)]);
-  slots_ = std::move(larger);
-  head_ = 0;
-}
-
-WorkerPool::Entry WorkerPool::Ring::pop() {
-  Entry entry = std::move(slots_[head_]);
-  slots_[head_].task = nullptr;
-  head_ = (head_ + 1) & (slots_.size() - 1);
-  --size_;
-  return entry;
-}
-
 thread_local WorkerPool::Sharing* WorkerPool::sharing_ = nullptr;
 
-WorkerPool::WorkerPool(std::size_t processors) : processors_(processors) {
-  queue_.grow(kFirstSlots);
-}
+WorkerPool::WorkerPool(std::size_t processors) : processors_(processors) {}
 
 WorkerPool::~WorkerPool() {
   std::unique_lock lock(mutex_);
@@ -99,9 +69,9 @@ bool WorkerPool::keepForSharer(Task& task) {
 
 bool WorkerPool::keepForHelper(Task& task) {
   if (helped != this || sharing_ != nullptr || kept_.task || runningOrigin.root != 0 ||
-      pending_.load() != 0)
+      !queue_.empty())
     return false;
-  kept_ = {std::move(task), {roots_.fetch_add(1, std::memory_order_relaxed) + 1, 0}};
+  kept_ = {std::move(task), {queue_.takeRoots(1), 0}};
   return true;
 }
 
@@ -109,26 +79,25 @@ void WorkerPool::add(Task task) {
   if (keepForSharer(task)) return;
   signal_.addWork();
   if (keepForHelper(task)) return;
-  bool wakeWorker = false;
   TaskOrigin origin{runningOrigin.root, runningOrigin.depth + 1};
-  if (origin.root == 0 && sharing_ != nullptr) origin = {sharing_->root, 0};
-  {
-    const std::lock_guard lock(mutex_);
-    if (origin.root == 0) origin = {roots_.fetch_add(1) + 1, 0};
-    try {
-      queue_.push({std::move(task), origin});
-    } catch (...) {
-      signal_.endWork();  // Else nothing would ever be quiet again.
-      throw;
-    }
-    pending_.store(queue_.size());
-    const bool isSeen = !helping_ && watchers_ > 0 && queue_.size() == 1;
-    wakeWorker = !isSeen && sleepers_ > 0 && workersMayTake();
+  if (origin.root == 0) origin = {sharing_ != nullptr ? sharing_->root : 0, 0};
+  try {
+    queue_.push({std::move(task), origin});
+  } catch (...) {
+    signal_.endWork();  // Else nothing would ever be quiet again.
+    throw;
   }
-  if (wakeWorker)
-    wakeUp_.notify_one();
+  const bool isSeen = !helping_.load() && watchers_.load() > 0;
+  if (!isSeen && sleepers_.load() > 0 && workersMayTake())
+    wakeOne();
   else
     signal_.wake();  // The helper may sleep, and nobody else be free.
+}
+
+void WorkerPool::wakeOne() {
+  // Whoever is counted among the sleepers holds the lock until it sleeps.
+  { const std::lock_guard lock(mutex_); }
+  wakeUp_.notify_one();
 }
 
 void WorkerPool::beginHelping() {
@@ -145,15 +114,12 @@ void WorkerPool::endHelping() {
   helping_ = false;
   helperReady_ = false;
   helped = nullptr;
-  if (kept_.task) {
-    queue_.push(std::exchange(kept_, {}));
-    pending_.store(queue_.size());
-  }
+  if (kept_.task) queue_.push(std::exchange(kept_, {}));
   if (!queue_.empty()) wakeUp_.notify_all();
 }
 
 void WorkerPool::runKept() {
-  Entry task = std::exchange(kept_, {});
+  QueuedTask task = std::exchange(kept_, {});
   // Who adds meanwhile and still sees it ready leaves its task to the sentinel, a moment later.
   helperReady_.store(false, std::memory_order_release);
   run(task);
@@ -165,14 +131,13 @@ bool WorkerPool::helpOne() {
     runKept();
     return true;
   }
-  if (pending_.load() == 0) return false;
-  Entry task;
+  if (queue_.empty()) return false;
+  QueuedTask task;
   bool othersWait = false;
   {
     const std::lock_guard lock(mutex_);
     if (queue_.empty()) return false;
     task = queue_.pop();
-    pending_.store(queue_.size());
     helperReady_ = false;
     othersWait = !queue_.empty();
   }
@@ -185,16 +150,17 @@ bool WorkerPool::helpOne() {
   run(task);
   const std::int64_t ns = (std::chrono::steady_clock::now() - begin).count();
   const std::lock_guard lock(mutex_);
-  taskNs_ += (ns - taskNs_) / 4;
+  taskNs_.store(taskNs_.load() + (ns - taskNs_.load()) / 4);
   helperReady_ = true;
   if (sleepers_ > 0 && workersMayTake()) wakeUp_.notify_one();
   return true;
 }
 
 bool WorkerPool::workersMayTake() const {
-  if (queue_.empty()) return false;
-  if (!helperReady_) return true;
-  return static_cast<std::int64_t>(queue_.size() - 1) * taskNs_ > kWorthWakingNs;
+  const std::size_t size = queue_.size();
+  if (size == 0) return false;
+  if (!helperReady_.load()) return true;
+  return static_cast<std::int64_t>(size - 1) * taskNs_.load() > kWorthWakingNs;
 }
 
 void WorkerPool::helpUntilQuiet() {
@@ -209,11 +175,11 @@ void WorkerPool::share(std::size_t count, const SharedCalls::Call& call) {
   signal_.addWork();
   helperReady_ = false;
   if (kept_.task) giveKeptAway();
-  firstRoot_ = roots_.fetch_add(count) + 1;
+  firstRoot_ = queue_.takeRoots(count);
   const auto begin = std::chrono::steady_clock::now();
   shared_.open(count, lanes_.load(), call);
   const bool areLong = callNs_.load(std::memory_order_relaxed) > kWorthWakingNs;
-  if (areLong && watchers_.load() + 1 < static_cast<int>(lanes_.load())) wakeForCalls();
+  if (areLong && watchers_.load() + 1 < static_cast<int>(lanes_.load())) wakeOne();
   makeCalls(0);
   const std::int64_t ns = (std::chrono::steady_clock::now() - begin).count();
   callNs_ = callNs_ + (ns - callNs_) / 4;
@@ -222,16 +188,10 @@ void WorkerPool::share(std::size_t count, const SharedCalls::Call& call) {
   helpUntilQuiet();
 }
 
-void WorkerPool::wakeForCalls() {
-  const std::lock_guard lock(mutex_);
-  if (sleepers_ > 0) wakeUp_.notify_one();
-}
-
 /// What the helper meant to run next must not wait for the calls: they may wait for it.
 void WorkerPool::giveKeptAway() {
   const std::lock_guard lock(mutex_);
   queue_.push(std::exchange(kept_, {}));
-  pending_.store(queue_.size());
   if (sleepers_ > 0) wakeUp_.notify_one();
 }
 
@@ -254,31 +214,36 @@ void WorkerPool::makeCalls(std::size_t lane) {
 void WorkerPool::awaitTaskOrQuiet() {
   // Most tasks are shorter than falling asleep and being woken takes.
   for (int i = 0; i < 200; ++i) {
-    if (pending_.load() != 0 || signal_.quiet()) return;
-    relax();
+    if (!queue_.empty() || signal_.quiet()) return;
+    pauseFor(1);
   }
-  signal_.wait([this] { return pending_.load() != 0 || signal_.quiet(); });
+  signal_.wait([this] { return !queue_.empty() || signal_.quiet(); });
 }
 
 int WorkerPool::mostWatchers() const { return helping_ ? static_cast<int>(lanes_.load()) - 1 : 1; }
 
-void WorkerPool::watch(std::unique_lock<std::mutex>& lock) {
+void WorkerPool::watch(std::unique_lock<std::mutex>& lock, FloodSense& flood) {
   ++watchers_;
   const bool leavesTasks = helping_;
   lock.unlock();
   const auto isNeeded = [this, leavesTasks] {
     if (shared_.any()) return true;
-    return pending_.load(std::memory_order_relaxed) != 0 &&
-           !(leavesTasks && helperReady_.load(std::memory_order_relaxed));
+    return !queue_.empty() && !(leavesTasks && helperReady_.load(std::memory_order_relaxed));
   };
-  const auto end = std::chrono::steady_clock::now() + kWatch;
-  bool isOver = false;
-  while (!isOver && !isNeeded()) {
-    for (int i = 0; i < 32 && !isNeeded(); ++i) relax();
-    isOver = std::chrono::steady_clock::now() >= end;
+  const auto begin = SteadyClock::now();
+  auto now = begin;
+  if (flood.isFlood() && !leavesTasks) {
+    for (; now < begin + FloodSense::kGather; now = SteadyClock::now()) pauseFor(8);
+    flood.gathered(queue_.size());
   }
+  const auto ready = now;
+  while (now < begin + kWatch && !isNeeded()) {
+    for (int i = 0; i < 32 && !isNeeded(); ++i) pauseFor(1);
+    now = SteadyClock::now();
+  }
+  flood.came(now - ready);
   // Whoever has added something lets go of the lock in a moment: no need to sleep for it.
-  for (int i = 0; i < 100 && !lock.try_lock(); ++i) relax();
+  for (int i = 0; i < 100 && !lock.try_lock(); ++i) pauseFor(1);
   if (!lock.owns_lock()) lock.lock();
   --watchers_;
 }
@@ -287,6 +252,7 @@ void WorkerPool::work(std::size_t number) {
   QuietSignal::setLane(number + 1);
   std::unique_lock lock(mutex_);
   bool mayWatch = !helping_;
+  FloodSense flood;
   while (true) {
     if (const std::size_t lanes = lanes_.load(); lanes > 1 && shared_.any()) {
       signal_.addWork();
@@ -303,8 +269,7 @@ void WorkerPool::work(std::size_t number) {
       --sharers_;
       mayWatch = true;
     } else if (workersMayTake()) {
-      Entry task = queue_.pop();
-      pending_.store(queue_.size());
+      QueuedTask task = queue_.pop();
       // Its task may be long: somebody else must take its place as sentinel.
       const bool leavesPost = helping_ && !hasSentinel_;
       if (sleepers_ > 0 && (leavesPost || workersMayTake())) wakeUp_.notify_one();
@@ -316,16 +281,16 @@ void WorkerPool::work(std::size_t number) {
       break;
     } else if (mayWatch && watchers_ < mostWatchers()) {
       mayWatch = false;
-      watch(lock);
+      watch(lock, flood);
     } else if (helping_ && !hasSentinel_) {
       hasSentinel_ = true;
       ++sleepers_;
-      wakeUp_.wait_for(lock, kSentinelTurn);
+      if (!workersMayTake()) wakeUp_.wait_for(lock, kSentinelTurn);
       --sleepers_;
       hasSentinel_ = false;
     } else {
       ++sleepers_;
-      wakeUp_.wait(lock);
+      if (!workersMayTake()) wakeUp_.wait(lock);
       --sleepers_;
       mayWatch = !helping_;
     }
@@ -335,7 +300,7 @@ void WorkerPool::work(std::size_t number) {
   left_.notify_all();
 }
 
-void WorkerPool::run(Entry& entry) {
+void WorkerPool::run(QueuedTask& entry) {
   runningOrigin = entry.origin;
   guarded("a pool task threw", entry.task);
   // What the task holds goes before it counts as ended: a runner's last reference may be in it.

@@ -7,20 +7,13 @@
 #include <functional>
 #include <mutex>
 #include <thread>
-#include <vector>
 
+#include "platform/core/FloodSense.h"
 #include "platform/core/QuietSignal.h"
 #include "platform/core/SharedCalls.h"
+#include "platform/core/TaskQueue.h"
 
 namespace orvane::detail {
-
-/// Where a task came from. A task that is added from outside is the root of its own tree; one that
-/// a task adds belongs to that task's tree, one step deeper. In lockstep, where a runner gets one
-/// call at a time, all that one tree does is one runner's, in the order of depth and time.
-struct TaskOrigin {
-  std::uint64_t root = 0;  ///< Counts from 1; 0 outside of every task.
-  std::uint64_t depth = 0;
-};
 
 /// Threads that run tasks in the order they came, and one helper that may run them too.
 ///
@@ -85,25 +78,6 @@ class WorkerPool {
   void share(std::size_t count, const SharedCalls::Call& call);
 
  private:
-  struct Entry {
-    Task task;
-    TaskOrigin origin;
-  };
-  /// A queue in one block of memory that only grows. Its size is a power of two.
-  class Ring {
-   public:
-    bool empty() const { return size_ == 0; }
-    std::size_t size() const { return size_; }
-    void grow(std::size_t count);
-    void push(Entry entry);
-    Entry pop();
-
-   private:
-    std::vector<Entry> slots_;
-    std::size_t head_ = 0;
-    std::size_t size_ = 0;
-  };
-
   /// What a thread has in hand that makes shared calls.
   struct Sharing {
     const WorkerPool* pool;
@@ -114,29 +88,28 @@ class WorkerPool {
   void work(std::size_t number);
   /// Stays awake for a while after work, so that what comes next needs no waking; `lock` is given
   /// up meanwhile.
-  void watch(std::unique_lock<std::mutex>& lock);
+  void watch(std::unique_lock<std::mutex>& lock, FloodSense& flood);
   /// How many workers may do so at a time. Under `mutex_`.
   int mostWatchers() const;
   void makeCalls(std::size_t lane);
-  void wakeForCalls();
   void giveKeptAway();
   void awaitTaskOrQuiet();
-  void run(Entry& entry);
+  void run(QueuedTask& entry);
   /// The way of whoever makes shared calls to add a task that it will run next. False if it must
   /// be added otherwise.
   bool keepForSharer(Task& task);
   /// The helper's way to add a task that it will run next. False if the task must be queued.
   bool keepForHelper(Task& task);
   void runKept();
-  /// Whether there is a task that is not better left to the helper. Under `mutex_`.
+  /// Whether there is a task that is not better left to the helper.
   bool workersMayTake() const;
+  void wakeOne();
 
   QuietSignal signal_;
-  std::atomic<std::size_t> pending_{0};  ///< Size of `queue_`, for a look without the lock.
+  TaskQueue queue_;  ///< Taken from under `mutex_`.
 
-  Entry kept_;                            ///< The helper's next task; the helper's alone.
+  QueuedTask kept_;                       ///< The helper's next task; the helper's alone.
   std::atomic<bool> helperReady_{false};  ///< It runs no task and will look for one.
-  std::atomic<std::uint64_t> roots_{0};   ///< Tasks that were added from outside.
 
   static thread_local Sharing* sharing_;  ///< What the calling thread has in hand, if anything.
   const std::size_t processors_;
@@ -145,19 +118,21 @@ class WorkerPool {
   std::atomic<std::int64_t> callNs_{0};  ///< How long they lately took; the helper's to write.
   std::atomic<std::size_t> lanes_{1};
 
+  // Changed under `mutex_`. Who adds a task looks at them without it, after the task is in the
+  // queue; who goes to sleep looks into the queue after it is counted here.
+  std::atomic<bool> helping_{false};     ///< There is a helper.
+  std::atomic<int> watchers_{0};         ///< Workers that watch.
+  std::atomic<int> sleepers_{0};         ///< Workers that sleep.
+  std::atomic<std::int64_t> taskNs_{0};  ///< How long the helper's tasks lately took.
+
   mutable std::mutex mutex_;  ///< Guards what follows. No task runs under it.
   std::condition_variable wakeUp_;
   std::condition_variable left_;
-  Ring queue_;
-  bool helping_ = false;  ///< There is a helper.
   bool hasSentinel_ = false;
-  int sharers_ = 0;               ///< Workers that make shared calls.
-  std::atomic<int> watchers_{0};  ///< Workers that watch; changed under `mutex_`.
-  std::int64_t taskNs_ = 0;       ///< How long the helper's tasks lately took.
+  int sharers_ = 0;  ///< Workers that make shared calls.
   bool closing_ = false;
   int target_ = 0;
   int threads_ = 0;
-  int sleepers_ = 0;
 };
 
 }  // namespace orvane::detail

@@ -2,12 +2,17 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <latch>
 #include <memory>
+#include <random>
 #include <stdexcept>
+#include <string>
 #include <thread>
 #include <vector>
+
+#include "shared/LockSoon.h"
 
 namespace orvane::detail {
 namespace {
@@ -186,6 +191,34 @@ TEST(WorkerPool, shouldLoseNoTaskThatComesWhileAWorkerIsStillAwake) {
     awaitQuiet(pool);
     ASSERT_EQ(ran.load(), i % 3 == 0 ? 2 : 1);
   }
+}
+
+TEST(WorkerPool, shouldLoseNoTaskThatComesAsAWorkerFallsAsleep) {
+  const std::uint64_t seed = std::random_device{}();
+  SCOPED_TRACE("seed " + std::to_string(seed));
+  std::mt19937_64 random(seed);
+  WorkerPool pool;
+  pool.resize(2);
+  // About as long as a worker stays awake.
+  for (int i = 0; i < 3000; ++i) {
+    pauseFor(static_cast<int>(random() % 8000));
+    std::atomic<bool> ran{false};
+    pool.add([&] { ran = true; });
+    awaitQuiet(pool);
+    ASSERT_TRUE(ran.load());
+  }
+}
+
+TEST(WorkerPool, shouldKeepTheOrderOfAFlood) {
+  WorkerPool pool;
+  pool.resize(1);
+  constexpr int kTasks = 300'000;
+  std::vector<int> order;
+  order.reserve(kTasks);
+  for (int i = 0; i < kTasks; ++i) pool.add([&order, i] { order.push_back(i); });
+  awaitQuiet(pool);
+  ASSERT_EQ(order.size(), static_cast<std::size_t>(kTasks));
+  EXPECT_TRUE(std::is_sorted(order.begin(), order.end()));
 }
 
 TEST(WorkerPool, shouldNotStrandATaskWhenTheHelperLeaves) {
