@@ -8,6 +8,7 @@
 #include "services/Common/QuoteUtils.h"
 #include "services/ov.publisher/IPublisher.h"
 #include "shared/GbkLiteral.h"
+#include "shared/LockSoon.h"
 
 namespace orvane {
 namespace {
@@ -132,7 +133,8 @@ bool QuoteSrc::isSubscribeKline(int requestId) {
 }
 
 bool QuoteSrc::isSubscribeQuote(const ICodeID& code) {
-  const std::lock_guard lock(dataMutex_);
+  // With each quote the service asks on its thread, and the runner on a thread of the pool.
+  const auto lock = detail::lockSoon(dataMutex_);
   const std::lock_guard spin(codeSpinLock_);
   const auto it = codeRefCounts_.find(code);
   return it != codeRefCounts_.end() && it->second >= 1;
@@ -156,7 +158,7 @@ void QuoteSrc::release() {
 }
 
 bool QuoteSrc::findCode(int requestId, ICodeID& code) {
-  const std::lock_guard lock(dataMutex_);
+  const auto lock = detail::lockSoon(dataMutex_);
   const auto it = requestsById_.find(requestId);
   if (it == requestsById_.end()) return false;
   code = it->second.code;

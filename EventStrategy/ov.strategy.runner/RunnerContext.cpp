@@ -38,7 +38,7 @@ RunnerContext::~RunnerContext() {
   state_.reset();
   shared_.reset();
   events_.clear();
-  notifyRefCounter_.reset();
+  notifyRefCounter().reset();
   // After the context: a strategy that is destroyed without `onStop` must not find it alive.
   strategies_.clear();
   ORVANE_LOG(runner, Debug, name << ",RunnerContext destruct end");

@@ -1,10 +1,12 @@
 #pragma once
 
+#include <array>
 #include <atomic>
 #include <list>
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 
 #include "EventStrategy/AbstractEventStrategy.h"
@@ -69,6 +71,9 @@ class RunnerContext final : public AbstractEventStrategy,
   void schedulePoolTask();
   void doPoolTask();
   void deliver(IEvent& event);
+  std::optional<NotifyRefCounter>& notifyRefCounter() {
+    return notifyRefCounters_[pendingCounter_];
+  }
   bool wantsData() const { return state_->isRunning() && !isSetStop_; }
 
   void dispatchRunnerEvent(IRunnerEvent& event);
@@ -97,11 +102,14 @@ class RunnerContext final : public AbstractEventStrategy,
   std::unique_ptr<UserContext> context_;              ///< Made once, kept across runs.
   std::atomic<bool> isSetStop_{false};
 
-  std::mutex mutex_;      ///< Guards the four below; never held while anything is delivered.
+  std::mutex mutex_;      ///< Guards what follows; never held while anything is delivered.
   bool running_ = false;  ///< A pool task is scheduled or running.
+  std::atomic<std::uint64_t> pushed_{0};  ///< Events so far; a task looks at it without the lock.
   std::list<std::unique_ptr<IEvent>> events_;
   std::list<std::unique_ptr<IEvent>> spare_;  ///< Empty entries for events that are to come.
-  std::unique_ptr<NotifyRefCounter> notifyRefCounter_;  ///< There while data events are pending.
+  /// The one is there while data events are pending, the other while a task has a batch of them.
+  std::array<std::optional<NotifyRefCounter>, 2> notifyRefCounters_;
+  std::size_t pendingCounter_ = 0;  ///< Which is the one.
 };
 
 }  // namespace orvane

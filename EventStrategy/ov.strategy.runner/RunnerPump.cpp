@@ -1,57 +1,48 @@
 // The serial pump: one list of events, one pool task at a time that drains it.
 
+#include <chrono>
+
 #include "EventStrategy/Log.h"
 #include "EventStrategy/ov.strategy.runner/RunnerContext.h"
 #include "EventStrategy/ov.strategy.runner/RunnerThreadPool.h"
 #include "EventStrategy/ov.strategy.runner/UserContext.h"
 #include "services/Common/ThreadPoolBase.h"
+#include "shared/LockSoon.h"
 
 namespace orvane {
 namespace {
 
 /// A burst's entries are not kept for ever.
 constexpr std::size_t kMostSpare = 1024;
-/// A batch of so many is taken for part of a flood.
+/// A batch of so many, with more that came meanwhile, is taken for part of a flood.
 constexpr std::size_t kFlood = 4;
-/// Rounds of waiting, about a microsecond.
-constexpr int kLinger = 16;
+/// How long a task then waits for more.
+constexpr std::chrono::nanoseconds kLinger{2000};
 
-void pause(int rounds) {
-#if defined(__x86_64__)
-  for (int i = 0; i < rounds; ++i) __builtin_ia32_pause();
-#endif
-}
-
-/// The list's mutex is held for a moment only. Falling asleep for it and being woken takes many
-/// times as long; so it is tried a few times, ever more rarely: each try disturbs the holder.
-std::unique_lock<std::mutex> lockSoon(std::mutex& mutex) {
-  for (int rounds = 4; rounds <= 64; rounds *= 2) {
-    if (mutex.try_lock()) return {mutex, std::adopt_lock};
-    pause(rounds);
-  }
-  return std::unique_lock(mutex);
+void linger() {
+  const auto end = std::chrono::steady_clock::now() + kLinger;
+  while (std::chrono::steady_clock::now() < end) detail::pauseFor(8);
 }
 
 }  // namespace
 
 void RunnerContext::pushEvent(IEvent* event) {
   std::unique_ptr<IEvent> owned(event);
-  std::unique_ptr<NotifyRefCounter> counter;
-  const auto lock = lockSoon(mutex_);
+  const auto lock = detail::lockSoon(mutex_);
   // All that needs memory comes first: an event without a counter would not be waited for.
   if (spare_.empty()) spare_.emplace_back();
-  const bool isFirst = !notifyRefCounter_;
-  if (isFirst) counter = std::make_unique<NotifyRefCounter>();
+  const bool isFirst = !notifyRefCounter();
+  if (isFirst) notifyRefCounter().emplace();
   spare_.front() = std::move(owned);
   events_.splice(events_.end(), spare_, spare_.begin());
-  if (isFirst) notifyRefCounter_ = std::move(counter);
+  pushed_.store(pushed_.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
   try {
     schedulePoolTask();
   } catch (...) {
     // There is no task, and whoever pushed the event hears that it is lost.
     if (!running_) {
       events_.pop_back();
-      if (isFirst) notifyRefCounter_.reset();
+      if (isFirst) notifyRefCounter().reset();
     }
     throw;
   }
@@ -59,7 +50,7 @@ void RunnerContext::pushEvent(IEvent* event) {
 
 void RunnerContext::discardPending() {
   events_.clear();
-  notifyRefCounter_.reset();
+  notifyRefCounter().reset();
 }
 
 void RunnerContext::schedulePoolTask() {
@@ -82,11 +73,14 @@ void RunnerContext::schedulePoolTask() {
 void RunnerContext::doPoolTask() {
   for (;;) {
     std::list<std::unique_ptr<IEvent>> batch;
-    std::unique_ptr<NotifyRefCounter> counter;
+    std::optional<NotifyRefCounter>* counter = nullptr;
+    std::uint64_t taken = 0;
     {
-      const std::lock_guard lock(mutex_);
+      const auto lock = detail::lockSoon(mutex_);
+      taken = pushed_.load(std::memory_order_relaxed);
       batch.swap(events_);
-      counter = std::move(notifyRefCounter_);
+      counter = &notifyRefCounter();
+      pendingCounter_ = 1 - pendingCounter_;
     }
     for (std::unique_ptr<IEvent>& event : batch) {
       try {
@@ -102,10 +96,10 @@ void RunnerContext::doPoolTask() {
       }
       event.reset();
     }
-    counter.reset();
+    counter->reset();
     // Whoever takes faster than others push would go through the pool for each event.
-    if (batch.size() >= kFlood) pause(kLinger);
-    const std::lock_guard lock(mutex_);
+    if (batch.size() >= kFlood && pushed_.load(std::memory_order_relaxed) != taken) linger();
+    const auto lock = detail::lockSoon(mutex_);
     if (spare_.size() + batch.size() <= kMostSpare) spare_.splice(spare_.end(), batch);
     running_ = false;
     try {

@@ -145,7 +145,7 @@ struct TestAccess {
   }
   static bool hasRefCounter(RunnerContext& c) {
     const std::lock_guard lock(c.mutex_);
-    return c.notifyRefCounter_ != nullptr;
+    return c.notifyRefCounter().has_value();
   }
   /// The types of the pending events, in order; control events are 0.
   static std::vector<int> pendingTypes(RunnerContext& c) {
