@@ -93,6 +93,13 @@ def playback_rows(results):
                 f"{figure / floor:.2f} of the contract's locks, copy and calls alone "
                 f"({rate(floor)})")
             rows.append((what, rate(figure), beside))
+    whole = results.median("runFromText", "items_per_second")
+    if whole is not None:
+        floor = results.median("textFloor", "items_per_second")
+        beside = "" if floor is None else (
+            f"{whole / floor:.2f} of reading the file's numbers alone, on one core ({rate(floor)})")
+        rows.append(("1,000,000 bars from CSV through a 10/30 crossover that trades, the whole "
+                     "process", rate(whole), beside))
     if many is not None:
         beside = "" if one is None else f"{many / one:.2f} of one runner"
         rows.append(("playback, 64 runners, quotes, call-backs of all", rate(many), beside))
