@@ -84,11 +84,12 @@ QJsonObject startParameters(const EmbeddedPlatform& platform, const RunnerPlan& 
 void addTrading(const RunPlan& plan, RunOutcome& outcome) {
   for (std::size_t i = 0; i < outcome.runners.size(); ++i) {
     RunnerOutcome& runner = outcome.runners[i];
-    for (const AccountResult& account : outcome.accounts) {
+    for (const AccountResult& account : *outcome.accounts) {
       if (gbkToUtf8(account.account.account) != plan.runners[i].account) continue;
       runner.startBalance = CapitalView(account.capital).startBalance();
       for (const SourceResult& source : account.sources)
-        if (gbkToUtf8(source.source) == plan.runners[i].orderSource) runner.trading = source;
+        if (gbkToUtf8(source.source) == plan.runners[i].orderSource)
+          runner.trading = {outcome.accounts, &source};
     }
   }
 }
@@ -330,7 +331,7 @@ RunOutcome runSession(const RunPlan& plan, DataSet data, InterruptWatcher& inter
   if (std::string lost = EmbeddedPlatform::takeLostCalls(); !lost.empty())
     outcome.failures.push_back(std::move(lost));
   outcome.isInterrupted = interrupts.isInterrupted();
-  outcome.accounts = platform.tradeResults();
+  outcome.accounts = std::make_shared<const std::vector<AccountResult>>(platform.tradeResults());
   addTrading(plan, outcome);
   std::ranges::move(notesOnRunners(outcome), std::back_inserter(outcome.notes));
   return outcome;

@@ -24,8 +24,8 @@ struct RunnerOutcome {
   RunnerWatch::State state;
   std::shared_ptr<const RunRecord> record;  ///< Null if its strategy was never made.
   std::string digest;                       ///< Empty where there is none.
-  /// What it traded; null if it sent no order.
-  std::optional<SourceResult> trading;
+  /// What it traded, kept with the accounts of the run; null if it sent no order.
+  std::shared_ptr<const SourceResult> trading;
   double startBalance = 0;  ///< Of its account.
   /// Whether its run was over before anything was played, or, later, before all was played.
   bool isOverAtStart = false, isOverEarly = false;
@@ -41,7 +41,8 @@ struct RunOutcome {
   std::string reportFolder;     ///< Where the report is written, UTF-8; empty: nowhere.
   std::vector<FileHash> files;  ///< Of the data; empty where no report is written.
   std::vector<RunnerOutcome> runners;
-  std::vector<AccountResult> accounts;
+  std::shared_ptr<const std::vector<AccountResult>> accounts =
+      std::make_shared<const std::vector<AccountResult>>();
   /// What could not be written, one UTF-8 message each.
   std::vector<std::string> failures;
   std::vector<std::string> notes;  ///< What the user should know of a run that went well, UTF-8.

@@ -226,7 +226,7 @@ QJsonValue tradingReport(const RunnerOutcome& runner) {
 
 std::vector<OtherTrading> otherTrading(const RunOutcome& outcome) {
   std::vector<OtherTrading> result;
-  for (const AccountResult& account : outcome.accounts) {
+  for (const AccountResult& account : *outcome.accounts) {
     for (const SourceResult& trading : account.sources) {
       const std::string source = gbkToUtf8(trading.source);
       if (isOwn(outcome, gbkToUtf8(account.account.account), source)) continue;
@@ -242,7 +242,7 @@ std::vector<OtherTrading> otherTrading(const RunOutcome& outcome) {
 QJsonArray accountsReport(const RunOutcome& outcome) {
   QJsonArray result;
   const std::vector<OtherTrading> others = otherTrading(outcome);
-  for (const AccountResult& account : outcome.accounts) {
+  for (const AccountResult& account : *outcome.accounts) {
     const double start = startBalanceOf(account);
     QJsonArray itsOthers;
     for (const OtherTrading& other : others)
@@ -259,11 +259,11 @@ QJsonArray accountsReport(const RunOutcome& outcome) {
 }
 
 QJsonValue totalReport(const RunOutcome& outcome) {
-  if (outcome.accounts.empty()) return {};
-  const std::string currency = currencyOf(outcome.accounts.front());
+  if (outcome.accounts->empty()) return {};
+  const std::string currency = currencyOf(outcome.accounts->front());
   double start = 0;
   std::vector<OrderFill> fills;
-  for (const AccountResult& account : outcome.accounts) {
+  for (const AccountResult& account : *outcome.accounts) {
     if (currencyOf(account) != currency) return {};
     start += CapitalView(account.capital).startBalance();
     const std::vector<OrderFill> own = fillsOf(account);
@@ -271,12 +271,12 @@ QJsonValue totalReport(const RunOutcome& outcome) {
   }
   return QJsonObject{
       {"currency", qt(currency)},
-      {"accounts", static_cast<qint64>(outcome.accounts.size())},
-      {"figures", figuresObject(makeFigures(start, sumOf(outcome.accounts), fills))}};
+      {"accounts", static_cast<qint64>(outcome.accounts->size())},
+      {"figures", figuresObject(makeFigures(start, sumOf(*outcome.accounts), fills))}};
 }
 
 std::vector<EquityPoint> totalCurve(const RunOutcome& outcome) {
-  return totalReport(outcome).isObject() ? sumOf(outcome.accounts) : std::vector<EquityPoint>();
+  return totalReport(outcome).isObject() ? sumOf(*outcome.accounts) : std::vector<EquityPoint>();
 }
 
 namespace {
@@ -324,12 +324,12 @@ std::string figuresTable(const RunOutcome& outcome) {
   if (traders > 1 && totalReport(outcome).isObject()) {
     double start = 0;
     std::vector<OrderFill> fills;
-    for (const AccountResult& account : outcome.accounts) {
+    for (const AccountResult& account : *outcome.accounts) {
       start += CapitalView(account.capital).startBalance();
       const std::vector<OrderFill> own = fillsOf(account);
       fills.insert(fills.end(), own.begin(), own.end());
     }
-    addRow("all accounts", makeFigures(start, sumOf(outcome.accounts), fills));
+    addRow("all accounts", makeFigures(start, sumOf(*outcome.accounts), fills));
   }
   return fmt::format("\n{:<16} {:>7} {:>14} {:>9} {:>9} {:>7} {:>7} {:>8} {:>7} {:>7}\n", "trading",
                      "fills", "final equity", "return", "annual", "sharpe", "sortino", "max dd",

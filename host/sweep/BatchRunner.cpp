@@ -73,9 +73,10 @@ std::vector<RunnerOutcome> BatchRunner::play(std::span<const std::uint64_t> numb
   for (std::size_t i = 0; i < outcome.runners.size(); ++i) {
     RunnerOutcome& runner = outcome.runners[i];
     if (runner.trading) continue;
-    SourceResult& nothing = runner.trading.emplace();
-    for (const AccountResult& account : outcome.accounts)
+    SourceResult nothing;
+    for (const AccountResult& account : *outcome.accounts)
       if (gbkToUtf8(account.account.account) == runner.plan.account) nothing.curve = account.curve;
+    runner.trading = std::make_shared<const SourceResult>(std::move(nothing));
   }
   return std::move(outcome.runners);
 }

@@ -248,6 +248,16 @@ std::vector<AccountResult> TradeService::results() const {
     result.capital = state_.exchange.ledger(account.accountKey)->capitalRecord(now_());
     result.curve = state_.equity.account(account.accountKey).points;
     std::map<std::string, SourceResult> sources;
+    std::map<std::string, std::pair<std::size_t, std::size_t>> counts;
+    state_.store.eachOrder(account.accountKey,
+                           [&](const Order& order) { ++counts[order.source.createSource].first; });
+    state_.store.eachFill(account.accountKey, [&](const OrderFill& fill) {
+      ++counts[fill.source.createSource].second;
+    });
+    for (const auto& [name, count] : counts) {
+      sources[name].orders.reserve(count.first);
+      sources[name].fills.reserve(count.second);
+    }
     state_.store.eachOrder(account.accountKey, [&](const Order& order) {
       sources[order.source.createSource].orders.push_back(order);
     });
