@@ -21,6 +21,24 @@ function card(title, aside, ...content) {
     el('header', { class: 'card-head' }, el('h2', {}, title), aside), ...content);
 }
 
+/** One figure with its name above and what explains it below. */
+function tile(label, value, below, { className = '', hint = null } = {}) {
+  return el('div', { class: 'tile', title: hint },
+    el('div', { class: 'tile-label' }, label),
+    el('div', { class: `tile-value ${className}`.trim() }, value),
+    el('div', { class: 'tile-below' }, below || '\u00a0'));
+}
+
+const MOST_TILES_OF_A_ROW = 6;
+
+/** Tiles in rows of one length: all in one, in two halves, or in pairs, as there is room. */
+function tileRows(tiles) {
+  return el('div', {
+    class: tiles.length > MOST_TILES_OF_A_ROW ? 'tiles many' : 'tiles',
+    style: `--all: ${tiles.length}; --half: ${Math.ceil(tiles.length / 2)}`,
+  }, ...tiles);
+}
+
 /** A row of buttons of which one is on. `choices` are pairs of value and text. */
 function segmented(label, choices, current, onChoose) {
   const group = el('div', { class: 'segmented', role: 'group', 'aria-label': label });

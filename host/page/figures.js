@@ -1,23 +1,8 @@
 // The figures of a run: the main ones large, all of them as a list.
 
-/** One figure with its name above and what explains it below. */
-function tile(label, value, below, className = '', hint = null) {
-  return el('div', { class: 'tile', title: hint },
-    el('div', { class: 'tile-label' }, label),
-    el('div', { class: `tile-value ${className}`.trim() }, value),
-    el('div', { class: 'tile-below' }, below || '\u00a0'));
-}
-
 /** A figure that is coloured by its sign. */
 function signedTile(label, text, below) {
-  return tile(label, text, below, tone(text));
-}
-
-/** Tiles in rows of one length: all in one, in two halves, or in pairs, as there is room. */
-function tileRows(tiles) {
-  return el('div', {
-    class: 'tiles', style: `--all: ${tiles.length}; --half: ${Math.ceil(tiles.length / 2)}`,
-  }, ...tiles);
+  return tile(label, text, below, { className: tone(text) });
 }
 
 function tradingTiles(trading) {

@@ -1,10 +1,5 @@
 // The page of a sweep, from top to bottom.
 
-function tile(label, value, below, title = null) {
-  return el('div', { class: 'tile', title }, el('div', { class: 'tile-label' }, label),
-    el('div', { class: 'tile-value' }, value), el('div', { class: 'tile-below' }, below));
-}
-
 function tiles() {
   const profit = sweep.figures.findIndex((figure) => figure.name === 'profit');
   const good = sweep.rows.filter((row) => row.isGood && row.figures[profit] !== null);
@@ -23,7 +18,7 @@ function tiles() {
     if (best) {
       result.push(tile(`Best: ${figure.toLowerCase()}`,
         figureText(sweep.rank, best.figures[sweep.rank]), parametersText(best),
-        parametersText(best)));
+        { hint: parametersText(best) }));
     }
   }
   result.push(tile(isWalk ? 'In-sample with a profit' : 'With a profit',
@@ -34,7 +29,7 @@ function tiles() {
     result.push(tile('Errors', number(sweep.errors - crashed), 'their message is in the table'));
   if (crashed)
     result.push(tile('Crashed', number(crashed), 'each ended its process and nothing else'));
-  return el('div', { class: 'tiles' }, ...result);
+  return tileRows(result);
 }
 
 function notices() {
