@@ -1,12 +1,15 @@
 // A browser without a window, driven over the pipe that it offers for that: no package is needed.
 
+import assert from 'node:assert/strict';
 import { spawn } from 'node:child_process';
-import { existsSync, mkdtempSync, rmSync } from 'node:fs';
+import { existsSync, mkdirSync, mkdtempSync, rmSync } from 'node:fs';
 import { tmpdir } from 'node:os';
 import path from 'node:path';
 
+const SKIPPED = 77;
+
 /** The browser's program; undefined where there is none. */
-export function findBrowser() {
+function findBrowser() {
   const named = process.env.ORVANE_BROWSER;
   const names = named ? [named] : ['chromium', 'chromium-browser', 'google-chrome'];
   const folders = ['', ...(process.env.PATH || '').split(':')];
@@ -223,4 +226,41 @@ export class Page {
     this.browser.listeners.delete(this.onEvent);
     await this.browser.call('Target.closeTarget', { targetId: this.targetId });
   }
+}
+
+/** An empty folder for what a test writes, and a browser; without one the test is skipped. */
+export function prepared(folder) {
+  const found = findBrowser();
+  if (!found) {
+    console.log('SKIPPED: there is no chromium here; scripts/deps installs it');
+    process.exit(SKIPPED);
+  }
+  rmSync(folder, { recursive: true, force: true });
+  mkdirSync(folder, { recursive: true });
+  return new Browser(found);
+}
+
+/** Fails where the page complained or asked for anything but itself. */
+export function expectClean(page, url) {
+  assert.deepEqual(page.errors, [], 'the page complained');
+  // A browser may load a page's address twice, but nothing else.
+  assert.deepEqual(page.requests.filter((asked) => asked.split('#')[0] !== url), []);
+}
+
+/** Runs the tests, or the one that is named, and ends the process with how they went. */
+export async function runTests(browser, tests, only = undefined) {
+  const chosen = Object.entries(tests).filter(([name]) => !only || name === only);
+  let failures = 0;
+  for (const [name, test] of chosen) {
+    try {
+      await test();
+      console.log(`ok      ${name}`);
+    } catch (error) {
+      ++failures;
+      console.log(`FAILED  ${name}: ${error.stack}`);
+    }
+  }
+  await browser.close();
+  if (chosen.length === 0) console.log(`FAILED: there is no test ${only}`);
+  process.exit(failures === 0 && chosen.length > 0 ? 0 : 1);
 }

@@ -1,20 +1,14 @@
-// The report's page in a browser: page_test.mjs PROGRAM FOLDER
+// The report's page in a browser: page_test.mjs PROGRAM FOLDER [TEST]
 
 import assert from 'node:assert/strict';
 import { execFileSync } from 'node:child_process';
-import { mkdirSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
+import { readFileSync, writeFileSync } from 'node:fs';
 import path from 'node:path';
 import { pathToFileURL } from 'node:url';
-import { Browser, findBrowser } from './browser.mjs';
+import { expectClean, prepared, runTests } from './browser.mjs';
 
-const [, , program, folder] = process.argv;
-const SKIPPED = 77;
-
-const found = findBrowser();
-if (!found) {
-  console.log('SKIPPED: there is no chromium here; scripts/deps installs it');
-  process.exit(SKIPPED);
-}
+const [, , program, folder, only] = process.argv;
+const browser = prepared(folder);
 
 /** How prices swing and drift. */
 const swing = (at) => 40 * Math.sin(at / 37) + 15 * Math.sin(at / 11) + at / 60;
@@ -51,8 +45,6 @@ function run(name, config) {
   };
 }
 
-rmSync(folder, { recursive: true, force: true });
-mkdirSync(folder, { recursive: true });
 const bars = path.join(folder, 'A.X.csv');
 writeBars(bars, 1000);
 const more = path.join(folder, 'B.X.csv');
@@ -60,7 +52,6 @@ writeBars(more, 500);
 const oneSeries = [{ file: bars, code: 'A.X' }];
 const crossing = (name, slow) => ({ name, strategy: 'sma_cross',
   params: { fast: 5, slow, mode: 'longShort' } });
-const browser = new Browser(found);
 
 const text = (selector) => `document.querySelector(${JSON.stringify(selector)}).textContent`;
 const rows = 'Array.from(document.querySelectorAll(".trades tbody tr[data-row]"))';
@@ -81,12 +72,6 @@ const painted = `Array.from(document.querySelectorAll('.chart canvas')).reduce((
   return sum;
 }, 0)`;
 
-async function expectClean(page, url) {
-  assert.deepEqual(page.errors, [], 'the page complained');
-  // A browser may load a page's address twice, but nothing else.
-  assert.deepEqual(page.requests.filter((asked) => asked.split('#')[0] !== url), []);
-}
-
 const tests = {
   async shouldZoomAndPanAndShowAllAgain() {
     const { url } = run('one', { runners: [crossing('one', 20)], bars: oneSeries });
@@ -101,7 +86,7 @@ const tests = {
     assert.ok(earlier[0] < near[0] && earlier[1] < near[1], `${earlier} is not before ${near}`);
     await page.click('.chart-tools [aria-label="Span"] button:last-child');
     assert.deepEqual(await range(page), all);
-    await expectClean(page, url);
+    expectClean(page, url);
     await page.close();
   },
 
@@ -121,7 +106,7 @@ const tests = {
       'document.querySelector(".trades tr[aria-selected=true]").dataset.row'), '7');
     await page.click('.stepper button:last-child');
     assert.equal(await page.value('document.querySelector(".chart").dataset.trade'), '8');
-    await expectClean(page, url);
+    expectClean(page, url);
     await page.close();
   },
 
@@ -148,7 +133,7 @@ const tests = {
     const shown = trades.filter((trade) => trade.side === 'sell' &&
       String(trade.order).includes(String(trades[3].order))).length;
     assert.equal(await page.value(`${rows}.length`), shown);
-    await expectClean(page, url);
+    expectClean(page, url);
     await page.close();
   },
 
@@ -165,7 +150,7 @@ const tests = {
     await page.click('.trades tr[data-row="7"]');
     await page.frames();
     assert.equal(await page.value('document.querySelector(".hidden-marks")'), null);
-    await expectClean(page, url);
+    expectClean(page, url);
     await page.close();
   },
 
@@ -182,7 +167,7 @@ const tests = {
     }
     assert.equal(await page.value(`document.querySelectorAll('.months .up, .months .down').length`),
       0);
-    await expectClean(page, url);
+    expectClean(page, url);
     await page.close();
   },
 
@@ -199,7 +184,7 @@ const tests = {
     assert.equal(await page.value(back), dark);
     await page.click('[data-value="red"]');
     assert.equal(await page.value('document.documentElement.dataset.rise'), 'red');
-    await expectClean(page, url);
+    expectClean(page, url);
     await page.close();
   },
 
@@ -220,20 +205,9 @@ const tests = {
     assert.ok((await page.value(text('h1'))).startsWith('watching'));
     assert.ok(await page.value(painted) > 10000, 'a runner without trades has no chart');
     assert.equal(await page.value('document.querySelector(".trades")'), null);
-    await expectClean(page, url);
+    expectClean(page, url);
     await page.close();
   },
 };
 
-let failures = 0;
-for (const [name, test] of Object.entries(tests)) {
-  try {
-    await test();
-    console.log(`ok      ${name}`);
-  } catch (error) {
-    ++failures;
-    console.log(`FAILED  ${name}: ${error.stack}`);
-  }
-}
-await browser.close();
-process.exit(failures === 0 ? 0 : 1);
+await runTests(browser, tests, only);

@@ -1,23 +1,15 @@
-// The page of a sweep in a browser: sweep_test.mjs PROGRAM FOLDER
+// The page of a sweep in a browser: sweep_test.mjs PROGRAM FOLDER [TEST]
 
 import assert from 'node:assert/strict';
 import { spawnSync } from 'node:child_process';
-import { mkdirSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
+import { readFileSync, writeFileSync } from 'node:fs';
 import path from 'node:path';
 import { pathToFileURL } from 'node:url';
-import { Browser, findBrowser } from './browser.mjs';
+import { expectClean, prepared, runTests } from './browser.mjs';
 
-const [, , program, folder] = process.argv;
-const SKIPPED = 77;
+const [, , program, folder, only] = process.argv;
+const browser = prepared(folder);
 
-const found = findBrowser();
-if (!found) {
-  console.log('SKIPPED: there is no chromium here; scripts/deps installs it');
-  process.exit(SKIPPED);
-}
-
-rmSync(folder, { recursive: true, force: true });
-mkdirSync(folder, { recursive: true });
 const bars = path.join(folder, 'A.X.csv');
 const lines = ['datetime,open,high,low,close,volume'];
 for (let hour = 0; hour < 24 * 28; ++hour) {
@@ -48,16 +40,10 @@ function sweep(name, more, { grid = USUAL, code = 0 } = {}) {
   };
 }
 
-const browser = new Browser(found);
 const cells = '.map td.heat';
 const tableRows = 'Array.from(document.querySelectorAll(".table tbody tr[data-row]"))';
 const many = (selector) => `document.querySelectorAll(${JSON.stringify(selector)}).length`;
 const text = (selector) => `document.querySelector(${JSON.stringify(selector)}).textContent`;
-
-async function expectClean(page, url) {
-  assert.deepEqual(page.errors, [], 'the page complained');
-  assert.deepEqual(page.requests.filter((asked) => asked.split('#')[0] !== url), []);
-}
 
 const tests = {
   async shouldShowEachCombinationInTheMapAndItsRunsOnAClick() {
@@ -77,7 +63,7 @@ const tests = {
     assert.ok(await page.value('document.querySelector(".map td.best").matches(".marked")'));
     await page.click('.card .toggle');
     assert.equal(await page.value(`${tableRows}.length`), rows.length);
-    await expectClean(page, url);
+    expectClean(page, url);
     await page.close();
   },
 
@@ -109,7 +95,7 @@ const tests = {
         const contrast = (Math.max(back, front) + 0.05) / (Math.min(back, front) + 0.05);
         assert.ok(contrast > 4.5, `${scheme}: ${contrast}`);
       }
-      await expectClean(page, url);
+      expectClean(page, url);
       await page.close();
     }
   },
@@ -123,7 +109,7 @@ const tests = {
     assert.equal(await page.value(many('.map td.bad')), 1);
     await page.click('.map td.bad button');
     assert.ok((await page.value(text('.chosen-run'))).includes('Error, parameter "fast" (12)'));
-    await expectClean(page, url);
+    expectClean(page, url);
     await page.close();
   },
 
@@ -145,7 +131,7 @@ const tests = {
     assert.equal(await page.value(`Array.from(document.querySelectorAll('.map td.heat'))
       .find((cell) => cell.title.startsWith('mode longShort, fast 3: '))
       .querySelector('button').textContent`), String(fills('longShort', '3')));
-    await expectClean(page, url);
+    expectClean(page, url);
     await page.close();
   },
 
@@ -161,20 +147,9 @@ const tests = {
       .includes(`fast ${chosen.fast}, slow ${chosen.slow}`));
     const inSample = rows.filter((row) => row.sample === 'in-sample' && row.window === '1');
     assert.equal(await page.value(many(cells)), inSample.length);
-    await expectClean(page, url);
+    expectClean(page, url);
     await page.close();
   },
 };
 
-let failures = 0;
-for (const [name, test] of Object.entries(tests)) {
-  try {
-    await test();
-    console.log(`ok      ${name}`);
-  } catch (error) {
-    ++failures;
-    console.log(`FAILED  ${name}: ${error.stack}`);
-  }
-}
-await browser.close();
-process.exit(failures === 0 ? 0 : 1);
+await runTests(browser, tests, only);
