@@ -19,8 +19,11 @@ function runColumns(rows) {
     show: (i) => range.values[rows[i].places[at]], width: '92px',
   }));
   columns.push({ title: 'Status', value: (i) => rows[i].status, show: (i) => rows[i].status,
-    title_of: (i) => rows[i].message, tone: (i) => (rows[i].isGood ? '' : 'down'),
-    width: '92px' });
+    tone: (i) => (rows[i].isGood ? '' : 'down'), width: '92px' });
+  if (rows.some((row) => row.message)) {
+    columns.push({ title: 'Message', value: (i) => rows[i].message || null,
+      show: (i) => rows[i].message, title_of: (i) => rows[i].message || null, width: '340px' });
+  }
   sweep.figures.forEach((figure, at) => columns.push({
     title: figure.title, isNumber: true, value: (i) => rows[i].figures[at],
     show: (i) => figureText(at, rows[i].figures[at]), hint: figure.name,

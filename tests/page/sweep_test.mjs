@@ -113,6 +113,33 @@ const tests = {
     await page.close();
   },
 
+  async shouldShowWhatWentWrongInTheTableAndTilesInOneRow() {
+    const { rows, url } = sweep('messages', ['--params', '{"slow":2}'],
+      { grid: ['--grid', 'fast=1:3:1'], code: 1 });
+    assert.deepEqual(rows.map((row) => row.status), ['Stopped', 'Error', 'Error']);
+    const page = await browser.open(url, { width: 1500 });
+    const cellsOf = (title) => page.value(`(() => {
+      const heads = Array.from(document.querySelectorAll('.table thead th'), (head) =>
+        head.textContent);
+      return ${tableRows}.map((row) => row.children[heads.indexOf('${title}')].textContent);
+    })()`);
+    const refused = (fast) => `parameter "fast" (${fast}) must be below "slow" (2)`;
+    assert.deepEqual(await cellsOf('Message'), ['', refused(2), refused(3)]);
+    const tiles = await page.value(`Array.from(document.querySelectorAll('.tile'), (tile) =>
+      [tile.firstChild.textContent, tile.lastChild.textContent, tile.getBoundingClientRect().top])`);
+    assert.equal(new Set(tiles.map(([, , top]) => top)).size, 1, JSON.stringify(tiles));
+    assert.deepEqual(tiles.find(([label]) => label === 'Errors').slice(0, 2),
+      ['Errors', 'their message is in the table']);
+    expectClean(page, url);
+    await page.close();
+
+    const { url: good } = sweep('no-messages', []);
+    const plain = await browser.open(good);
+    assert.ok(!(await plain.value(text('.table thead'))).includes('Message'));
+    expectClean(plain, good);
+    await plain.close();
+  },
+
   async shouldTakeTheParametersAndTheFigureThatAreChosen() {
     const { rows, url } = sweep('three', ['--grid', 'mode=longOnly,longShort']);
     const page = await browser.open(url);
