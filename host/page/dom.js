@@ -39,6 +39,23 @@ function tileRows(tiles) {
   }, ...tiles);
 }
 
+/** Fades the right edge of a box for as long as there is more beyond it; answers its observer. */
+function fadeWhereCut(box) {
+  const look = () => box.classList.toggle('cut',
+    box.scrollLeft + box.clientWidth < box.scrollWidth - 1);
+  box.addEventListener('scroll', look, { passive: true });
+  const observer = new ResizeObserver(look);
+  for (const node of [box, ...box.children]) observer.observe(node);
+  return observer;
+}
+
+/** A box that scrolls sideways where its content is wider than the page. */
+function scrollBox(content, className = '') {
+  const box = el('div', { class: `scroll-x ${className}`.trim() }, content);
+  fadeWhereCut(box);
+  return box;
+}
+
 /** A row of buttons of which one is on. `choices` are pairs of value and text. */
 function segmented(label, choices, current, onChoose) {
   const group = el('div', { class: 'segmented', role: 'group', 'aria-label': label });

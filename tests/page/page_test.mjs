@@ -59,6 +59,15 @@ const column = (at) => `${rows}.map((row) => row.children[${at}].textContent)`;
 const headButton = (at) => `.trades thead th:nth-child(${at + 1}) button`;
 const SIDE = 3, PROFIT = 9;
 
+/** The large figures by their names. */
+function tilesOf(page) {
+  return page.value(`Object.fromEntries(Array.from(document.querySelectorAll('.tile'), (tile) => {
+    const [label, value, below] = tile.children;
+    return [label.textContent, {value: value.textContent, className: value.className,
+      below: below.textContent, title: tile.title}];
+  }))`);
+}
+
 /** The begin and the end of what the chart shows. */
 async function range(page) {
   return (await page.value(text('.range'))).split(' – ');
@@ -160,13 +169,41 @@ const tests = {
     const { figures } = report.runners[0].trading;
     assert.ok(figures.return !== 0 && figures.maxDrawdown.share > 0, JSON.stringify(figures));
     const page = await browser.open(url);
-    const tile = (at) => `document.querySelectorAll('.tile-value')[${at}]`;
-    for (const at of [0, 1, 2]) {
-      assert.equal(await page.value(`${tile(at)}.textContent`), '0.00%');
-      assert.equal(await page.value(`${tile(at)}.className`), 'tile-value');
-    }
+    const tiles = await tilesOf(page);
+    for (const label of ['Return', 'Max drawdown'])
+      assert.deepEqual([tiles[label].value, tiles[label].className], ['0.00%', 'tile-value']);
+    assert.match(await page.value(text('.months td.heat')), /^[<>]\u2212?0\.001$/);
     assert.equal(await page.value(`document.querySelectorAll('.months .up, .months .down').length`),
       0);
+    expectClean(page, url);
+    await page.close();
+  },
+
+  async shouldTellSmallReturnsInAsManyDigitsAsTheyTake() {
+    const { url, report } = run('small', { runners: [crossing('small', 20)], bars: oneSeries,
+      capital: 20000000 });
+    const share = report.runners[0].trading.figures.return * 100;
+    assert.ok(Math.abs(share) < 0.05 && Math.abs(share) > 0.001, `${share} %`);
+    const page = await browser.open(url);
+    const shown = async (of) => Number((await page.value(`document.querySelector(
+      '.months td.heat').${of}`)).replace('\u2212', '-').replace(/.*: |%/g, ''));
+    assert.ok(Math.abs(await shown('textContent') - share) <= 0.0005 + 0.05 * Math.abs(share));
+    assert.ok(Math.abs(await shown('title') - share) <= 0.05 * Math.abs(share));
+    expectClean(page, url);
+    await page.close();
+  },
+
+  async shouldTellNothingByTheYearOfARunOfAFewDays() {
+    const { url, report } = run('days', { runners: [crossing('days', 20)], bars: oneSeries });
+    const { figures } = report.runners[0].trading;
+    assert.deepEqual([figures.annualReturn, figures.annualVolatility], [null, null]);
+    assert.match(figures.annualNote, /^11\.\d days are too few .* takes 28$/);
+    const page = await browser.open(url);
+    const tiles = await tilesOf(page);
+    for (const label of ['Annual return', 'Sharpe']) {
+      assert.deepEqual([tiles[label].value, tiles[label].below], ['–', 'too few days']);
+      assert.equal(tiles[label].title, figures.annualNote);
+    }
     expectClean(page, url);
     await page.close();
   },
