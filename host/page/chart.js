@@ -20,7 +20,9 @@ function chartOptions(axis, width) {
       vertLine: { color: theme.color('muted'), labelBackgroundColor: theme.color('label') },
       horzLine: { color: theme.color('muted'), labelBackgroundColor: theme.color('label') },
     },
-    rightPriceScale: { borderColor: theme.color('line'), minimumWidth: 84 },
+    rightPriceScale: {
+      borderColor: theme.color('line'), minimumWidth: 84, entireTextOnly: true,
+    },
     timeScale: {
       borderColor: theme.color('line'), timeVisible: isIntraday, secondsVisible: width < 60000,
       minBarSpacing: 0.001, rightOffset: 0,
@@ -28,6 +30,17 @@ function chartOptions(axis, width) {
     },
     localization: { timeFormatter: (time) => chartTimeText(axis, time, isIntraday) },
   };
+}
+
+const LABEL_ROOM = 28;  // Pixels: half a label of the time axis, so that the first is not cut.
+
+function showWhole(chart, axis) {
+  const room = chart.timeScale().width();
+  const last = axis.utc.length - 1;
+  if (room < 4 * LABEL_ROOM || last < 1) chart.timeScale().fitContent();
+  else
+    chart.timeScale().setVisibleLogicalRange(
+      { from: -0.5 - (last + 1) * LABEL_ROOM / (room - LABEL_ROOM), to: last + 0.5 });
 }
 
 /** A label of the time axis. Its times are on the run's clock already. */
@@ -157,11 +170,15 @@ class RunChart {
       priceLineVisible: false,
     }, pane);
     this.equity.setData(points(curve.equity));
+    const deepest = curve.drawdown.reduce((least, fall) => Math.min(least, fall ?? 0), 0);
+    const digits = Math.min(4, decimalsFor(deepest * 100, 2));
+    const step = 10 ** -(digits + 2);
+    this.fallText = (share) => percent(share, digits);
     this.drawdown = this.chart.addSeries(charts.BaselineSeries, {
       baseValue: { type: 'price', price: 0 }, lineWidth: 1,
       // A scale has room above its highest value, but nothing lies above a peak.
-      priceFormat: { type: 'custom', minMove: 0.0001,
-        formatter: (value) => (value > 0.00005 ? '' : percent(value)) },
+      priceFormat: { type: 'custom', minMove: step,
+        formatter: (value) => (value > step / 2 ? '' : this.fallText(value)) },
       priceLineVisible: false,
     }, pane + 1);
     this.drawdown.setData(points(curve.drawdown));
@@ -236,7 +253,7 @@ class RunChart {
     this.equityLegend.replaceChildren(el('b', {}, 'Equity'), el('span', {}, money(equity)),
       colored(signedPercent(since)));
     this.drawdownLegend.replaceChildren(el('b', {}, 'Drawdown'),
-      colored(percent(this.curve.drawdown[at])));
+      colored(this.fallText(this.curve.drawdown[at])));
     const id = event && event.hoveredObjectId;
     this.host.classList.toggle('on-mark', id !== undefined && id !== null);
   }
@@ -301,7 +318,7 @@ class RunChart {
   }
 
   showAll() {
-    this.chart.timeScale().fitContent();
+    showWhole(this.chart, this.axis);
   }
 
   /** Shows the last `ms` before the end of what is in view. */

@@ -47,8 +47,8 @@ function notices() {
   if (!isWalk && sweep.combinations > 20) {
     result.push(el('p', { class: 'notice' },
       `The best of ${number(sweep.combinations)} tries looks better than it is: part of it is ` +
-      'chance. Look for a wide field of good neighbours, and try the choice on other data ' +
-      '(--walk-forward).'));
+      'chance. Look for a wide field of good neighbours, and try the choice on other data: ',
+      el('code', {}, '--walk-forward'), '.'));
   }
   return result;
 }
@@ -79,5 +79,6 @@ document.getElementById('main').append(el('div', { class: 'page' },
     `ranked by ${sweep.figures[sweep.rank].title.toLowerCase()}`))),
   ...notices(), tiles(), ...(isWalk ? [windowsCard()] : []), mapCard.node, rowsCard.node,
   dataCard()));
+mapCard.showBest();
 document.getElementById('foot').textContent = `orvane ${sweep.version}`;
 document.title = `${sweep.strategy} – sweep`;

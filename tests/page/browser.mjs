@@ -247,6 +247,47 @@ export function expectClean(page, url) {
   assert.deepEqual(page.requests.filter((asked) => asked.split('#')[0] !== url), []);
 }
 
+/** What the page's script of `expectReadable` answers: the worst contrast of each kind of text. */
+function faintTexts() {
+  const canvas = document.createElement('canvas').getContext('2d', { willReadFrequently: true });
+  const partsOf = (color) => {
+    canvas.clearRect(0, 0, 1, 1);
+    canvas.fillStyle = color;
+    canvas.fillRect(0, 0, 1, 1);
+    return Array.from(canvas.getImageData(0, 0, 1, 1).data);
+  };
+  const over = (top, below) => top.slice(0, 3).map((part, at) =>
+    (part * top[3] + below[at] * (255 - top[3])) / 255);
+  const behind = (node) => (node
+    ? over(partsOf(getComputedStyle(node).backgroundColor), behind(node.parentElement))
+    : [255, 255, 255]);
+  const shade = (color) => color.map((part) => part / 255)
+    .map((part) => (part <= 0.03928 ? part / 12.92 : ((part + 0.055) / 1.055) ** 2.4))
+    .reduce((sum, part, at) => sum + part * [0.2126, 0.7152, 0.0722][at], 0);
+  const faint = {};
+  const texts = document.createTreeWalker(document.body, NodeFilter.SHOW_TEXT);
+  while (texts.nextNode()) {
+    const node = texts.currentNode.parentElement;
+    const isSeen = texts.currentNode.textContent.trim() && node.checkVisibility() &&
+      !['SCRIPT', 'STYLE', 'NOSCRIPT'].includes(node.tagName);
+    if (!isSeen) continue;
+    const back = behind(node);
+    const front = over(partsOf(getComputedStyle(node).color), back);
+    const [low, high] = [shade(front), shade(back)].sort((one, other) => one - other);
+    const contrast = (high + 0.05) / (low + 0.05);
+    const kind = `${node.parentElement.className} ${node.tagName}.${node.className}`;
+    if (contrast < 4.5) faint[kind] = Math.min(faint[kind] ?? 99, Number(contrast.toFixed(2)));
+  }
+  return faint;
+}
+
+/** Fails where a text stands out less than 4.5 to 1 (WCAG 2, AA), or the page is cut at its side. */
+export async function expectReadable(page) {
+  assert.deepEqual(await page.value(`(${faintTexts})()`), {}, 'texts are too faint');
+  const [needed, given] = await page.value('[document.documentElement.scrollWidth, innerWidth]');
+  assert.ok(needed <= given, `the page takes ${needed} of ${given} pixels`);
+}
+
 /** Runs the tests, or the one that is named, and ends the process with how they went. */
 export async function runTests(browser, tests, only = undefined) {
   const chosen = Object.entries(tests).filter(([name]) => !only || name === only);

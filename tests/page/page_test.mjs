@@ -5,7 +5,7 @@ import { execFileSync } from 'node:child_process';
 import { readFileSync, writeFileSync } from 'node:fs';
 import path from 'node:path';
 import { pathToFileURL } from 'node:url';
-import { expectClean, prepared, runTests } from './browser.mjs';
+import { expectClean, expectReadable, prepared, runTests } from './browser.mjs';
 
 const [, , program, folder, only] = process.argv;
 const browser = prepared(folder);
@@ -206,6 +206,25 @@ const tests = {
     }
     expectClean(page, url);
     await page.close();
+  },
+
+  async shouldBeReadableOnADeskAndOnAPhoneInLightAndDark() {
+    const { url } = run('readable', { runners: [crossing('one', 20), crossing('two', 40)],
+      bars: oneSeries, capital: 20000 });
+    for (const scheme of ['light', 'dark']) {
+      for (const width of [1500, 400]) {
+        for (const address of [url, `${url}#one`]) {
+          const page = await browser.open(address, { width, scheme });
+          await expectReadable(page);
+          const cut = await page.value(`Array.from(document.querySelectorAll('.table :is(th, td)'),
+            (cell) => (cell.scrollWidth > cell.clientWidth ? cell.textContent : null))
+            .filter((text) => text)`);
+          assert.deepEqual(cut, []);
+          expectClean(page, url);
+          await page.close();
+        }
+      }
+    }
   },
 
   async shouldFollowTheColoursOfTheSystemUntilOneIsChosen() {
