@@ -240,13 +240,17 @@ class RunChart {
     }
   }
 
-  /** What the legends say of the candle under the pointer, or of the last one. */
-  showLegends(event) {
+  /** What the legends say of the candle under the pointer, or of the last one in view. */
+  showLegends(event = this.pointer) {
+    this.pointer = event;
     const isOn = event && event.time !== undefined && event.logical !== undefined;
     const at = isOn ? Math.min(Math.max(0, event.logical), this.axis.utc.length - 1)
-      : this.axis.utc.length - 1;
-    if (this.candles) this.showPrices(isOn ? at : this.axis.firstCandle +
-      this.series.candles.time.length - 1);
+      : this.view()[1];
+    if (this.candles) {
+      const { firstCandle } = this.axis;
+      const last = firstCandle + this.series.candles.time.length - 1;
+      this.showPrices(isOn ? at : Math.min(Math.max(at, firstCandle), last));
+    }
     if (!this.equity) return;
     const equity = this.curve.equity[at];
     const since = equity === null ? null : equity / this.trading.startBalance - 1;
@@ -293,6 +297,7 @@ class RunChart {
     requestAnimationFrame(() => {
       this.isDue = false;
       this.drawMarks();
+      this.showLegends();
       const [from, to] = this.view();
       this.onRange(this.axis.utc[from], this.axis.utc[to], to - from + 1);
     });
@@ -350,8 +355,10 @@ class RunChart {
       const { candle } = group;
       const range = this.chart.timeScale().getVisibleLogicalRange();
       const span = Math.min(range ? range.to - range.from : 120, 160);
-      this.chart.timeScale().setVisibleLogicalRange(
-        { from: candle - span / 2, to: candle + span / 2 });
+      const last = this.axis.utc.length - 1;
+      // In the middle, but for trades so early or late that half of the chart would be empty.
+      const from = Math.max(-1, Math.min(candle - span / 2, last + 1 - span));
+      this.chart.timeScale().setVisibleLogicalRange({ from, to: from + span });
       const { trades } = this.trading;
       this.line = this.candles.createPriceLine({
         price: trades.price[trade], color: theme.color(trades.isBuy[trade] ? 'buy' : 'sell'),

@@ -9,7 +9,7 @@ function tiles() {
       : 'the whole grid')];
   if (isWalk) {
     const sum = sweep.outOfSample.reduce((all, row) => all + (row.figures[profit] || 0), 0);
-    result.push(tile('Windows', number(sweep.windows.length), 'in-sample, then out-of-sample'),
+    result.push(tile('Windows', number(sweep.windows.length), 'in- and out-of-sample'),
       tile('Out-of-sample profit', money(sum),
         `sum of ${plural(sweep.outOfSample.length, 'window')}`));
   } else {

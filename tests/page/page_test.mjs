@@ -115,6 +115,14 @@ const tests = {
       'document.querySelector(".trades tr[aria-selected=true]").dataset.row'), '7');
     await page.click('.stepper button:last-child');
     assert.equal(await page.value('document.querySelector(".chart").dataset.trade'), '8');
+    await page.click('.trades tr[data-row="0"]');
+    const [, end] = await range(page);
+    const last = readFileSync(bars, 'utf8').split('\n').find((line) => line.startsWith(end));
+    const open = Number(last.split(',')[1]);
+    assert.equal(await page.value(text('.legend span')),
+      `O${open.toLocaleString('en-US', { minimumFractionDigits: 2 })}`, 'of the last bar in view');
+    const count = parseInt(await page.value('document.querySelector(".range").title'), 10);
+    assert.ok(count > 140, `only ${count} candles are in view`);
     expectClean(page, url);
     await page.close();
   },
