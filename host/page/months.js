@@ -25,7 +25,7 @@ const LEAST_PERCENT = 0.001;
 function monthText(value, decimals) {
   const size = Math.abs(value) * 100;
   if (size === 0) return '0';
-  if (size < LEAST_PERCENT) return value > 0 ? `<${LEAST_PERCENT}` : `>\u2212${LEAST_PERCENT}`;
+  if (size < LEAST_PERCENT) return '≈0';
   if (size >= 99.95) return signed(number(value * 100), value);
   const digits = Math.max(decimals, size >= 0.05 ? 1 : size >= 0.005 ? 2 : 3);
   return signed(number(value * 100, digits), value);
@@ -36,7 +36,7 @@ function heatCell(value, strongest, decimals, title) {
   if (value === null) return el('td', { class: 'none' });
   const share = strongest > 0 ? Math.min(1, Math.abs(value) / strongest) : 0;
   const text = monthText(value, decimals);
-  const className = /^[<>]/.test(text) ? '' : tone(text);
+  const className = tone(text);
   return el('td', {
     class: `heat ${className}`, title: `${title}: ${signedPercent(value, decimalsFor(value * 100, 3))}`,
     style: `--heat: ${className ? (8 + 52 * share).toFixed(1) : 0}%`,

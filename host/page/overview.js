@@ -25,6 +25,7 @@ class OverviewChart {
 
   destroy() {
     theme.listeners.delete(this.redraw);
+    this.legend.remove();
     this.chart.remove();
   }
 
@@ -55,8 +56,8 @@ class OverviewChart {
         : { time, value: equity[i] / start - 1 })));
       this.lines.push(line);
     }
-    this.legend = el('div', { class: 'legend names' });
-    this.host.append(this.legend);
+    this.legend = el('div', { class: 'names' });
+    this.host.before(this.legend);
     this.chart.subscribeCrosshairMove((event) => this.showValues(event));
     this.recolor();
     showWhole(this.chart, this.axis);
