@@ -149,7 +149,11 @@ const tests = {
   },
 
   async shouldShowTheBestCellOfAWideMapOnADeskAndOnAPhone() {
-    const { url } = sweep('wide', [], { grid: ['--grid', 'fast=2:3:1', '--grid', 'slow=4:160:2'] });
+    // The best is the last of them.
+    const slow = Array.from({ length: 79 }, (_, at) => 160 - 2 * at);
+    const { rows, url } = sweep('wide', [],
+      { grid: ['--grid', 'fast=2:3:1', '--grid', `slow=${slow}`] });
+    assert.equal(rows[0].slow, '4');
     for (const width of [1500, 400]) {
       const page = await browser.open(url, { width });
       const [box, best] = await page.value(`['.map-body .scroll-x', '.map .best'].map((selector) => {
