@@ -11,7 +11,7 @@ namespace orvane {
 namespace {
 
 constexpr int64 kDayMs = 86'400'000;
-constexpr double kYearMs = 365.25 * 86'400'000.0;
+constexpr double kYearDays = 365.25;
 
 int64 dayOf(int64 utcMs) { return utcMs >= 0 ? utcMs / kDayMs : (utcMs - kDayMs + 1) / kDayMs; }
 
@@ -41,7 +41,7 @@ void addReturnFigures(const std::vector<double>& returns, Figures& figures) {
   const double deviation = std::sqrt(squares / (count - 1));
   const double downDeviation = std::sqrt(downSquares / count);
   const double scale = std::sqrt(kTradingDaysPerYear);
-  figures.annualVolatility = deviation * scale;
+  if (figures.isLongEnoughForAYear()) figures.annualVolatility = deviation * scale;
   if (deviation > 0) figures.sharpe = mean / deviation * scale;
   if (downDeviation > 0) figures.sortino = mean / downDeviation * scale;
 }
@@ -138,11 +138,11 @@ Figures makeFigures(double startBalance, const std::vector<EquityPoint>& curve,
   figures.finalEquity = curve.empty() ? startBalance : curve.back().equity;
   figures.profit = withoutNoise(figures.finalEquity - startBalance);
   if (startBalance > 0) figures.totalReturn = figures.profit / startBalance;
-  if (startBalance > 0 && figures.finalEquity > 0 && curve.size() > 1) {
-    const auto span = static_cast<double>(curve.back().time - curve.front().time);
-    if (span >= static_cast<double>(kDayMs))
-      figures.annualReturn = std::pow(figures.finalEquity / startBalance, kYearMs / span) - 1;
-  }
+  if (!curve.empty())
+    figures.days = static_cast<double>(curve.back().time - curve.front().time) / kDayMs;
+  if (startBalance > 0 && figures.finalEquity > 0 && figures.isLongEnoughForAYear())
+    figures.annualReturn =
+        std::pow(figures.finalEquity / startBalance, kYearDays / figures.days) - 1;
   addReturnFigures(dailyReturns(startBalance, curve), figures);
   figures.drawdown = deepestDrawdown(curve);
   addTradeFigures(fills, figures);

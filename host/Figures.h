@@ -8,6 +8,12 @@
 
 namespace orvane {
 
+/// Trading days of a year, for figures that are made of daily returns.
+inline constexpr double kTradingDaysPerYear = 252;
+
+/// Of shorter spans nothing is told by the year: a good week is no year of good weeks.
+inline constexpr double kLeastDaysOfAYear = 28;
+
 /// The deepest fall of an equity curve from a peak before it.
 struct Drawdown {
   double amount = 0;
@@ -21,16 +27,18 @@ struct Drawdown {
 struct Figures {
   double startBalance = 0, finalEquity = 0;
   double profit = 0;
+  double days = 0;  ///< From the first point of the curve to the last.
+  /// Of a span that is too short for a year, annual return and volatility are empty. Sharpe and
+  /// Sortino are not, since they rank runs of one span; but people are not shown them.
   std::optional<double> totalReturn, annualReturn, annualVolatility, sharpe, sortino;
   Drawdown drawdown;
   std::size_t fills = 0, closings = 0;
   std::optional<double> winRate, profitFactor, meanWin, meanLoss;
   double turnover = 0, fees = 0;
   std::optional<double> exposure;  ///< Share of the time with a position.
-};
 
-/// Trading days of a year, for figures that are made of daily returns.
-inline constexpr double kTradingDaysPerYear = 252;
+  bool isLongEnoughForAYear() const { return days >= kLeastDaysOfAYear; }
+};
 
 Figures makeFigures(double startBalance, const std::vector<EquityPoint>& curve,
                     const std::vector<OrderFill>& fills);

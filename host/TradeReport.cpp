@@ -89,6 +89,13 @@ QJsonObject curveObject(const std::vector<EquityPoint>& curve) {
           {"equity", equities}};
 }
 
+/// Why a span has no figures of a year; null where it has them.
+QJsonValue annualNote(const Figures& figures) {
+  if (figures.isLongEnoughForAYear()) return {};
+  return qt(fmt::format("{:.1f} days are too few for a figure of a year, which takes {:.0f}",
+                        figures.days, kLeastDaysOfAYear));
+}
+
 QJsonObject figuresObject(const Figures& figures) {
   const Drawdown& fall = figures.drawdown;
   const QJsonObject drawdown{{"amount", fall.amount},
@@ -100,6 +107,8 @@ QJsonObject figuresObject(const Figures& figures) {
           {"finalEquity", figures.finalEquity},
           {"profit", figures.profit},
           {"return", numberOrNull(figures.totalReturn)},
+          {"days", figures.days},
+          {"annualNote", annualNote(figures)},
           {"annualReturn", numberOrNull(figures.annualReturn)},
           {"annualVolatility", numberOrNull(figures.annualVolatility)},
           {"sharpe", numberOrNull(figures.sharpe)},
@@ -116,9 +125,14 @@ QJsonObject figuresObject(const Figures& figures) {
           {"exposure", numberOrNull(figures.exposure)}};
 }
 
-std::string currencyOf(const AccountResult& account) {
-  const auto at = static_cast<std::size_t>(account.account.currency);
-  return at < currencyNames.size() ? currencyNames[at] : "";
+/// Its name; null where the account has none.
+QJsonValue currencyOf(const AccountResult& account) {
+  const std::int32_t currency = account.account.currency;
+  const auto at = static_cast<std::size_t>(currency);
+  if (currency == TradingAccountID().currency || at >= currencyNames.size() ||
+      *currencyNames[at] == 0)
+    return {};
+  return currencyNames[at];
 }
 
 std::vector<OrderFill> fillsOf(const AccountResult& account) {
@@ -166,11 +180,14 @@ QJsonObject capitalObject(const TradingAccount& capital) {
           {"equity", view.equity()}};
 }
 
-std::string percent(const std::optional<double>& share) {
-  return share ? fmt::format("{:.2f}%", *share * 100) : "-";
-}
+/// What rounds to zero has no sign.
 std::string ratio(const std::optional<double>& value) {
-  return value ? fmt::format("{:.2f}", *value) : "-";
+  if (!value) return "-";
+  std::string text = fmt::format("{:.2f}", *value);
+  return text == "-0.00" ? "0.00" : text;
+}
+std::string percent(const std::optional<double>& share) {
+  return share ? ratio(*share * 100) + "%" : "-";
 }
 
 }  // namespace
@@ -250,7 +267,7 @@ QJsonArray accountsReport(const RunOutcome& outcome) {
     result.append(QJsonObject{
         {"name", qt(gbkToUtf8(account.account.account))},
         {"otherTrading", itsOthers},
-        {"currency", qt(currencyOf(account))},
+        {"currency", currencyOf(account)},
         {"startBalance", start},
         {"final", capitalObject(account.capital)},
         {"figures", figuresObject(makeFigures(start, account.curve, fillsOf(account)))}});
@@ -260,7 +277,7 @@ QJsonArray accountsReport(const RunOutcome& outcome) {
 
 QJsonValue totalReport(const RunOutcome& outcome) {
   if (outcome.accounts->empty()) return {};
-  const std::string currency = currencyOf(outcome.accounts->front());
+  const QJsonValue currency = currencyOf(outcome.accounts->front());
   double start = 0;
   std::vector<OrderFill> fills;
   for (const AccountResult& account : *outcome.accounts) {
@@ -270,7 +287,7 @@ QJsonValue totalReport(const RunOutcome& outcome) {
     fills.insert(fills.end(), own.begin(), own.end());
   }
   return QJsonObject{
-      {"currency", qt(currency)},
+      {"currency", currency},
       {"accounts", static_cast<qint64>(outcome.accounts->size())},
       {"figures", figuresObject(makeFigures(start, sumOf(*outcome.accounts), fills))}};
 }
@@ -299,11 +316,17 @@ std::string rejectionsOf(const std::string& name, const SourceResult& trading) {
 
 std::string figuresTable(const RunOutcome& outcome) {
   std::string rows, rejections;
-  const auto addRow = [&rows](const std::string& name, const Figures& figures) {
+  bool hasShort = false;
+  const auto addRow = [&](const std::string& name, const Figures& figures) {
+    const bool isShort = !figures.isLongEnoughForAYear();
+    hasShort = hasShort || isShort;
+    const auto yearly = [isShort](const std::optional<double>& value) {
+      return ratio(isShort ? std::nullopt : value);
+    };
     rows += fmt::format("{:<16} {:>7} {:>14.2f} {:>9} {:>9} {:>7} {:>7} {:>8} {:>7} {:>7}\n", name,
                         figures.fills, figures.finalEquity, percent(figures.totalReturn),
-                        percent(figures.annualReturn), ratio(figures.sharpe),
-                        ratio(figures.sortino), percent(figures.drawdown.share),
+                        percent(figures.annualReturn), yearly(figures.sharpe),
+                        yearly(figures.sortino), percent(figures.drawdown.share),
                         percent(figures.winRate), ratio(figures.profitFactor));
   };
   std::size_t traders = 0;
@@ -334,7 +357,11 @@ std::string figuresTable(const RunOutcome& outcome) {
   return fmt::format("\n{:<16} {:>7} {:>14} {:>9} {:>9} {:>7} {:>7} {:>8} {:>7} {:>7}\n", "trading",
                      "fills", "final equity", "return", "annual", "sharpe", "sortino", "max dd",
                      "wins", "pf") +
-         rows + rejections;
+         rows +
+         (hasShort ? fmt::format("annual, sharpe and sortino take {:.0f} days of trading\n",
+                                 kLeastDaysOfAYear)
+                   : "") +
+         rejections;
 }
 
 }  // namespace orvane

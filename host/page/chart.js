@@ -20,7 +20,9 @@ function chartOptions(axis, width) {
       vertLine: { color: theme.color('muted'), labelBackgroundColor: theme.color('label') },
       horzLine: { color: theme.color('muted'), labelBackgroundColor: theme.color('label') },
     },
-    rightPriceScale: { borderColor: theme.color('line'), minimumWidth: 84 },
+    rightPriceScale: {
+      borderColor: theme.color('line'), minimumWidth: 84, entireTextOnly: true,
+    },
     timeScale: {
       borderColor: theme.color('line'), timeVisible: isIntraday, secondsVisible: width < 60000,
       minBarSpacing: 0.001, rightOffset: 0,
@@ -28,6 +30,17 @@ function chartOptions(axis, width) {
     },
     localization: { timeFormatter: (time) => chartTimeText(axis, time, isIntraday) },
   };
+}
+
+const LABEL_ROOM = 28;  // Pixels: half a label of the time axis, so that the first is not cut.
+
+function showWhole(chart, axis) {
+  const room = chart.timeScale().width();
+  const last = axis.utc.length - 1;
+  if (room < 4 * LABEL_ROOM || last < 1) chart.timeScale().fitContent();
+  else
+    chart.timeScale().setVisibleLogicalRange(
+      { from: -0.5 - (last + 1) * LABEL_ROOM / (room - LABEL_ROOM), to: last + 0.5 });
 }
 
 /** A label of the time axis. Its times are on the run's clock already. */
@@ -157,11 +170,15 @@ class RunChart {
       priceLineVisible: false,
     }, pane);
     this.equity.setData(points(curve.equity));
+    const deepest = curve.drawdown.reduce((least, fall) => Math.min(least, fall ?? 0), 0);
+    const digits = Math.min(4, decimalsFor(deepest * 100, 2));
+    const step = 10 ** -(digits + 2);
+    this.fallText = (share) => percent(share, digits);
     this.drawdown = this.chart.addSeries(charts.BaselineSeries, {
       baseValue: { type: 'price', price: 0 }, lineWidth: 1,
       // A scale has room above its highest value, but nothing lies above a peak.
-      priceFormat: { type: 'custom', minMove: 0.0001,
-        formatter: (value) => (value > 0.00005 ? '' : percent(value)) },
+      priceFormat: { type: 'custom', minMove: step,
+        formatter: (value) => (value > step / 2 ? '' : this.fallText(value)) },
       priceLineVisible: false,
     }, pane + 1);
     this.drawdown.setData(points(curve.drawdown));
@@ -223,20 +240,24 @@ class RunChart {
     }
   }
 
-  /** What the legends say of the candle under the pointer, or of the last one. */
-  showLegends(event) {
+  /** What the legends say of the candle under the pointer, or of the last one in view. */
+  showLegends(event = this.pointer) {
+    this.pointer = event;
     const isOn = event && event.time !== undefined && event.logical !== undefined;
     const at = isOn ? Math.min(Math.max(0, event.logical), this.axis.utc.length - 1)
-      : this.axis.utc.length - 1;
-    if (this.candles) this.showPrices(isOn ? at : this.axis.firstCandle +
-      this.series.candles.time.length - 1);
+      : this.view()[1];
+    if (this.candles) {
+      const { firstCandle } = this.axis;
+      const last = firstCandle + this.series.candles.time.length - 1;
+      this.showPrices(isOn ? at : Math.min(Math.max(at, firstCandle), last));
+    }
     if (!this.equity) return;
     const equity = this.curve.equity[at];
     const since = equity === null ? null : equity / this.trading.startBalance - 1;
     this.equityLegend.replaceChildren(el('b', {}, 'Equity'), el('span', {}, money(equity)),
       colored(signedPercent(since)));
     this.drawdownLegend.replaceChildren(el('b', {}, 'Drawdown'),
-      colored(percent(this.curve.drawdown[at])));
+      colored(this.fallText(this.curve.drawdown[at])));
     const id = event && event.hoveredObjectId;
     this.host.classList.toggle('on-mark', id !== undefined && id !== null);
   }
@@ -276,6 +297,7 @@ class RunChart {
     requestAnimationFrame(() => {
       this.isDue = false;
       this.drawMarks();
+      this.showLegends();
       const [from, to] = this.view();
       this.onRange(this.axis.utc[from], this.axis.utc[to], to - from + 1);
     });
@@ -301,7 +323,7 @@ class RunChart {
   }
 
   showAll() {
-    this.chart.timeScale().fitContent();
+    showWhole(this.chart, this.axis);
   }
 
   /** Shows the last `ms` before the end of what is in view. */
@@ -333,8 +355,10 @@ class RunChart {
       const { candle } = group;
       const range = this.chart.timeScale().getVisibleLogicalRange();
       const span = Math.min(range ? range.to - range.from : 120, 160);
-      this.chart.timeScale().setVisibleLogicalRange(
-        { from: candle - span / 2, to: candle + span / 2 });
+      const last = this.axis.utc.length - 1;
+      // In the middle, but for trades so early or late that half of the chart would be empty.
+      const from = Math.max(-1, Math.min(candle - span / 2, last + 1 - span));
+      this.chart.timeScale().setVisibleLogicalRange({ from, to: from + span });
       const { trades } = this.trading;
       this.line = this.candles.createPriceLine({
         price: trades.price[trade], color: theme.color(trades.isBuy[trade] ? 'buy' : 'sell'),

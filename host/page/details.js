@@ -3,7 +3,7 @@
 /** A table whose rows are lists of cells: texts or nodes. `numbers` are the columns that align. */
 function plainTable(heads, rows, numbers = []) {
   const isNumber = (at) => (numbers.includes(at) ? 'number' : null);
-  return el('div', { class: 'scroll-x' }, el('table', { class: 'plain' },
+  return scrollBox(el('table', { class: 'plain' },
     el('thead', {}, el('tr', {}, ...heads.map((head, at) =>
       el('th', { scope: 'col', class: isNumber(at) }, head)))),
     el('tbody', {}, ...rows.map((row) => el('tr', {}, ...row.map((cell, at) =>
@@ -91,7 +91,7 @@ function accountsCard() {
   if (run.accounts.length === 0) return null;
   return card('Accounts', null, plainTable(
     ['Account', 'Currency', 'Start', 'Equity', 'Return', 'Available', 'Margin', 'Fees'],
-    run.accounts.map((account) => [account.name, currencyText(account.currency) || NONE,
+    run.accounts.map((account) => [account.name, account.currency || NONE,
       money(account.startBalance), money(account.final.equity),
       colored(signedPercent(account.figures.return)),
       money(account.final.available), money(account.final.margin), money(account.final.fee)]),

@@ -21,6 +21,41 @@ function card(title, aside, ...content) {
     el('header', { class: 'card-head' }, el('h2', {}, title), aside), ...content);
 }
 
+/** One figure with its name above and what explains it below. */
+function tile(label, value, below, { className = '', hint = null } = {}) {
+  return el('div', { class: 'tile', title: hint },
+    el('div', { class: 'tile-label' }, label),
+    el('div', { class: `tile-value ${className}`.trim() }, value),
+    el('div', { class: 'tile-below' }, below || '\u00a0'));
+}
+
+const MOST_TILES_OF_A_ROW = 6;
+
+/** Tiles in rows of one length: all in one, in two halves, or in pairs, as there is room. */
+function tileRows(tiles) {
+  return el('div', {
+    class: tiles.length > MOST_TILES_OF_A_ROW ? 'tiles many' : 'tiles',
+    style: `--all: ${tiles.length}; --half: ${Math.ceil(tiles.length / 2)}`,
+  }, ...tiles);
+}
+
+/** Fades the right edge of a box for as long as there is more beyond it; answers its observer. */
+function fadeWhereCut(box) {
+  const look = () => box.classList.toggle('cut',
+    box.scrollLeft + box.clientWidth < box.scrollWidth - 1);
+  box.addEventListener('scroll', look, { passive: true });
+  const observer = new ResizeObserver(look);
+  for (const node of [box, ...box.children]) observer.observe(node);
+  return observer;
+}
+
+/** A box that scrolls sideways where its content is wider than the page. */
+function scrollBox(content, className = '') {
+  const box = el('div', { class: `scroll-x ${className}`.trim() }, content);
+  fadeWhereCut(box);
+  return box;
+}
+
 /** A row of buttons of which one is on. `choices` are pairs of value and text. */
 function segmented(label, choices, current, onChoose) {
   const group = el('div', { class: 'segmented', role: 'group', 'aria-label': label });

@@ -1,36 +1,34 @@
 // The figures of a run: the main ones large, all of them as a list.
 
-/** One figure with its name above and what explains it below. */
-function tile(label, value, below, className = '', hint = null) {
-  return el('div', { class: 'tile', title: hint },
-    el('div', { class: 'tile-label' }, label),
-    el('div', { class: `tile-value ${className}`.trim() }, value),
-    el('div', { class: 'tile-below' }, below || '\u00a0'));
-}
-
 /** A figure that is coloured by its sign. */
 function signedTile(label, text, below) {
-  return tile(label, text, below, tone(text));
+  return tile(label, text, below, { className: tone(text) });
 }
 
-/** Tiles in rows of one length: all in one, in two halves, or in pairs, as there is room. */
-function tileRows(tiles) {
-  return el('div', {
-    class: 'tiles', style: `--all: ${tiles.length}; --half: ${Math.ceil(tiles.length / 2)}`,
-  }, ...tiles);
+/** The figures that are told by the year; a short span has none, and the hint says why. */
+function yearlyTiles({ annualNote, annualReturn, annualVolatility, sharpe, sortino }) {
+  if (annualNote) {
+    return ['Annual return', 'Sharpe'].map((name) =>
+      tile(name, NONE, 'too few days', { hint: annualNote }));
+  }
+  return [
+    signedTile('Annual return', signedPercent(annualReturn),
+      `volatility ${percent(annualVolatility)}`),
+    tile('Sharpe', number(sharpe, 2), `Sortino ${number(sortino, 2)}`),
+  ];
 }
 
 function tradingTiles(trading) {
   const { figures } = trading;
   const fall = figures.maxDrawdown;
-  const unit = currencyText(trading.currency);
+  const [annual, sharpe] = yearlyTiles(figures);
   return [
-    signedTile('Return', signedPercent(figures.return), `${signedMoney(figures.profit)} ${unit}`),
-    signedTile('Annual return', signedPercent(figures.annualReturn),
-      `volatility ${percent(figures.annualVolatility)}`),
+    signedTile('Return', signedPercent(figures.return),
+      [signedMoney(figures.profit), trading.currency].filter(Boolean).join(' ')),
+    annual,
     signedTile('Max drawdown', percent(-fall.share),
       fall.trough ? `trough ${reportDate(fall.trough)}` : 'never below a peak'),
-    tile('Sharpe', number(figures.sharpe, 2), `Sortino ${number(figures.sortino, 2)}`),
+    sharpe,
     tile('Win rate', percent(figures.winRate, 1), `of ${plural(figures.closings, 'closing fill')}`),
     tile('Profit factor', number(figures.profitFactor, 2),
       `mean ${short(figures.meanWin)} / ${short(figures.meanLoss)}`),
@@ -72,12 +70,13 @@ function pairs(rows) {
 
 function figuresCard(figures, currency) {
   const fall = figures.maxDrawdown;
-  return card('Figures', el('span', { class: 'aside' }, currencyText(currency)), pairs([
+  return card('Figures', el('span', { class: 'aside' }, currency), pairs([
     ['Start balance', money(figures.startBalance)],
     ['Final equity', money(figures.finalEquity)],
     ['Profit', signedMoney(figures.profit)],
     ['Annual volatility', percent(figures.annualVolatility),
-      'Sample standard deviation of the daily returns, times the root of 252'],
+      figures.annualNote ||
+        'Sample standard deviation of the daily returns, times the root of 252'],
     ['Deepest fall', `${money(fall.amount)}`, 'From a peak to the trough after it'],
     ['Peak', reportTime(fall.peak)],
     ['Trough', reportTime(fall.trough)],

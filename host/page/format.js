@@ -37,6 +37,13 @@ function percent(share, digits = 2) {
   return share === null || share === undefined ? NONE : `${number(share * 100, digits)}%`;
 }
 
+/** How many decimals show two digits of a small number, and `least` of a larger one. */
+function decimalsFor(value, least) {
+  const size = Math.abs(value);
+  return size > 0 && size < 1 ? Math.min(12, Math.max(least, 1 - Math.floor(Math.log10(size))))
+    : least;
+}
+
 const signedMoney = (value) => signed(money(value), value);
 const signedPercent = (share, digits) => signed(percent(share, digits), share);
 
@@ -45,13 +52,14 @@ function colored(text) {
   return el('span', { class: tone(text) }, text);
 }
 
-/** Large amounts in few characters: 12.3M. */
-function short(value) {
+/** Large amounts in few characters, three digits or so many: 12.3M. `isEven`: with their zeros. */
+function short(value, figures = 3, isEven = false) {
   if (value === null || value === undefined) return NONE;
   for (const [unit, name] of [[1e12, 'T'], [1e9, 'B'], [1e6, 'M'], [1e3, 'K']]) {
     const part = value / unit;
-    const digits = Math.abs(part) >= 100 ? 0 : Math.abs(part) >= 10 ? 1 : 2;
-    if (Math.abs(part) >= 1) return number(part, digits, 0) + name;
+    const whole = Math.abs(part) >= 100 ? 3 : Math.abs(part) >= 10 ? 2 : 1;
+    const digits = Math.max(0, figures - whole);
+    if (Math.abs(part) >= 1) return number(part, digits, isEven ? digits : 0) + name;
   }
   return number(value, 2, 0);
 }
@@ -60,11 +68,6 @@ function short(value) {
 function roundMoney(value) {
   const size = Math.abs(value);
   return size >= 1e9 ? number(value / 1e6, 2) + 'M' : number(value, size >= 1000 ? 0 : 2);
-}
-
-/** The name of a currency; empty where none was given. */
-function currencyText(name) {
-  return name && name !== 'unknowmoney' ? name : '';
 }
 
 function bytes(value) {

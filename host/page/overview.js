@@ -25,6 +25,7 @@ class OverviewChart {
 
   destroy() {
     theme.listeners.delete(this.redraw);
+    this.legend.remove();
     this.chart.remove();
   }
 
@@ -55,11 +56,11 @@ class OverviewChart {
         : { time, value: equity[i] / start - 1 })));
       this.lines.push(line);
     }
-    this.legend = el('div', { class: 'legend names' });
-    this.host.append(this.legend);
+    this.legend = el('div', { class: 'names' });
+    this.host.before(this.legend);
     this.chart.subscribeCrosshairMove((event) => this.showValues(event));
     this.recolor();
-    this.chart.timeScale().fitContent();
+    showWhole(this.chart, this.axis);
   }
 
   recolor() {
@@ -148,19 +149,25 @@ class OverviewPage {
     const figure = (i, name) => (entries[i].trading ? entries[i].trading.figures[name] : null);
     const column = (title, value, show, more = {}) => ({ title, isNumber: true, value, show,
       ...more });
-    const share = (title, name) => column(title, (i) => figure(i, name),
+    const share = (title, name, more) => column(title, (i) => figure(i, name),
       (i) => signedPercent(figure(i, name)),
-      { tone: (i) => tone(signedPercent(figure(i, name))) });
+      { tone: (i) => tone(signedPercent(figure(i, name))), ...more });
     const ratio = (title, name) => column(title, (i) => figure(i, name),
       (i) => number(figure(i, name), 2));
+    const whyNotYearly = (i) => figure(i, 'annualNote');
+    const yearly = (title, name) => {
+      const value = (i) => (whyNotYearly(i) ? null : figure(i, name));
+      return column(title, value, (i) => number(value(i), 2),
+        { title_of: whyNotYearly });
+    };
     const fall = (i) => (entries[i].trading ? entries[i].trading.figures.maxDrawdown.share : null);
     const fallText = (i) => (fall(i) === null ? NONE : percent(-fall(i)));
     const columns = [
-      { title: 'Runner', width: '15%', value: (i) => entries[i].name,
+      { title: 'Runner', value: (i) => entries[i].name,
         show: (i) => el('a', { href: pageLink(entries[i]) }, entries[i].name) },
-      { title: 'Strategy', width: '12%', value: (i) => entries[i].strategy || '',
+      { title: 'Strategy', value: (i) => entries[i].strategy || '',
         show: (i) => (entries[i].strategy || '').split('/').pop() },
-      { title: 'Status', width: '92px', value: (i) => entries[i].status || '',
+      { title: 'Status', value: (i) => entries[i].status || '',
         show: (i) => entries[i].status || '', tone: (i) =>
           (entries[i].status === 'Error' ? 'down' : '') },
     ];
@@ -168,8 +175,9 @@ class OverviewPage {
       columns.push(
         column('Fills', (i) => figure(i, 'fills'), (i) => number(figure(i, 'fills'))),
         column('Final equity', (i) => figure(i, 'finalEquity'),
-          (i) => money(figure(i, 'finalEquity')), { width: '12%' }),
-        share('Return', 'return'), share('Annual', 'annualReturn'), ratio('Sharpe', 'sharpe'),
+          (i) => money(figure(i, 'finalEquity'))),
+        share('Return', 'return'),
+        share('Annual', 'annualReturn', { title_of: whyNotYearly }), yearly('Sharpe', 'sharpe'),
         column('Drawdown', fall, fallText, { tone: (i) => tone(fallText(i)) }),
         column('Wins', (i) => figure(i, 'winRate'), (i) => percent(figure(i, 'winRate'), 1)),
         ratio('Factor', 'profitFactor'));
@@ -182,7 +190,7 @@ class OverviewPage {
           (i) => number(entries[i].notifications)));
     }
     columns.push(column('Exceptions', (i) => (entries[i].exceptions || { count: 0 }).count,
-      (i) => number((entries[i].exceptions || { count: 0 }).count), { width: '100px', tone: (i) =>
+      (i) => number((entries[i].exceptions || { count: 0 }).count), { tone: (i) =>
         ((entries[i].exceptions || { count: 0 }).count ? 'down' : 'muted') }));
     return new DataTable({ label: 'Runners', columns, count: entries.length, mostRows: 16,
       onChoose: (i) => { location.hash = pageLink(entries[i]); } });

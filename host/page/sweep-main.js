@@ -1,10 +1,5 @@
 // The page of a sweep, from top to bottom.
 
-function tile(label, value, below, title = null) {
-  return el('div', { class: 'tile', title }, el('div', { class: 'tile-label' }, label),
-    el('div', { class: 'tile-value' }, value), el('div', { class: 'tile-below' }, below));
-}
-
 function tiles() {
   const profit = sweep.figures.findIndex((figure) => figure.name === 'profit');
   const good = sweep.rows.filter((row) => row.isGood && row.figures[profit] !== null);
@@ -14,7 +9,7 @@ function tiles() {
       : 'the whole grid')];
   if (isWalk) {
     const sum = sweep.outOfSample.reduce((all, row) => all + (row.figures[profit] || 0), 0);
-    result.push(tile('Windows', number(sweep.windows.length), 'in-sample, then out-of-sample'),
+    result.push(tile('Windows', number(sweep.windows.length), 'in- and out-of-sample'),
       tile('Out-of-sample profit', money(sum),
         `sum of ${plural(sweep.outOfSample.length, 'window')}`));
   } else {
@@ -23,7 +18,7 @@ function tiles() {
     if (best) {
       result.push(tile(`Best: ${figure.toLowerCase()}`,
         figureText(sweep.rank, best.figures[sweep.rank]), parametersText(best),
-        parametersText(best)));
+        { hint: parametersText(best) }));
     }
   }
   result.push(tile(isWalk ? 'In-sample with a profit' : 'With a profit',
@@ -34,7 +29,7 @@ function tiles() {
     result.push(tile('Errors', number(sweep.errors - crashed), 'their message is in the table'));
   if (crashed)
     result.push(tile('Crashed', number(crashed), 'each ended its process and nothing else'));
-  return el('div', { class: 'tiles' }, ...result);
+  return tileRows(result);
 }
 
 function notices() {
@@ -52,8 +47,8 @@ function notices() {
   if (!isWalk && sweep.combinations > 20) {
     result.push(el('p', { class: 'notice' },
       `The best of ${number(sweep.combinations)} tries looks better than it is: part of it is ` +
-      'chance. Look for a wide field of good neighbours, and try the choice on other data ' +
-      '(--walk-forward).'));
+      'chance. Look for a wide field of good neighbours, and try the choice on other data: ',
+      el('code', {}, '--walk-forward'), '.'));
   }
   return result;
 }
@@ -84,5 +79,6 @@ document.getElementById('main').append(el('div', { class: 'page' },
     `ranked by ${sweep.figures[sweep.rank].title.toLowerCase()}`))),
   ...notices(), tiles(), ...(isWalk ? [windowsCard()] : []), mapCard.node, rowsCard.node,
   dataCard()));
+mapCard.showBest();
 document.getElementById('foot').textContent = `orvane ${sweep.version}`;
 document.title = `${sweep.strategy} – sweep`;

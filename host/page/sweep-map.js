@@ -2,6 +2,7 @@
 // found and copied, and a click shows the runs of a cell.
 
 const MOST_STEPS = 40;
+const MOST_WIDE_STEPS = 24;  // From there on cells are as narrow as their texts.
 
 /** The values of a range along one side, several in one step where there are too many. */
 function stepsOf(range) {
@@ -68,6 +69,7 @@ function mapTable(rows, choice, onChoose) {
   if (values.length === 0) return el('p', { class: 'card-note' }, 'No run has this figure.');
   const color = colorsOf(values);
   const strongest = values.reduce((most, value) => Math.max(most, Math.abs(value)), 0);
+  const isDense = xs.names.length > MOST_WIDE_STEPS;
   const best = values.reduce((one, other) => better(figure, one, other));
   const cellNode = (cell, atX, atY) => {
     const name = `${sweep.ranges[x].name} ${xs.names[atX]}` +
@@ -92,14 +94,14 @@ function mapTable(rows, choice, onChoose) {
     }, el('button', {
       type: 'button', 'aria-label': `${name}: ${text}`,
       click: choose,
-    }, figureShort(figure, cell.value, strongest)));
+    }, figureShort(figure, cell.value, strongest, isDense ? 2 : 3)));
   };
-  return el('div', { class: 'scroll-x' }, el('table', { class: 'map' },
+  return scrollBox(el('table', { class: isDense ? 'map dense' : 'map' },
     el('thead', {},
-      el('tr', {}, el('td', {}), el('th', { colspan: xs.names.length, class: 'axis' },
-        sweep.ranges[x].name)),
+      el('tr', {}, el('th', {}), el('th', { colspan: xs.names.length, class: 'axis' },
+        el('span', {}, sweep.ranges[x].name))),
       el('tr', {}, el('th', { class: 'axis' }, y === null ? '' : sweep.ranges[y].name),
-        ...xs.names.map((name) => el('th', { scope: 'col' }, name)))),
+        ...xs.names.map((name) => el('th', { scope: 'col' }, el('span', {}, name))))),
     // The lower values of the second parameter stand below, as on an axis.
     el('tbody', {}, ...ys.names.map((name, atY) => el('tr', {},
       el('th', { scope: 'row' }, name),
@@ -181,5 +183,16 @@ class MapCard {
       this.onChoose((row) => row.window === this.window && test(row),
         isWalk ? `window ${this.window}, ${name}` : name)));
     this.mark(this.marked);
+    this.showBest();
+  }
+
+  /** Where the map is wider than the page, begins with its best cell. */
+  showBest() {
+    const box = this.body.querySelector('.scroll-x');
+    const best = this.body.querySelector('.best');
+    if (!box || !best) return;
+    const { left, right, width } = box.getBoundingClientRect();
+    const cell = best.getBoundingClientRect();
+    if (cell.right > right) box.scrollLeft += (cell.left + cell.right - left - right) / 2;
   }
 }

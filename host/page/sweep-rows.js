@@ -3,28 +3,29 @@
 function runColumns(rows) {
   const columns = [
     { title: 'Rank', isNumber: true, value: (i) => rows[i].rank,
-      show: (i) => (rows[i].rank === null ? NONE : number(rows[i].rank)), width: '64px' },
+      show: (i) => (rows[i].rank === null ? NONE : number(rows[i].rank)) },
     { title: 'No.', isNumber: true, value: (i) => rows[i].number,
-      show: (i) => String(rows[i].number), width: '80px',
+      show: (i) => String(rows[i].number),
       hint: 'The number of the combination in the grid' },
   ];
   if (isWalk) {
     columns.unshift({ title: 'Window', isNumber: true, value: (i) => rows[i].window,
-      show: (i) => String(rows[i].window), width: '72px' });
-    columns.splice(1, 0, { title: 'Sample', value: () => 0, show: () => 'in-sample',
-      width: '100px' });
+      show: (i) => String(rows[i].window) });
+    columns.splice(1, 0, { title: 'Sample', value: () => 0, show: () => 'in-sample' });
   }
   sweep.ranges.forEach((range, at) => columns.push({
     title: range.name, isNumber: true, value: (i) => rows[i].places[at],
-    show: (i) => range.values[rows[i].places[at]], width: '92px',
+    show: (i) => range.values[rows[i].places[at]],
   }));
   columns.push({ title: 'Status', value: (i) => rows[i].status, show: (i) => rows[i].status,
-    title_of: (i) => rows[i].message, tone: (i) => (rows[i].isGood ? '' : 'down'),
-    width: '92px' });
+    tone: (i) => (rows[i].isGood ? '' : 'down') });
+  if (rows.some((row) => row.message)) {
+    columns.push({ title: 'Message', value: (i) => rows[i].message || null,
+      show: (i) => rows[i].message, title_of: (i) => rows[i].message || null });
+  }
   sweep.figures.forEach((figure, at) => columns.push({
     title: figure.title, isNumber: true, value: (i) => rows[i].figures[at],
     show: (i) => figureText(at, rows[i].figures[at]), hint: figure.name,
-    width: `${Math.max(132, 8 * figure.title.length + 28)}px`,
     tone: (i) => (figure.name === 'profit' || figure.name === 'return'
       ? tone(figureText(at, rows[i].figures[at])) : ''),
   }));
@@ -40,8 +41,6 @@ class RowsCard {
       click: () => this.show(null, '') }, 'Show all');
     this.table = new DataTable({ label: 'Runs', columns: runColumns(sweep.rows),
       count: sweep.rows.length, mostRows: 18, onChoose: (i) => this.tell(i) });
-    const columns = this.table.columns.reduce((sum, column) => sum + parseInt(column.width, 10), 0);
-    this.table.node.querySelector('table').style.minWidth = `${columns}px`;
     this.chosen = el('p', { class: 'card-note chosen-run', hidden: true, 'aria-live': 'polite' });
     this.node = card('Runs', el('div', { class: 'map-tools' }, this.summary, this.all),
       this.chosen, this.table.node);

@@ -9,10 +9,13 @@ function figureText(at, value) {
   return number(value, COUNTS.has(figure.name) ? 0 : 2);
 }
 
-/** The same in few characters, for a cell among others, the strongest of which is `strongest`. */
-function figureShort(at, value, strongest) {
+/**
+ * The same in few characters, for a cell among others, the strongest of which is `strongest`. Large
+ * amounts have so many digits.
+ */
+function figureShort(at, value, strongest, digits) {
   if (sweep.figures[at].isShare) return percent(value, strongest >= 0.1 ? 0 : 1);
-  if (strongest >= 100000) return short(value);
+  if (strongest >= 100000) return short(value, digits, true);
   return number(value, COUNTS.has(sweep.figures[at].name) || strongest >= 100 ? 0 : 2);
 }
 

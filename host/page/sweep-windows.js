@@ -18,14 +18,15 @@ function windowsCard() {
   const rowNode = ([window, sample, span, row]) => el('tr', { class: sample },
     el('th', { scope: 'row' }, String(window)), el('td', {}, sample),
     el('td', {}, windowText(span)),
-    el('td', {}, row ? parametersText(row) : 'not run'),
+    el('td', {}, row ? parametersText(row) : 'not run',
+      row && row.message ? el('div', { class: 'down' }, `${row.status}: ${row.message}`) : null),
     ...figures.map((at) => el('td', {
       class: `number ${row && ['profit', 'return'].includes(sweep.figures[at].name)
         ? tone(figureText(at, row.figures[at])) : ''}`,
     }, row ? figureText(at, row.figures[at]) : '')));
   return card('Windows', el('span', { class: 'aside' }, 'chosen by the in-sample ' +
     `${sweep.figures[sweep.rank].title.toLowerCase()} alone`),
-  el('div', { class: 'scroll-x windows' }, el('table', { class: 'plain' },
+  scrollBox(el('table', { class: 'plain windows' },
     el('thead', {}, el('tr', {}, ...['Window', 'Sample', 'Span (UTC)', 'Parameters']
       .map((title) => el('th', { scope: 'col' }, title)),
     ...figures.map((at) => el('th', { scope: 'col', class: 'number' }, sweep.figures[at].title)))),

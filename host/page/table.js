@@ -2,10 +2,15 @@
 
 const ROW_HEIGHT = 32;
 const SPARE_ROWS = 12;
+const MOST_MEASURED = 400;
+const MOST_WIDTH = 360;
+const CELL_PADDING = 28;  // Some pixels more than the style says: bold texts are wider.
+const EDGE_PADDING = 6;  // That the first and the last column have beside it.
 
 /**
  * Columns have `title`, `value(i)` to sort by, `show(i)`, a text or nodes, and may have `isNumber`,
- * `width` (CSS), `tone(i)` and `hint`. Rows are known by their number, 0 to `count` - 1.
+ * `tone(i)`, `hint` and `title_of(i)`, the hint of a cell. Columns are as wide as their cells, up to
+ * a limit. Rows are known by their number, 0 to `count` - 1.
  */
 class DataTable {
   constructor({ label, columns, count, onChoose = null, sortBy = null, mostRows = 14 }) {
@@ -16,22 +21,60 @@ class DataTable {
     this.filter = null;
     this.chosen = null;
     this.body = el('tbody');
+    const widths = this.widths();
     this.heads = columns.map((column, at) => this.head(column, at));
     this.node = el('div', {
       class: 'table', tabindex: '0', role: 'region', 'aria-label': label,
       style: `max-height: ${(mostRows + 1.5) * ROW_HEIGHT}px`,
       scroll: () => this.draw(), keydown: (event) => this.onKey(event),
-    }, el('table', {},
-      el('colgroup', {}, ...columns.map((column) =>
-        el('col', { style: column.width ? `width: ${column.width}` : null }))),
+    }, el('table', { style: `min-width: ${widths.reduce((sum, width) => sum + width, 0)}px` },
+      el('colgroup', {}, ...widths.map((width) => el('col', { style: `width: ${width}px` }))),
       el('thead', {}, el('tr', {}, ...this.heads)), this.body));
     this.observer = new ResizeObserver(() => this.draw());
     this.observer.observe(this.node);
+    this.fade = fadeWhereCut(this.node);
     this.update();
   }
 
   destroy() {
     this.observer.disconnect();
+    this.fade.disconnect();
+  }
+
+  /** Rows whose cells of a column are likely its longest: some, and those of the extreme values. */
+  longRows(column) {
+    const rows = [];
+    const step = Math.ceil(this.count / MOST_MEASURED) | 1;
+    for (let i = 0; i < this.count; i += step) rows.push(i);
+    if (column.isNumber) {
+      let [least, most] = [null, null];
+      for (let i = 0; i < this.count; ++i) {
+        const value = column.value(i);
+        if (value === null || value === undefined) continue;
+        if (least === null || value < column.value(least)) least = i;
+        if (most === null || value > column.value(most)) most = i;
+      }
+      if (least !== null) rows.push(least, most);
+    }
+    return rows;
+  }
+
+  /** What each column takes, by its title and its cells. */
+  widths() {
+    const canvas = document.createElement('canvas').getContext('2d');
+    const { fontFamily } = getComputedStyle(document.body);
+    const last = this.columns.length - 1;
+    return this.columns.map((column, at) => {
+      const texts = this.longRows(column).map((i) => column.show(i))
+        .map((shown) => (typeof shown === 'string' ? shown : shown.textContent));
+      const longest = texts.reduce((one, other) => (other.length > one.length ? other : one), '');
+      canvas.font = `14px ${fontFamily}`;
+      const cells = canvas.measureText(longest).width;
+      canvas.font = `550 12px ${fontFamily}`;
+      const title = canvas.measureText(`${column.title} ↓`).width;
+      const edge = at === 0 || at === last ? EDGE_PADDING : 0;
+      return Math.ceil(Math.min(MOST_WIDTH, Math.max(cells, title))) + CELL_PADDING + edge;
+    });
   }
 
   head(column, at) {

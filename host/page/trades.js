@@ -36,16 +36,16 @@ class TradeTable {
     const position = positionsAfter(trades);
     const isClosing = (i) => trades.offset[i] !== 'open';
     const columns = [
-      { title: '#', width: '64px', isNumber: true, value: (i) => i, show: (i) => number(i + 1) },
-      { title: 'Time', width: '172px', value: (i) => trades.time[i],
+      { title: '#', isNumber: true, value: (i) => i, show: (i) => number(i + 1) },
+      { title: 'Time', value: (i) => trades.time[i],
         show: (i) => timeText(trades.time[i]),
         title_of: (i) => new Date(trades.time[i]).toISOString() },
       { title: 'Code', value: (i) => trades.codes[trades.code[i]],
         show: (i) => trades.codes[trades.code[i]] },
-      { title: 'Side', width: '76px', value: (i) => trades.isBuy[i],
+      { title: 'Side', value: (i) => trades.isBuy[i],
         show: (i) => el('span', { class: trades.isBuy[i] ? 'side buy' : 'side sell' },
           trades.isBuy[i] ? 'Buy' : 'Sell') },
-      { title: 'Offset', width: '104px', value: (i) => trades.offset[i],
+      { title: 'Offset', value: (i) => trades.offset[i],
         show: (i) => OFFSETS[trades.offset[i]] || trades.offset[i] },
       { title: 'Price', isNumber: true, value: (i) => trades.price[i],
         show: (i) => number(trades.price[i], 8, digits[trades.code[i]]) },
@@ -131,6 +131,6 @@ class TradeTable {
       isAll ? plural(count, 'fill') : `${number(count)} of ${plural(this.table.count, 'fill')}`,
       el('span', { class: 'dot' }, '·'), 'net ',
       el('b', { class: tone(signedMoney(net)) }, signedMoney(net)),
-      ` ${currencyText(this.currency)}`);
+      this.currency ? ` ${this.currency}` : '');
   }
 }

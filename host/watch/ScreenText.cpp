@@ -57,6 +57,20 @@ std::wstring clipped(std::wstring_view text, int columns) {
   return std::wstring(text.substr(0, count)) + kEllipsis;
 }
 
+std::vector<std::wstring> wrapped(std::wstring_view text, int columns) {
+  std::vector<std::wstring> lines;
+  while (!text.empty()) {
+    const std::wstring_view word = text.substr(0, text.find(L' '));
+    text.remove_prefix(std::min(word.size() + 1, text.size()));
+    if (word.empty()) continue;
+    if (!lines.empty() && columnsOf(lines.back()) + 1 + columnsOf(word) <= columns)
+      lines.back().append(L" ").append(word);
+    else
+      lines.push_back(clipped(word, columns));
+  }
+  return lines;
+}
+
 std::wstring padded(std::wstring_view text, int columns, bool isRight) {
   std::wstring result = clipped(text, columns);
   const std::wstring blanks(static_cast<std::size_t>(std::max(columns - columnsOf(result), 0)),

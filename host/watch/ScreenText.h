@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace orvane {
 
@@ -18,6 +19,9 @@ int columnsOf(std::wstring_view text);
 
 /// The text, or as much of it as fits with an ellipsis at its end.
 std::wstring clipped(std::wstring_view text, int columns);
+
+/// The text in lines of at most so many columns, broken at blanks; a longer word is clipped.
+std::vector<std::wstring> wrapped(std::wstring_view text, int columns);
 
 /// The text in exactly so many columns: clipped, or with blanks after it or, if it is to stand on
 /// the right, before it.

@@ -5,6 +5,7 @@
 #include <QString>
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "host/watch/RunnerTable.h"
 #include "host/watch/ScreenText.h"
@@ -15,18 +16,23 @@ namespace {
 constexpr int kRowsForAll = 12, kRowsForLog = 10, kRowsForHeading = 7, kRowsForKeys = 6;
 constexpr std::size_t kDateEnd = 10, kMinuteEnd = 16, kYearEnd = 5;
 
-constexpr const wchar_t* kHelp[] = {
-    L"q, Ctrl-C     stop all runners in order; Ctrl-C once more ends at once",
-    L"up, down      move through the runners by one line",
-    L"PgUp, PgDn    move by as many as are seen",
-    L"Home, End     go to the first, or the last",
-    L"p             hold the picture, and let it go on; the run goes on all the while",
-    L"Ctrl-Z        suspend the command",
-    L"?             this help, and back",
-    L"",
-    L"CALL-BACKS are those of the strategy so far. EQUITY is the account's start and",
-    L"what this runner made of it, at the last prices; CHANGE is what it made of it.",
+struct KeyHelp {
+  const wchar_t* keys;
+  const wchar_t* text;
 };
+constexpr KeyHelp kHelp[] = {
+    {L"q, Ctrl-C", L"stop all in order; Ctrl-C again ends at once"},
+    {L"up, down", L"move through the runners by one line"},
+    {L"PgUp, PgDn", L"move by as many as are seen"},
+    {L"Home, End", L"go to the first, or the last"},
+    {L"p", L"hold the picture, or let go; the run goes on"},
+    {L"Ctrl-Z", L"suspend the command"},
+    {L"?", L"this help, and back"},
+};
+constexpr const wchar_t* kTableHelp =
+    L"CALL-BACKS are those of the strategy so far. EQUITY is the account's start and what this "
+    L"runner made of it, at the last prices; CHANGE is what it made of it.";
+constexpr int kKeyColumns = 12, kLeastHelpText = 16, kMostHelpColumns = 80;
 
 int columnsOfLine(const std::vector<Span>& line) {
   int columns = 0;
@@ -205,11 +211,23 @@ void WatchLayout::addLog(const Glance& glance, int lines, Picture& picture) cons
     picture.push_back({{clipped(screenText(glance.log[i]), columns_), tintOfLog(glance.log[i])}});
 }
 
-void WatchLayout::addHelp(int lines, Picture& picture) const {
-  for (const wchar_t* line : kHelp) {
-    if (lines-- <= 0) return;
-    picture.push_back({{clipped(line, columns_)}});
+Picture WatchLayout::help() const {
+  const int columns = std::min(columns_, kMostHelpColumns);
+  const bool isNarrow = columns < kKeyColumns + kLeastHelpText;
+  Picture picture;
+  for (const auto& [keys, text] : kHelp) {
+    // Where there is no room beside the keys, what they do stands below them.
+    const int indent = isNarrow ? std::min(2, columns - 1) : kKeyColumns;
+    std::wstring before = isNarrow ? std::wstring() : padded(keys, indent);
+    if (isNarrow) picture.push_back({{clipped(keys, columns), Tint::Strong}});
+    for (std::wstring& line : wrapped(text, columns - indent)) {
+      if (before.empty()) before = std::wstring(static_cast<std::size_t>(indent), L' ');
+      picture.push_back({{std::exchange(before, L""), Tint::Strong}, {std::move(line)}});
+    }
   }
+  picture.emplace_back();
+  for (std::wstring& line : wrapped(kTableHelp, columns)) picture.push_back({{std::move(line)}});
+  return picture;
 }
 
 WatchLayout::Line WatchLayout::keyLine() const {
@@ -222,11 +240,15 @@ WatchLayout::Line WatchLayout::keyLine() const {
 Picture WatchLayout::picture(const Glance& glance, const ViewChoice& choice) const {
   const Share parts = share(glance);
   Picture picture;
-  addHead(glance, choice, parts.head, picture);
   const auto keysAt = static_cast<std::size_t>(rows_ - parts.keys);
   if (choice.showsHelp) {
-    addHelp(static_cast<int>(keysAt - picture.size()), picture);
+    const Picture lines = help();
+    const bool isLow = lines.size() + static_cast<std::size_t>(parts.head) > keysAt;
+    addHead(glance, choice, isLow ? 1 : parts.head, picture);
+    const std::size_t room = std::min(lines.size(), keysAt - std::min(picture.size(), keysAt));
+    picture.insert(picture.end(), lines.begin(), lines.begin() + static_cast<std::ptrdiff_t>(room));
   } else {
+    addHead(glance, choice, parts.head, picture);
     addRunners(glance, choice, parts, picture);
     if (parts.log > 0) addLog(glance, parts.log, picture);
   }

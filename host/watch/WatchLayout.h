@@ -39,7 +39,7 @@ class WatchLayout {
   void addRunners(const Glance& glance, const ViewChoice& choice, const Share& share,
                   Picture& picture) const;
   void addLog(const Glance& glance, int lines, Picture& picture) const;
-  void addHelp(int lines, Picture& picture) const;
+  Picture help() const;
   Line keyLine() const;
 
   const int columns_, rows_;

@@ -50,14 +50,13 @@ TEST(Figures, shouldGiveSharpeAndSortinoOfDailyReturns) {
   const Figures figures = makeFigures(100, curve, {});
   // Returns 0.1, -0.1, 0.2: mean 1/15, sample variance 0.07/3, downside mean square 0.01/3.
   const double mean = 0.2 / 3;
-  ASSERT_TRUE(figures.sharpe && figures.sortino && figures.annualVolatility);
-  EXPECT_NEAR(*figures.annualVolatility, std::sqrt(0.07 / 3 * 252), 1e-12);
+  ASSERT_TRUE(figures.sharpe && figures.sortino);
   EXPECT_NEAR(*figures.sharpe, mean / std::sqrt(0.07 / 3) * std::sqrt(252.0), 1e-12);
   EXPECT_NEAR(*figures.sortino, mean / std::sqrt(0.01 / 3) * std::sqrt(252.0), 1e-12);
 }
 
 TEST(Figures, shouldGiveNoSharpeWhereReturnsDoNotVaryAndNoSortinoWithoutALoss) {
-  const Figures flat = makeFigures(100, {{0, 100, 0}, {kDay, 100, 0}, {2 * kDay, 100, 0}}, {});
+  const Figures flat = makeFigures(100, {{0, 100, 0}, {kDay, 100, 0}, {28 * kDay, 100, 0}}, {});
   EXPECT_FALSE(flat.sharpe);
   EXPECT_FALSE(flat.sortino);
   EXPECT_EQ(flat.annualVolatility, 0);
@@ -71,8 +70,21 @@ TEST(Figures, shouldCompoundTheReturnOverAYear) {
   EXPECT_DOUBLE_EQ(*figures.totalReturn, 0.1);
 }
 
-TEST(Figures, shouldGiveNoAnnualReturnForLessThanADay) {
-  EXPECT_FALSE(makeFigures(100, {{0, 100, 0}, {kDay - 1, 110, 0}}, {}).annualReturn);
+TEST(Figures, shouldTellNothingByTheYearOfLessThanFourWeeks) {
+  const auto endingAt = [](int64 end) {
+    return makeFigures(100, {{0, 110, 0}, {kDay, 99, 0}, {end, 118.8, 0}}, {});
+  };
+  const Figures almost = endingAt(28 * kDay - 1);
+  EXPECT_FALSE(almost.isLongEnoughForAYear());
+  EXPECT_FALSE(almost.annualReturn);
+  EXPECT_FALSE(almost.annualVolatility);
+  EXPECT_TRUE(almost.sharpe && almost.sortino) << "runs of one span can still be ranked";
+  const Figures enough = endingAt(28 * kDay);
+  EXPECT_EQ(enough.days, 28);
+  EXPECT_TRUE(enough.isLongEnoughForAYear());
+  ASSERT_TRUE(enough.annualReturn && enough.annualVolatility);
+  EXPECT_NEAR(*enough.annualReturn, std::pow(1.188, 365.25 / 28) - 1, 1e-9);
+  EXPECT_NEAR(*enough.annualVolatility, std::sqrt(0.07 / 3 * 252), 1e-12);
 }
 
 TEST(Figures, shouldFindTheDeepestDrawdownWithItsDates) {

@@ -93,6 +93,37 @@ TEST_F(ReportPage, shouldHoldTheTradesAndTheEquityOfTheReport) {
               reported["figures"].toObject()["return"].toDouble(), 1e-12);
 }
 
+TEST_F(ReportPage, shouldTellWhyAShortRunHasNoFiguresOfAYear) {
+  const std::string out = folder_ / "short";
+  std::vector<std::string> arguments = crossing();
+  arguments.insert(arguments.begin(), "run");
+  arguments.insert(arguments.end(), {"--strategy-log-level", "off", "--report", out});
+  const auto result = test::runProgram(arguments);
+  EXPECT_THAT(result.out, HasSubstr("annual, sharpe and sortino take 28 days of trading\n"));
+  const QJsonObject runner = test::readReport(out)["runners"].toArray()[0].toObject();
+  const QJsonObject figures = runner["trading"].toObject()["figures"].toObject();
+  EXPECT_LT(figures["days"].toDouble(), 1);
+  EXPECT_TRUE(figures["annualReturn"].isNull());
+  EXPECT_TRUE(figures["annualVolatility"].isNull());
+  EXPECT_EQ(figures["annualNote"].toString(),
+            "0.0 days are too few for a figure of a year, which takes 28");
+}
+
+TEST_F(ReportPage, shouldNameNoCurrencyWhereNoneIsGiven) {
+  pageOf(crossing());
+  const QJsonObject report = test::readReport(folder_ / "out");
+  EXPECT_TRUE(report["accounts"].toArray()[0].toObject()["currency"].isNull());
+  EXPECT_TRUE(report["total"].toObject()["currency"].isNull());
+  const QJsonObject config{
+      {"runners", QJsonArray{QJsonObject{{"strategy", "sma_cross"}, {"account", "A"}}}},
+      {"accounts", QJsonArray{QJsonObject{{"name", "A"}, {"currency", "CNY"}}}},
+      {"bars", QJsonArray{QJsonObject{{"file", QString::fromStdString(bars_)}, {"code", "A.X"}}}}};
+  pageOf({folder_.write("named.json", QJsonDocument(config).toJson().toStdString())}, "named");
+  const QJsonObject named = test::readReport(folder_ / "named");
+  EXPECT_EQ(named["accounts"].toArray()[0].toObject()["currency"].toString(), "CNY");
+  EXPECT_EQ(named["total"].toObject()["currency"].toString(), "CNY");
+}
+
 TEST_F(ReportPage, shouldShareASeriesAmongTheRunnersThatReceivedIt) {
   const QJsonObject config{
       {"runners", QJsonArray{QJsonObject{{"name", "a"}, {"strategy", "sma_cross"}},

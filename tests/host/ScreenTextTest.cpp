@@ -33,6 +33,15 @@ TEST(ScreenText, shouldPadToTheColumnsAskedFor) {
   EXPECT_EQ(padded(screenText("螺纹钢"), 4), screenText("螺… "));
 }
 
+TEST(ScreenText, shouldWrapAtBlanksAndClipAWordThatIsLongerThanALine) {
+  using Lines = std::vector<std::wstring>;
+  EXPECT_EQ(wrapped(L"to be or not", 5), (Lines{L"to be", L"or", L"not"}));
+  EXPECT_EQ(wrapped(L"to be or not", 12), (Lines{L"to be or not"}));
+  EXPECT_EQ(wrapped(L"a  longword b", 5), (Lines{L"a", L"long…", L"b"}));
+  EXPECT_EQ(wrapped(screenText("螺纹 钢"), 6), (Lines{screenText("螺纹"), screenText("钢")}));
+  EXPECT_EQ(wrapped(L"", 5), Lines{});
+}
+
 TEST(ScreenText, shouldWriteNumbersForPeople) {
   EXPECT_EQ(grouped(0), L"0");
   EXPECT_EQ(grouped(1'234'567), L"1,234,567");

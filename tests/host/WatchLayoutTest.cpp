@@ -174,5 +174,23 @@ TEST(WatchLayout, shouldShowThatThePictureIsPausedAndHelp) {
               AllOf(HasSubstr("hold the picture"), Not(HasSubstr("runner0"))));
 }
 
+TEST(WatchLayout, shouldWrapItsHelpToTheScreen) {
+  const Glance glance = glanceAt(2);
+  for (const int columns : {24, 40, 60, 79, 160}) {
+    const auto lines = shown(glance, columns, 40, {.showsHelp = true});
+    std::string words;
+    for (std::size_t i = 4; i + 1 < lines.size(); ++i)
+      words += lines[i].substr(std::min(lines[i].find_first_not_of(' '), lines[i].size())) + " ";
+    EXPECT_THAT(words, AllOf(HasSubstr("again ends at once "), HasSubstr("and back "),
+                             HasSubstr("at the last prices; CHANGE is what it made of it. ")))
+        << columns;
+    EXPECT_THAT(words, Not(HasSubstr("~"))) << columns << ": something is cut";
+  }
+  const auto low = shown(glance, 60, 10, {.showsHelp = true});
+  EXPECT_THAT(low[0], HasSubstr("63.2%"));
+  EXPECT_EQ(low[1], "q, Ctrl-C   stop all in order; Ctrl-C again ends at once");
+  EXPECT_EQ(low[7], "?           this help, and back");
+}
+
 }  // namespace
 }  // namespace orvane

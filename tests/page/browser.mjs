@@ -1,12 +1,15 @@
 // A browser without a window, driven over the pipe that it offers for that: no package is needed.
 
+import assert from 'node:assert/strict';
 import { spawn } from 'node:child_process';
-import { existsSync, mkdtempSync, rmSync } from 'node:fs';
+import { existsSync, mkdirSync, mkdtempSync, rmSync } from 'node:fs';
 import { tmpdir } from 'node:os';
 import path from 'node:path';
 
+const SKIPPED = 77;
+
 /** The browser's program; undefined where there is none. */
-export function findBrowser() {
+function findBrowser() {
   const named = process.env.ORVANE_BROWSER;
   const names = named ? [named] : ['chromium', 'chromium-browser', 'google-chrome'];
   const folders = ['', ...(process.env.PATH || '').split(':')];
@@ -223,4 +226,82 @@ export class Page {
     this.browser.listeners.delete(this.onEvent);
     await this.browser.call('Target.closeTarget', { targetId: this.targetId });
   }
+}
+
+/** An empty folder for what a test writes, and a browser; without one the test is skipped. */
+export function prepared(folder) {
+  const found = findBrowser();
+  if (!found) {
+    console.log('SKIPPED: there is no chromium here; scripts/deps installs it');
+    process.exit(SKIPPED);
+  }
+  rmSync(folder, { recursive: true, force: true });
+  mkdirSync(folder, { recursive: true });
+  return new Browser(found);
+}
+
+/** Fails where the page complained or asked for anything but itself. */
+export function expectClean(page, url) {
+  assert.deepEqual(page.errors, [], 'the page complained');
+  // A browser may load a page's address twice, but nothing else.
+  assert.deepEqual(page.requests.filter((asked) => asked.split('#')[0] !== url), []);
+}
+
+/** What the page's script of `expectReadable` answers: the worst contrast of each kind of text. */
+function faintTexts() {
+  const canvas = document.createElement('canvas').getContext('2d', { willReadFrequently: true });
+  const partsOf = (color) => {
+    canvas.clearRect(0, 0, 1, 1);
+    canvas.fillStyle = color;
+    canvas.fillRect(0, 0, 1, 1);
+    return Array.from(canvas.getImageData(0, 0, 1, 1).data);
+  };
+  const over = (top, below) => top.slice(0, 3).map((part, at) =>
+    (part * top[3] + below[at] * (255 - top[3])) / 255);
+  const behind = (node) => (node
+    ? over(partsOf(getComputedStyle(node).backgroundColor), behind(node.parentElement))
+    : [255, 255, 255]);
+  const shade = (color) => color.map((part) => part / 255)
+    .map((part) => (part <= 0.03928 ? part / 12.92 : ((part + 0.055) / 1.055) ** 2.4))
+    .reduce((sum, part, at) => sum + part * [0.2126, 0.7152, 0.0722][at], 0);
+  const faint = {};
+  const texts = document.createTreeWalker(document.body, NodeFilter.SHOW_TEXT);
+  while (texts.nextNode()) {
+    const node = texts.currentNode.parentElement;
+    const isSeen = texts.currentNode.textContent.trim() && node.checkVisibility() &&
+      !['SCRIPT', 'STYLE', 'NOSCRIPT'].includes(node.tagName);
+    if (!isSeen) continue;
+    const back = behind(node);
+    const front = over(partsOf(getComputedStyle(node).color), back);
+    const [low, high] = [shade(front), shade(back)].sort((one, other) => one - other);
+    const contrast = (high + 0.05) / (low + 0.05);
+    const kind = `${node.parentElement.className} ${node.tagName}.${node.className}`;
+    if (contrast < 4.5) faint[kind] = Math.min(faint[kind] ?? 99, Number(contrast.toFixed(2)));
+  }
+  return faint;
+}
+
+/** Fails where a text stands out less than 4.5 to 1 (WCAG 2, AA), or the page is cut at its side. */
+export async function expectReadable(page) {
+  assert.deepEqual(await page.value(`(${faintTexts})()`), {}, 'texts are too faint');
+  const [needed, given] = await page.value('[document.documentElement.scrollWidth, innerWidth]');
+  assert.ok(needed <= given, `the page takes ${needed} of ${given} pixels`);
+}
+
+/** Runs the tests, or the one that is named, and ends the process with how they went. */
+export async function runTests(browser, tests, only = undefined) {
+  const chosen = Object.entries(tests).filter(([name]) => !only || name === only);
+  let failures = 0;
+  for (const [name, test] of chosen) {
+    try {
+      await test();
+      console.log(`ok      ${name}`);
+    } catch (error) {
+      ++failures;
+      console.log(`FAILED  ${name}: ${error.stack}`);
+    }
+  }
+  await browser.close();
+  if (chosen.length === 0) console.log(`FAILED: there is no test ${only}`);
+  process.exit(failures === 0 && chosen.length > 0 ? 0 : 1);
 }

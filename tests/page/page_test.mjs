@@ -1,20 +1,14 @@
-// The report's page in a browser: page_test.mjs PROGRAM FOLDER
+// The report's page in a browser: page_test.mjs PROGRAM FOLDER [TEST]
 
 import assert from 'node:assert/strict';
 import { execFileSync } from 'node:child_process';
-import { mkdirSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
+import { readFileSync, writeFileSync } from 'node:fs';
 import path from 'node:path';
 import { pathToFileURL } from 'node:url';
-import { Browser, findBrowser } from './browser.mjs';
+import { expectClean, expectReadable, prepared, runTests } from './browser.mjs';
 
-const [, , program, folder] = process.argv;
-const SKIPPED = 77;
-
-const found = findBrowser();
-if (!found) {
-  console.log('SKIPPED: there is no chromium here; scripts/deps installs it');
-  process.exit(SKIPPED);
-}
+const [, , program, folder, only] = process.argv;
+const browser = prepared(folder);
 
 /** How prices swing and drift. */
 const swing = (at) => 40 * Math.sin(at / 37) + 15 * Math.sin(at / 11) + at / 60;
@@ -51,8 +45,6 @@ function run(name, config) {
   };
 }
 
-rmSync(folder, { recursive: true, force: true });
-mkdirSync(folder, { recursive: true });
 const bars = path.join(folder, 'A.X.csv');
 writeBars(bars, 1000);
 const more = path.join(folder, 'B.X.csv');
@@ -60,13 +52,21 @@ writeBars(more, 500);
 const oneSeries = [{ file: bars, code: 'A.X' }];
 const crossing = (name, slow) => ({ name, strategy: 'sma_cross',
   params: { fast: 5, slow, mode: 'longShort' } });
-const browser = new Browser(found);
 
 const text = (selector) => `document.querySelector(${JSON.stringify(selector)}).textContent`;
 const rows = 'Array.from(document.querySelectorAll(".trades tbody tr[data-row]"))';
 const column = (at) => `${rows}.map((row) => row.children[${at}].textContent)`;
 const headButton = (at) => `.trades thead th:nth-child(${at + 1}) button`;
 const SIDE = 3, PROFIT = 9;
+
+/** The large figures by their names. */
+function tilesOf(page) {
+  return page.value(`Object.fromEntries(Array.from(document.querySelectorAll('.tile'), (tile) => {
+    const [label, value, below] = tile.children;
+    return [label.textContent, {value: value.textContent, className: value.className,
+      below: below.textContent, title: tile.title}];
+  }))`);
+}
 
 /** The begin and the end of what the chart shows. */
 async function range(page) {
@@ -80,12 +80,6 @@ const painted = `Array.from(document.querySelectorAll('.chart canvas')).reduce((
   for (let i = 3; i < data.length; i += 4) sum += data[i] !== 0;
   return sum;
 }, 0)`;
-
-async function expectClean(page, url) {
-  assert.deepEqual(page.errors, [], 'the page complained');
-  // A browser may load a page's address twice, but nothing else.
-  assert.deepEqual(page.requests.filter((asked) => asked.split('#')[0] !== url), []);
-}
 
 const tests = {
   async shouldZoomAndPanAndShowAllAgain() {
@@ -101,7 +95,7 @@ const tests = {
     assert.ok(earlier[0] < near[0] && earlier[1] < near[1], `${earlier} is not before ${near}`);
     await page.click('.chart-tools [aria-label="Span"] button:last-child');
     assert.deepEqual(await range(page), all);
-    await expectClean(page, url);
+    expectClean(page, url);
     await page.close();
   },
 
@@ -121,7 +115,15 @@ const tests = {
       'document.querySelector(".trades tr[aria-selected=true]").dataset.row'), '7');
     await page.click('.stepper button:last-child');
     assert.equal(await page.value('document.querySelector(".chart").dataset.trade'), '8');
-    await expectClean(page, url);
+    await page.click('.trades tr[data-row="0"]');
+    const [, end] = await range(page);
+    const last = readFileSync(bars, 'utf8').split('\n').find((line) => line.startsWith(end));
+    const open = Number(last.split(',')[1]);
+    assert.equal(await page.value(text('.legend span')),
+      `O${open.toLocaleString('en-US', { minimumFractionDigits: 2 })}`, 'of the last bar in view');
+    const count = parseInt(await page.value('document.querySelector(".range").title'), 10);
+    assert.ok(count > 140, `only ${count} candles are in view`);
+    expectClean(page, url);
     await page.close();
   },
 
@@ -148,7 +150,7 @@ const tests = {
     const shown = trades.filter((trade) => trade.side === 'sell' &&
       String(trade.order).includes(String(trades[3].order))).length;
     assert.equal(await page.value(`${rows}.length`), shown);
-    await expectClean(page, url);
+    expectClean(page, url);
     await page.close();
   },
 
@@ -165,7 +167,7 @@ const tests = {
     await page.click('.trades tr[data-row="7"]');
     await page.frames();
     assert.equal(await page.value('document.querySelector(".hidden-marks")'), null);
-    await expectClean(page, url);
+    expectClean(page, url);
     await page.close();
   },
 
@@ -175,15 +177,62 @@ const tests = {
     const { figures } = report.runners[0].trading;
     assert.ok(figures.return !== 0 && figures.maxDrawdown.share > 0, JSON.stringify(figures));
     const page = await browser.open(url);
-    const tile = (at) => `document.querySelectorAll('.tile-value')[${at}]`;
-    for (const at of [0, 1, 2]) {
-      assert.equal(await page.value(`${tile(at)}.textContent`), '0.00%');
-      assert.equal(await page.value(`${tile(at)}.className`), 'tile-value');
-    }
+    const tiles = await tilesOf(page);
+    for (const label of ['Return', 'Max drawdown'])
+      assert.deepEqual([tiles[label].value, tiles[label].className], ['0.00%', 'tile-value']);
+    assert.equal(await page.value(text('.months td.heat')), '≈0');
     assert.equal(await page.value(`document.querySelectorAll('.months .up, .months .down').length`),
       0);
-    await expectClean(page, url);
+    expectClean(page, url);
     await page.close();
+  },
+
+  async shouldTellSmallReturnsInAsManyDigitsAsTheyTake() {
+    const { url, report } = run('small', { runners: [crossing('small', 20)], bars: oneSeries,
+      capital: 20000000 });
+    const share = report.runners[0].trading.figures.return * 100;
+    assert.ok(Math.abs(share) < 0.05 && Math.abs(share) > 0.001, `${share} %`);
+    const page = await browser.open(url);
+    const shown = async (of) => Number((await page.value(`document.querySelector(
+      '.months td.heat').${of}`)).replace('\u2212', '-').replace(/.*: |%/g, ''));
+    assert.ok(Math.abs(await shown('textContent') - share) <= 0.0005 + 0.05 * Math.abs(share));
+    assert.ok(Math.abs(await shown('title') - share) <= 0.05 * Math.abs(share));
+    expectClean(page, url);
+    await page.close();
+  },
+
+  async shouldTellNothingByTheYearOfARunOfAFewDays() {
+    const { url, report } = run('days', { runners: [crossing('days', 20)], bars: oneSeries });
+    const { figures } = report.runners[0].trading;
+    assert.deepEqual([figures.annualReturn, figures.annualVolatility], [null, null]);
+    assert.match(figures.annualNote, /^11\.\d days are too few .* takes 28$/);
+    const page = await browser.open(url);
+    const tiles = await tilesOf(page);
+    for (const label of ['Annual return', 'Sharpe']) {
+      assert.deepEqual([tiles[label].value, tiles[label].below], ['–', 'too few days']);
+      assert.equal(tiles[label].title, figures.annualNote);
+    }
+    expectClean(page, url);
+    await page.close();
+  },
+
+  async shouldBeReadableOnADeskAndOnAPhoneInLightAndDark() {
+    const { url } = run('readable', { runners: [crossing('one', 20), crossing('two', 40)],
+      bars: oneSeries, capital: 20000 });
+    for (const scheme of ['light', 'dark']) {
+      for (const width of [1500, 400]) {
+        for (const address of [url, `${url}#one`]) {
+          const page = await browser.open(address, { width, scheme });
+          await expectReadable(page);
+          const cut = await page.value(`Array.from(document.querySelectorAll('.table :is(th, td)'),
+            (cell) => (cell.scrollWidth > cell.clientWidth ? cell.textContent : null))
+            .filter((text) => text)`);
+          assert.deepEqual(cut, []);
+          expectClean(page, url);
+          await page.close();
+        }
+      }
+    }
   },
 
   async shouldFollowTheColoursOfTheSystemUntilOneIsChosen() {
@@ -199,7 +248,7 @@ const tests = {
     assert.equal(await page.value(back), dark);
     await page.click('[data-value="red"]');
     assert.equal(await page.value('document.documentElement.dataset.rise'), 'red');
-    await expectClean(page, url);
+    expectClean(page, url);
     await page.close();
   },
 
@@ -220,20 +269,9 @@ const tests = {
     assert.ok((await page.value(text('h1'))).startsWith('watching'));
     assert.ok(await page.value(painted) > 10000, 'a runner without trades has no chart');
     assert.equal(await page.value('document.querySelector(".trades")'), null);
-    await expectClean(page, url);
+    expectClean(page, url);
     await page.close();
   },
 };
 
-let failures = 0;
-for (const [name, test] of Object.entries(tests)) {
-  try {
-    await test();
-    console.log(`ok      ${name}`);
-  } catch (error) {
-    ++failures;
-    console.log(`FAILED  ${name}: ${error.stack}`);
-  }
-}
-await browser.close();
-process.exit(failures === 0 ? 0 : 1);
+await runTests(browser, tests, only);

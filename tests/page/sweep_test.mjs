@@ -1,23 +1,15 @@
-// The page of a sweep in a browser: sweep_test.mjs PROGRAM FOLDER
+// The page of a sweep in a browser: sweep_test.mjs PROGRAM FOLDER [TEST]
 
 import assert from 'node:assert/strict';
 import { spawnSync } from 'node:child_process';
-import { mkdirSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
+import { readFileSync, writeFileSync } from 'node:fs';
 import path from 'node:path';
 import { pathToFileURL } from 'node:url';
-import { Browser, findBrowser } from './browser.mjs';
+import { expectClean, expectReadable, prepared, runTests } from './browser.mjs';
 
-const [, , program, folder] = process.argv;
-const SKIPPED = 77;
+const [, , program, folder, only] = process.argv;
+const browser = prepared(folder);
 
-const found = findBrowser();
-if (!found) {
-  console.log('SKIPPED: there is no chromium here; scripts/deps installs it');
-  process.exit(SKIPPED);
-}
-
-rmSync(folder, { recursive: true, force: true });
-mkdirSync(folder, { recursive: true });
 const bars = path.join(folder, 'A.X.csv');
 const lines = ['datetime,open,high,low,close,volume'];
 for (let hour = 0; hour < 24 * 28; ++hour) {
@@ -48,16 +40,10 @@ function sweep(name, more, { grid = USUAL, code = 0 } = {}) {
   };
 }
 
-const browser = new Browser(found);
 const cells = '.map td.heat';
 const tableRows = 'Array.from(document.querySelectorAll(".table tbody tr[data-row]"))';
 const many = (selector) => `document.querySelectorAll(${JSON.stringify(selector)}).length`;
 const text = (selector) => `document.querySelector(${JSON.stringify(selector)}).textContent`;
-
-async function expectClean(page, url) {
-  assert.deepEqual(page.errors, [], 'the page complained');
-  assert.deepEqual(page.requests.filter((asked) => asked.split('#')[0] !== url), []);
-}
 
 const tests = {
   async shouldShowEachCombinationInTheMapAndItsRunsOnAClick() {
@@ -77,7 +63,7 @@ const tests = {
     assert.ok(await page.value('document.querySelector(".map td.best").matches(".marked")'));
     await page.click('.card .toggle');
     assert.equal(await page.value(`${tableRows}.length`), rows.length);
-    await expectClean(page, url);
+    expectClean(page, url);
     await page.close();
   },
 
@@ -91,25 +77,11 @@ const tests = {
       assert.ok(marked.startsWith(`slow ${slow}, fast ${fast}: `), marked);
       assert.equal(await page.value(many('.map td.marked')), 1);
       assert.ok((await page.value(text('.chosen-run'))).startsWith(`No. ${rows[2].number} `));
-      // Colours differ from cell to cell, and what stands on them can be read.
-      const seen = await page.value(`Array.from(document.querySelectorAll('${cells}'), (cell) => {
-        const canvas = document.createElement('canvas').getContext('2d');
-        const shade = (color) => {
-          canvas.fillStyle = color;
-          canvas.fillRect(0, 0, 1, 1);
-          return Array.from(canvas.getImageData(0, 0, 1, 1).data.slice(0, 3))
-            .map((part) => (part / 255) ** 2.2)
-            .reduce((sum, part, at) => sum + part * [0.2126, 0.7152, 0.0722][at], 0);
-        };
-        return [shade(getComputedStyle(cell).backgroundColor),
-          shade(getComputedStyle(cell.firstChild).color)];
-      })`);
-      assert.ok(new Set(seen.map(([back]) => back.toFixed(3))).size > 5);
-      for (const [back, front] of seen) {
-        const contrast = (Math.max(back, front) + 0.05) / (Math.min(back, front) + 0.05);
-        assert.ok(contrast > 4.5, `${scheme}: ${contrast}`);
-      }
-      await expectClean(page, url);
+      const colours = await page.value(`Array.from(document.querySelectorAll('${cells}'), (cell) =>
+        getComputedStyle(cell).backgroundColor)`);
+      assert.ok(new Set(colours).size > 5);
+      await expectReadable(page);
+      expectClean(page, url);
       await page.close();
     }
   },
@@ -123,8 +95,35 @@ const tests = {
     assert.equal(await page.value(many('.map td.bad')), 1);
     await page.click('.map td.bad button');
     assert.ok((await page.value(text('.chosen-run'))).includes('Error, parameter "fast" (12)'));
-    await expectClean(page, url);
+    expectClean(page, url);
     await page.close();
+  },
+
+  async shouldShowWhatWentWrongInTheTableAndTilesInOneRow() {
+    const { rows, url } = sweep('messages', ['--params', '{"slow":2}'],
+      { grid: ['--grid', 'fast=1:3:1'], code: 1 });
+    assert.deepEqual(rows.map((row) => row.status), ['Stopped', 'Error', 'Error']);
+    const page = await browser.open(url, { width: 1500 });
+    const cellsOf = (title) => page.value(`(() => {
+      const heads = Array.from(document.querySelectorAll('.table thead th'), (head) =>
+        head.textContent);
+      return ${tableRows}.map((row) => row.children[heads.indexOf('${title}')].textContent);
+    })()`);
+    const refused = (fast) => `parameter "fast" (${fast}) must be below "slow" (2)`;
+    assert.deepEqual(await cellsOf('Message'), ['', refused(2), refused(3)]);
+    const tiles = await page.value(`Array.from(document.querySelectorAll('.tile'), (tile) =>
+      [tile.firstChild.textContent, tile.lastChild.textContent, tile.getBoundingClientRect().top])`);
+    assert.equal(new Set(tiles.map(([, , top]) => top)).size, 1, JSON.stringify(tiles));
+    assert.deepEqual(tiles.find(([label]) => label === 'Errors').slice(0, 2),
+      ['Errors', 'their message is in the table']);
+    expectClean(page, url);
+    await page.close();
+
+    const { url: good } = sweep('no-messages', []);
+    const plain = await browser.open(good);
+    assert.ok(!(await plain.value(text('.table thead'))).includes('Message'));
+    expectClean(plain, good);
+    await plain.close();
   },
 
   async shouldTakeTheParametersAndTheFigureThatAreChosen() {
@@ -145,8 +144,33 @@ const tests = {
     assert.equal(await page.value(`Array.from(document.querySelectorAll('.map td.heat'))
       .find((cell) => cell.title.startsWith('mode longShort, fast 3: '))
       .querySelector('button').textContent`), String(fills('longShort', '3')));
-    await expectClean(page, url);
+    expectClean(page, url);
     await page.close();
+  },
+
+  async shouldShowTheBestCellOfAWideMapOnADeskAndOnAPhone() {
+    // The best is the last of them.
+    const slow = Array.from({ length: 79 }, (_, at) => 160 - 2 * at);
+    const { rows, url } = sweep('wide', [],
+      { grid: ['--grid', 'fast=2:3:1', '--grid', `slow=${slow}`] });
+    assert.equal(rows[0].slow, '4');
+    for (const width of [1500, 400]) {
+      const page = await browser.open(url, { width });
+      const [box, best] = await page.value(`['.map-body .scroll-x', '.map .best'].map((selector) => {
+        const {left, right} = document.querySelector(selector).getBoundingClientRect();
+        return {left, right};
+      })`);
+      assert.ok(best.left >= box.left && best.right <= box.right,
+        `${JSON.stringify(best)} is beyond ${JSON.stringify(box)}`);
+      const wanted = await page.value(`(() => {
+        const box = document.querySelector('.map-body .scroll-x');
+        return box.scrollWidth - box.clientWidth;
+      })()`);
+      assert.equal(wanted > 0, width === 400, `${wanted} pixels of the map are beyond its box`);
+      await expectReadable(page);
+      expectClean(page, url);
+      await page.close();
+    }
   },
 
   async shouldTellInSampleAndOutOfSampleApart() {
@@ -161,20 +185,9 @@ const tests = {
       .includes(`fast ${chosen.fast}, slow ${chosen.slow}`));
     const inSample = rows.filter((row) => row.sample === 'in-sample' && row.window === '1');
     assert.equal(await page.value(many(cells)), inSample.length);
-    await expectClean(page, url);
+    expectClean(page, url);
     await page.close();
   },
 };
 
-let failures = 0;
-for (const [name, test] of Object.entries(tests)) {
-  try {
-    await test();
-    console.log(`ok      ${name}`);
-  } catch (error) {
-    ++failures;
-    console.log(`FAILED  ${name}: ${error.stack}`);
-  }
-}
-await browser.close();
-process.exit(failures === 0 ? 0 : 1);
+await runTests(browser, tests, only);
