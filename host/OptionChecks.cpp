@@ -71,6 +71,17 @@ std::string commandFault(const CLI::App& app, const std::string& name) {
       meant == nullptr ? "the" : fmt::format("is \"{}\" meant? The", *meant), listed(commands));
 }
 
+/// An argument that no option takes.
+std::string extraFault(const CLI::App& command, const std::string& given) {
+  const std::string path = pathOf(command);
+  const std::string advice =
+      path == "sweep"
+          ? ": it takes no configuration; give --strategy, --bars or --ticks, and --grid"
+          : "";
+  return fmt::format("\"{}\" is an argument that {} does not take{} (see {} --help)", given, path,
+                     advice, path);
+}
+
 }  // namespace
 
 CLI::Validator wholeNumber(std::uint64_t lowest, std::uint64_t highest) {
@@ -102,6 +113,8 @@ std::string faultOf(const CLI::ParseError& error, const CLI::App& app, int argc,
   const auto extras = chosen.remaining();
   if (!commandsOf(chosen).empty() && !extras.empty() && !extras.front().starts_with('-'))
     return commandFault(chosen, extras.front());
+  if (!extras.empty() && !extras.front().starts_with('-'))
+    return extraFault(chosen, extras.front());
   if (const std::string name = unknownOption(chosen, argc, argv); !name.empty())
     return optionFault(chosen, name);
   // Where a flag was given a value, the parser leaves out which.
