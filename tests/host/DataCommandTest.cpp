@@ -136,12 +136,15 @@ TEST_F(DataCommand, shouldPutBarsTogetherToALongerPeriod) {
   more.back() = "15m";
   EXPECT_THAT(
       convert(bars_, folder_ / "b15.ovb", more).out,
-      HasSubstr("  note   what comes after 2026-01-05T01:45:00.000Z is left out: the data end "
-                "before its bar of 15m does\n"));
+      HasSubstr(
+          "  note   the last bar of 15m, from 2026-01-05T01:45:00.000Z on, is left out, since "
+          "the data end at 2026-01-05T01:50:00.000Z, before it does; --keep-last keeps it\n"));
   more.back() = "30s";
   const auto shorter = convert(bars_, folder_ / "c.ovb", more);
   EXPECT_EQ(shorter.exitCode, kExitBadInput);
-  EXPECT_THAT(shorter.err, HasSubstr("--to-period: bars of 30s cannot be made of bars of 60 s"));
+  EXPECT_THAT(shorter.err,
+              HasSubstr("--to-period: bars of 30s cannot be made of bars of 1m; give a longer "
+                        "period that whole bars of 1m fill"));
   EXPECT_FALSE(std::filesystem::exists(folder_ / "c.ovb"));
 }
 
@@ -151,7 +154,13 @@ TEST_F(DataCommand, shouldRefuseWhatItCannotDo) {
   EXPECT_THAT(same.err, HasSubstr("--out: "));
   const auto nowhere = convert(bars_, folder_ / "none/b.ovb");
   EXPECT_EQ(nowhere.exitCode, kExitBadInput);
-  EXPECT_THAT(nowhere.err, HasSubstr("none/b.ovb: cannot be written: No such file or directory"));
+  EXPECT_EQ(nowhere.out, "");
+  EXPECT_EQ(nowhere.err, "orvane: --out: \"" + (folder_ / "none/b.ovb") +
+                             "\" cannot be written: there is no folder \"" + (folder_ / "none") +
+                             "\"; make it first\n");
+  const auto folder = convert(bars_, folder_ / "");
+  EXPECT_EQ(folder.exitCode, kExitBadInput);
+  EXPECT_THAT(folder.err, HasSubstr("\" is a folder; name a file in it\n"));
   const auto alone = test::runProgram({"data"});
   EXPECT_EQ(alone.exitCode, kExitSuccess);
   EXPECT_THAT(alone.out, HasSubstr("convert"));
