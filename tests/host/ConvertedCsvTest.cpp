@@ -249,5 +249,22 @@ TEST_F(ConvertedCsv, shouldSayWhatTheRowsAndTheOptionsContradict) {
   EXPECT_EQ(fault(row + "UTC\n", {{"timeZone", "UTC"}, {"stamp", "end"}}), "") << "of no matter";
 }
 
+TEST_F(ConvertedCsv, shouldNoteWhatChangesNothing) {
+  DataFileRequest request = plainRequest(
+      folder_.write("f.csv",
+                    "openTime,until,open,high,low,close,tradingDay,code,period,timeZone\n"
+                    "2021-01-04T01:30:00Z,2021-01-04T01:31:00Z,1,2,1,2,20210104,X,1m,UTC\n"),
+      DataFileRequest::Kind::Bars);
+  request.description = {
+      {"stamp", "end"}, {"side", "ask"}, {"date", "2021-01-05"}, {"priceTick", "0.2"}};
+  EXPECT_THAT(
+      loadBars(request).front().notes,
+      testing::UnorderedElementsAre(
+          request.paths[0] +
+              ": \"stamp\", \"date\", \"priceTick\" changes nothing here, since the rows "
+              "hold what was read already",
+          request.paths[0] + ": \"side\" changes nothing here, since no bid and ask have columns"));
+}
+
 }  // namespace
 }  // namespace orvane

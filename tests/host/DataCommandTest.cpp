@@ -55,12 +55,12 @@ class DataCommand : public testing::Test {
     json.remove("timing");
     return json;
   }
-  /// Without the hashes of the files that were read.
-  static QJsonObject withoutHashes(QJsonObject report) {
+  /// Without what tells the files that were read.
+  static QJsonObject withoutFiles(QJsonObject report) {
     QJsonArray data = report["data"].toArray();
     for (auto series : data) {
       QJsonObject object = series.toObject();
-      object.remove("hashes");
+      for (const char* key : {"files", "hashes"}) object.remove(key);
       series = object;
     }
     report["data"] = data;
@@ -98,7 +98,11 @@ TEST_F(DataCommand, shouldGiveTheSameRunFromFilesFromCachesAndWithAFolderOfCache
   ASSERT_EQ(convert(ticks_, folder_ / "t.ovb", asTicks).exitCode, 0);
   const QJsonObject fromCaches = run(folder_ / "b.ovb", folder_ / "t.ovb");
   EXPECT_EQ(digestOf(fromCaches), digestOf(plain));
-  EXPECT_EQ(withoutHashes(fromCaches), withoutHashes(plain));
+  EXPECT_EQ(withoutFiles(fromCaches), withoutFiles(plain));
+  const QJsonObject bars = fromCaches["data"].toArray()[0].toObject();
+  EXPECT_EQ(bars["files"].toString().toStdString(), folder_ / "b.ovb");
+  EXPECT_EQ(bars["hashes"].toArray()[0].toObject()["file"].toString().toStdString(),
+            folder_ / "b.ovb");
 }
 
 TEST_F(DataCommand, shouldTakeTheFolderOfCachesFromAConfiguration) {
@@ -168,6 +172,18 @@ TEST_F(DataCommand, shouldRefuseWhatItCannotDo) {
   const auto missing = convert(folder_ / "none.csv", folder_ / "b.ovb");
   EXPECT_EQ(missing.exitCode, kExitBadInput);
   EXPECT_THAT(missing.err, HasSubstr("none.csv: cannot be read"));
+}
+
+TEST_F(DataCommand, shouldNameTheCacheThatWasGivenAndNotItsSource) {
+  const std::string cache = folder_ / "b.ovb";
+  ASSERT_EQ(convert(bars_, cache, reading_).exitCode, 0);
+  const auto twice = test::runProgram({"run", "-s", "sma_cross", "-b", cache, cache});
+  EXPECT_EQ(twice.exitCode, kExitBadInput);
+  EXPECT_THAT(twice.err, testing::StartsWith("orvane: " + cache + ": its first row ("));
+  EXPECT_THAT(twice.err, Not(HasSubstr(bars_)));
+  const auto unknown = test::runProgram({"run", "-s", "sma_cross", "-b", cache, "-i",
+                                         folder_.write("i.json", R"([{"code": "OTHER"}])")});
+  EXPECT_THAT(unknown.err, testing::StartsWith("orvane: " + cache + ": unknown code \""));
 }
 
 TEST_F(DataCommand, shouldShowWhatACacheHolds) {

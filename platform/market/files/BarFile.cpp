@@ -94,6 +94,9 @@ class BarReader {
       notes.push_back(table_.path() + ": " + std::to_string(doubts_) +
                       " doubtful values were kept, the first in line " +
                       std::to_string(firstDoubt_));
+    if (description_.side && !map_.quoteBar)
+      notes.push_back(table_.path() +
+                      ": \"side\" changes nothing here, since no bid and ask have columns");
   }
 
   std::vector<BarPart> takeParts() {
