@@ -124,7 +124,8 @@ void DataCommand::addInspect() {
   inspect_
       ->add_option("--jump", jump_,
                    "A price that moves more than so many usual ranges is suspicious")
-      ->check(CLI::PositiveNumber)
+      ->check(numberAboveZero())
+      ->type_name("NUMBER")
       ->capture_default_str();
   inspect_->add_flag("--json", isJson_, "For programs: one JSON object a file, in an array")
       ->disable_flag_override();
