@@ -32,6 +32,9 @@ void refuseWhatIsNoConfig(const std::string& path) {
         "{0}: is market data, not a configuration; play it by --bars {0} (or --ticks) and "
         "--strategy MODULE",
         path));
+  if (endsWithAny(path, {".jsonl", ".ndjson"}))
+    throw InputError(fmt::format(
+        "{}: holds a JSON value a line, by its name; a configuration is one JSON object", path));
   if (!isThere)
     throw InputError(fmt::format(
         "{}: there is no such file; run takes a configuration in JSON, or --strategy and --bars",

@@ -1,13 +1,24 @@
 #include "host/Console.h"
 
+#include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <system_error>
 
 namespace orvane {
 
+namespace {
+
+std::atomic<bool> isLineOpen{false};
+
+}  // namespace
+
+void noteOpenLine(bool isOpen) { isLineOpen = isOpen; }
+
+const char* beforeMessage() { return isLineOpen.exchange(false) ? "\r\033[K" : ""; }
+
 void complain(const std::string& message) {
-  const std::string line = "orvane: " + message + "\n";
+  const std::string line = beforeMessage() + ("orvane: " + message) + "\n";
   std::fwrite(line.data(), 1, line.size(), stderr);
   std::fflush(stderr);
 }

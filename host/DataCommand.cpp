@@ -4,7 +4,10 @@
 
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <filesystem>
+#include <optional>
 #include <stdexcept>
+#include <utility>
 
 #include "host/Console.h"
 #include "host/DataCsv.h"
@@ -13,6 +16,8 @@
 #include "host/InputError.h"
 #include "host/OptionChecks.h"
 #include "host/ProgressLine.h"
+#include "host/QuoteTrades.h"
+#include "host/SessionEnd.h"
 #include "host/TimeArgument.h"
 #include "platform/market/LongerBars.h"
 #include "platform/market/files/CacheFile.h"
@@ -39,10 +44,29 @@ constexpr char kInspectExamples[] =
     "  orvane data inspect if_1min.csv --timezone Asia/Shanghai --stamp end\n"
     "  orvane data inspect ticks.csv.gz --json";
 
-void print(const std::string& code, const std::string& what, std::size_t rows, int64 first,
-           int64 last, const std::vector<std::string>& notes) {
-  fmt::print("{}: {} {}, {} .. {}\n", code, rows, what, isoTime(first), isoTime(last));
-  for (const std::string& note : notes) fmt::print("  note   {}\n", note);
+std::string summaryText(const DataSet& data) {
+  std::string text;
+  for (const SeriesSummary& series : data.summaries()) {
+    text += fmt::format("{}: {} {}, {} .. {}\n", series.code, series.records,
+                        series.isTicks ? "ticks" : "bars of " + series.frequency,
+                        isoTime(series.firstTime), isoTime(series.lastTime));
+    for (const std::string& note : series.notes) text += fmt::format("  note   {}\n", note);
+  }
+  return text;
+}
+
+/// Before all files are read for nothing.
+void checkOutFile(const std::string& path) {
+  namespace fs = std::filesystem;
+  std::error_code error;
+  if (fs::is_directory(path, error))
+    throw InputError(fmt::format("--out: \"{}\" is a folder; name a file in it", path));
+  const std::string folder = fs::path(path).parent_path().string();
+  if (folder.empty() || fs::is_directory(folder, error)) return;
+  throw InputError(
+      fmt::format("--out: \"{}\" cannot be written: there is no folder \"{}\"; make "
+                  "it first",
+                  path, folder));
 }
 
 }  // namespace
@@ -76,6 +100,14 @@ void DataCommand::addConvert() {
       ->add_option("--to-period", period_,
                    "Put bars together to a longer period, or make them of ticks: 5m, 1h, day, week")
       ->type_name("PERIOD");
+  convert_
+      ->add_option("--of", of_,
+                   "Make the bars of the bid, the ask or the mean of both (default: last prices)")
+      ->check(CLI::IsMember({"bid", "ask", "mid"}));
+  convert_
+      ->add_flag("--keep-last", keepsLast_,
+                 "Keep the last longer bar, though the data end before its interval does")
+      ->disable_flag_override();
   reading_.addTo(*convert_);
 }
 
@@ -92,7 +124,8 @@ void DataCommand::addInspect() {
   inspect_
       ->add_option("--jump", jump_,
                    "A price that moves more than so many usual ranges is suspicious")
-      ->check(CLI::PositiveNumber)
+      ->check(numberAboveZero())
+      ->type_name("NUMBER")
       ->capture_default_str();
   inspect_->add_flag("--json", isJson_, "For programs: one JSON object a file, in an array")
       ->disable_flag_override();
@@ -135,16 +168,16 @@ int DataCommand::convert() {
   std::vector<FileRole> read{{"--format", reading_.format()}};
   for (const std::string& file : files_) read.push_back({"the market data", file});
   checkFileRoles({{"--out", out_}}, read);
+  checkOutFile(out_);
+  for (const auto& [isGiven, option] :
+       {std::pair(keepsLast_, "--keep-last"), {!of_.empty(), "--of"}})
+    if (isGiven && period_.empty())
+      throw InputError(fmt::format("{}: is for bars of a longer period; give --to-period", option));
   DataSet data = load();
   if (!period_.empty()) lengthen(data);
-  for (const LoadedBars& loaded : data.bars)
-    print(loaded.code, "bars of " + frequencyText(loaded.series.periodMs),
-          loaded.series.bars.size(), KLineView(loaded.series.bars.front()).beginTime(),
-          KLineView(loaded.series.bars.back()).endTime(), loaded.notes);
-  for (const LoadedTicks& loaded : data.ticks)
-    print(loaded.code, "ticks", loaded.series.rows(), loaded.series.times.front(),
-          loaded.series.times.back(), loaded.notes);
+  const std::string summary = summaryText(data);
   write(std::move(data));
+  say(summary);
   return kExitSuccess;
 }
 
@@ -200,27 +233,57 @@ int64 endOf(const TickSeries& series) { return series.times.back(); }
 
 }  // namespace
 
-template <typename Loaded>
-LoadedBars DataCommand::lengthened(const Loaded& loaded) const {
-  LoadedBars longer;
-  longer.code = loaded.code;
-  longer.notes = loaded.notes;
+template <typename Series>
+BarSeries DataCommand::longerBars(const Series& series, std::vector<std::string>& notes) const {
+  BarSeries longer;
   try {
-    longer.series = barsOfPeriod(loaded.series, period_);
+    longer = barsOfPeriod(series, period_, OpenBar::Kept);
   } catch (const std::invalid_argument& error) {
     throw InputError(fmt::format("--to-period: {}", error.what()));
   }
-  if (longer.series.bars.empty())
-    throw InputError(fmt::format("--to-period: the data of \"{}\" make no whole bar of {}{}",
-                                 loaded.code, period_,
-                                 std::is_same_v<Loaded, LoadedTicks>
-                                     ? "; bars are made of ticks with a last price and a volume"
-                                     : ""));
-  if (const int64 end = endOf(longer.series); end < endOf(loaded.series))
-    longer.notes.push_back(
-        fmt::format("what comes after {} is left out: the data end before its bar of {} does",
-                    isoTime(end), period_));
+  const int64 dataEnd = endOf(series);
+  if (longer.bars.empty() || endOf(longer) <= dataEnd) return longer;
+  const std::string last = fmt::format("the last bar of {}, from {} on,", period_,
+                                       isoTime(KLineView(longer.bars.back()).beginTime()));
+  if (keepsLast_) {
+    notes.push_back(fmt::format("{} is kept, though the data end at {}", last, isoTime(dataEnd)));
+  } else if (const std::string end = sessionEndOf(series, longer.periodMs); !end.empty()) {
+    notes.push_back(fmt::format("{} counts as whole: {}", last, end));
+  } else {
+    notes.push_back(fmt::format(
+        "{} is left out, since the data end at {}, before it does; --keep-last keeps it", last,
+        isoTime(dataEnd)));
+    longer.bars.resize(longer.bars.size() - 1);
+  }
   return longer;
+}
+
+LoadedBars DataCommand::lengthened(const LoadedBars& loaded) const {
+  if (!of_.empty())
+    throw InputError(fmt::format(
+        "--of: \"{}\" is for ticks, and \"{}\" has bars; --side chooses for bars of bid and ask",
+        of_, loaded.code));
+  LoadedBars longer{loaded.code, {}, loaded.notes};
+  longer.series = longerBars(loaded.series, longer.notes);
+  if (longer.series.bars.empty())
+    throw InputError(fmt::format(
+        "--to-period: the data of \"{}\" make no whole bar of {}; --keep-last keeps the "
+        "one that they begin",
+        loaded.code, period_));
+  return longer;
+}
+
+LoadedBars DataCommand::lengthened(const LoadedTicks& loaded) const {
+  std::optional<TickSeries> quotes;
+  if (!of_.empty()) quotes = tradesOfQuotes(loaded.series, of_, "--of");
+  const TickSeries& series = quotes ? *quotes : loaded.series;
+  LoadedBars longer{loaded.code, {}, loaded.notes};
+  longer.series = longerBars(series, longer.notes);
+  if (!longer.series.bars.empty()) return longer;
+  const bool isCut = longer.notes.size() > loaded.notes.size();
+  throw InputError(fmt::format(
+      "--to-period: the ticks of \"{}\" make no whole bar of {}: {}", loaded.code, period_,
+      isCut ? "they end before it does; --keep-last keeps it" : whyNoTrades(series, of_)));
 }
 
 void DataCommand::lengthen(DataSet& data) const {

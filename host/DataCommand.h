@@ -28,8 +28,11 @@ class DataCommand {
   DataSet load() const;
   void refuseBarsBeside(const std::string& ticks) const;
   DataSet loadKind(DataFileRequest::Kind kind) const;
-  template <typename Loaded>
-  LoadedBars lengthened(const Loaded& loaded) const;
+  /// Bars of the longer period; what becomes of the last one is noted.
+  template <typename Series>
+  BarSeries longerBars(const Series& series, std::vector<std::string>& notes) const;
+  LoadedBars lengthened(const LoadedBars& loaded) const;
+  LoadedBars lengthened(const LoadedTicks& loaded) const;
   void lengthen(DataSet& data) const;
   void write(DataSet data) const;
 
@@ -38,7 +41,8 @@ class DataCommand {
   CLI::App* inspect_ = nullptr;
   std::vector<std::string> files_;
   std::string to_ = "cache", out_, code_, period_;
-  bool onlyBars_ = false, onlyTicks_ = false;
+  std::string of_;
+  bool onlyBars_ = false, onlyTicks_ = false, keepsLast_ = false;
   ReadingOptions reading_;
   ReadingOptions inspectReading_;
   std::string cache_;

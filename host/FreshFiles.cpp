@@ -23,11 +23,16 @@ bool isInUse(const std::string& path) {
 
 }  // namespace
 
-FreshFiles::FreshFiles(const std::vector<std::string>& paths) {
+FreshFiles::FreshFiles(const std::vector<std::string>& paths, const std::string& folder) {
   std::error_code error;
   for (const std::string& path : paths)
     if (!path.empty() && fs::symlink_status(path, error).type() == fs::file_type::not_found)
       paths_.push_back(path);
+  if (folder.empty()) return;
+  fs::path inner = fs::absolute(folder, error).lexically_normal();
+  if (!inner.has_filename()) inner = inner.parent_path();
+  for (; inner.has_relative_path() && !fs::exists(inner, error); inner = inner.parent_path())
+    folders_.push_back(inner.string());
 }
 
 FreshFiles::~FreshFiles() {
@@ -36,6 +41,8 @@ FreshFiles::~FreshFiles() {
   std::erase_if(paths_, isInUse);
   for (const std::string& path : paths_)
     for (const char* tail : {"", "-journal", "-wal", "-shm"}) fs::remove(path + tail, error);
+  for (const std::string& folder : folders_)
+    if (!fs::remove(folder, error)) return;  // Somebody has put something into it.
 }
 
 }  // namespace orvane

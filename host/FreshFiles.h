@@ -5,21 +5,26 @@
 
 namespace orvane {
 
-/// Takes databases away again that a run made before it was refused. Make it before they are
-/// opened, so that it goes after they were closed.
+/// Takes databases away again that a run made before it was refused, and folders that are empty
+/// then. Make it before they are opened, so that it goes after they were closed.
 class FreshFiles {
  public:
-  /// Paths are UTF-8; empty ones count for nothing.
-  explicit FreshFiles(const std::vector<std::string>& paths);
+  /// Paths are UTF-8; empty ones count for nothing. Of `folder` and those above it, what is not
+  /// there yet.
+  explicit FreshFiles(const std::vector<std::string>& paths, const std::string& folder = {});
   ~FreshFiles();
   FreshFiles(const FreshFiles&) = delete;
   FreshFiles& operator=(const FreshFiles&) = delete;
 
   /// The run is not refused any more: everything stays.
-  void keep() { paths_.clear(); }
+  void keep() {
+    paths_.clear();
+    folders_.clear();
+  }
 
  private:
-  std::vector<std::string> paths_;  ///< Those that were not there.
+  std::vector<std::string> paths_;    ///< Those that were not there.
+  std::vector<std::string> folders_;  ///< The same, the innermost first.
 };
 
 }  // namespace orvane

@@ -11,6 +11,7 @@
 #include <string_view>
 #include <system_error>
 
+#include "host/Console.h"
 #include "host/InputError.h"
 #include "host/watch/TerminalRescue.h"
 
@@ -36,9 +37,10 @@ bool canTell() {
 [[noreturn]] void endAtOnce() {
   TerminalRescue::leave();
   constexpr std::string_view kText = "orvane: ended at once, without summary and report\n";
-  if (canTell()) {
-    [[maybe_unused]] const ssize_t count = write(STDERR_FILENO, kText.data(), kText.size());
-  }
+  for (const std::string_view text : {std::string_view(beforeMessage()), kText})
+    if (canTell()) {
+      [[maybe_unused]] const ssize_t count = write(STDERR_FILENO, text.data(), text.size());
+    }
   _exit(kExitInterrupted);
 }
 

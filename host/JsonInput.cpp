@@ -33,7 +33,6 @@ namespace {
 std::string jsonAdvice(const QByteArray& text, qsizetype offset) {
   const QByteArray before = text.left(offset).trimmed();
   const QByteArray after = text.mid(offset).trimmed();
-  if (before.isEmpty() && after.isEmpty()) return "there is none";
   const QByteArray around = before.right(1) + after.left(1);
   if (around.contains('\'')) return "texts and keys stand in double quotes";
   if (around.contains('/') || around.contains('#')) return "JSON has no comments";
@@ -55,6 +54,9 @@ std::string jsonAdvice(const QByteArray& text, qsizetype offset) {
 }
 
 std::string badJson(const QJsonParseError& error, const QByteArray& text) {
+  const bool isSecond = error.error == QJsonParseError::GarbageAtEnd;
+  if (isSecond && QByteArray("{[").contains(text.mid(error.offset).trimmed().left(1)))
+    return "bad JSON: a second value begins here; give one alone, not a line each (JSON Lines)";
   const std::string advice = jsonAdvice(text, error.offset);
   return "bad JSON: " + error.errorString().toStdString() + (advice.empty() ? "" : "; " + advice);
 }
@@ -64,6 +66,8 @@ std::string badJson(const QJsonParseError& error, const QByteArray& text) {
 QJsonValue parseJson(const QByteArray& given, const std::string& origin) {
   QByteArray text = given;
   if (text.startsWith("\xEF\xBB\xBF")) text.remove(0, 3);
+  if (text.trimmed().isEmpty())
+    throw InputError(fmt::format("{}: is empty; give JSON, at least {{}}", origin));
   QJsonParseError error;
   const QJsonDocument document = QJsonDocument::fromJson(text, &error);
   const auto refuseAt = [&](qsizetype offset, const std::string& what) {

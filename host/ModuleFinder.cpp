@@ -1,11 +1,18 @@
 #include "host/ModuleFinder.h"
 
+#include <cxxabi.h>
 #include <dlfcn.h>
 #include <fmt/core.h>
 #include <fmt/ranges.h>
 
+#include <algorithm>
+#include <array>
+#include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <memory>
 #include <set>
+#include <string_view>
 
 #include "EventStrategy/ov.strategy.runner/IStrategy.h"
 #include "host/ElfSymbols.h"
@@ -37,6 +44,44 @@ std::string moduleAdvice(const std::string& given) {
   return names.empty() ? "" : fmt::format("; there are {}", fmt::join(names, ", "));
 }
 
+/// Refuses what is seen to be no module before a dynamic linker, which says little, is asked.
+void refuseOtherFiles(const std::string& path, const std::string& place) {
+  std::ifstream file(path, std::ios::binary);
+  if (!file) return;
+  std::string begin(4, '\0');
+  file.read(begin.data(), 4);
+  if (begin == "\177ELF") return;
+  const auto endsWith = [&](const char* ending) { return path.ends_with(ending); };
+  const bool isData =
+      std::ranges::any_of(std::array{".csv", ".csv.gz", ".txt", ".txt.gz", ".ovb"}, endsWith);
+  throw InputError(fmt::format(
+      "{}: \"{}\" is not a strategy module, but {}", place, path,
+      isData              ? "market data; give it by --bars or --ticks"
+      : endsWith(".json") ? "JSON; a configuration is given without --strategy, and parameters by "
+                            "--params"
+      : endsWith(".cpp")  ? "source text; build it, and give the .so file"
+                          : "another kind of file; a module is a shared library (.so)"));
+}
+
+/// What a fault of the dynamic linker usually comes from.
+std::string explained(const std::string& fault) {
+  constexpr std::string_view kUndefined = "undefined symbol: ";
+  if (const std::size_t at = fault.find(kUndefined); at != std::string::npos) {
+    const std::size_t begin = at + kUndefined.size();
+    const std::string symbol = fault.substr(begin, fault.find_first_of(", ;(", begin) - begin);
+    int status = 0;
+    const std::unique_ptr<char, decltype(&std::free)> name(
+        abi::__cxa_demangle(symbol.c_str(), nullptr, nullptr, &status), std::free);
+    return fmt::format(
+        "is not a strategy module: nobody defines {}, which it uses; usually a source file or a "
+        "library is missing in its build, or it was built for another version of this one",
+        name != nullptr ? std::string(name.get()) : symbol);
+  }
+  if (fault.find("cannot open shared object file") != std::string::npos)
+    return fault + "; install that library, or give its folder in LD_LIBRARY_PATH";
+  return fault;
+}
+
 }  // namespace
 
 std::string findStrategyModule(const std::string& given, const std::string& place) {
@@ -58,8 +103,9 @@ std::string findStrategyModule(const std::string& given, const std::string& plac
 }
 
 void checkStrategyModule(const std::string& path, const std::string& place) {
+  refuseOtherFiles(path, place);
   if (const std::string fault = tryModule(path); !fault.empty())
-    throw InputError(fmt::format("{}: \"{}\" {}", place, path, fault));
+    throw InputError(fmt::format("{}: \"{}\" {}", place, path, explained(fault)));
   void* module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (module == nullptr)
     throw InputError(

@@ -3,6 +3,7 @@
 #include <fmt/core.h>
 
 #include <charconv>
+#include <cmath>
 #include <string>
 #include <vector>
 
@@ -71,6 +72,28 @@ std::string commandFault(const CLI::App& app, const std::string& name) {
       meant == nullptr ? "the" : fmt::format("is \"{}\" meant? The", *meant), listed(commands));
 }
 
+/// An option that takes one value and was given several; empty without one.
+std::string repeatedFault(const CLI::App& command) {
+  for (const CLI::Option* option : command.get_options()) {
+    const std::vector<std::string>& given = option->results();
+    if (option->get_items_expected_max() != 1 || given.size() < 2) continue;
+    return fmt::format("{}: is given {} times, as \"{}\" and \"{}\"; give it once",
+                       option->get_name(), given.size(), given[0], given[1]);
+  }
+  return {};
+}
+
+/// An argument that no option takes.
+std::string extraFault(const CLI::App& command, const std::string& given) {
+  const std::string path = pathOf(command);
+  const std::string advice =
+      path == "sweep"
+          ? ": it takes no configuration; give --strategy, --bars or --ticks, and --grid"
+          : "";
+  return fmt::format("\"{}\" is an argument that {} does not take{} (see {} --help)", given, path,
+                     advice, path);
+}
+
 }  // namespace
 
 CLI::Validator wholeNumber(std::uint64_t lowest, std::uint64_t highest) {
@@ -81,6 +104,18 @@ CLI::Validator wholeNumber(std::uint64_t lowest, std::uint64_t highest) {
     if (parsed.ec == std::errc() && parsed.ptr == end && number >= lowest && number <= highest)
       return {};
     return fmt::format("\"{}\" is not a whole number from {} to {}", given, lowest, highest);
+  };
+  return CLI::Validator(check, "");
+}
+
+CLI::Validator numberAboveZero() {
+  const auto check = [](const std::string& given) -> std::string {
+    double number = 0;
+    const char* const end = given.data() + given.size();
+    const auto parsed = std::from_chars(given.data(), end, number);
+    if (parsed.ec == std::errc() && parsed.ptr == end && number > 0 && std::isfinite(number))
+      return {};
+    return fmt::format("\"{}\" is not a number above 0", given);
   };
   return CLI::Validator(check, "");
 }
@@ -102,8 +137,12 @@ std::string faultOf(const CLI::ParseError& error, const CLI::App& app, int argc,
   const auto extras = chosen.remaining();
   if (!commandsOf(chosen).empty() && !extras.empty() && !extras.front().starts_with('-'))
     return commandFault(chosen, extras.front());
+  if (!extras.empty() && !extras.front().starts_with('-'))
+    return extraFault(chosen, extras.front());
   if (const std::string name = unknownOption(chosen, argc, argv); !name.empty())
     return optionFault(chosen, name);
+  if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr)
+    if (std::string fault = repeatedFault(chosen); !fault.empty()) return fault;
   // Where a flag was given a value, the parser leaves out which.
   const auto end = text.find(" was given a disallowed flag override");
   for (int i = 1; i < argc && end != std::string::npos; ++i)

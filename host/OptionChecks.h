@@ -9,6 +9,9 @@ namespace orvane {
 /// tells the value and the bounds.
 CLI::Validator wholeNumber(std::uint64_t lowest, std::uint64_t highest);
 
+/// A check of an option that takes a number above 0. Its message tells the value.
+CLI::Validator numberAboveZero();
+
 /// Refuses options that were given an empty text, which is what a variable of a script that was
 /// never set looks like. Throws `InputError`.
 void refuseEmptyTexts(const CLI::App& command);

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <filesystem>
 
+#include "host/Console.h"
 #include "host/TimeArgument.h"
 
 namespace orvane {
@@ -14,8 +15,11 @@ ProgressLine::ProgressLine() : isTerminal_(isatty(STDERR_FILENO) != 0) {}
 
 void ProgressLine::show(const std::string& text) {
   const std::size_t blanks = text.size() < width_ ? width_ - text.size() : 0;
+  // Both times: a message of another thread may come in between.
+  noteOpenLine(true);
   fmt::print(stderr, "\r{}{}", text, std::string(blanks, ' '));
   std::fflush(stderr);
+  noteOpenLine(true);
   width_ = text.size();
 }
 
@@ -47,14 +51,13 @@ void ProgressLine::showRun(const PlaybackProgress& progress, bool isLive) {
 
 void ProgressLine::wipe() {
   if (isTerminal_) fmt::print(stderr, "\r\033[K");
+  std::fflush(stderr);
   width_ = 0;
+  noteOpenLine(false);
 }
 
 void ProgressLine::clear() {
-  if (width_ == 0) return;
-  show("");
-  fmt::print(stderr, "\r");
-  width_ = 0;
+  if (width_ > 0) wipe();
 }
 
 }  // namespace orvane

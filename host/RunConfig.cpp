@@ -17,6 +17,7 @@
 #include "host/ModuleFinder.h"
 #include "host/TimeArgument.h"
 #include "host/TradeConfig.h"
+#include "shared/NearText.h"
 
 namespace orvane {
 namespace {
@@ -73,6 +74,11 @@ void readData(JsonReader& reader, const char* key, DataFileRequest::Kind kind,
         throw InputError(fmt::format("{}: must be the name of a file, not \"\"", place));
       input.paths = {besides(configPath, list[i].toString().toStdString())};
     } else {
+      if (!list[i].isObject())
+        throw InputError(
+            fmt::format("{}: must be the name of a file, or an object with \"file\" or "
+                        "\"files\", not {}",
+                        place, jsonText(list[i])));
       JsonReader entry(list[i], place);
       for (const std::string& name : entry.texts("files"))
         input.paths.push_back(besides(configPath, name));
@@ -101,6 +107,9 @@ void readPublished(JsonReader& reader, RunPlan& plan) {
       if (series.code.empty())
         throw InputError(fmt::format("{}: must be a code, not \"\"", series.place));
     } else {
+      if (!list[i].isObject())
+        throw InputError(fmt::format("{}: must be a code, or an object with \"code\", not {}",
+                                     series.place, jsonText(list[i])));
       JsonReader entry(list[i], series.place);
       series.code = entry.requiredText("code");
       if (entry.has("frequency")) series.frequency = entry.requiredText("frequency");
@@ -108,6 +117,18 @@ void readPublished(JsonReader& reader, RunPlan& plan) {
     }
     plan.published.push_back(std::move(series));
   }
+}
+
+/// A configuration without its first key: a misspelt one, or another kind of file.
+[[noreturn]] void refuseWithoutRunners(const JsonReader& reader, const QJsonObject& given) {
+  for (const QString& key : given.keys())
+    if (textMeant(std::vector<QString>{"runners"}, key) != nullptr)
+      throw InputError(fmt::format("{}: unknown key; is \"runners\" meant?",
+                                   reader.place(key.toStdString().c_str())));
+  throw InputError(
+      fmt::format("{}: is missing; a configuration begins like {{\"runners\": [{{\"strategy\": "
+                  "\"sma_cross\"}}], \"bars\": \"if_1min.csv\"}}",
+                  reader.place("runners")));
 }
 
 /// The name of an instruments file, or an array of short forms.
@@ -140,10 +161,10 @@ double parseSpeed(const std::string& text, const std::string& option) {
 }
 
 void readRunConfig(const std::string& path, RunPlan& plan) {
-  JsonReader reader(readJsonFile(path), path);
+  const QJsonValue json = readJsonFile(path);
+  JsonReader reader(json, path);
   const QJsonValue runners = reader.value("runners");
-  if (runners.isUndefined())
-    throw InputError(fmt::format("{}: is missing", reader.place("runners")));
+  if (runners.isUndefined()) refuseWithoutRunners(reader, json.toObject());
   if (!runners.isArray() || runners.toArray().isEmpty())
     reader.refuse("runners", "must be an array of at least one runner");
   const QJsonArray list = runners.toArray();

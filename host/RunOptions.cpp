@@ -27,6 +27,15 @@ std::pair<std::string, std::string> splitCode(const std::string& argument) {
 }  // namespace
 
 void RunOptions::addTo(CLI::App& command) {
+  addWhatToRun(command);
+  addMarketDataOptions(command);
+  reading_.addTo(command);
+  addHowToPlay(command);
+  addHowToTrade(command);
+  addLogLines(command);
+}
+
+void RunOptions::addWhatToRun(CLI::App& command) {
   const std::string what = "What to run";
   command
       .add_option("-s,--strategy", strategy_,
@@ -36,7 +45,9 @@ void RunOptions::addTo(CLI::App& command) {
   command.add_option("-p,--params", params_, "Parameters of the strategy: {...} or a file")
       ->type_name("JSON")
       ->group(what);
+}
 
+void RunOptions::addMarketDataOptions(CLI::App& command) {
   const std::string data = "Market data";
   command.add_option("-b,--bars", bars_, "Bar files; those of one code make one series")
       ->type_name("[CODE=]FILE")
@@ -54,8 +65,9 @@ void RunOptions::addTo(CLI::App& command) {
                   "Folder of caches: the first run makes them, later ones begin at once")
       ->type_name("DIR")
       ->group(data);
-  reading_.addTo(command);
+}
 
+void RunOptions::addHowToPlay(CLI::App& command) {
   const std::string how = "How to play";
   command.add_option("--from", from_, "Begin here; what lies before is history")
       ->type_name("TIME")
@@ -65,7 +77,9 @@ void RunOptions::addTo(CLI::App& command) {
       .add_option("--threads", threads_, "Threads that run strategies (default: by the machine)")
       ->check(wholeNumber(1, 1024))
       ->group(how);
+}
 
+void RunOptions::addHowToTrade(CLI::App& command) {
   const std::string trade = "How to trade";
   command.add_option("--capital", capital_, "Start balance of each runner's account")
       ->type_name("MONEY")
@@ -95,7 +109,9 @@ void RunOptions::addTo(CLI::App& command) {
       ->check(wholeNumber(0, kLargest))
       ->type_name("MS")
       ->group(trade);
+}
 
+void RunOptions::addLogLines(CLI::App& command) {
   const std::string log = "Log lines";
   command.add_option("--log", log_.file, "Write log lines to a file and not to standard error")
       ->type_name("FILE")

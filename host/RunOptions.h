@@ -36,6 +36,11 @@ class RunOptions {
   void addSettings(RunPlan& plan) const;
 
  private:
+  void addWhatToRun(CLI::App& command);
+  void addMarketDataOptions(CLI::App& command);
+  void addHowToPlay(CLI::App& command);
+  void addHowToTrade(CLI::App& command);
+  void addLogLines(CLI::App& command);
   void addMarketData(RunPlan& plan, const std::vector<std::string>& files,
                      DataFileRequest::Kind kind) const;
 

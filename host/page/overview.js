@@ -125,8 +125,10 @@ class OverviewPage {
   }
 
   head() {
-    const begins = run.data.map((series) => series.begin).filter(Boolean).sort();
-    const ends = run.data.map((series) => series.end).filter(Boolean).sort();
+    // What was played, which may be less than the data have.
+    const times = (name) =>
+      run.entries.map((entry) => (entry.span || {})[name]).filter(Boolean).sort();
+    const begins = times('begin'), ends = times('end');
     const tag = el('span', { class: `tag ${run.outcome === 'completed' ? 'good' : 'bad'}` },
       run.outcome);
     return el('div', { class: 'title' }, el('h1', {}, 'Overview', tag),

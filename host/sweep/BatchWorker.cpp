@@ -23,14 +23,15 @@ QDataStream& operator>>(QDataStream& from, std::string& text) {
 }
 
 void put(QDataStream& to, const SweepRow& row) {
-  to << static_cast<quint64>(row.key.number) << row.status << row.message << row.digest;
+  to << static_cast<quint64>(row.key.number) << row.status << row.message << row.digest
+     << row.isRefused;
   for (const std::optional<double>& value : row.figures)
     to << value.has_value() << value.value_or(0);
 }
 
 void get(QDataStream& from, SweepRow& row) {
   quint64 number = 0;
-  from >> number >> row.status >> row.message >> row.digest;
+  from >> number >> row.status >> row.message >> row.digest >> row.isRefused;
   row.key.number = number;
   for (std::optional<double>& value : row.figures) {
     bool isThere = false;
@@ -63,7 +64,8 @@ QByteArray BatchWorker::playHere(std::span<const std::uint64_t> numbers,
                         runnerStatusName(its.state.status),
                         its.state.message,
                         figureValues(figuresOf(its)),
-                        its.digest});
+                        its.digest,
+                        its.isOverAtStart && its.state.status == RunnerError});
       });
   QByteArray answer;
   QDataStream to(&answer, QIODevice::WriteOnly);

@@ -1,6 +1,8 @@
 #include "host/sweep/Sweep.h"
 
 #include <algorithm>
+#include <iterator>
+#include <random>
 
 #include "host/InputError.h"
 
@@ -123,18 +125,46 @@ void Sweep::forgetUnchosen(std::int32_t window, const SweepRow* chosen) {
 bool Sweep::runPart(std::int32_t window, SweepSample sample,
                     const std::vector<std::uint64_t>& numbers,
                     const std::optional<TimeSpan>& span) {
+  if (rows_.empty() && !tryFew(window, sample, numbers, span)) return false;
   std::vector<std::uint64_t> left;
   for (const std::uint64_t number : numbers)
     if (!rows_.contains({window, sample, number})) left.push_back(number);
-  for (std::size_t begin = 0; begin < left.size();) {
-    const std::size_t size = std::min(worker_.batchSize(), left.size() - begin);
-    if (!runBatch(window, sample, {left.data() + begin, size}, span)) {
+  return runAll(window, sample, left, span);
+}
+
+bool Sweep::runAll(std::int32_t window, SweepSample sample, std::span<const std::uint64_t> numbers,
+                   const std::optional<TimeSpan>& span) {
+  while (!numbers.empty()) {
+    const std::size_t size = std::min(worker_.batchSize(), numbers.size());
+    if (!runBatch(window, sample, numbers.first(size), span)) {
       outcome_.isInterrupted = true;
       return false;
     }
-    begin += size;
+    numbers = numbers.subspan(size);
   }
   return true;
+}
+
+bool Sweep::tryFew(std::int32_t window, SweepSample sample,
+                   const std::vector<std::uint64_t>& numbers, const std::optional<TimeSpan>& span) {
+  // One may refuse a corner of the grid; chosen evenly, the others could all lie in it, too.
+  constexpr std::size_t kOthers = 16;
+  const std::size_t first = std::min(worker_.batchSize(), numbers.size());
+  if (!runAll(window, sample, {numbers.data(), first}, span)) return false;
+  if (commonRefusal().empty()) return true;
+  std::vector<std::uint64_t> others;
+  std::ranges::sample(numbers.begin() + static_cast<std::ptrdiff_t>(first), numbers.end(),
+                      std::back_inserter(others), kOthers, std::mt19937_64(1));
+  if (!runAll(window, sample, others, span)) return false;
+  outcome_.refusal = commonRefusal();
+  return outcome_.refusal.empty();
+}
+
+std::string Sweep::commonRefusal() const {
+  const bool isCommon = std::ranges::all_of(rows_, [this](const auto& entry) {
+    return entry.second.isRefused && entry.second.message == rows_.begin()->second.message;
+  });
+  return isCommon && !rows_.empty() ? rows_.begin()->second.message : std::string();
 }
 
 bool Sweep::runBatch(std::int32_t window, SweepSample sample,
@@ -149,7 +179,7 @@ bool Sweep::runBatch(std::int32_t window, SweepSample sample,
     if (half > 0)
       return runBatch(window, sample, numbers.first(half), span) &&
              runBatch(window, sample, numbers.subspan(half), span);
-    result.rows = {{{window, sample, numbers.front()}, kCrashed, result.crash, {}, {}}};
+    result.rows = {{{window, sample, numbers.front()}, kCrashed, result.crash, {}, {}, false}};
   }
   keep(window, sample, std::move(result.rows));
   progress_.endBatch(numbers.size());

@@ -2,6 +2,7 @@
 
 #include <map>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,9 @@ struct SweepOutcome {
   std::size_t earlier = 0;     ///< Of the rows, those that were in the store before.
   bool isInterrupted = false;
   std::string failure;  ///< Why it ended before its time, UTF-8; empty if it did not.
+  /// What the strategy said to all combinations that were tried, before anything was played, so
+  /// that no other was; empty where it takes some.
+  std::string refusal;
 
   std::size_t errors() const;   ///< Rows whose run did not end as it should, crashed ones included.
   std::size_t crashes() const;  ///< Rows whose run ended its process.
@@ -45,6 +49,16 @@ class Sweep {
   /// Answers false if the sweep ends here.
   bool runPart(std::int32_t window, SweepSample sample, const std::vector<std::uint64_t>& numbers,
                const std::optional<TimeSpan>& span);
+  /// The same of these numbers, in batches.
+  bool runAll(std::int32_t window, SweepSample sample, std::span<const std::uint64_t> numbers,
+              const std::optional<TimeSpan>& span);
+  /// Runs a first batch and, where the strategy refuses all of it, some others: a parameter that it
+  /// does not know is refused in all combinations, and there may be many. Answers false if the
+  /// sweep ends here.
+  bool tryFew(std::int32_t window, SweepSample sample, const std::vector<std::uint64_t>& numbers,
+              const std::optional<TimeSpan>& span);
+  /// What all rows so far were refused with; empty if any was not, or with another text.
+  std::string commonRefusal() const;
   bool runBatch(std::int32_t window, SweepSample sample, std::span<const std::uint64_t> numbers,
                 const std::optional<TimeSpan>& span);
   void keep(std::int32_t window, SweepSample sample, std::vector<SweepRow> rows);

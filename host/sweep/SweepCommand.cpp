@@ -8,6 +8,7 @@
 
 #include "host/Console.h"
 #include "host/FileRoles.h"
+#include "host/FreshFiles.h"
 #include "host/InputError.h"
 #include "host/LineAppender.h"
 #include "host/OptionChecks.h"
@@ -51,24 +52,40 @@ std::string headText(const SweepPlan& plan, const SweepOutcome& outcome) {
   return text + "\n";
 }
 
+std::string paramsText(const SweepPlan& plan, std::uint64_t number) {
+  std::string text;
+  const std::vector<std::string> values = plan.space.textsOf(number);
+  for (std::size_t i = 0; i < values.size(); ++i)
+    text += fmt::format("{}{}={}", i == 0 ? "" : ", ", plan.space.ranges()[i].name(), values[i]);
+  return text;
+}
+
 /// Tells how many runs of a kind there are, with the first of them.
 void complainOf(const SweepPlan& plan, const SweepOutcome& outcome, const char* what,
                 const std::function<bool(const SweepRow&)>& isOne) {
   const auto count = static_cast<std::size_t>(std::ranges::count_if(outcome.rows, isOne));
   if (count == 0) return;
   const SweepRow& row = *std::ranges::find_if(outcome.rows, isOne);
-  std::string params;
-  const std::vector<std::string> texts = plan.space.textsOf(row.key.number);
-  for (std::size_t i = 0; i < texts.size(); ++i)
-    params += fmt::format("{}{}={}", i == 0 ? "" : ", ", plan.space.ranges()[i].name(), texts[i]);
   complain(fmt::format("{} {}, the first: number {} ({}): {}", plural(count, "run"), what,
-                       row.key.number + 1, params, row.message));
+                       row.key.number + 1, paramsText(plan, row.key.number), row.message));
 }
 
 void complainOfErrors(const SweepPlan& plan, const SweepOutcome& outcome) {
   complainOf(plan, outcome, "ended as an error",
              [](const SweepRow& row) { return !row.isGood() && !row.isCrashed(); });
   complainOf(plan, outcome, "crashed", &SweepRow::isCrashed);
+}
+
+/// Nothing of such a sweep is of use, and the same command would find it done.
+void refuseWhatIsRefused(const SweepPlan& plan, const SweepOutcome& outcome) {
+  if (outcome.refusal.empty()) return;
+  const std::size_t tried = outcome.rows.size(), all = plan.numbers.size();
+  const std::string which =
+      tried == all ? fmt::format("all of {}", plural(all, "combination"))
+                   : fmt::format("all {} of {} that were tried", tried, plural(all, "combination"));
+  throw InputError(fmt::format(
+      "the strategy refuses {} before anything is played, such as {}: {}; nothing is kept", which,
+      paramsText(plan, outcome.rows.front().key.number), outcome.refusal));
 }
 
 }  // namespace
@@ -118,14 +135,18 @@ SweepOutcome SweepCommand::sweep(const SweepPlan& plan, BatchRunner& runner,
                                  std::vector<std::string>& failures) const {
   BatchWorker worker(runner);
   worker.check();
+  const std::string database = options_.out().empty() ? "" : options_.out() + "/" + kDatabase;
+  FreshFiles fresh({database}, options_.out());
   std::unique_ptr<SweepStore> store;
-  if (!options_.out().empty()) {
+  if (!database.empty()) {
     makeFolder(options_.out(), "--out");
-    store = std::make_unique<SweepStore>(options_.out() + "/" + kDatabase, identity, "--out");
+    store = std::make_unique<SweepStore>(database, identity, "--out");
   }
   const std::shared_ptr<LineAppender> log = setUpLog(options_.run().log());
   worker.setOpen(store.get(), log);
   SweepOutcome outcome = Sweep(plan, worker, store.get(), progress).run();
+  refuseWhatIsRefused(plan, outcome);
+  fresh.keep();
   for (const std::string& failure : {outcome.failure, log->failure(), worker.outputFailure()})
     if (!failure.empty()) failures.push_back(failure);
   return outcome;

@@ -10,6 +10,7 @@
 #include "host/FileHash.h"
 #include "host/InputError.h"
 #include "host/InstrumentInputs.h"
+#include "host/JsonInput.h"
 #include "host/OptionChecks.h"
 #include "host/PlatformSetup.h"
 #include "host/RunConfig.h"
@@ -31,6 +32,30 @@ TimeSpan spanOf(const DataSet& data) {
     span.end = std::max(span.end, series.lastTime);
   }
   return {span.begin, span.end + 1};
+}
+
+/// A value of --params would be of no effect. The ranges are those of `grid`, in their order.
+void refuseGivenTwice(const QJsonObject& params, const ParameterSpace& space,
+                      const std::vector<std::string>& grid) {
+  for (std::size_t i = 0; i < grid.size(); ++i) {
+    const std::string& name = space.ranges()[i].name();
+    const auto given = params.find(QString::fromStdString(name));
+    if (given == params.end()) continue;
+    throw InputError(
+        fmt::format("--params: \"{}\" is {}, and has values by --grid {}; leave one of the two out",
+                    name, jsonText(*given), grid[i]));
+  }
+}
+
+/// For who writes 3m and means three months.
+constexpr char kMonthsAdvice[] = "m stands for minutes; a month is told in days, as in 90d:30d";
+
+/// The shortest period of the bars; 0 where there are ticks, which have none.
+int64 shortestPeriodOf(const DataSet& data) {
+  if (!data.ticks.empty()) return 0;
+  int64 shortest = kUnsetTime;
+  for (const LoadedBars& loaded : data.bars) shortest = std::min(shortest, loaded.series.periodMs);
+  return shortest;
 }
 
 }  // namespace
@@ -132,6 +157,7 @@ SweepPlan SweepOptions::plan() const {
 
   RunPlan run;
   RunnerPlan runner = run_.runner(run);
+  refuseGivenTwice(runner.params, space, grid_);
   if (runner.params.contains("account"))
     throw InputError("--params: \"account\": each combination has an account of its own");
   run.runners.push_back(std::move(runner));
@@ -167,11 +193,18 @@ void SweepOptions::addWindows(SweepPlan& plan, const DataSet& data) const {
   if (walk_.empty()) return;
   if (options.from != kUnsetTime) whole.begin = std::max(whole.begin, options.from);
   if (options.to != kUnsetTime) whole.end = std::min(whole.end, options.to);
-  plan.windows = WalkForward::parse(walk_, "--walk-forward").windows(whole, "--walk-forward");
+  const WalkForward walk = WalkForward::parse(walk_, "--walk-forward");
+  if (const int64 period = shortestPeriodOf(data);
+      std::min(walk.inSampleMs, walk.outOfSampleMs) < period)
+    throw InputError(
+        fmt::format("--walk-forward: \"{}\" has a span that is shorter than a bar, {}; "
+                    "{}",
+                    walk_, frequencyText(period), kMonthsAdvice));
+  plan.windows = walk.windows(whole, "--walk-forward");
   if (plan.windows.size() * plan.numbers.size() > kMostCombinations)
     throw InputError(
-        fmt::format("--walk-forward: {} windows of {} combinations are more than {} "
-                    "runs",
+        fmt::format("--walk-forward: {} windows of {} combinations are more than {} runs; give "
+                    "longer spans",
                     plan.windows.size(), plan.numbers.size(), kMostCombinations));
 }
 

@@ -35,6 +35,8 @@ struct SweepRow {
   std::string message;
   FigureValues figures;
   std::string digest;  ///< Empty where none was asked for.
+  /// Whether it ended as an error before anything was played. Known of those that this call ran.
+  bool isRefused = false;
 
   /// Whether its run ended as it should; others have no place in a ranking.
   bool isGood() const { return status == "Stopped" || status == "Finished"; }

@@ -96,6 +96,20 @@ std::vector<std::string> headOf(const SweepPlan& plan, std::vector<std::string> 
   return first;
 }
 
+/// Why nothing is ranked, and what to do.
+std::string unrankedText(const SweepPlan& plan, const SweepOutcome& outcome) {
+  const std::string name = figureColumns()[plan.rank].name;
+  if (outcome.errors() == outcome.rows.size())
+    return fmt::format(
+        "No combination is ranked by {}: none of the {} runs ended as it should.\n"
+        "Each says why in results.csv of --out; orvane run with one combination shows its log.\n",
+        name, outcome.rows.size());
+  return fmt::format(
+      "No combination is ranked by {}: no run has this figure, which takes more time or more\n"
+      "trades than there were. Choose another by --rank, such as profit or finalEquity.\n",
+      name);
+}
+
 std::string wholeText(const SweepPlan& plan, const SweepOutcome& outcome, std::size_t top) {
   const SweepRanking ranking = rankingOf(outcome.rows, 0, SweepSample::Whole, plan.rank);
   std::vector<std::vector<std::string>> rows = {headOf(plan, {"rank"})};
@@ -103,9 +117,7 @@ std::string wholeText(const SweepPlan& plan, const SweepOutcome& outcome, std::s
     rows.push_back({std::to_string(i + 1)});
     addCells(plan, *ranking.rows[i], rows.back());
   }
-  if (ranking.ranked == 0)
-    return fmt::format("No combination has the figure {}.\n", figureColumns()[plan.rank].name);
-  return aligned(rows);
+  return ranking.ranked == 0 ? unrankedText(plan, outcome) : aligned(rows);
 }
 
 std::string walkText(const SweepPlan& plan, const SweepOutcome& outcome) {
@@ -132,6 +144,7 @@ std::string walkText(const SweepPlan& plan, const SweepOutcome& outcome) {
     gains += *gained > 0 ? 1 : 0;
     profit += *gained;
   });
+  if (rows.size() == 1) return unrankedText(plan, outcome);
   return aligned(rows) +
          fmt::format(
              "\nout-of-sample: {} windows, {} with a profit{}; the sum of their profits is "

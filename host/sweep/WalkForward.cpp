@@ -54,7 +54,7 @@ WalkForward WalkForward::parse(const std::string& given, const std::string& opti
     if (parts.back() == 0)
       throw InputError(
           fmt::format("{}: \"{}\" in \"{}\" is not a duration such as 90d, 12h or 30m "
-                      "of at most 100 years",
+                      "of at most 100 years; the units are s, m for minutes, h, d and w",
                       option, part, given));
   }
   if (parts.size() != 2 && parts.size() != 3)
@@ -77,8 +77,11 @@ std::vector<WalkWindow> WalkForward::windows(const TimeSpan& whole,
     const int64 middle = begin + inSampleMs, end = middle + outOfSampleMs;
     result.push_back({{begin, middle}, {middle, end >= last ? whole.end : end}});
     if (result.size() > kMostWindows)
-      throw InputError(fmt::format("{}: there are more than {} windows from {} to {}", option,
-                                   kMostWindows, isoTime(whole.begin), isoTime(whole.end)));
+      throw InputError(
+          fmt::format("{}: there are more than {} windows from {} to {}; give longer spans, and "
+                      "months in days, "
+                      "since m stands for minutes",
+                      option, kMostWindows, isoTime(whole.begin), isoTime(whole.end)));
     if (result.back().outOfSample.end == whole.end) break;
   }
   if (result.empty())

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <stdexcept>
+#include <utility>
 #include <vector>
 
 #include "platform/core/Periods.h"
@@ -30,21 +31,41 @@ std::shared_ptr<const ZoneRules> zoneOf(const std::string& name) {
   return zone;
 }
 
+std::string lengthText(int64 ms) {
+  constexpr std::pair<int64, const char*> kUnits[] = {
+      {kDayMs, "d"}, {kHourMs, "h"}, {kMinuteMs, "m"}, {kSecondMs, "s"}};
+  for (const auto& [unit, name] : kUnits)
+    if (ms % unit == 0) return std::to_string(ms / unit) + name;
+  return std::to_string(ms) + "ms";
+}
+
+void checkLonger(int64 haveMs, const std::string& period, int64 periodMs, const TermPair& term) {
+  const std::string have = lengthText(haveMs);
+  if (periodMs == haveMs)
+    throw std::invalid_argument("the bars are of " + have + " already; leave \"" + period +
+                                "\" out");
+  if (periodMs > haveMs && periodDivides(haveMs, term)) return;
+  throw std::invalid_argument("bars of " + period + " cannot be made of bars of " + have +
+                              "; give a longer period that whole bars of " + have + " fill");
+}
+
+/// Until when bars are closed.
+int64 endOf(OpenBar open, int64 dataEnd) { return open == OpenBar::Kept ? kUnsetTime : dataEnd; }
+
 }  // namespace
 
-BarSeries barsOfPeriod(const BarSeries& series, const std::string& period) {
+BarSeries barsOfPeriod(const BarSeries& series, const std::string& period, OpenBar open) {
   int64 periodMs = 0;
   const TermPair term = termOf(period, periodMs);
-  if (periodMs <= series.periodMs || !periodDivides(series.periodMs, term))
-    throw std::invalid_argument("bars of " + period + " cannot be made of bars of " +
-                                std::to_string(series.periodMs / 1000) + " s");
+  checkLonger(series.periodMs, period, periodMs, term);
   BarBuilder builder(BucketRule(term, zoneOf(series.timeZone)));
   std::vector<IKLine> bars;
   for (const IKLine& bar : series.bars) {
     builder.closeAt(KLineView(bar).endTime() - 1, bars);
     builder.addBar(bar, bars);
   }
-  if (!series.bars.empty()) builder.closeAt(KLineView(series.bars.back()).endTime(), bars);
+  if (!series.bars.empty())
+    builder.closeAt(endOf(open, KLineView(series.bars.back()).endTime()), bars);
   BarSeries longer;
   longer.code = series.code;
   longer.periodMs = periodMs;
@@ -54,14 +75,14 @@ BarSeries barsOfPeriod(const BarSeries& series, const std::string& period) {
   return longer;
 }
 
-BarSeries barsOfPeriod(const TickSeries& series, const std::string& period) {
+BarSeries barsOfPeriod(const TickSeries& series, const std::string& period, OpenBar open) {
   int64 periodMs = 0;
   const TermPair term = termOf(period, periodMs);
   // The stream lives no longer than this call, so it need not own the series.
   MarketStream stream(std::shared_ptr<const TickSeries>(std::shared_ptr<void>(), &series), 0);
   stream.known = series.rows();
   DerivedSeries derived(stream, term, zoneOf(series.timeZone));
-  derived.catchUp(series.times.empty() ? 0 : series.times.back());
+  derived.catchUp(series.times.empty() ? 0 : endOf(open, series.times.back()));
   BarSeries bars;
   bars.code = series.code;
   bars.periodMs = periodMs;

@@ -7,14 +7,11 @@ namespace {
 
 /// How often the thread looks for what has waited too long.
 constexpr std::chrono::milliseconds kTurn{10};
-/// After so many turns without a move, three seconds, runners are taken to block. A call-back that
-/// takes longer than that while another's request waits is rare, and so is one that blocks.
-constexpr int kStillTurns = 300;
 
 }  // namespace
 
-OverdueAnswerer::OverdueAnswerer(QuoteService& quotes, const QuietSignal& runners)
-    : quotes_(quotes), stall_(runners, kStillTurns), thread_([this] { work(); }) {}
+OverdueAnswerer::OverdueAnswerer(QuoteService& quotes, const QuietSignal& runners, int stillTurns)
+    : quotes_(quotes), stall_(runners, stillTurns), thread_([this] { work(); }) {}
 
 OverdueAnswerer::~OverdueAnswerer() {
   {

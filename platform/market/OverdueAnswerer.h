@@ -24,7 +24,12 @@ class OverdueAnswerer {
  public:
   static constexpr std::chrono::milliseconds kPatience{100};
 
-  OverdueAnswerer(QuoteService& quotes, const QuietSignal& runners);
+  /// After so many turns of 10 ms without a move, three seconds, runners are taken to block. A
+  /// call-back that takes longer than that while another's request waits is rare, and so is one
+  /// that blocks.
+  static constexpr int kStillTurns = 300;
+
+  OverdueAnswerer(QuoteService& quotes, const QuietSignal& runners, int stillTurns = kStillTurns);
   ~OverdueAnswerer();
   OverdueAnswerer(const OverdueAnswerer&) = delete;
   OverdueAnswerer& operator=(const OverdueAnswerer&) = delete;

@@ -16,6 +16,7 @@
 #include "platform/core/JsonText.h"
 #include "platform/core/ZoneRules.h"
 #include "shared/CodeTables.h"
+#include "shared/NearText.h"
 #include "shared/TextCodec.h"
 
 namespace orvane {
@@ -58,6 +59,22 @@ const std::map<std::string, std::string>& shortKeys() {
 
 [[noreturn]] void fail(const std::string& key, const std::string& value, const std::string& what) {
   throw std::invalid_argument("key \"" + key + "\": \"" + value + "\" " + what);
+}
+
+/// Names the key that was meant, or else all.
+[[noreturn]] void failUnknown(const std::string& key) {
+  std::vector<std::string> known = {"id", "categories"};
+  for (const auto& entry : textKeys()) known.push_back(entry.first);
+  for (const auto& entry : decimalKeys()) known.push_back(entry.first);
+  // A file has the full names alone.
+  const auto full = shortKeys().find(key);
+  if (const std::string* const meant =
+          full != shortKeys().end() ? &full->second : textMeant(known, key))
+    throw std::invalid_argument("key \"" + key + "\": is not known; is \"" + *meant + "\" meant?");
+  std::sort(known.begin(), known.end());
+  std::string list;
+  for (const std::string& one : known) list += (list.empty() ? "" : ", ") + one;
+  throw std::invalid_argument("key \"" + key + "\": is not known; there are " + list);
 }
 
 bool isDecimal(const std::string& text) {
@@ -109,8 +126,7 @@ void readKey(Instrument& instrument, const std::string& key, const QJsonValue& v
       instrument.categories.push_back(utf8ToGbk(one.toString().toStdString()));
     }
   } else {
-    const std::string given = value.isString() ? value.toString().toStdString() : textOf(value);
-    fail(key, given, "has a key that is not known");
+    failUnknown(key);
   }
 }
 

@@ -136,6 +136,12 @@ TEST(BadInput, shouldNameTheFileWhenItIsNoModule) {
   const auto bars = folder.write("bars.csv", test::barsCsv());
   const auto text = folder.write("text.so", "this is no module");
   expectRefused({"run", "-s", text, "-b", bars}, {"text.so", "is not a strategy module"});
+  const std::string data = "\" is not a strategy module, but market data; give it by --bars or";
+  expectRefused({"run", "-s", bars, "-b", bars}, {bars + data});
+  expectRefused({"run", "-s", folder.write("my.cpp", "x"), "-b", bars},
+                {"but source text; build it, and give the .so file"});
+  expectRefused({"run", "-s", folder.write("run.json", "{}"), "-b", bars},
+                {"but JSON; a configuration is given without --strategy"});
   expectRefused({"run", "-s", "/nowhere/my.so", "-b", bars}, {"/nowhere/my.so"});
   expectRefused({"run", "-s", "no_such_strategy", "-b", bars}, {"\"no_such_strategy\""});
 }
@@ -145,6 +151,15 @@ TEST(BadInput, shouldNameTheModuleWhenItHasNoCreateStrategy) {
   expectRefused({"run", "-s", test::testModule("no_factory"), "-b",
                  folder.write("bars.csv", test::barsCsv())},
                 {"no_factory.so", "\"createStrategy\""});
+}
+
+TEST(BadInput, shouldNameWhatAModuleUsesAndNobodyDefines) {
+  const test::TempFolder folder;
+  expectRefused({"run", "-s", test::testModule("lacking_helper"), "-b",
+                 folder.write("bars.csv", test::barsCsv())},
+                {"lacking_helper.so\" is not a strategy module: nobody defines "
+                 "helping::levelOf(int), which it uses; usually a source file or a library is "
+                 "missing in its build, or it was built for another version of this one\n"});
 }
 
 TEST(BadInput, shouldNameOptionAndValueWhenAnArgumentIsWrong) {

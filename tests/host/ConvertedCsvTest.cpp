@@ -202,6 +202,22 @@ TEST_F(ConvertedCsv, shouldWriteNothingWhenTheDataWouldNotComeBackTheSame) {
   EXPECT_EQ(std::distance(begin(files), end(files)), 1) << "nothing is left beside it";
 }
 
+TEST_F(ConvertedCsv, shouldWriteWhatALinkLeadsToAndKeepItsPermissions) {
+  namespace fs = std::filesystem;
+  const std::string target = folder_.write("target.csv", "as it was");
+  constexpr auto kMode = fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_write;
+  fs::permissions(target, kMode);
+  const std::string link = folder_ / "link.csv";
+  fs::create_symlink("target.csv", link);
+  const auto result = test::runProgram(
+      {"data", "convert", folder_.write("x_1min.csv", test::barsCsv()), "--to", "csv", "-o", link});
+  ASSERT_EQ(result.exitCode, 0) << result.err;
+  EXPECT_EQ(fs::read_symlink(link), "target.csv");
+  EXPECT_FALSE(fs::is_symlink(target));
+  EXPECT_THAT(test::readFile(target), testing::StartsWith("openTime,until,"));
+  EXPECT_EQ(fs::status(target).permissions(), kMode);
+}
+
 TEST_F(ConvertedCsv, shouldSayWhatTheRowsAndTheOptionsContradict) {
   const std::string head = "openTime,until,open,high,low,close,tradingDay,code,period,timeZone\n";
   const std::string row = "2021-01-04T01:30:00Z,2021-01-04T01:31:00Z,1,2,1,2,20210104,X,1m,";
@@ -231,6 +247,23 @@ TEST_F(ConvertedCsv, shouldSayWhatTheRowsAndTheOptionsContradict) {
             ": the file tells a period of 1m; leave \"period\" out");
   EXPECT_THAT(fault(row + "UTC\n", {{"priceScale", 100}}), HasSubstr("no scale can change it"));
   EXPECT_EQ(fault(row + "UTC\n", {{"timeZone", "UTC"}, {"stamp", "end"}}), "") << "of no matter";
+}
+
+TEST_F(ConvertedCsv, shouldNoteWhatChangesNothing) {
+  DataFileRequest request = plainRequest(
+      folder_.write("f.csv",
+                    "openTime,until,open,high,low,close,tradingDay,code,period,timeZone\n"
+                    "2021-01-04T01:30:00Z,2021-01-04T01:31:00Z,1,2,1,2,20210104,X,1m,UTC\n"),
+      DataFileRequest::Kind::Bars);
+  request.description = {
+      {"stamp", "end"}, {"side", "ask"}, {"date", "2021-01-05"}, {"priceTick", "0.2"}};
+  EXPECT_THAT(
+      loadBars(request).front().notes,
+      testing::UnorderedElementsAre(
+          request.paths[0] +
+              ": \"stamp\", \"date\", \"priceTick\" changes nothing here, since the rows "
+              "hold what was read already",
+          request.paths[0] + ": \"side\" changes nothing here, since no bid and ask have columns"));
 }
 
 }  // namespace

@@ -55,12 +55,12 @@ class DataCommand : public testing::Test {
     json.remove("timing");
     return json;
   }
-  /// Without the hashes of the files that were read.
-  static QJsonObject withoutHashes(QJsonObject report) {
+  /// Without what tells the files that were read.
+  static QJsonObject withoutFiles(QJsonObject report) {
     QJsonArray data = report["data"].toArray();
     for (auto series : data) {
       QJsonObject object = series.toObject();
-      object.remove("hashes");
+      for (const char* key : {"files", "hashes"}) object.remove(key);
       series = object;
     }
     report["data"] = data;
@@ -98,7 +98,11 @@ TEST_F(DataCommand, shouldGiveTheSameRunFromFilesFromCachesAndWithAFolderOfCache
   ASSERT_EQ(convert(ticks_, folder_ / "t.ovb", asTicks).exitCode, 0);
   const QJsonObject fromCaches = run(folder_ / "b.ovb", folder_ / "t.ovb");
   EXPECT_EQ(digestOf(fromCaches), digestOf(plain));
-  EXPECT_EQ(withoutHashes(fromCaches), withoutHashes(plain));
+  EXPECT_EQ(withoutFiles(fromCaches), withoutFiles(plain));
+  const QJsonObject bars = fromCaches["data"].toArray()[0].toObject();
+  EXPECT_EQ(bars["files"].toString().toStdString(), folder_ / "b.ovb");
+  EXPECT_EQ(bars["hashes"].toArray()[0].toObject()["file"].toString().toStdString(),
+            folder_ / "b.ovb");
 }
 
 TEST_F(DataCommand, shouldTakeTheFolderOfCachesFromAConfiguration) {
@@ -136,12 +140,15 @@ TEST_F(DataCommand, shouldPutBarsTogetherToALongerPeriod) {
   more.back() = "15m";
   EXPECT_THAT(
       convert(bars_, folder_ / "b15.ovb", more).out,
-      HasSubstr("  note   what comes after 2026-01-05T01:45:00.000Z is left out: the data end "
-                "before its bar of 15m does\n"));
+      HasSubstr(
+          "  note   the last bar of 15m, from 2026-01-05T01:45:00.000Z on, is left out, since "
+          "the data end at 2026-01-05T01:50:00.000Z, before it does; --keep-last keeps it\n"));
   more.back() = "30s";
   const auto shorter = convert(bars_, folder_ / "c.ovb", more);
   EXPECT_EQ(shorter.exitCode, kExitBadInput);
-  EXPECT_THAT(shorter.err, HasSubstr("--to-period: bars of 30s cannot be made of bars of 60 s"));
+  EXPECT_THAT(shorter.err,
+              HasSubstr("--to-period: bars of 30s cannot be made of bars of 1m; give a longer "
+                        "period that whole bars of 1m fill"));
   EXPECT_FALSE(std::filesystem::exists(folder_ / "c.ovb"));
 }
 
@@ -151,7 +158,13 @@ TEST_F(DataCommand, shouldRefuseWhatItCannotDo) {
   EXPECT_THAT(same.err, HasSubstr("--out: "));
   const auto nowhere = convert(bars_, folder_ / "none/b.ovb");
   EXPECT_EQ(nowhere.exitCode, kExitBadInput);
-  EXPECT_THAT(nowhere.err, HasSubstr("none/b.ovb: cannot be written: No such file or directory"));
+  EXPECT_EQ(nowhere.out, "");
+  EXPECT_EQ(nowhere.err, "orvane: --out: \"" + (folder_ / "none/b.ovb") +
+                             "\" cannot be written: there is no folder \"" + (folder_ / "none") +
+                             "\"; make it first\n");
+  const auto folder = convert(bars_, folder_ / "");
+  EXPECT_EQ(folder.exitCode, kExitBadInput);
+  EXPECT_THAT(folder.err, HasSubstr("\" is a folder; name a file in it\n"));
   const auto alone = test::runProgram({"data"});
   EXPECT_EQ(alone.exitCode, kExitSuccess);
   EXPECT_THAT(alone.out, HasSubstr("convert"));
@@ -159,6 +172,18 @@ TEST_F(DataCommand, shouldRefuseWhatItCannotDo) {
   const auto missing = convert(folder_ / "none.csv", folder_ / "b.ovb");
   EXPECT_EQ(missing.exitCode, kExitBadInput);
   EXPECT_THAT(missing.err, HasSubstr("none.csv: cannot be read"));
+}
+
+TEST_F(DataCommand, shouldNameTheCacheThatWasGivenAndNotItsSource) {
+  const std::string cache = folder_ / "b.ovb";
+  ASSERT_EQ(convert(bars_, cache, reading_).exitCode, 0);
+  const auto twice = test::runProgram({"run", "-s", "sma_cross", "-b", cache, cache});
+  EXPECT_EQ(twice.exitCode, kExitBadInput);
+  EXPECT_THAT(twice.err, testing::StartsWith("orvane: " + cache + ": its first row ("));
+  EXPECT_THAT(twice.err, Not(HasSubstr(bars_)));
+  const auto unknown = test::runProgram({"run", "-s", "sma_cross", "-b", cache, "-i",
+                                         folder_.write("i.json", R"([{"code": "OTHER"}])")});
+  EXPECT_THAT(unknown.err, testing::StartsWith("orvane: " + cache + ": unknown code \""));
 }
 
 TEST_F(DataCommand, shouldShowWhatACacheHolds) {

@@ -116,7 +116,10 @@ TEST_F(OptionChecks, shouldSayWhatIsNoCommandAndNoJson) {
   expectRefused({"--params", "["},
                 "--params: \"[\" is neither a JSON object nor the name of a file");
   expectRefused({"-i", "A.X,foo=1"},
-                "--instrument A.X,foo=1: key \"foo\": \"1\" has a key that is");
+                "--instrument A.X,foo=1: key \"foo\": is not known; there are categories, ");
+  expectRefused({"-i", "A.X,priceTik=0.2"},
+                "--instrument A.X,priceTik=0.2: key \"priceTik\": is not known; is \"priceTick\" "
+                "meant?\n");
   const std::string list = folder_.write("indexes.json", "[]");
   expectRefused({"--indexes", list}, list + ": must hold a JSON object with the key \"indexes\"");
 }
@@ -173,8 +176,48 @@ TEST_F(OptionChecks, shouldSayWhatIsUsuallyWrongWithJson) {
     EXPECT_THAT(result.err, StartsWith("orvane: --params:")) << json;
     EXPECT_THAT(result.err, HasSubstr(advice)) << json;
   }
-  EXPECT_THAT(test::runProgram({"run", folder_.write("empty.json", " \n")}).err,
-              HasSubstr("; there is none"));
+  const std::string empty = folder_.write("empty.json", " \n");
+  expectMessage({"run", empty}, empty + ": is empty; give JSON, at least {}\n");
+}
+
+TEST_F(OptionChecks, shouldSayThatAConfigurationIsOneValueAndNotOneALine) {
+  const std::string lines = folder_.write("lines.json", "{\"a\": 1}\n{\"b\": 2}\n");
+  expectMessage({"run", lines}, lines +
+                                    ":2:1: bad JSON: a second value begins here; give one "
+                                    "alone, not a line each (JSON Lines)\n");
+  const std::string named = folder_.write("run.jsonl", "{}\n");
+  expectMessage({"run", named}, named +
+                                    ": holds a JSON value a line, by its name; a configuration "
+                                    "is one JSON object\n");
+}
+
+TEST_F(OptionChecks, shouldSayWhatAConfigurationBeginsWith) {
+  const std::string config = folder_.write("run.json", R"({"runner": [], "bars": "bars.csv"})");
+  expectMessage({"run", config}, config + ": runner: unknown key; is \"runners\" meant?\n");
+  folder_.write("run.json", R"({"instruments": []})");
+  expectMessage({"run", config},
+                config +
+                    ": runners: is missing; a configuration begins like {\"runners\": "
+                    "[{\"strategy\": \"sma_cross\"}], \"bars\": \"if_1min.csv\"}\n");
+}
+
+TEST_F(OptionChecks, shouldSayAllThatASeriesOfAConfigurationMayBe) {
+  expectKeyRefused(R"(, "ticks": [5])",
+                   "ticks[0]: must be the name of a file, or an object with \"file\" or \"files\", "
+                   "not 5\n");
+  expectKeyRefused(R"(, "published": [true])",
+                   "published[0]: must be a code, or an object with \"code\", not true\n");
+}
+
+TEST_F(OptionChecks, shouldNameAnOptionThatIsGivenTwiceWithBothValues) {
+  expectRefused({"--report", "a", "--capital", "5", "-r", "b"},
+                "--report: is given 2 times, as \"a\" and \"b\"; give it once\n");
+}
+
+TEST_F(OptionChecks, shouldNameAJumpThatIsNone) {
+  for (const char* value : {"0", "-1", "x", "inf"})
+    expectMessage({"data", "inspect", bars_, "--jump", value},
+                  std::string("--jump: \"") + value + "\" is not a number above 0\n");
 }
 
 TEST_F(OptionChecks, shouldListEachKnownKeyOnce) {

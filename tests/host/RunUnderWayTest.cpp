@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
 #include <filesystem>
 #include <optional>
@@ -24,11 +25,27 @@ class RunUnderWay : public testing::Test {
  protected:
   void SetUp() override {
     ASSERT_EQ(mkfifo(gate_.c_str(), 0600), 0);
-    program_.emplace(std::vector<std::string>{
-        "run", "-s", test::testModule("waiting_strategy"), "-b", "A.X=" + bars_, "-p",
-        R"({"gate": ")" + gate_ + R"("})", "--report", folder_ / "report", "--store", store_,
-        "--dictionary", dictionary_});
+    ASSERT_EQ(pipe2(errors_, O_CLOEXEC), 0);
+    program_.emplace(
+        std::vector<std::string>{"run", "-s", test::testModule("waiting_strategy"), "-b",
+                                 "A.X=" + bars_, "-p", R"({"gate": ")" + gate_ + R"("})",
+                                 "--report", folder_ / "report", "--store", store_, "--dictionary",
+                                 dictionary_},
+        errors_[1]);
     ASSERT_TRUE(program_->awaitOutput("waiting"));
+  }
+  void TearDown() override {
+    for (const int end : errors_) close(end);
+  }
+  /// Fills the pipe that is the standard error of the run, from which nobody reads.
+  void fillErrors() const {
+    const int flags = fcntl(errors_[1], F_GETFL);
+    fcntl(errors_[1], F_SETFL, flags | O_NONBLOCK);
+    while (write(errors_[1], "x", 1) == 1) {
+    }
+    ASSERT_EQ(errno, EAGAIN);
+    // The run shares the description, and is to meet a pipe that makes it wait.
+    fcntl(errors_[1], F_SETFL, flags);
   }
   /// Lets the strategy go on.
   void openGate() const { close(open(gate_.c_str(), O_WRONLY)); }
@@ -37,6 +54,7 @@ class RunUnderWay : public testing::Test {
   const std::string gate_ = folder_ / "gate";
   const std::string bars_ = folder_.write("bars.csv", test::barsCsv());
   const std::string store_ = folder_ / "s.db", dictionary_ = folder_ / "d.db";
+  int errors_[2] = {-1, -1};
   std::optional<test::StartedProgram> program_;
 };
 
@@ -52,6 +70,16 @@ TEST_F(RunUnderWay, shouldStopInOrderHoweverOftenItIsAskedToTerminate) {
 }
 
 TEST_F(RunUnderWay, shouldEndAtOnceWhenTheUserPressesTwice) {
+  program_->send(SIGINT);
+  program_->send(SIGINT);
+  const test::ProgramResult result = program_->end();
+  EXPECT_EQ(result.exitCode, kExitInterrupted);
+  EXPECT_THAT(result.out, Not(HasSubstr("stopped")));
+  EXPECT_FALSE(std::filesystem::exists(folder_ / "report/report.json"));
+}
+
+TEST_F(RunUnderWay, shouldEndAtOnceAlsoWhenNobodyReadsItsErrors) {
+  fillErrors();
   program_->send(SIGINT);
   program_->send(SIGINT);
   const test::ProgramResult result = program_->end();

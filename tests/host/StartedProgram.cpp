@@ -30,7 +30,7 @@ bool isPending(pid_t process, int signal) {
 
 }  // namespace
 
-StartedProgram::StartedProgram(std::vector<std::string> arguments) {
+StartedProgram::StartedProgram(std::vector<std::string> arguments, int standardError) {
   arguments.insert(arguments.begin(), ORVANE_TEST_PROGRAM);
   std::vector<char*> argv;
   for (std::string& argument : arguments) argv.push_back(argument.data());
@@ -41,7 +41,7 @@ StartedProgram::StartedProgram(std::vector<std::string> arguments) {
   if (child_ < 0) throw std::runtime_error("cannot fork");
   if (child_ == 0) {
     dup2(ends[1], STDOUT_FILENO);
-    dup2(open("/dev/null", O_WRONLY), STDERR_FILENO);
+    dup2(standardError >= 0 ? standardError : open("/dev/null", O_WRONLY), STDERR_FILENO);
     execv(argv[0], argv.data());
     _exit(127);
   }

@@ -12,7 +12,8 @@ namespace orvane::test {
 /// The command while it runs, for tests that send it signals.
 class StartedProgram {
  public:
-  explicit StartedProgram(std::vector<std::string> arguments);
+  /// Its standard error is a copy of the descriptor; -1: it is not kept.
+  explicit StartedProgram(std::vector<std::string> arguments, int standardError = -1);
   ~StartedProgram();
   StartedProgram(const StartedProgram&) = delete;
   StartedProgram& operator=(const StartedProgram&) = delete;
@@ -21,7 +22,7 @@ class StartedProgram {
   bool awaitOutput(const std::string& text);
   /// Sends a signal, and waits until the process has taken it or ended.
   void send(int signal);
-  /// Waits for the end of the process; what it wrote to the standard error is not kept.
+  /// Waits for the end of the process; `err` of the result stays empty.
   ProgramResult end();
 
  private:

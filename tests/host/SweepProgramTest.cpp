@@ -306,7 +306,7 @@ TEST_F(SweepProgram, shouldRunNothingAgainAndRefuseTheFolderOfAnotherSweep) {
   const std::string csv = test::readFile(out_ + "/results.csv");
   expectRefused(with(all, {"--capital", "5"}),
                 another + "--capital was not given there and is [\"5\"]. Give another folder");
-  expectRefused(with(all, {"--fee-rate", "0.1", "--grid", "mode=longOnly,longShort"}),
+  expectRefused(with(all, {"--fee-rate", "0.1", "--grid", "volume=1,2"}),
                 another + R"(--fee-rate was not given there and is ["0.1"]; )"
                           R"(--grid was ["fast=2:6:2","slow=4:12:4"] there and is ["fast=2:6:2",)");
   const std::string copy = folder_.write("copy.csv", hourlyBars(30));

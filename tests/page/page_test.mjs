@@ -252,6 +252,17 @@ const tests = {
     await page.close();
   },
 
+  async shouldNameInTheOverviewWhatWasPlayed() {
+    const { url } = run('part', { runners: [crossing('quick', 10), crossing('slow', 40)],
+      bars: oneSeries, to: '2021-01-06T12:00' });
+    const page = await browser.open(url);
+    const under = await page.value(text('.title p'));
+    assert.match(under, /2021-01-04 .*2021-01-06 /, 'what was played');
+    assert.doesNotMatch(under, /2021-01-15/, 'the end of the data');
+    await expectClean(page, url);
+    await page.close();
+  },
+
   async shouldHaveAPageForEachRunnerAndAnOverview() {
     const runners = [crossing('quick', 10), crossing('slow <b>&"', 40),
       { name: 'watching', strategy: 'print_events' }];

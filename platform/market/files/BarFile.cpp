@@ -1,9 +1,9 @@
 #include "platform/market/files/BarFile.h"
 
 #include <algorithm>
-#include <cmath>
 
 #include "platform/fields/KLineView.h"
+#include "platform/market/MeanPrice.h"
 #include "platform/market/files/ChunkedRead.h"
 #include "platform/market/files/CodeParts.h"
 #include "platform/market/files/DataFiles.h"
@@ -27,13 +27,6 @@ struct PriceColumns {
   int low;
   int close;
 };
-
-/// The double nearest to the mean of two decimals of at most eight places.
-double meanOf(double a, double b) {
-  constexpr double kWhole = 1e8;
-  if (std::abs(a) > 4e7 || std::abs(b) > 4e7) return a / 2 + b / 2;
-  return (std::round(a * kWhole) + std::round(b * kWhole)) / (2 * kWhole);
-}
 
 class BarReader {
  public:
@@ -101,6 +94,9 @@ class BarReader {
       notes.push_back(table_.path() + ": " + std::to_string(doubts_) +
                       " doubtful values were kept, the first in line " +
                       std::to_string(firstDoubt_));
+    if (description_.side && !map_.quoteBar)
+      notes.push_back(table_.path() +
+                      ": \"side\" changes nothing here, since no bid and ask have columns");
   }
 
   std::vector<BarPart> takeParts() {
@@ -232,8 +228,8 @@ class BarReader {
     const bool wantsAsk = description_.side == QuoteSide::Ask;
     Prices shown = (wantsAsk ? ask.there : !bid.there) ? ask : bid;
     if (description_.side == QuoteSide::Mid && bid.there && ask.there)
-      shown = {meanOf(bid.open, ask.open), meanOf(bid.high, ask.high), meanOf(bid.low, ask.low),
-               meanOf(bid.close, ask.close), true};
+      shown = {meanPrice(bid.open, ask.open), meanPrice(bid.high, ask.high),
+               meanPrice(bid.low, ask.low), meanPrice(bid.close, ask.close), true};
     write(writer, shown);
     writer.set(kline::Volume, amount(volume_, map_.volume));
     writer.set(kline::Turnover, amount(volume_, map_.turnover));

@@ -166,6 +166,7 @@ class Finisher {
       if (fitOf(description_.periodMs, all).tooLong)
         throw DataFileError(path + ": \"period\" is " + periodText(description_.periodMs) +
                             ", but the bars are mostly " + periodText(usual(all)) + " apart");
+      noteUnmet(path, all);
       return description_.periodMs;
     }
     const std::int64_t hint = hinted(all, datesOnly);
@@ -183,6 +184,18 @@ class Finisher {
     notes_.push_back("the bars' period is taken to be " + periodText(found) +
                      ", the most frequent distance between them");
     return found;
+  }
+
+  /// A period that no two bars have may be that of a market where little happens; mostly it is a
+  /// mistake.
+  void noteUnmet(const std::string& path, const Distances& all) {
+    const bool isMet = std::any_of(all.begin(), all.end(), [this](const auto& distance) {
+      return rounded(distance.first) == description_.periodMs;
+    });
+    if (all.empty() || isMet) return;
+    notes_.push_back(path + ": \"period\" is " + periodText(description_.periodMs) +
+                     ", but the bars are mostly " + periodText(rounded(usual(all))) +
+                     " apart, and no two of them " + periodText(description_.periodMs));
   }
 
   /// The period that the files' names tell, if their bars do not speak against it.

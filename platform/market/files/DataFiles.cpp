@@ -224,7 +224,7 @@ void checkDescription(const std::string& path, const QJsonObject& json,
                       const std::vector<Loaded>& all) {
   const Description description = readDescription(json);
   for (const QString& key : json.keys()) {
-    if (key == "code" || key == "market" || key == "kind" || key == "priceTick") continue;
+    if (key == "code" || key == "market" || key == "kind") continue;
     if (key != "timeZone")
       throw DataFileError(path + ": a cache is read already, and \"" + key.toStdString() +
                           "\" cannot change it; say so when it is made");
@@ -278,7 +278,11 @@ std::vector<Loaded> loadAll(const DataFileRequest& request, std::vector<Loaded> 
                                                : "bars, not ticks; use --bars for it"));
     checkDescription(path, request.description, these);
     chooseCode(path, request, these);
-    for (Loaded& one : these) all.push_back(std::move(one));
+    for (Loaded& one : these) {
+      // What was named is what messages name; which files it was made of, the cache tells itself.
+      one.series.origin = path;
+      all.push_back(std::move(one));
+    }
   }
   if (!all.empty() && others.paths.empty()) return all;
   for (Loaded& one : read(others)) all.push_back(std::move(one));

@@ -57,7 +57,7 @@ struct Description {
   int volumeShift = 0;
   int turnoverShift = 0;
   DecimalStep priceTick;
-  QuoteSide side = QuoteSide::Bid;
+  std::optional<QuoteSide> side;  ///< The bid's where nobody says so.
   std::string code;
   std::string market;
   RowOrder order = RowOrder::Auto;

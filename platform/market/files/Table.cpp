@@ -1,6 +1,7 @@
 #include "platform/market/files/Table.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "platform/market/files/DataFiles.h"
 
@@ -204,6 +205,18 @@ void Table::keepWhole(std::vector<NamedRole>& roles, bool bars) const {
     if (named.role >= Role::Until) named = {};
 }
 
+/// What a description says of rows that tell it themselves.
+void Table::noteIdleKeys() {
+  std::string keys;
+  for (const auto& [isGiven, key] : {std::pair(description_.stampIsEnd.has_value(), "stamp"),
+                                     {description_.date.has_value(), "date"},
+                                     {description_.priceTick.mantissa != 0, "priceTick"}})
+    if (isGiven) keys += (keys.empty() ? "\"" : ", \"") + std::string(key) + "\"";
+  if (!keys.empty())
+    notes_.push_back(path_ + ": " + keys +
+                     " changes nothing here, since the rows hold what was read already");
+}
+
 /// Takes what the first row says of all rows.
 void Table::hear() {
   if (!map_.isWhole) return;
@@ -225,6 +238,7 @@ void Table::hear() {
     throw DataFileError(path_ +
                         ": the file holds what was read already, and no scale can change "
                         "it; leave \"priceScale\" and its like out");
+  noteIdleKeys();
   if (map_.period < 0) return;
   own_.period = first(map_.period);
   own_.periodMs = parsePeriod(own_.period);

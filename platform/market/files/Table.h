@@ -55,6 +55,7 @@ class Table {
   void applyColumnMap(std::vector<NamedRole>& roles) const;
   void findOrder();
   void keepWhole(std::vector<NamedRole>& roles, bool bars) const;
+  void noteIdleKeys();
   void hear();
   [[noreturn]] void refuseTicks(const std::vector<NamedRole>& roles) const;
   [[noreturn]] void cannotRecognise(bool bars) const;

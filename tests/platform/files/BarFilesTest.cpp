@@ -341,6 +341,19 @@ TEST(BarFiles, shouldIgnoreThePeriodOfTheNameWhenTheBarsSpeakAgainstIt) {
   EXPECT_TRUE(hasNote(loaded.notes, "the name tells a period of 1 h, which the bars do not have"));
 }
 
+TEST(BarFiles, shouldNoteAPeriodThatNoTwoBarsHave) {
+  const std::string days =
+      "2013-12-06 00:00,1,2,1,2,5\n2013-12-09 00:00,1,2,1,2,5\n"
+      "2013-12-10 00:00,1,2,1,2,5\n";
+  EXPECT_TRUE(hasNote(barsOf(days, R"({"period": "5m"})").notes,
+                      "\"period\" is 5 min, but the bars are mostly a day apart, and no two of "
+                      "them 5 min"));
+  const std::string sparse =
+      "2013-12-06 09:00,1,2,1,2,5\n2013-12-06 09:20,1,2,1,2,5\n"
+      "2013-12-06 09:25,1,2,1,2,5\n";
+  EXPECT_FALSE(hasNote(barsOf(sparse, R"({"period": "5m"})").notes, "\"period\" is"));
+}
+
 TEST(BarFiles, shouldAcceptNegativePricesWhenASpreadHasThem) {
   EXPECT_EQ(
       KLineView(barsOf("20131206 09:00,-2,-1,-3,-1.5,5\n20131206 09:01,1,2,1,2,5\n").series.bars[0])

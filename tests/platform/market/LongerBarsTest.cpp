@@ -48,6 +48,16 @@ TEST(LongerBars, shouldEndWithABarThatTheLastOneCompletes) {
   EXPECT_EQ(barsOfPeriod(minuteBars(15), "5min").bars.size(), 3U);
 }
 
+TEST(LongerBars, shouldKeepTheOpenBarWhereThatIsAskedFor) {
+  const BarSeries longer = barsOfPeriod(minuteBars(13), "5m", OpenBar::Kept);
+  ASSERT_EQ(longer.bars.size(), 3U);
+  const KLineView last(longer.bars[2]);
+  EXPECT_EQ(last.endTime(), kLongerBegin + 15 * kLongerMinute);
+  EXPECT_EQ(last.close(), 13);
+  EXPECT_EQ(last.volume(), 3);
+  EXPECT_EQ(barsOfPeriod(minuteBars(15), "5m", OpenBar::Kept).bars.size(), 3U);
+}
+
 TEST(LongerBars, shouldRefusePeriodsThatTheBarsDoNotMake) {
   for (const char* period : {"x", "1m", "30s", "90s", ""})
     EXPECT_THROW(barsOfPeriod(minuteBars(3), period), std::invalid_argument) << period;

@@ -243,7 +243,10 @@ TEST_F(InstrumentFile, shouldNameFileKeyAndValueWhenOneIsWrong) {
   };
   const std::string bad = failureOf(R"([{"code": "A"}, {"code": "B", "priceTick": "x1"}])");
   EXPECT_TRUE(has(bad, "instruments.json: instruments[1]: key \"priceTick\": \"x1\"")) << bad;
-  EXPECT_TRUE(has(failureOf(R"([{"code": "A", "tick": 1}])"), "key \"tick\": \"1\" has a key"));
+  EXPECT_TRUE(has(failureOf(R"([{"code": "A", "tick": 1}])"),
+                  "key \"tick\": is not known; is \"priceTick\" meant?"));
+  EXPECT_TRUE(has(failureOf(R"([{"code": "A", "colour": 1}])"),
+                  "key \"colour\": is not known; there are categories, code, continuous, "));
   EXPECT_TRUE(has(failureOf(R"([{"market": "A"}])"), "key \"code\": \"\" is empty"));
   EXPECT_TRUE(has(failureOf(R"([{"code": "A", "lotSize": 0}])"), "is not above 0"));
   EXPECT_TRUE(has(failureOf(R"([{"code": "A", "feeRate": -1}])"), "\"-1\" is not a decimal"));
