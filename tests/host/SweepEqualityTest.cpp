@@ -142,7 +142,11 @@ class SweepEquality : public testing::Test {
     EXPECT_TRUE(outcome.failures.empty());
     RunnerOutcome runner = outcome.runners.front();
     // Who never traded is judged by the account.
-    if (!runner.trading) runner.trading.emplace().curve = outcome.accounts.front().curve;
+    if (!runner.trading) {
+      SourceResult nothing;
+      nothing.curve = outcome.accounts->front().curve;
+      runner.trading = std::make_shared<const SourceResult>(std::move(nothing));
+    }
     return traceOf(runner);
   }
 
