@@ -71,35 +71,34 @@ void SqliteStore::flush() {
 bool SqliteStore::isBeginning(const Job& job) { return std::holds_alternative<StoredRun>(job); }
 
 void SqliteStore::work() {
-  // Made once: a deque needs memory even to be empty, and there may be none later.
-  std::deque<Job> room;
   std::unique_lock lock(mutex_);
   while (true) {
     changed_.wait(lock, [this] { return closing_ || wantsSync_ || !jobs_.empty(); });
     if (closing_ && jobs_.empty()) return;
-    writeWaiting(lock, room);
+    writeWaiting(lock);
   }
 }
 
-void SqliteStore::writeWaiting(std::unique_lock<std::mutex>& lock, std::deque<Job>& room) {
-  room.swap(jobs_);
+void SqliteStore::writeWaiting(std::unique_lock<std::mutex>& lock) {
+  room_.swap(jobs_);
   const bool syncs = std::exchange(wantsSync_, false);
   isWriting_ = true;
   lock.unlock();
   std::string error;
   try {
-    if (!room.empty()) {
+    if (!room_.empty()) {
       tables_->begin();
-      for (const Job& job : room) std::visit([this](const auto& each) { tables_->add(each); }, job);
+      for (const Job& job : room_)
+        std::visit([this](const auto& each) { tables_->add(each); }, job);
       tables_->commit();
     }
     if (syncs) tables_->sync();
   } catch (const std::exception& failure) {
     tables_->rollback();
-    if (std::any_of(room.begin(), room.end(), isBeginning)) tables_->forgetRun();
+    if (std::any_of(room_.begin(), room_.end(), isBeginning)) tables_->forgetRun();
     error = textOf(failure);
   }
-  room.clear();
+  room_.clear();
   lock.lock();
   if (error_.empty()) error_ = std::move(error);
   isWriting_ = false;

@@ -77,8 +77,8 @@ class SqliteStore {
   void awaitWritten();
   void post(Job job);
   void work();
-  /// Writes what waits; `room` is empty, and so again afterwards.
-  void writeWaiting(std::unique_lock<std::mutex>& lock, std::deque<Job>& room);
+  /// Writes what waits; `room_` is empty, and so again afterwards.
+  void writeWaiting(std::unique_lock<std::mutex>& lock);
 
   const std::string path_;
   std::unique_ptr<Tables> tables_;  ///< For the thread alone, once that runs.
@@ -89,6 +89,9 @@ class SqliteStore {
   bool wantsSync_ = false;
   bool closing_ = false;
   std::string error_;
+  /// What is being written; the thread's alone. Made before the thread is: a deque needs memory
+  /// even to be empty, and whoever starts late may find none.
+  std::deque<Job> room_;
   std::thread thread_;
 };
 
