@@ -8,6 +8,8 @@ namespace orvane::detail {
 inline void pauseFor(int rounds) {
 #if defined(__x86_64__)
   for (int i = 0; i < rounds; ++i) __builtin_ia32_pause();
+#elif defined(__aarch64__)
+  for (int i = 0; i < rounds; ++i) asm volatile("isb");
 #else
   static_cast<void>(rounds);
 #endif

@@ -104,7 +104,7 @@ class RunnerContext final : public AbstractEventStrategy,
 
   std::mutex mutex_;      ///< Guards what follows; never held while anything is delivered.
   bool running_ = false;  ///< A pool task is scheduled or running.
-  std::atomic<std::uint64_t> pushed_{0};  ///< Events so far; a task looks at it without the lock.
+  std::atomic<std::uint64_t> pushed_{0};  ///< Data events so far; a task looks without the lock.
   std::list<std::unique_ptr<IEvent>> events_;
   std::list<std::unique_ptr<IEvent>> spare_;  ///< Empty entries for events that are to come.
   /// The one is there while data events are pending, the other while a task has a batch of them.

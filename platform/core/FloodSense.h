@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstddef>
+#include <cstdint>
 
 namespace orvane::detail {
 
@@ -15,20 +15,23 @@ class FloodSense {
   static constexpr std::chrono::microseconds kGather{20};
 
   /// A task came so soon after the worker was free.
-  void came(std::chrono::nanoseconds after) { soon_ = after < kSoon ? soon_ + 1 : 0; }
+  void came(std::chrono::nanoseconds after) {
+    soon_ = after < kSoon ? std::min(soon_ + 1, kMost) : 0;
+  }
 
   bool isFlood() const { return soon_ >= enough_; }
 
-  /// So many came together. Few were no flood: somebody adds one, waits for its end and adds the
-  /// next, and each wait is lost. That may go on, so it is not so soon taken for a flood again.
-  void gathered(std::size_t tasks) {
+  /// So many came in the second half of that time. Few were no flood: somebody adds one or some,
+  /// waits for their end and adds the next, and each wait is lost. That may go on, so it is not so
+  /// soon taken for a flood again.
+  void gathered(std::uint64_t tasks) {
     enough_ = tasks >= kFewest ? kFirst : std::min(8 * enough_, kMost);
     soon_ = tasks >= kFewest ? kFirst : 0;
   }
 
  private:
   static constexpr std::chrono::microseconds kSoon{1};
-  static constexpr std::size_t kFewest = 8;
+  static constexpr std::uint64_t kFewest = 4;
   static constexpr int kFirst = 16;
   static constexpr int kMost = 4096;
 

@@ -32,7 +32,7 @@ class TaskQueue {
   TaskQueue();
 
   /// Adds a task; one that is nobody's, with the next root. Where there is no memory for it, it
-  /// throws and nothing has changed.
+  /// throws, and only that root is used up.
   void push(QueuedTask&& task);
   /// Numbers for so many trees; returns the first.
   std::uint64_t takeRoots(std::uint64_t count) { return roots_.fetch_add(count) + 1; }
@@ -44,6 +44,8 @@ class TaskQueue {
     return static_cast<std::size_t>(came_.load() - gone);
   }
   bool empty() const { return size() == 0; }
+  /// How many tasks there were so far.
+  std::uint64_t came() const { return came_.load(); }
 
   /// Takes the oldest task. The taker's alone; not if the queue is empty.
   QueuedTask pop();

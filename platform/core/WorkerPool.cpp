@@ -96,7 +96,7 @@ void WorkerPool::add(Task task) {
 
 void WorkerPool::wakeOne() {
   // Whoever is counted among the sleepers holds the lock until it sleeps.
-  { const std::lock_guard lock(mutex_); }
+  lockSoon(mutex_).unlock();
   wakeUp_.notify_one();
 }
 
@@ -111,10 +111,13 @@ void WorkerPool::beginHelping() {
 
 void WorkerPool::endHelping() {
   const std::lock_guard lock(mutex_);
+  if (kept_.task) {
+    queue_.push(std::move(kept_));
+    kept_ = {};
+  }
   helping_ = false;
   helperReady_ = false;
   helped = nullptr;
-  if (kept_.task) queue_.push(std::exchange(kept_, {}));
   if (!queue_.empty()) wakeUp_.notify_all();
 }
 
@@ -172,9 +175,9 @@ void WorkerPool::helpUntilQuiet() {
 }
 
 void WorkerPool::share(std::size_t count, const SharedCalls::Call& call) {
+  if (kept_.task) giveKeptAway();
   signal_.addWork();
   helperReady_ = false;
-  if (kept_.task) giveKeptAway();
   firstRoot_ = queue_.takeRoots(count);
   const auto begin = std::chrono::steady_clock::now();
   shared_.open(count, lanes_.load(), call);
@@ -191,7 +194,8 @@ void WorkerPool::share(std::size_t count, const SharedCalls::Call& call) {
 /// What the helper meant to run next must not wait for the calls: they may wait for it.
 void WorkerPool::giveKeptAway() {
   const std::lock_guard lock(mutex_);
-  queue_.push(std::exchange(kept_, {}));
+  queue_.push(std::move(kept_));
+  kept_ = {};
   if (sleepers_ > 0) wakeUp_.notify_one();
 }
 
@@ -217,6 +221,8 @@ void WorkerPool::awaitTaskOrQuiet() {
     if (!queue_.empty() || signal_.quiet()) return;
     pauseFor(1);
   }
+  // Who adds a task and has missed that the helper is ready would wake a worker, not the helper.
+  helperReady_.store(true);
   signal_.wait([this] { return !queue_.empty() || signal_.quiet(); });
 }
 
@@ -233,8 +239,13 @@ void WorkerPool::watch(std::unique_lock<std::mutex>& lock, FloodSense& flood) {
   const auto begin = SteadyClock::now();
   auto now = begin;
   if (flood.isFlood() && !leavesTasks) {
-    for (; now < begin + FloodSense::kGather; now = SteadyClock::now()) pauseFor(8);
-    flood.gathered(queue_.size());
+    const auto waitUntil = [&now](SteadyClock::time_point time) {
+      for (; now < time; now = SteadyClock::now()) pauseFor(8);
+    };
+    waitUntil(begin + FloodSense::kGather / 2);
+    const std::uint64_t before = queue_.came();
+    waitUntil(begin + FloodSense::kGather);
+    flood.gathered(queue_.came() - before);
   }
   const auto ready = now;
   while (now < begin + kWatch && !isNeeded()) {

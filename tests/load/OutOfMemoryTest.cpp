@@ -11,6 +11,7 @@
 #include "EventStrategy/QuoteSrc.h"
 #include "EventStrategy/ov.strategy.runner/IRunnerFactory.h"
 #include "EventStrategy/ov.strategy.runner/RunnerContext.h"
+#include "platform/core/WorkerPool.h"
 #include "sdk/Accounts.h"
 #include "sdk/Orders.h"
 #include "sdk/Strategy.h"
@@ -160,6 +161,31 @@ TEST(OutOfMemory, shouldCostNothingThatIsNotToldWhicheverAllocationOfAPlaybackFa
   EXPECT_GT(told, 0);
   std::printf("seed %u: %d playbacks, %ld allocations each, %d of them lost something and told\n",
               seed, runs, whole.allocations, told);
+}
+
+TEST(OutOfMemory, shouldKeepTheTasksOfAPoolThatHasNoRoomForOneMore) {
+  detail::WorkerPool pool;
+  std::atomic<int> ran{0};
+  int added = 0;
+  failsHereOnly = isHere = true;
+  bool isFull = false;
+  while (!isFull && added < 100'000) {
+    untilFailure.store(0);
+    try {
+      pool.add([&ran] { ++ran; });
+      ++added;
+    } catch (const std::bad_alloc&) {
+      isFull = true;
+    }
+    untilFailure.store(-1);
+  }
+  failsHereOnly = isHere = false;
+  EXPECT_TRUE(isFull);
+  EXPECT_EQ(pool.signal().work(), added);
+  pool.add([&ran] { ++ran; });
+  pool.resize(1);
+  pool.signal().wait([&] { return pool.signal().quiet(); });
+  EXPECT_EQ(ran.load(), added + 1);
 }
 
 TEST(OutOfMemory, shouldLoseTheOneEventThatFindsNoMemoryAndTellWhoeverPushedIt) {

@@ -40,6 +40,14 @@ TEST(FloodSense, shouldStayInAFloodWhileManyCome) {
   EXPECT_FALSE(flood.isFlood());
 }
 
+TEST(FloodSense, shouldNotCountTasksInARowWithoutEnd) {
+  FloodSense flood;
+  for (int i = 0; i < 100'000; ++i) flood.came(kAtOnce);
+  flood.gathered(0);
+  EXPECT_FALSE(flood.isFlood());
+  EXPECT_EQ(tasksUntilFlood(flood), 128);
+}
+
 TEST(FloodSense, shouldEverMoreRarelyMakeOneWhoWaitsForEachTaskWaitInVain) {
   FloodSense flood;
   EXPECT_EQ(tasksUntilFlood(flood), 16);

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <latch>
 #include <memory>
 #include <random>
@@ -194,14 +195,16 @@ TEST(WorkerPool, shouldLoseNoTaskThatComesWhileAWorkerIsStillAwake) {
 }
 
 TEST(WorkerPool, shouldLoseNoTaskThatComesAsAWorkerFallsAsleep) {
+  using Clock = std::chrono::steady_clock;
   const std::uint64_t seed = std::random_device{}();
   SCOPED_TRACE("seed " + std::to_string(seed));
   std::mt19937_64 random(seed);
   WorkerPool pool;
-  pool.resize(2);
-  // About as long as a worker stays awake.
-  for (int i = 0; i < 3000; ++i) {
-    pauseFor(static_cast<int>(random() % 8000));
+  pool.resize(1);  // Another would find what this one misses.
+  for (int i = 0; i < 10'000; ++i) {
+    // About when the worker, which stays awake for 100 us, falls asleep. The clock only aims.
+    const auto time = Clock::now() + std::chrono::nanoseconds(98'000 + random() % 8000);
+    while (Clock::now() < time) pauseFor(1);
     std::atomic<bool> ran{false};
     pool.add([&] { ran = true; });
     awaitQuiet(pool);
@@ -219,6 +222,24 @@ TEST(WorkerPool, shouldKeepTheOrderOfAFlood) {
   awaitQuiet(pool);
   ASSERT_EQ(order.size(), static_cast<std::size_t>(kTasks));
   EXPECT_TRUE(std::is_sorted(order.begin(), order.end()));
+}
+
+TEST(WorkerPool, shouldRunTasksOfManyInTheOrderOfTheirTreesWhenThereIsOneThread) {
+  WorkerPool pool;
+  pool.resize(1);
+  constexpr int kProducers = 4, kTasks = 20'000;
+  std::vector<std::uint64_t> roots;
+  roots.reserve(kProducers * kTasks);
+  std::vector<std::thread> producers;
+  for (int p = 0; p < kProducers; ++p)
+    producers.emplace_back([&] {
+      for (int i = 0; i < kTasks; ++i)
+        pool.add([&roots] { roots.push_back(WorkerPool::currentOrigin().root); });
+    });
+  for (std::thread& producer : producers) producer.join();
+  awaitQuiet(pool);
+  ASSERT_EQ(roots.size(), static_cast<std::size_t>(kProducers * kTasks));
+  EXPECT_TRUE(std::is_sorted(roots.begin(), roots.end()));
 }
 
 TEST(WorkerPool, shouldNotStrandATaskWhenTheHelperLeaves) {
