@@ -1,7 +1,6 @@
 // What runners cost while nothing is to be done, and how long a run takes to begin and to end.
 
 #include <benchmark/benchmark.h>
-#include <malloc.h>
 
 #include <QJsonObject>
 #include <algorithm>
@@ -110,7 +109,7 @@ BENCHMARK(startAndStop)->UseRealTime();
 void idleRunners(benchmark::State& state) {
   const auto count = static_cast<std::size_t>(state.range(0));
   EmbeddedPlatform& platform = livePlatform();
-  const std::size_t before = residentBytes();
+  const std::int64_t before = residentBytes();
   for (auto _ : state) {
     for (std::size_t i = 0; i < count; ++i) {
       const auto runner = IRunnerFactory::instance()->createRunner("idle" + std::to_string(i), 0);
@@ -148,8 +147,7 @@ void pendingQuotes(benchmark::State& state) {
   RunnerFarm farm(receivers);
   IDepthMarketData quote;
   quote.code.id = kFarmCodeId;
-  malloc_trim(0);  // What earlier ones left is not used again.
-  const std::size_t before = residentBytes();
+  const std::int64_t before = residentBytes();
   for (auto _ : state)
     for (std::size_t i = 0; i < count; ++i) farm.give(0, std::make_unique<TickEvent>(quote));
   const auto each = static_cast<double>(residentBytes() - before) / static_cast<double>(count);
