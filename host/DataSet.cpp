@@ -3,6 +3,7 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <iterator>
 #include <set>
 #include <string_view>
@@ -47,6 +48,17 @@ void completeRequest(const RunPlan& plan, DataFileRequest& request) {
     request.description[zone] = QString::fromStdString(gbkToUtf8(instrument->timeZone));
 }
 
+void checkCacheFolder(const RunPlan& plan) {
+  std::error_code error;
+  if (plan.cacheFolder.empty() || !std::filesystem::exists(plan.cacheFolder, error) ||
+      std::filesystem::is_directory(plan.cacheFolder, error))
+    return;
+  const auto place = plan.places.find("cacheFolder");
+  throw InputError(fmt::format("{}: \"{}\" is not a folder",
+                               place == plan.places.end() ? "--cache" : place->second,
+                               plan.cacheFolder));
+}
+
 /// The requests of one input: one for all its files if their code is given, else one for each, so
 /// that each file tells its own code and period.
 std::vector<DataFileRequest> requestsOf(const RunPlan& plan, const DataInput& input) {
@@ -88,6 +100,7 @@ bool hasPriceTick(const RunPlan& plan, const std::string& code) {
 
 DataSet loadDataSet(const RunPlan& plan,
                     const std::function<void(const std::string&, double)>& progress) {
+  checkCacheFolder(plan);
   DataSet result;
   for (const DataInput& input : plan.data) {
     for (const DataFileRequest& request : requestsOf(plan, input)) {

@@ -177,8 +177,10 @@ void readRunConfig(const std::string& path, RunPlan& plan) {
   readInstruments(reader, path, plan);
   readTrade(reader, path, plan);
   readGrids(reader, plan);
-  if (const std::string folder = reader.filledText("cache"); !folder.empty())
+  if (const std::string folder = reader.filledText("cache"); !folder.empty()) {
     plan.cacheFolder = besides(path, folder);
+    plan.places["cacheFolder"] = fmt::format("{}: cache", path);
+  }
   if (const std::string file = reader.filledText("dictionary"); !file.empty())
     plan.dictionaryFile = besides(path, file);
   for (const std::string& name : reader.texts("records"))

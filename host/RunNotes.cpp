@@ -5,10 +5,12 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "host/InstrumentInputs.h"
 #include "host/RunSession.h"
 #include "host/TimeArgument.h"
 #include "platform/dictionary/RecordFile.h"
 #include "platform/fields/KLineView.h"
+#include "shared/TextCodec.h"
 
 namespace orvane {
 namespace {
@@ -73,12 +75,34 @@ std::string noteOnNothing(const RunPlan& plan, const DataSet& data) {
       bounds, isoTime(first), isoTime(last));
 }
 
+/// The terms of an instrument that has no data are of no use to data of another code.
+std::vector<std::string> notesOnInstruments(const RunPlan& plan, const DataSet& data) {
+  if (plan.instrumentsAreComplete) return {};
+  std::vector<std::string> codes;
+  for (const SeriesSummary& series : data.summaries()) codes.push_back(series.code);
+  const auto isOfData = [&](const std::string& code) {
+    return std::ranges::find(codes, code) != codes.end() ||
+           std::ranges::find(plan.published, code, &PublishedPlan::code) != plan.published.end();
+  };
+  std::vector<std::string> notes;
+  for (const auto& [instrument, origin] : plan.instruments) {
+    const std::string text = instrumentText(instrument), code = gbkToUtf8(instrument.code);
+    if (isOfData(text) || isOfData(code)) continue;
+    notes.push_back(
+        fmt::format("{}: no data are of \"{}\"; they are of {}, for which its price tick, "
+                    "multiplier and limits do "
+                    "not count",
+                    origin, text, codes.front()));
+  }
+  return notes;
+}
+
 }  // namespace
 
 std::vector<std::string> notesOnRange(const RunPlan& plan, const PlatformOptions& options,
                                       const DataSet& data) {
   if (plan.isLive) return {};
-  std::vector<std::string> notes;
+  std::vector<std::string> notes = notesOnInstruments(plan, data);
   const PlayedRange range = rangeOf(options, data);
   if (range.count == 0) {
     notes.push_back(noteOnNothing(plan, data));

@@ -197,7 +197,7 @@ void RunOptions::addSettings(RunPlan& plan) const {
   take(to_, plan.to, "to", "--to");
   if (threads_ > 0) plan.threads = threads_;
   take(capital_, plan.startBalance, "startBalance", "--capital");
-  if (!cache_.empty()) plan.cacheFolder = cache_;
+  take(cache_, plan.cacheFolder, "cacheFolder", "--cache");
   TradeOptions& trade = plan.trade;
   take(feePerLot_, trade.feePerLot, "feePerLot", "--fee-per-lot");
   take(feeRate_, trade.feeRate, "feeRate", "--fee-rate");

@@ -300,7 +300,7 @@ RunOutcome runSession(const RunPlan& plan, DataSet data, InterruptWatcher& inter
   const Installed installed(platform);
   offerAccounts(platform);
   RunnerBoard board(records);
-  const StopTeller teller(interrupts, board);
+  std::optional<StopTeller> teller(std::in_place, interrupts, board);
   Show show(progress, view, {plan, platform, board, interrupts, options.timeZone});
   interrupts.setHandler([&platform] { platform.cancel(); });
   const auto began = std::chrono::steady_clock::now();
@@ -330,6 +330,7 @@ RunOutcome runSession(const RunPlan& plan, DataSet data, InterruptWatcher& inter
   keepFailure(outcome, [&platform] { platform.checkWritten(); });
   if (std::string lost = EmbeddedPlatform::takeLostCalls(); !lost.empty())
     outcome.failures.push_back(std::move(lost));
+  teller.reset();  // What is told from now on would not be true of the report.
   outcome.isInterrupted = interrupts.isInterrupted();
   outcome.accounts = std::make_shared<const std::vector<AccountResult>>(platform.tradeResults());
   addTrading(plan, outcome);

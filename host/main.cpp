@@ -1,7 +1,11 @@
 // The command line: its parser, and what the command writes about itself by it. That is here, since
 // each further source that includes the parser takes ten seconds to compile.
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
+#include <cerrno>
 #include <csignal>
 #include <exception>
 #include <string>
@@ -84,6 +88,14 @@ void addPageOptions(CLI::App& app) {
       ->disable_flag_override();
 }
 
+/// The exit code of a command that has said everything.
+int unlessOutputIsLost(int code) {
+  const std::string failure = orvane::outputFailure();
+  if (failure.empty()) return code;
+  orvane::complain(failure);
+  return orvane::kExitRunFailed;
+}
+
 int runCommandLine(int argc, char** argv) {
   CLI::App app("Plays market data through event-driven trading strategies.", "orvane");
   app.set_version_flag("--version", std::string("orvane ") + orvane::kVersion);
@@ -98,7 +110,7 @@ int runCommandLine(int argc, char** argv) {
   try {
     app.parse(argc, argv);
   } catch (const CLI::Success& done) {
-    return app.exit(done);
+    return unlessOutputIsLost(app.exit(done));
   } catch (const CLI::ParseError& error) {
     orvane::complain(orvane::faultOf(error, app, argc, argv) +
                      "\nRun with --help for more information.");
@@ -107,13 +119,9 @@ int runCommandLine(int argc, char** argv) {
   if (run.isChosen()) return run.execute();
   if (sweep.isChosen()) return sweep.execute();
   if (newStrategy.isChosen()) return newStrategy.execute();
-  const int code = generate.isChosen()  ? generate.execute()
-                   : inspect.isChosen() ? inspect.execute()
-                                        : data.execute();
-  const std::string failure = orvane::outputFailure();
-  if (failure.empty()) return code;
-  orvane::complain(failure);
-  return orvane::kExitRunFailed;
+  return unlessOutputIsLost(generate.isChosen()  ? generate.execute()
+                            : inspect.isChosen() ? inspect.execute()
+                                                 : data.execute());
 }
 
 /// A pipe that its reader closed and a file that may not grow are errors of one write, told like
@@ -123,9 +131,20 @@ void outliveFailedWrites() {
   std::signal(SIGXFSZ, SIG_IGN);
 }
 
+/// A standard stream that was closed would be the next file that is opened, and what is said go
+/// into it. In its place stands what cannot be read, or written, so that the loss of results is
+/// told; and nobody wants to hear what goes to a closed standard error.
+void occupyClosedStreams() {
+  constexpr int kInstead[] = {O_WRONLY, O_RDONLY, O_WRONLY};
+  for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+    if (fcntl(stream, F_GETFD) < 0 && errno == EBADF)
+      open("/dev/null", kInstead[stream]);  // It gets the lowest number that is free.
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+  occupyClosedStreams();
   outliveFailedWrites();
   try {
     return runCommandLine(argc, argv);

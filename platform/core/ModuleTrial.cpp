@@ -1,6 +1,7 @@
 #include "platform/core/ModuleTrial.h"
 
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -14,6 +15,7 @@
 #include <iostream>
 #include <mutex>
 #include <set>
+#include <utility>
 
 #include "platform/core/ModuleLoader.h"
 
@@ -27,7 +29,12 @@ constexpr char kMark = '=';
 /// A file in memory: what the second process writes outlives it, and nobody waits for its end.
 class Slip {
  public:
-  explicit Slip(const char* name) : file_(memfd_create(name, MFD_CLOEXEC)) {}
+  explicit Slip(const char* name) : file_(memfd_create(name, MFD_CLOEXEC)) {
+    if (file_ < 0 || file_ > STDERR_FILENO) return;
+    // A standard stream was closed, and the second process puts others in their place.
+    const int low = std::exchange(file_, fcntl(file_, F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+    close(low);
+  }
   ~Slip() {
     if (file_ >= 0) close(file_);
   }

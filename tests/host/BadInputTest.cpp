@@ -47,6 +47,19 @@ TEST(BadInput, shouldNameTheFileWhenItCannotBeRead) {
   expectRefused({"run", "-s", "sma_cross", "-b", folder / ""}, {folder / ""});
 }
 
+TEST(BadInput, shouldRefuseAFileAsTheFolderOfCaches) {
+  const test::TempFolder folder;
+  const std::string bars = folder.write("bars.csv", test::barsCsv());
+  const std::string file = folder.write("file", "mine");
+  expectRefused({"run", "-s", "sma_cross", "-b", bars, "--cache", file},
+                {"--cache: \"" + file + "\" is not a folder"});
+  const std::string config = folder.write(
+      "run.json",
+      R"({"cache": "file", "runners": [{"strategy": "sma_cross"}], "bars": ["bars.csv"]})");
+  expectRefused({"run", config}, {"run.json: cache: \"" + file + "\" is not a folder"});
+  EXPECT_EQ(test::readFile(file), "mine");
+}
+
 TEST(BadInput, shouldNameTheColumnWhenItIsMissing) {
   const test::TempFolder folder;
   const auto path = folder.write("bars.csv",

@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 
 #include <QJsonArray>
+#include <algorithm>
 #include <filesystem>
 
 #include "host/InputError.h"
@@ -110,6 +111,40 @@ TEST_F(FailedWrite, shouldFailEveryCommandWhoseOutputIsLost) {
   const auto result = test::runProgram({"inspect", bars_}, {}, {"/dev/full", 0});
   EXPECT_EQ(result.exitCode, kExitRunFailed);
   EXPECT_THAT(result.err, HasSubstr("orvane: "));
+}
+
+TEST_F(FailedWrite, shouldFailHelpThatIsLost) {
+  for (const std::vector<std::string>& arguments : {std::vector<std::string>{"--help"},
+                                                    {"--version"},
+                                                    {"--modules"},
+                                                    {"--page", "bash"},
+                                                    {"run", "--help"}}) {
+    const auto result = test::runProgram(arguments, {}, {"/dev/full", 0});
+    EXPECT_EQ(result.exitCode, kExitRunFailed) << arguments.front();
+    EXPECT_THAT(result.err, HasSubstr("the standard output could not be written")) << arguments[0];
+  }
+}
+
+TEST_F(FailedWrite, shouldRunWhicheverStandardStreamsAreClosed) {
+  for (const std::vector<int>& closed :
+       {std::vector<int>{0}, {1}, {2}, {0, 1}, {1, 2}, {0, 1, 2}}) {
+    test::ProgramLimits limits;
+    limits.closed = closed;
+    const auto result = run({}, limits);
+    SCOPED_TRACE(testing::PrintToString(closed));
+    const bool isOutputLost = std::ranges::count(closed, 1) != 0;
+    EXPECT_EQ(result.exitCode, isOutputLost ? kExitRunFailed : kExitSuccess);
+    if (isOutputLost && std::ranges::count(closed, 2) == 0) {
+      EXPECT_THAT(result.err, HasSubstr("the standard output could not be written: Bad file"));
+    }
+    EXPECT_EQ(test::readReport(report_)["runners"].toArray().size(), 1);
+    // Nothing of what was said went into a file.
+    for (const auto& entry : fs::recursive_directory_iterator(folder_ / ".")) {
+      if (!entry.is_regular_file()) continue;
+      EXPECT_THAT(test::readFile(entry.path()), testing::Not(HasSubstr("orvane: ")));
+    }
+    fs::remove_all(report_);
+  }
 }
 
 TEST_F(FailedWrite, shouldRefuseALogThatNobodyReadsAndNotWaitForAReader) {

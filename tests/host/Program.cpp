@@ -66,6 +66,7 @@ ProgramResult runProgram(const std::vector<std::string>& arguments, const std::s
       const rlimit limit{most, most};
       setrlimit(RLIMIT_FSIZE, &limit);
     }
+    for (const int stream : limits.closed) close(stream);
     if (!limits.diskFolder.empty() && !makeDisk(limits)) _exit(kNoDisk);
     execv(argv[0], argv.data());
     _exit(127);

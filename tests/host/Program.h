@@ -21,6 +21,7 @@ struct ProgramLimits {
   std::string diskFolder = {};
   long diskBytes = 0;  ///< How large that disk is.
   bool diskIsReadOnly = false;
+  std::vector<int> closed = {};  ///< Standard streams that are closed for it.
 };
 
 /// The exit code where the small disk could not be made: not everybody may.

@@ -50,6 +50,14 @@ TEST_F(RunNotes, shouldTellThatNothingLiesBetweenFromAndTo) {
              "nothing is played from \"2020-01-01\" to \"2021-01-04\": " + range);
 }
 
+TEST_F(RunNotes, shouldTellThatNoDataAreOfAnInstrument) {
+  expectNote({"-s", "sma_cross", "-b", "X=" + bars_, "-i", "IF,multiplier=300"},
+             "--instrument IF,multiplier=300: no data are of \"IF\"; they are of X, for which its "
+             "price tick, "
+             "multiplier and limits do not count");
+  expectNote({"-s", "sma_cross", "-b", "IF=" + bars_, "-i", "IF,multiplier=300"}, "");
+}
+
 TEST_F(RunNotes, shouldTellThatARunnerDidNothingWithTicks) {
   const auto ticks = folder_.write("t.csv",
                                    "datetime,last,bid1,ask1\n2021-01-04 09:30:00.5,1,1,2\n"

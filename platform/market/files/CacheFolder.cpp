@@ -136,6 +136,8 @@ DataCache loadThroughCache(const DataFileRequest& request,
       fs::create_directories(request.cacheFolder);
       writeDataCache(path, fresh);
     }
+  } catch (const fs::filesystem_error& fault) {
+    lost = "no cache was made in \"" + request.cacheFolder + "\": " + fault.code().message();
   } catch (const std::runtime_error& fault) {
     lost = std::string("no cache was made: ") + fault.what();
   }

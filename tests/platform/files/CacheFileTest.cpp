@@ -385,7 +385,8 @@ TEST_F(CacheFolder, shouldReadTheFilesAndSaySoWhenNoCacheCanBeMade) {
   request_.cacheFolder = folder_.write("file", "");
   const LoadedBars loaded = load();
   EXPECT_EQ(loaded.series.bars.size(), 3U);
-  EXPECT_TRUE(hasNote(loaded.notes, "no cache was made: "));
+  EXPECT_TRUE(hasNote(loaded.notes,
+                      "no cache was made in \"" + request_.cacheFolder + "\": Not a directory"));
 }
 
 TEST_F(CacheFolder, shouldTellWhatIsWrongWithTheFilesAsWithoutACache) {
