@@ -5,6 +5,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <new>
 #include <optional>
 #include <vector>
@@ -48,8 +49,11 @@ class SharedDelivery : public ::testing::Test {
     }
     service.serve();
     service.setQuietWait([] {});
-    service.setManyCalls([](std::size_t count, const detail::SharedCalls::Call& call) {
+    // As the driver does: the turn is anybody's meanwhile.
+    service.setManyCalls([this](std::size_t count, const detail::SharedCalls::Call& call) {
+      turn.unlock();
       for (std::size_t at = 0; at < count; ++at) call(at);
+      turn.lock();
     });
   }
 
@@ -57,13 +61,19 @@ class SharedDelivery : public ::testing::Test {
     service.subscribeBars(makeQuery(code), kOneMinute, spi, id);
   }
   void serveOverdue() {
+    const std::lock_guard lock(service.turn());
     service.serveOverdue({std::chrono::steady_clock::time_point::max(), true});
   }
-  void deliverNext() { service.deliverNext(*store.streams().front()); }
+  void deliverNext() {
+    turn.lock();
+    const std::unique_lock given(turn, std::adopt_lock);
+    service.deliverNext(*store.streams().front());
+  }
 
   detail::CodeService codes{[] { return kMonday; }, "UTC"};
   detail::MarketStore store{kMonday, kUnsetTime, detail::ZoneRules::find("UTC")};
   detail::QuoteService service{store, codes, [] {}};
+  std::unique_lock<std::mutex> turn{service.turn(), std::defer_lock};
   ICodeID code;
   std::vector<std::shared_ptr<CountingSpi>> spis;
 };
