@@ -10,6 +10,7 @@
 #include "host/DataSet.h"
 #include "host/FileAudit.h"
 #include "host/TimeArgument.h"
+#include "platform/market/PeriodText.h"
 
 namespace orvane {
 namespace {

@@ -12,6 +12,7 @@
 #include "host/InstrumentInputs.h"
 #include "host/SeriesMerge.h"
 #include "platform/fields/KLineView.h"
+#include "platform/market/PeriodText.h"
 #include "shared/TextCodec.h"
 
 namespace orvane {
@@ -179,17 +180,6 @@ DataSet DataSet::shared() const {
          loaded.notes});
   }
   return result;
-}
-
-std::string frequencyText(int64 periodMs) {
-  struct Unit {
-    int64 ms;
-    const char* name;
-  };
-  constexpr Unit kUnits[] = {{86'400'000, "d"}, {3'600'000, "h"}, {60'000, "m"}, {1'000, "s"}};
-  for (const Unit& unit : kUnits)
-    if (periodMs % unit.ms == 0) return fmt::format("{}{}", periodMs / unit.ms, unit.name);
-  return fmt::format("{}ms", periodMs);
 }
 
 }  // namespace orvane

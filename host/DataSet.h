@@ -44,9 +44,6 @@ struct DataSet {
 DataSet loadDataSet(const RunPlan& plan,
                     const std::function<void(const std::string&, double)>& progress);
 
-/// The text of a period that `IContext::subscribeKline` understands, such as "5m".
-std::string frequencyText(int64 periodMs);
-
 /// Reads files with `read`. A fault of a description is thrown again as `DataFileError` that begins
 /// with the place where the user gave the key.
 void withPlaces(const DescriptionPlaces& places, const std::function<void()>& read);

@@ -8,6 +8,7 @@
 #include "host/TimeArgument.h"
 #include "platform/fields/KLineView.h"
 #include "platform/fields/QuoteView.h"
+#include "platform/market/PeriodText.h"
 #include "platform/market/files/DataFiles.h"
 
 namespace orvane {

@@ -8,6 +8,7 @@
 
 #include "host/ZoneOffsets.h"
 #include "platform/fields/KLineView.h"
+#include "platform/market/TradingDays.h"
 
 namespace orvane {
 namespace {
@@ -37,14 +38,6 @@ int tradingDayOf(const TickSeries& series, std::size_t row) { return series.trad
 std::size_t rowsOf(const BarSeries& series) { return series.bars.size(); }
 std::size_t rowsOf(const TickSeries& series) { return series.rows(); }
 
-int64 dayNumber(int tradingDay) {
-  using namespace std::chrono;
-  return sys_days(year(tradingDay / 10000) / month(static_cast<unsigned>(tradingDay / 100 % 100)) /
-                  day(static_cast<unsigned>(tradingDay % 100)))
-      .time_since_epoch()
-      .count();
-}
-
 /// The ends of the last trading days, the newest first: of so many weeks if `byWeek`, or else of so
 /// many days.
 template <typename Series>
@@ -57,8 +50,9 @@ std::vector<DayEnd> lastDays(const Series& series, bool byWeek) {
     const int tradingDay = tradingDayOf(series, row);
     if (tradingDay == last) continue;
     last = tradingDay;
-    const int64 day = dayNumber(tradingDay);
-    const DayEnd end{day, zone.toLocal(endOf(series, row)) - day * kDay};
+    const int64 time = zone.toLocal(endOf(series, row));
+    const int64 day = detail::numberOfTradingDay(tradingDay).value_or((time - 1) / kDay);
+    const DayEnd end{day, time - day * kDay};
     weeks += ends.empty() || end.week() != ends.back().week() ? 1 : 0;
     if ((byWeek ? weeks : ends.size() + 1) > kMostBefore + 1) break;
     ends.push_back(end);
@@ -71,6 +65,14 @@ std::string dateText(int64 day) {
       std::chrono::sys_days(std::chrono::days(static_cast<int>(day)))};
   return fmt::format("{}-{:02}-{:02}", static_cast<int>(date.year()),
                      static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()));
+}
+
+/// A day may begin on the evening before its date; where it ends at midnight, that is the day's
+/// end.
+std::string clockText(int64 time) {
+  if (time == kDay) return "24:00";
+  const int64 minutes = (time + kDay) / kMinute % (kDay / kMinute);
+  return fmt::format("{:02}:{:02}", minutes / 60, minutes % 60);
 }
 
 /// Of each week its last day alone.
@@ -94,9 +96,8 @@ std::string endText(const Series& series, int64 periodMs) {
   if (days.size() < kLeastBefore + 1) return {};
   const std::size_t before = std::min(days.size() - 1, kMostBefore);
   if (!isNoEarlier(days, before, [](const DayEnd& end) { return end.time; })) return {};
-  const int64 minutes = (days.front().time + kDay) / kMinute % (kDay / kMinute);
-  std::string text = fmt::format("{} ends at {:02}:{:02}, no earlier than the {} days before it",
-                                 dateText(days.front().day), minutes / 60, minutes % 60, before);
+  std::string text = fmt::format("{} ends at {}, no earlier than the {} days before it",
+                                 dateText(days.front().day), clockText(days.front().time), before);
   if (!byWeek) return text;
   const std::vector<DayEnd> weeks = lastOfWeeks(days);
   if (weeks.size() < kLeastBefore + 1) return {};

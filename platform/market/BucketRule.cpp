@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <chrono>
+#include <optional>
 #include <utility>
 
 #include "platform/core/Periods.h"
+#include "platform/market/TradingDays.h"
 
 namespace orvane::detail {
 namespace {
@@ -82,13 +84,8 @@ int64 BucketRule::keyOf(int64 utcMs, int tradingDay) const {
 }
 
 int64 BucketRule::dayNumber(int64 utcMs, int tradingDay) const {
-  using std::chrono::day;
-  using std::chrono::month;
-  using std::chrono::year;
-  const year_month_day date(year(tradingDay / 10000),
-                            month(static_cast<unsigned>(tradingDay / 100 % 100)),
-                            day(static_cast<unsigned>(tradingDay % 100)));
-  return tradingDay > 0 && date.ok() ? dayOf(date) : floorDiv(zone_->toLocal(utcMs), kDayMs);
+  const std::optional<int64> day = numberOfTradingDay(tradingDay);
+  return day ? *day : floorDiv(zone_->toLocal(utcMs), kDayMs);
 }
 
 int64 BucketRule::firstDayOf(int64 key) const {

@@ -2,13 +2,13 @@
 
 #include <memory>
 #include <stdexcept>
-#include <utility>
 #include <vector>
 
 #include "platform/core/Periods.h"
 #include "platform/core/ZoneRules.h"
 #include "platform/market/BarBuilder.h"
 #include "platform/market/MarketStore.h"
+#include "platform/market/PeriodText.h"
 #include "platform/market/files/Description.h"
 
 namespace orvane {
@@ -31,16 +31,8 @@ std::shared_ptr<const ZoneRules> zoneOf(const std::string& name) {
   return zone;
 }
 
-std::string lengthText(int64 ms) {
-  constexpr std::pair<int64, const char*> kUnits[] = {
-      {kDayMs, "d"}, {kHourMs, "h"}, {kMinuteMs, "m"}, {kSecondMs, "s"}};
-  for (const auto& [unit, name] : kUnits)
-    if (ms % unit == 0) return std::to_string(ms / unit) + name;
-  return std::to_string(ms) + "ms";
-}
-
 void checkLonger(int64 haveMs, const std::string& period, int64 periodMs, const TermPair& term) {
-  const std::string have = lengthText(haveMs);
+  const std::string have = frequencyText(haveMs);
   if (periodMs == haveMs)
     throw std::invalid_argument("the bars are of " + have + " already; leave \"" + period +
                                 "\" out");

@@ -74,6 +74,18 @@ TEST(SessionEnd, shouldBeThatOfAWeekOnlyOnItsLastWeekday) {
   EXPECT_EQ(weeks({10, 11, 18, 24, 25}), "") << "two weeks before it tell little";
 }
 
+TEST(SessionEnd, shouldCallTheMidnightThatEndsADayByIts24thHour) {
+  EXPECT_EQ(sessionEndOf(daysThatEnd({24, 24, 24, 24}), kSessionDay),
+            "2021-01-07 ends at 24:00, no earlier than the 3 days before it");
+}
+
+TEST(SessionEnd, shouldReckonDaysByTheClockWhereTradingDaysAreUnknown) {
+  BarSeries series = daysThatEnd({15, 15, 15, 15});
+  for (std::size_t i = 0; i < series.bars.size(); ++i)
+    KLineWriter(series.bars[i]).setDayAndFlags(i % 2 == 0 ? 0 : 20219999, 0);
+  EXPECT_EQ(sessionEndOf(series, kSessionDay).find("2021-01-07 ends at 15:00"), 0U);
+}
+
 TEST(SessionEnd, shouldTakeTheTimesOfTicksToTheMinute) {
   const auto ticks = [](std::int64_t lastSeconds) {
     TickSeries series;
