@@ -19,6 +19,7 @@
 #include "host/QuoteTrades.h"
 #include "host/SessionEnd.h"
 #include "host/TimeArgument.h"
+#include "host/WholeFile.h"
 #include "platform/market/LongerBars.h"
 #include "platform/market/files/CacheFile.h"
 
@@ -61,6 +62,8 @@ void checkOutFile(const std::string& path) {
   std::error_code error;
   if (fs::is_directory(path, error))
     throw InputError(fmt::format("--out: \"{}\" is a folder; name a file in it", path));
+  if (const std::string why = whyNoFile(path); !why.empty())
+    throw InputError(fmt::format("--out: \"{}\" {}; name a file", path, why));
   const std::string folder = fs::path(path).parent_path().string();
   if (folder.empty() || fs::is_directory(folder, error)) return;
   throw InputError(
@@ -304,7 +307,7 @@ void DataCommand::write(DataSet data) const {
   cache.bars = std::move(data.bars);
   cache.ticks = std::move(data.ticks);
   try {
-    writeDataCache(out_, cache);
+    writeDataCache(behindLinks(out_), cache);
   } catch (const DataFileError&) {
     throw;
   } catch (const std::runtime_error& error) {

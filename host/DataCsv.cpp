@@ -10,7 +10,9 @@
 
 #include "host/InputError.h"
 #include "host/TimeArgument.h"
+#include "host/WholeFile.h"
 #include "platform/fields/KLineView.h"
+#include "platform/market/PeriodText.h"
 #include "platform/market/files/CacheFile.h"
 
 namespace orvane {
@@ -21,8 +23,9 @@ class CsvFile {
  public:
   explicit CsvFile(const std::string& path)
       : path_(path),
-        target_(targetOf(path)),
+        target_(behindLinks(path)),
         newPath_(target_ + ".new-" + std::to_string(getpid())) {
+    if (const std::string why = whyNoFile(path); !why.empty()) fail("it " + why);
     file_.setFileName(QString::fromStdString(newPath_));
     if (!file_.open(QIODevice::WriteOnly | QIODevice::Truncate)) fail(reason());
   }
@@ -58,13 +61,6 @@ class CsvFile {
   }
 
  private:
-  /// A link stays one: what it leads to is written.
-  static std::string targetOf(const std::string& path) {
-    std::error_code error;
-    if (!std::filesystem::is_symlink(path, error)) return path;
-    const auto target = std::filesystem::weakly_canonical(path, error);
-    return error ? path : target.string();
-  }
   void flush() {
     const auto size = static_cast<qint64>(lines_.size());
     if (file_.write(lines_.data(), size) != size) fail(reason());

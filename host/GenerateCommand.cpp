@@ -15,6 +15,7 @@
 #include "host/OptionChecks.h"
 #include "host/SessionJson.h"
 #include "host/TimeArgument.h"
+#include "host/WholeFile.h"
 
 namespace orvane {
 namespace {
@@ -24,6 +25,7 @@ class OutputFile {
  public:
   OutputFile(const std::string& folder, const std::string& name)
       : path_(folder + "/" + name), file_(QString::fromStdString(path_)) {
+    if (const std::string why = whyNoFile(path_); !why.empty()) fail("it " + why);
     if (!file_.open(QIODevice::WriteOnly)) fail();
   }
 
@@ -38,9 +40,9 @@ class OutputFile {
   }
 
  private:
-  [[noreturn]] void fail() const {
-    throw InputError(
-        fmt::format("{}: cannot be written: {}", path_, file_.errorString().toStdString()));
+  [[noreturn]] void fail() const { fail(file_.errorString().toStdString()); }
+  [[noreturn]] void fail(const std::string& reason) const {
+    throw InputError(fmt::format("{}: cannot be written: {}", path_, reason));
   }
 
   const std::string path_;

@@ -11,7 +11,33 @@
 
 namespace orvane {
 
+namespace fs = std::filesystem;
+
+std::string whyNoFile(const std::string& path) {
+  std::error_code error;
+  switch (fs::status(path, error).type()) {
+    case fs::file_type::regular:
+      return {};
+    case fs::file_type::directory:
+      return "is a folder";
+    case fs::file_type::not_found:
+    case fs::file_type::none:  // Links that go round, or what may not be looked at.
+      return fs::is_symlink(path, error) ? "is a link that leads nowhere" : "";
+    default:
+      return "is no ordinary file";
+  }
+}
+
+std::string behindLinks(const std::string& path) {
+  std::error_code error;
+  if (!fs::is_symlink(path, error)) return path;
+  const fs::path target = fs::weakly_canonical(path, error);
+  return error ? path : target.string();
+}
+
 std::string writeWholeFile(const std::string& path, const QByteArray& text) {
+  if (const std::string why = whyNoFile(path); !why.empty())
+    return fmt::format("{}: cannot be written: it {}", path, why);
   QSaveFile file(QString::fromStdString(path));
   // What is only buffered would fail after the last look at errors.
   if (file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) && file.write(text) == text.size() &&
@@ -21,7 +47,6 @@ std::string writeWholeFile(const std::string& path, const QByteArray& text) {
 }
 
 void checkFolder(const std::string& folder, const std::string& option) {
-  namespace fs = std::filesystem;
   std::error_code error;
   fs::path there = fs::absolute(folder, error).lexically_normal();
   if (fs::exists(there, error) && !fs::is_directory(there, error))

@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <bit>
 #include <cmath>
@@ -216,6 +217,48 @@ TEST_F(ConvertedCsv, shouldWriteWhatALinkLeadsToAndKeepItsPermissions) {
   EXPECT_FALSE(fs::is_symlink(target));
   EXPECT_THAT(test::readFile(target), testing::StartsWith("openTime,until,"));
   EXPECT_EQ(fs::status(target).permissions(), kMode);
+}
+
+TEST_F(ConvertedCsv, shouldWriteTheCacheThatALinkLeadsTo) {
+  namespace fs = std::filesystem;
+  const std::string target = folder_.write("target.ovb", "as it was");
+  const std::string link = folder_ / "link.ovb";
+  fs::create_symlink("target.ovb", link);
+  const auto result = test::runProgram(
+      {"data", "convert", folder_.write("x_1min.csv", test::barsCsv()), "-o", link});
+  ASSERT_EQ(result.exitCode, 0) << result.err;
+  EXPECT_EQ(fs::read_symlink(link), "target.ovb");
+  EXPECT_FALSE(fs::is_symlink(target));
+  EXPECT_TRUE(isDataCache(link));
+  EXPECT_EQ(openDataCache(link, true).bars.front().series.bars.size(), 30U);
+}
+
+TEST_F(ConvertedCsv, shouldReplaceFilesAlone) {
+  namespace fs = std::filesystem;
+  const std::string bars = folder_.write("x_1min.csv", test::barsCsv());
+  const std::string pipe = folder_ / "pipe", piped = folder_ / "piped", dead = folder_ / "dead",
+                    round = folder_ / "round";
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  fs::create_symlink("pipe", piped);
+  fs::create_symlink("nowhere", dead);
+  fs::create_symlink("round", round);
+  for (const char* kind : {"csv", "cache"}) {
+    const auto refusalOf = [&](const std::string& path) {
+      const auto result = test::runProgram({"data", "convert", bars, "--to", kind, "-o", path});
+      EXPECT_EQ(result.exitCode, kExitBadInput);
+      EXPECT_EQ(result.out, "");
+      return result.err;
+    };
+    for (const std::string& path : {pipe, piped})
+      EXPECT_EQ(refusalOf(path),
+                "orvane: --out: \"" + path + "\" is no ordinary file; name a file\n");
+    for (const std::string& path : {dead, round})
+      EXPECT_EQ(refusalOf(path),
+                "orvane: --out: \"" + path + "\" is a link that leads nowhere; name a file\n");
+  }
+  EXPECT_TRUE(fs::is_fifo(fs::symlink_status(pipe)));
+  for (const std::string& link : {piped, dead, round}) EXPECT_TRUE(fs::is_symlink(link)) << link;
+  EXPECT_FALSE(fs::exists(folder_ / "nowhere"));
 }
 
 TEST_F(ConvertedCsv, shouldSayWhatTheRowsAndTheOptionsContradict) {

@@ -100,6 +100,27 @@ TEST_F(FailedWrite, shouldWriteTheOtherFilesWhenOneOfTheReportCannotBeWritten) {
   expectReported("trades.csv");
 }
 
+TEST_F(FailedWrite, shouldPutNoReportIntoThePlaceOfAPipe) {
+  fs::create_directories(report_);
+  ASSERT_EQ(mkfifo((report_ + "/trades.csv").c_str(), 0600), 0);
+  const auto result = run({});
+  EXPECT_EQ(result.exitCode, kExitRunFailed);
+  EXPECT_THAT(result.err, HasSubstr("trades.csv: cannot be written: it is no ordinary file\n"));
+  EXPECT_TRUE(fs::is_fifo(report_ + "/trades.csv"));
+  expectReported("trades.csv");
+}
+
+TEST_F(FailedWrite, shouldPutNoSessionIntoThePlaceOfAPipe) {
+  fs::create_directories(folder_ / "session");
+  const std::string pipe = folder_ / "session/format.json";
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  const auto result = test::runProgram(
+      {"generate", "--force", "--instruments", "1", "--minutes", "1", "-o", folder_ / "session"});
+  EXPECT_EQ(result.exitCode, kExitBadInput);
+  EXPECT_THAT(result.err, HasSubstr(pipe + ": cannot be written: it is no ordinary file\n"));
+  EXPECT_TRUE(fs::is_fifo(pipe));
+}
+
 TEST_F(FailedWrite, shouldWriteTheReportWhenNobodyTakesTheSummary) {
   const auto result = run({}, {"/dev/full", 0});
   EXPECT_EQ(result.exitCode, kExitRunFailed);
