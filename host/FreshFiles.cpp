@@ -31,11 +31,16 @@ FreshFiles::FreshFiles(const std::vector<std::string>& paths, const std::string&
   if (folder.empty()) return;
   fs::path inner = fs::absolute(folder, error).lexically_normal();
   if (!inner.has_filename()) inner = inner.parent_path();
-  for (; inner.has_relative_path() && !fs::exists(inner, error); inner = inner.parent_path())
+  // A link that leads nowhere is somebody's.
+  const auto isThere = [&] {
+    return fs::symlink_status(inner, error).type() != fs::file_type::not_found;
+  };
+  for (; inner.has_relative_path() && !isThere(); inner = inner.parent_path())
     folders_.push_back(inner.string());
 }
 
 FreshFiles::~FreshFiles() {
+  if (isKept_) return;
   std::error_code error;
   // A database may have left files of its own beside itself.
   std::erase_if(paths_, isInUse);

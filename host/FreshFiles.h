@@ -16,13 +16,13 @@ class FreshFiles {
   FreshFiles(const FreshFiles&) = delete;
   FreshFiles& operator=(const FreshFiles&) = delete;
 
-  /// The run is not refused any more: everything stays.
-  void keep() {
-    paths_.clear();
-    folders_.clear();
-  }
+  /// The run has begun: everything stays, however it ends.
+  void keep() { isKept_ = true; }
+  /// It came out only then that the run is refused: everything goes after all.
+  void takeAway() { isKept_ = false; }
 
  private:
+  bool isKept_ = false;
   std::vector<std::string> paths_;    ///< Those that were not there.
   std::vector<std::string> folders_;  ///< The same, the innermost first.
 };
