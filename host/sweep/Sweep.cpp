@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 #include <random>
+#include <utility>
 
 #include "host/InputError.h"
 
@@ -74,6 +75,8 @@ SweepOutcome Sweep::run() {
     outcome_.failure = error.what();
   }
   progress_.clear();
+  // Of a trial that was broken off nothing is known, nor kept: it begins anew.
+  if (isTrial_ && outcome_.refusal.empty()) rows_.clear();
   for (auto& [key, row] : rows_) outcome_.rows.push_back(std::move(row));
   return std::move(outcome_);
 }
@@ -125,7 +128,7 @@ void Sweep::forgetUnchosen(std::int32_t window, const SweepRow* chosen) {
 bool Sweep::runPart(std::int32_t window, SweepSample sample,
                     const std::vector<std::uint64_t>& numbers,
                     const std::optional<TimeSpan>& span) {
-  if (rows_.empty() && !tryFew(window, sample, numbers, span)) return false;
+  if (rows_.empty() && !numbers.empty() && !tryFew(window, sample, numbers, span)) return false;
   std::vector<std::uint64_t> left;
   for (const std::uint64_t number : numbers)
     if (!rows_.contains({window, sample, number})) left.push_back(number);
@@ -147,17 +150,27 @@ bool Sweep::runAll(std::int32_t window, SweepSample sample, std::span<const std:
 
 bool Sweep::tryFew(std::int32_t window, SweepSample sample,
                    const std::vector<std::uint64_t>& numbers, const std::optional<TimeSpan>& span) {
-  // One may refuse a corner of the grid; chosen evenly, the others could all lie in it, too.
-  constexpr std::size_t kOthers = 16;
-  const std::size_t first = std::min(worker_.batchSize(), numbers.size());
-  if (!runAll(window, sample, {numbers.data(), first}, span)) return false;
-  if (commonRefusal().empty()) return true;
-  std::vector<std::uint64_t> others;
-  std::ranges::sample(numbers.begin() + static_cast<std::ptrdiff_t>(first), numbers.end(),
-                      std::back_inserter(others), kOthers, std::mt19937_64(1));
-  if (!runAll(window, sample, others, span)) return false;
-  outcome_.refusal = commonRefusal();
-  return outcome_.refusal.empty();
+  // From all over the grid, of which a strategy may well refuse most; and the same ones whatever
+  // plays at once, or the answer would depend on the machine.
+  constexpr std::size_t kMostTried = 256;
+  std::vector<std::uint64_t> few;
+  std::ranges::sample(numbers, std::back_inserter(few), kMostTried, std::mt19937_64(1));
+  isTrial_ = true;
+  std::span<const std::uint64_t> left = few;
+  std::string refusal;
+  do {
+    const std::size_t size = std::min(worker_.batchSize(), left.size());
+    if (!runAll(window, sample, left.first(size), span)) return false;
+    left = left.subspan(size);
+    refusal = commonRefusal();
+  } while (!left.empty() && !refusal.empty());
+  outcome_.refusal = std::move(refusal);
+  if (!outcome_.refusal.empty()) return false;
+  isTrial_ = false;
+  std::vector<SweepRow> rows;
+  for (const auto& [key, row] : rows_) rows.push_back(row);
+  if (store_ != nullptr) store_->add(rows, plan_.space);
+  return true;
 }
 
 std::string Sweep::commonRefusal() const {
@@ -188,7 +201,7 @@ bool Sweep::runBatch(std::int32_t window, SweepSample sample,
 
 void Sweep::keep(std::int32_t window, SweepSample sample, std::vector<SweepRow> rows) {
   for (SweepRow& row : rows) row.key = {window, sample, row.key.number};
-  if (store_ != nullptr) store_->add(rows, plan_.space);
+  if (store_ != nullptr && !isTrial_) store_->add(rows, plan_.space);
   for (SweepRow& row : rows) rows_[row.key] = std::move(row);
 }
 

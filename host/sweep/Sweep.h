@@ -52,9 +52,9 @@ class Sweep {
   /// The same of these numbers, in batches.
   bool runAll(std::int32_t window, SweepSample sample, std::span<const std::uint64_t> numbers,
               const std::optional<TimeSpan>& span);
-  /// Runs a first batch and, where the strategy refuses all of it, some others: a parameter that it
-  /// does not know is refused in all combinations, and there may be many. Answers false if the
-  /// sweep ends here.
+  /// Runs some combinations, until the strategy takes one or refuses one in other words: a
+  /// parameter that it does not know is refused in all, and there may be many. Their rows are
+  /// stored once that is known. Answers false if the sweep ends here.
   bool tryFew(std::int32_t window, SweepSample sample, const std::vector<std::uint64_t>& numbers,
               const std::optional<TimeSpan>& span);
   /// What all rows so far were refused with; empty if any was not, or with another text.
@@ -75,6 +75,7 @@ class Sweep {
   SweepProgress& progress_;
   std::map<SweepKey, SweepRow> rows_;
   SweepOutcome outcome_;
+  bool isTrial_ = false;  ///< Rows are not stored yet: the strategy may refuse everything.
 };
 
 /// The rows of one window and sample, best first: those that have a figure, then the others; equal

@@ -83,9 +83,11 @@ void refuseWhatIsRefused(const SweepPlan& plan, const SweepOutcome& outcome) {
   const std::string which =
       tried == all ? fmt::format("all of {}", plural(all, "combination"))
                    : fmt::format("all {} of {} that were tried", tried, plural(all, "combination"));
+  const char* const advice =
+      tried == all ? "" : "; if some are right, leave the others out by --where";
   throw InputError(fmt::format(
-      "the strategy refuses {} before anything is played, such as {}: {}; nothing is kept", which,
-      paramsText(plan, outcome.rows.front().key.number), outcome.refusal));
+      "the strategy refuses {} before anything is played, such as {}: {}; nothing is kept{}", which,
+      paramsText(plan, outcome.rows.front().key.number), outcome.refusal, advice));
 }
 
 }  // namespace
@@ -144,9 +146,11 @@ SweepOutcome SweepCommand::sweep(const SweepPlan& plan, BatchRunner& runner,
   }
   const std::shared_ptr<LineAppender> log = setUpLog(options_.run().log());
   worker.setOpen(store.get(), log);
-  SweepOutcome outcome = Sweep(plan, worker, store.get(), progress).run();
-  refuseWhatIsRefused(plan, outcome);
+  // From here on there may be results of hours: whatever happens, they stay.
   fresh.keep();
+  SweepOutcome outcome = Sweep(plan, worker, store.get(), progress).run();
+  if (!outcome.refusal.empty()) fresh.takeAway();
+  refuseWhatIsRefused(plan, outcome);
   for (const std::string& failure : {outcome.failure, log->failure(), worker.outputFailure()})
     if (!failure.empty()) failures.push_back(failure);
   return outcome;
@@ -165,7 +169,8 @@ void SweepCommand::write(const SweepPlan& plan, const SweepOutcome& outcome, con
 int SweepCommand::tell(const SweepPlan& plan, const SweepOutcome& outcome,
                        std::vector<std::string> failures) const {
   if (!options_.isQuiet())
-    say(headText(plan, outcome) + "\n" + sweepText(plan, outcome, options_.top()));
+    say(headText(plan, outcome) + "\n" +
+        sweepText(plan, outcome, options_.top(), !options_.out().empty()));
   if (std::string failure = outputFailure(); !failure.empty())
     failures.push_back(std::move(failure));
   complainOfErrors(plan, outcome);
@@ -177,11 +182,12 @@ int SweepCommand::tell(const SweepPlan& plan, const SweepOutcome& outcome,
                       name));
   for (const std::string& failure : failures) complain(failure);
   if (outcome.isInterrupted || !outcome.failure.empty()) {
-    const std::string kept =
-        options_.out().empty()
-            ? std::string("nothing is kept without --out")
-            : fmt::format("they are kept in {}/{}; the same command goes on from there",
-                          options_.out(), kDatabase);
+    std::string kept = "the same command begins anew";
+    if (!outcome.rows.empty())
+      kept = options_.out().empty()
+                 ? std::string("nothing is kept without --out")
+                 : fmt::format("they are kept in {}/{}; the same command goes on from there",
+                               options_.out(), kDatabase);
     complain(fmt::format("{}: {} of {} done; {}",
                          outcome.isInterrupted ? "interrupted" : "ended early", outcome.rows.size(),
                          plural(outcome.expected, "run"), kept));

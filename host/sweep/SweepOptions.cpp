@@ -17,6 +17,7 @@
 #include "host/TimeArgument.h"
 #include "host/Version.h"
 #include "host/sweep/FigureList.h"
+#include "platform/market/PeriodText.h"
 
 namespace orvane {
 namespace {
@@ -49,6 +50,8 @@ void refuseGivenTwice(const QJsonObject& params, const ParameterSpace& space,
 
 /// For who writes 3m and means three months.
 constexpr char kMonthsAdvice[] = "m stands for minutes; a month is told in days, as in 90d:30d";
+
+constexpr char kLongerAdvice[] = "give longer spans";
 
 /// The shortest period of the bars; 0 where there are ticks, which have none.
 int64 shortestPeriodOf(const DataSet& data) {
@@ -195,11 +198,14 @@ void SweepOptions::addWindows(SweepPlan& plan, const DataSet& data) const {
   if (options.to != kUnsetTime) whole.end = std::min(whole.end, options.to);
   const WalkForward walk = WalkForward::parse(walk_, "--walk-forward");
   if (const int64 period = shortestPeriodOf(data);
-      std::min(walk.inSampleMs, walk.outOfSampleMs) < period)
+      std::min(walk.inSampleMs, walk.outOfSampleMs) < period) {
+    const std::size_t middle = walk_.find(':');
+    const std::size_t end = walk.inSampleMs < period ? middle : walk_.find(':', middle + 1);
+    const std::string upTo = walk_.substr(0, end);
     throw InputError(
-        fmt::format("--walk-forward: \"{}\" has a span that is shorter than a bar, {}; "
-                    "{}",
-                    walk_, frequencyText(period), kMonthsAdvice));
+        fmt::format("--walk-forward: \"{}\" has a span that is shorter than a bar, {}; {}", walk_,
+                    frequencyText(period), upTo.back() == 'm' ? kMonthsAdvice : kLongerAdvice));
+  }
   plan.windows = walk.windows(whole, "--walk-forward");
   if (plan.windows.size() * plan.numbers.size() > kMostCombinations)
     throw InputError(

@@ -97,30 +97,32 @@ std::vector<std::string> headOf(const SweepPlan& plan, std::vector<std::string> 
 }
 
 /// Why nothing is ranked, and what to do.
-std::string unrankedText(const SweepPlan& plan, const SweepOutcome& outcome) {
+std::string unrankedText(const SweepPlan& plan, const SweepOutcome& outcome, bool hasFiles) {
+  if (outcome.rows.empty()) return "No run was done.\n";
   const std::string name = figureColumns()[plan.rank].name;
   if (outcome.errors() == outcome.rows.size())
     return fmt::format(
         "No combination is ranked by {}: none of the {} runs ended as it should.\n"
-        "Each says why in results.csv of --out; orvane run with one combination shows its log.\n",
-        name, outcome.rows.size());
+        "{}orvane run with one combination shows its log.\n",
+        name, outcome.rows.size(), hasFiles ? "Each says why in results.csv of --out; " : "");
   return fmt::format(
       "No combination is ranked by {}: no run has this figure, which takes more time or more\n"
       "trades than there were. Choose another by --rank, such as profit or finalEquity.\n",
       name);
 }
 
-std::string wholeText(const SweepPlan& plan, const SweepOutcome& outcome, std::size_t top) {
+std::string wholeText(const SweepPlan& plan, const SweepOutcome& outcome, std::size_t top,
+                      bool hasFiles) {
   const SweepRanking ranking = rankingOf(outcome.rows, 0, SweepSample::Whole, plan.rank);
   std::vector<std::vector<std::string>> rows = {headOf(plan, {"rank"})};
   for (std::size_t i = 0; i < std::min(top, ranking.ranked); ++i) {
     rows.push_back({std::to_string(i + 1)});
     addCells(plan, *ranking.rows[i], rows.back());
   }
-  return ranking.ranked == 0 ? unrankedText(plan, outcome) : aligned(rows);
+  return ranking.ranked == 0 ? unrankedText(plan, outcome, hasFiles) : aligned(rows);
 }
 
-std::string walkText(const SweepPlan& plan, const SweepOutcome& outcome) {
+std::string walkText(const SweepPlan& plan, const SweepOutcome& outcome, bool hasFiles) {
   std::vector<std::vector<std::string>> rows = {
       headOf(plan, {"window", "sample", "from (UTC)", "to (UTC)"})};
   double profit = 0;
@@ -144,7 +146,7 @@ std::string walkText(const SweepPlan& plan, const SweepOutcome& outcome) {
     gains += *gained > 0 ? 1 : 0;
     profit += *gained;
   });
-  if (rows.size() == 1) return unrankedText(plan, outcome);
+  if (rows.size() == 1) return unrankedText(plan, outcome, hasFiles);
   return aligned(rows) +
          fmt::format(
              "\nout-of-sample: {} windows, {} with a profit{}; the sum of their profits is "
@@ -212,8 +214,10 @@ std::vector<std::string> unusedParameters(const SweepPlan& plan, const SweepOutc
   return unused;
 }
 
-std::string sweepText(const SweepPlan& plan, const SweepOutcome& outcome, std::size_t top) {
-  return plan.windows.empty() ? wholeText(plan, outcome, top) : walkText(plan, outcome);
+std::string sweepText(const SweepPlan& plan, const SweepOutcome& outcome, std::size_t top,
+                      bool hasFiles) {
+  return plan.windows.empty() ? wholeText(plan, outcome, top, hasFiles)
+                              : walkText(plan, outcome, hasFiles);
 }
 
 }  // namespace orvane

@@ -12,8 +12,9 @@ namespace orvane {
 std::string sweepCsv(const SweepPlan& plan, const SweepOutcome& outcome);
 
 /// The table for a person: the `top` best combinations, or what each window of a walk chose and
-/// what that gave.
-std::string sweepText(const SweepPlan& plan, const SweepOutcome& outcome, std::size_t top);
+/// what that gave. `hasFiles`: each run's own words are in files, too.
+std::string sweepText(const SweepPlan& plan, const SweepOutcome& outcome, std::size_t top,
+                      bool hasFiles);
 
 /// The names of ranges whose value never changed any figure, though there are runs that differ in
 /// nothing else: a strategy may not know them.

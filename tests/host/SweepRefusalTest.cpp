@@ -1,12 +1,18 @@
 // Sweeps that come to nothing: what is said of them, and what is left behind.
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
+#include <csignal>
 #include <filesystem>
+#include <set>
 
 #include "host/InputError.h"
 #include "tests/host/Program.h"
+#include "tests/host/StartedProgram.h"
 
 namespace orvane {
 namespace {
@@ -36,9 +42,15 @@ class SweepRefusal : public testing::Test {
 
 TEST_F(SweepRefusal, shouldEndEarlyWhereTheStrategyRefusesWhateverItIsGiven) {
   const std::string out = folder_ / "new/out";
-  expectRefused(sweep("sma_cross", {"--grid", "fsat=1:4000:1", "--batch", "8", "--out", out}),
-                "the strategy refuses all 24 of 4000 combinations that were tried before anything "
-                "is played, such as fsat=1: ");
+  for (const char* batch : {"8", "300"}) {
+    const auto many =
+        sweep("sma_cross", {"--grid", "fsat=1:4000:1", "--batch", batch, "--out", out});
+    expectRefused(many,
+                  "the strategy refuses all 256 of 4000 combinations that were tried before "
+                  "anything is played, such as fsat=");
+    EXPECT_THAT(many.err, HasSubstr("; nothing is kept; if some are right, leave the others out by "
+                                    "--where\n"));
+  }
   EXPECT_FALSE(std::filesystem::exists(folder_ / "new"));
   const auto few = sweep("sma_cross", {"--grid", "fsat=1,2", "--out", out});
   expectRefused(few,
@@ -60,13 +72,79 @@ TEST_F(SweepRefusal, shouldKeepAFolderThatWasThereAndWhatItHolds) {
   EXPECT_EQ(good.exitCode, kExitSuccess) << good.err;
 }
 
-TEST_F(SweepRefusal, shouldGoOnWhereSomeCombinationIsTaken) {
-  // All of the first batch is refused, and half of the whole.
-  const auto result = sweep(swept_, {"--grid", "refuse=true,false", "--grid", "every=2:9:1",
-                                     "--batch", "4", "--out", folder_ / "out"});
-  EXPECT_EQ(result.exitCode, kExitRunFailed);
-  EXPECT_THAT(result.err, HasSubstr("8 runs ended as an error, the first: number 1"));
-  EXPECT_TRUE(std::filesystem::exists(folder_ / "out/results.csv"));
+TEST_F(SweepRefusal, shouldGoOnWhereSomeCombinationIsTakenWhateverPlaysAtOnce) {
+  // All but the last of 50 are refused.
+  for (const char* batch : {"1", "16", "64"}) {
+    const std::string out = folder_ / ("out" + std::string(batch));
+    const auto result = sweep(swept_, {"--grid", "refuseBelow=51", "--grid", "every=2:51:1",
+                                       "--batch", batch, "--out", out});
+    EXPECT_EQ(result.exitCode, kExitRunFailed) << result.err;
+    EXPECT_THAT(result.err, HasSubstr("49 runs ended as an error, the first: number 1"));
+    EXPECT_EQ(test::readFile(out + "/results.csv"), test::readFile(folder_ / "out1/results.csv"));
+  }
+}
+
+TEST_F(SweepRefusal, shouldTryTheSameFewWhateverPlaysAtOnce) {
+  // 66 of 2601 are taken, as where one average must be the shorter one.
+  std::set<std::string> errors;
+  for (const char* batch : {"5", "16", "512"}) {
+    const auto result = sweep(swept_, {"--grid", "refuseBelow=50:100:1", "--grid", "every=10:60:1",
+                                       "--batch", batch, "--quiet"});
+    EXPECT_EQ(result.exitCode, kExitRunFailed);
+    errors.insert(result.err);
+  }
+  EXPECT_EQ(errors.size(), 1U);
+  EXPECT_THAT(*errors.begin(), HasSubstr("2535 runs ended as an error, the first: number 1 "));
+}
+
+TEST_F(SweepRefusal, shouldKeepNothingOfATrialThatIsInterrupted) {
+  const std::string gate = folder_ / "gate", out = folder_ / "out";
+  ASSERT_EQ(mkfifo(gate.c_str(), 0600), 0);
+  const std::vector<std::string> arguments = {"sweep",
+                                              "-s",
+                                              test::testModule("waiting_strategy"),
+                                              "-b",
+                                              "A.X=" + bars_,
+                                              "-p",
+                                              R"({"refuse": true, "gate": ")" + gate + R"("})",
+                                              "--grid",
+                                              "n=1,2",
+                                              "--batch",
+                                              "1",
+                                              "--out",
+                                              out};
+  const auto openGate = [&] { close(open(gate.c_str(), O_WRONLY)); };
+  {
+    test::StartedProgram program(arguments);
+    ASSERT_TRUE(program.awaitOutput("waiting\n"));
+    openGate();
+    ASSERT_TRUE(program.awaitOutput("stopped\nwaiting\n"));
+    program.send(SIGINT);
+    openGate();
+    const test::ProgramResult result = program.end();
+    EXPECT_EQ(result.exitCode, kExitInterrupted);
+    EXPECT_THAT(result.out, HasSubstr("No run was done.\n"));
+    EXPECT_THAT(result.err, HasSubstr("0 of 2 runs done; the same command begins anew\n"));
+  }
+  test::StartedProgram again(arguments);
+  for (const char* seen : {"waiting\n", "stopped\nwaiting\n"}) {
+    ASSERT_TRUE(again.awaitOutput(seen));
+    openGate();
+  }
+  const test::ProgramResult result = again.end();
+  EXPECT_EQ(result.exitCode, kExitBadInput);
+  EXPECT_THAT(result.err, HasSubstr("the strategy refuses all of 2 combinations"));
+}
+
+TEST_F(SweepRefusal, shouldLeaveALinkThatLeadsNowhere) {
+  const std::string link = folder_ / "link";
+  std::filesystem::create_symlink("nowhere", link);
+  for (const std::string& out : {link, link + "/out"}) {
+    const auto result = sweep("sma_cross", {"--grid", "fsat=1,2", "--out", out});
+    EXPECT_EQ(result.exitCode, kExitBadInput);
+    EXPECT_THAT(result.err, HasSubstr("--out: the folder \"" + out + "\" cannot be made\n"));
+    EXPECT_TRUE(std::filesystem::is_symlink(link));
+  }
 }
 
 TEST_F(SweepRefusal, shouldKeepRunsThatAllEndAsErrorsWhileTheyPlay) {
@@ -74,7 +152,9 @@ TEST_F(SweepRefusal, shouldKeepRunsThatAllEndAsErrorsWhileTheyPlay) {
       sweep(swept_, {"--grid", "fail=3", "--grid", "every=5,6", "--out", folder_ / "out"});
   EXPECT_EQ(result.exitCode, kExitRunFailed);
   EXPECT_THAT(result.out, HasSubstr("No combination is ranked by profit: none of the 2 runs ended "
-                                    "as it should."));
+                                    "as it should.\nEach says why in results.csv of --out; "));
+  EXPECT_THAT(sweep(swept_, {"--grid", "fail=3", "--grid", "every=5,6"}).out,
+              HasSubstr("as it should.\norvane run with one combination shows its log.\n"));
   EXPECT_TRUE(std::filesystem::exists(folder_ / "out/results.db"));
 }
 
@@ -113,6 +193,14 @@ TEST_F(SweepRefusal, shouldSayThatASpanOfAWalkIsInMinutes) {
   expectRefused(walk("3m:1m"),
                 "--walk-forward: \"3m:1m\" has a span that is shorter than a bar, 5m; m stands for "
                 "minutes; a month is told in days, as in 90d:30d\n");
+  expectRefused(
+      walk("30s:30m"),
+      "--walk-forward: \"30s:30m\" has a span that is shorter than a bar, 5m; give longer "
+      "spans\n");
+  expectRefused(
+      walk("30m:30s"),
+      "--walk-forward: \"30m:30s\" has a span that is shorter than a bar, 5m; give longer "
+      "spans\n");
   expectRefused(walk("3M:1M"),
                 "--walk-forward: \"3M\" in \"3M:1M\" is not a duration such as "
                 "90d, 12h or 30m of at most 100 years; the units are s, m for "

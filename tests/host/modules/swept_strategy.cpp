@@ -26,7 +26,8 @@ using orvane::int64;
 /// - "fail" (0): the same as an error.
 /// - "die" (""): ends its process after 20 records, in the way that it names; "marked" while there
 ///   is a file "mark".
-/// - "refuse" (false): ends as an error before anything is played.
+/// - "refuse" (false): ends as an error before anything is played; "refuseBelow" (0): where "every"
+///   is below it.
 /// - "talk" (false): publishes its "every" and trades only while nobody else has published.
 /// - "shy" (false): trades only while there is one account.
 /// - "limit" (false): buys with limit orders at the price of the record.
@@ -42,7 +43,8 @@ class Swept : public orvane::Strategy {
     talks_ = params["talk"].toBool();
     isShy_ = params["shy"].toBool();
     isLimit_ = params["limit"].toBool();
-    if (params["refuse"].toBool()) return context->setError(orvane::gbk("不要 \"these\", no"));
+    if (params["refuse"].toBool() || every_ < params["refuseBelow"].toInt())
+      return context->setError(orvane::gbk("不要 \"these\", no"));
     if (orvane::findOwnAccount(context, params, account_).code != 0)
       return context->setError("no account");
     for (const auto& asked : orvane::subscribeAllOrFail(context, params))
