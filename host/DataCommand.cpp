@@ -72,6 +72,16 @@ void checkOutFile(const std::string& path) {
                   path, folder));
 }
 
+/// The files' reader takes both letters for minutes; who writes the large one may mean months.
+void refuseMonths(const std::string& period) {
+  if (!period.ends_with('M') || period.find_first_not_of("0123456789 ") + 1 != period.size())
+    return;
+  throw InputError(
+      fmt::format("--to-period: \"{}\" may mean minutes, which are \"{}m\", or months, of which "
+                  "no bars can be made",
+                  period, period.substr(0, period.size() - 1)));
+}
+
 }  // namespace
 
 DataCommand::DataCommand(CLI::App& parent) {
@@ -176,6 +186,7 @@ int DataCommand::convert() {
        {std::pair(keepsLast_, "--keep-last"), {!of_.empty(), "--of"}})
     if (isGiven && period_.empty())
       throw InputError(fmt::format("{}: is for bars of a longer period; give --to-period", option));
+  refuseMonths(period_);
   DataSet data = load();
   if (!period_.empty()) lengthen(data);
   const std::string summary = summaryText(data);

@@ -27,6 +27,36 @@ std::string columnNames(const TickSeries& ticks) {
   return names;
 }
 
+/// Whether a stream tells of each change alone: no row has both prices.
+bool namesOneSideARow(const TickSeries& ticks, int bid, int ask) {
+  for (std::size_t row = 0; row < ticks.rows(); ++row) {
+    const double* const cells = ticks.cells.data() + row * ticks.columns.size();
+    if (cells[bid] > 0 && cells[ask] > 0) return false;
+  }
+  return true;
+}
+
+/// The mean of bid and ask, row by row; 0 where there is none.
+class MeanOfSides {
+ public:
+  explicit MeanOfSides(bool carries) : carries_(carries) {}
+
+  double next(int tradingDay, double bid, double ask) {
+    if (carries_ && (bid > 0 || ask > 0)) {
+      if (tradingDay != tradingDay_) bid_ = ask_ = 0;
+      tradingDay_ = tradingDay;
+      bid_ = bid = bid > 0 ? bid : bid_;
+      ask_ = ask = ask > 0 ? ask : ask_;
+    }
+    return bid > 0 && ask > 0 ? detail::meanPrice(bid, ask) : 0;
+  }
+
+ private:
+  const bool carries_;  ///< A side holds until it is named again or the trading day ends.
+  int tradingDay_ = 0;
+  double bid_ = 0, ask_ = 0;
+};
+
 bool hasQuotes(const TickSeries& ticks) {
   return placeOf(ticks, kBestBid) >= 0 || placeOf(ticks, kBestAsk) >= 0;
 }
@@ -49,14 +79,13 @@ TickSeries tradesOfQuotes(const TickSeries& ticks, const std::string& side,
   trades.times = ticks.times.shared();
   trades.tradingDays = ticks.tradingDays.shared();
   trades.cells.reserve(ticks.rows());
+  MeanOfSides mean(side == "mid" && namesOneSideARow(ticks, bid, ask));
   for (std::size_t row = 0; row < ticks.rows(); ++row) {
     const double* const cells = ticks.cells.data() + row * ticks.columns.size();
     const double bidPrice = bid < 0 ? 0 : cells[bid], askPrice = ask < 0 ? 0 : cells[ask];
-    const bool isBoth = bidPrice > 0 && askPrice > 0;
     trades.cells.push_back(side == "bid"   ? bidPrice
                            : side == "ask" ? askPrice
-                           : isBoth        ? detail::meanPrice(bidPrice, askPrice)
-                                           : 0);
+                                           : mean.next(ticks.tradingDays[row], bidPrice, askPrice));
   }
   trades.isOrdered = ticks.isOrdered;
   return trades;

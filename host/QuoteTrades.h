@@ -8,8 +8,9 @@ namespace orvane {
 
 /// Ticks whose last price is the best bid, the best ask, or the mean of the two ("bid", "ask",
 /// "mid"), without a volume: for bars of quotes. A price of 0 says that there is none, and of "mid"
-/// both must be there. Throws `InputError` that begins with `option` if the ticks have no such
-/// column.
+/// both must be there; but where no row has both, each tells of a change of one side, and the other
+/// holds on within the trading day. Throws `InputError` that begins with `option` if the ticks have
+/// no such column.
 TickSeries tradesOfQuotes(const TickSeries& ticks, const std::string& side,
                           const std::string& option);
 

@@ -4,6 +4,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstring>
+
 #include "host/InputError.h"
 #include "tests/host/Program.h"
 
@@ -106,6 +108,33 @@ TEST_F(LongerData, shouldMakeBarsOfQuotes) {
     EXPECT_EQ(test::readFile(out_), ended_ + "2021-01-04T01:30:00.000Z,2021-01-04T01:31:00.000Z," +
                                         prices + ",0,0,20210104,Q,1m,Asia/Shanghai\n");
   }
+}
+
+TEST_F(LongerData, shouldHoldASideWithinItsDayWhereEachRowNamesOne) {
+  const std::string quotes =
+      folder_.write("q.csv",
+                    "datetime,bid1,ask1\n2021-01-04 09:30:00,1,0\n2021-01-04 09:30:01,0,2\n"
+                    "2021-01-04 09:30:02,0,4\n2021-01-04 09:30:03,3,0\n2021-01-05 09:30:00,0,8\n"
+                    "2021-01-05 09:30:01,6,0\n2021-01-06 09:30:00,6,0\n");
+  const auto result = convert(quotes, "1m", {"--of", "mid"});
+  EXPECT_EQ(result.exitCode, kExitSuccess) << result.err;
+  EXPECT_EQ(test::readFile(out_),
+            ended_ +
+                "2021-01-04T01:30:00.000Z,2021-01-04T01:31:00.000Z,1.5,3.5,1.5,3.5,0,0,0,20210104,"
+                "Q,1m,Asia/Shanghai\n"
+                "2021-01-05T01:30:00.000Z,2021-01-05T01:31:00.000Z,7,7,7,7,0,0,0,20210105,Q,1m,"
+                "Asia/Shanghai\n");
+}
+
+TEST_F(LongerData, shouldAskWhetherALargeMMeansMonths) {
+  for (const char* period : {"1M", "M", "5 M"})
+    expectRefused(convert(hoursOf(2, 15), period),
+                  fmt::format("--to-period: \"{}\" may mean minutes, which are \"{}m\", or months, "
+                              "of which no bars can be made",
+                              period, std::string(period, std::strlen(period) - 1)));
+  expectRefused(convert(hoursOf(2, 15), "1MIN"),
+                "--to-period: bars of 1MIN cannot be made of bars of 1h; give a longer period that "
+                "whole bars of 1h fill");
 }
 
 TEST_F(LongerData, shouldRefuseOptionsThatWouldChangeNothing) {
