@@ -22,7 +22,7 @@
 namespace orvane {
 namespace {
 
-constexpr int kReportFormat = 1;
+constexpr int kReportFormat = 2;
 
 QJsonArray texts(const std::vector<std::string>& list) {
   QJsonArray result;

@@ -5,6 +5,7 @@
 #include <QJsonArray>
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <map>
 
 #include "host/Report.h"
@@ -92,8 +93,11 @@ QJsonObject curveObject(const std::vector<EquityPoint>& curve) {
 /// Why a span has no figures of a year; null where it has them.
 QJsonValue annualNote(const Figures& figures) {
   if (figures.isLongEnoughForAYear()) return {};
-  return qt(fmt::format("{:.1f} days are too few for a figure of a year, which takes {:.0f}",
-                        figures.days, kLeastDaysOfAYear));
+  // Rounded down: 27.96 are not yet 28.
+  const double days = std::floor(figures.days * 10) / 10;
+  const std::string have = days < 1 ? std::string("less than a calendar day is too little")
+                                    : fmt::format("{:.1f} calendar days are too few", days);
+  return qt(fmt::format("{} for a figure of a year, which takes {:.0f}", have, kLeastDaysOfAYear));
 }
 
 QJsonObject figuresObject(const Figures& figures) {
@@ -358,7 +362,7 @@ std::string figuresTable(const RunOutcome& outcome) {
                      "fills", "final equity", "return", "annual", "sharpe", "sortino", "max dd",
                      "wins", "pf") +
          rows +
-         (hasShort ? fmt::format("annual, sharpe and sortino take {:.0f} days of trading\n",
+         (hasShort ? fmt::format("annual, sharpe and sortino take {:.0f} calendar days\n",
                                  kLeastDaysOfAYear)
                    : "") +
          rejections;

@@ -55,6 +55,7 @@ TEST_F(Program, shouldWriteAllDocumentedKeysOfTheReport) {
   EXPECT_EQ(report().keys(),
             (QStringList{"accounts", "data", "failures", "format", "from", "mode", "outcome",
                          "runners", "timeZone", "timing", "to", "total", "version"}));
+  EXPECT_EQ(report()["format"].toInt(), 2);
   EXPECT_EQ(report()["outcome"].toString(), "completed");
   EXPECT_EQ(report()["mode"].toString(), "playback");
   EXPECT_EQ(report()["timing"].toObject().keys(),

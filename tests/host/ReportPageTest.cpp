@@ -99,14 +99,14 @@ TEST_F(ReportPage, shouldTellWhyAShortRunHasNoFiguresOfAYear) {
   arguments.insert(arguments.begin(), "run");
   arguments.insert(arguments.end(), {"--strategy-log-level", "off", "--report", out});
   const auto result = test::runProgram(arguments);
-  EXPECT_THAT(result.out, HasSubstr("annual, sharpe and sortino take 28 days of trading\n"));
+  EXPECT_THAT(result.out, HasSubstr("annual, sharpe and sortino take 28 calendar days\n"));
   const QJsonObject runner = test::readReport(out)["runners"].toArray()[0].toObject();
   const QJsonObject figures = runner["trading"].toObject()["figures"].toObject();
   EXPECT_LT(figures["days"].toDouble(), 1);
   EXPECT_TRUE(figures["annualReturn"].isNull());
   EXPECT_TRUE(figures["annualVolatility"].isNull());
   EXPECT_EQ(figures["annualNote"].toString(),
-            "0.0 days are too few for a figure of a year, which takes 28");
+            "less than a calendar day is too little for a figure of a year, which takes 28");
 }
 
 TEST_F(ReportPage, shouldNameNoCurrencyWhereNoneIsGiven) {

@@ -205,7 +205,7 @@ const tests = {
     const { url, report } = run('days', { runners: [crossing('days', 20)], bars: oneSeries });
     const { figures } = report.runners[0].trading;
     assert.deepEqual([figures.annualReturn, figures.annualVolatility], [null, null]);
-    assert.match(figures.annualNote, /^11\.\d days are too few .* takes 28$/);
+    assert.match(figures.annualNote, /^11\.\d calendar days are too few .* takes 28$/);
     const page = await browser.open(url);
     const tiles = await tilesOf(page);
     for (const label of ['Annual return', 'Sharpe']) {
