@@ -55,8 +55,11 @@ std::string jsonAdvice(const QByteArray& text, qsizetype offset) {
 
 std::string badJson(const QJsonParseError& error, const QByteArray& text) {
   const bool isSecond = error.error == QJsonParseError::GarbageAtEnd;
-  if (isSecond && QByteArray("{[").contains(text.mid(error.offset).trimmed().left(1)))
+  const QByteArray behind = text.mid(error.offset).trimmed();
+  if (isSecond && (behind.startsWith('{') || behind.startsWith('[')))
     return "bad JSON: a second value begins here; give one alone, not a line each (JSON Lines)";
+  if (isSecond && behind.isEmpty())
+    return "bad JSON: only blanks, tabs and line ends may stand behind the value";
   const std::string advice = jsonAdvice(text, error.offset);
   return "bad JSON: " + error.errorString().toStdString() + (advice.empty() ? "" : "; " + advice);
 }

@@ -38,7 +38,8 @@ function heatCell(value, strongest, decimals, title) {
   const text = monthText(value, decimals);
   const className = tone(text);
   return el('td', {
-    class: `heat ${className}`, title: `${title}: ${signedPercent(value, decimalsFor(value * 100, 3))}`,
+    class: `heat ${className}`,
+    title: `${title}: ${signedPercent(value, decimalsFor(value * 100, 3))}`,
     style: `--heat: ${className ? (8 + 52 * share).toFixed(1) : 0}%`,
   }, text);
 }

@@ -9,8 +9,8 @@ const EDGE_PADDING = 6;  // That the first and the last column have beside it.
 
 /**
  * Columns have `title`, `value(i)` to sort by, `show(i)`, a text or nodes, and may have `isNumber`,
- * `tone(i)`, `hint` and `title_of(i)`, the hint of a cell. Columns are as wide as their cells, up to
- * a limit. Rows are known by their number, 0 to `count` - 1.
+ * `tone(i)`, `hint` and `title_of(i)`, the hint of a cell. Columns are as wide as their cells, up
+ * to a limit. Rows are known by their number, 0 to `count` - 1.
  */
 class DataTable {
   constructor({ label, columns, count, onChoose = null, sortBy = null, mostRows = 14 }) {

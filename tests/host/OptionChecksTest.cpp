@@ -185,6 +185,10 @@ TEST_F(OptionChecks, shouldSayThatAConfigurationIsOneValueAndNotOneALine) {
   expectMessage({"run", lines}, lines +
                                     ":2:1: bad JSON: a second value begins here; give one "
                                     "alone, not a line each (JSON Lines)\n");
+  const std::string odd = folder_.write("odd.json", "{\"runners\": []}\v");
+  expectMessage({"run", odd}, odd +
+                                  ":1:16: bad JSON: only blanks, tabs and line ends may stand "
+                                  "behind the value\n");
   const std::string named = folder_.write("run.jsonl", "{}\n");
   expectMessage({"run", named}, named +
                                     ": holds a JSON value a line, by its name; a configuration "

@@ -281,7 +281,7 @@ function faintTexts() {
   return faint;
 }
 
-/** Fails where a text stands out less than 4.5 to 1 (WCAG 2, AA), or the page is cut at its side. */
+/** Fails where a text stands out less than 4.5 to 1 (WCAG 2, AA), or the page is cut off. */
 export async function expectReadable(page) {
   assert.deepEqual(await page.value(`(${faintTexts})()`), {}, 'texts are too faint');
   const [needed, given] = await page.value('[document.documentElement.scrollWidth, innerWidth]');

@@ -111,8 +111,9 @@ const tests = {
     })()`);
     const refused = (fast) => `parameter "fast" (${fast}) must be below "slow" (2)`;
     assert.deepEqual(await cellsOf('Message'), ['', refused(2), refused(3)]);
-    const tiles = await page.value(`Array.from(document.querySelectorAll('.tile'), (tile) =>
-      [tile.firstChild.textContent, tile.lastChild.textContent, tile.getBoundingClientRect().top])`);
+    const tiles = await page.value(`Array.from(document.querySelectorAll('.tile'), (tile) => [
+      tile.firstChild.textContent, tile.lastChild.textContent, tile.getBoundingClientRect().top,
+    ])`);
     assert.equal(new Set(tiles.map(([, , top]) => top)).size, 1, JSON.stringify(tiles));
     assert.deepEqual(tiles.find(([label]) => label === 'Errors').slice(0, 2),
       ['Errors', 'their message is in the table']);
@@ -156,7 +157,8 @@ const tests = {
     assert.equal(rows[0].slow, '4');
     for (const width of [1500, 400]) {
       const page = await browser.open(url, { width });
-      const [box, best] = await page.value(`['.map-body .scroll-x', '.map .best'].map((selector) => {
+      const placesOf = ['.map-body .scroll-x', '.map .best'];
+      const [box, best] = await page.value(`${JSON.stringify(placesOf)}.map((selector) => {
         const {left, right} = document.querySelector(selector).getBoundingClientRect();
         return {left, right};
       })`);
