@@ -80,10 +80,14 @@ TEST(SessionEnd, shouldCallTheMidnightThatEndsADayByIts24thHour) {
 }
 
 TEST(SessionEnd, shouldReckonDaysByTheClockWhereTradingDaysAreUnknown) {
-  BarSeries series = daysThatEnd({15, 15, 15, 15});
-  for (std::size_t i = 0; i < series.bars.size(); ++i)
-    KLineWriter(series.bars[i]).setDayAndFlags(i % 2 == 0 ? 0 : 20219999, 0);
-  EXPECT_EQ(sessionEndOf(series, kSessionDay).find("2021-01-07 ends at 15:00"), 0U);
+  BarSeries series;
+  series.timeZone = "Asia/Shanghai";
+  for (int day = 0; day < 4; ++day) {
+    addHour(series, day, 15);
+    KLineWriter(series.bars.back()).setDayAndFlags(20'219'901 + day, 0);
+  }
+  EXPECT_EQ(sessionEndOf(series, kSessionDay),
+            "2021-01-07 ends at 15:00, no earlier than the 3 days before it");
 }
 
 TEST(SessionEnd, shouldTakeTheTimesOfTicksToTheMinute) {

@@ -124,7 +124,6 @@ TEST_F(SweepRefusal, shouldKeepNothingOfATrialThatIsInterrupted) {
     const test::ProgramResult result = program.end();
     EXPECT_EQ(result.exitCode, kExitInterrupted);
     EXPECT_THAT(result.out, HasSubstr("No run was done.\n"));
-    EXPECT_THAT(result.err, HasSubstr("0 of 2 runs done; the same command begins anew\n"));
   }
   test::StartedProgram again(arguments);
   for (const char* seen : {"waiting\n", "stopped\nwaiting\n"}) {
@@ -133,7 +132,7 @@ TEST_F(SweepRefusal, shouldKeepNothingOfATrialThatIsInterrupted) {
   }
   const test::ProgramResult result = again.end();
   EXPECT_EQ(result.exitCode, kExitBadInput);
-  EXPECT_THAT(result.err, HasSubstr("the strategy refuses all of 2 combinations"));
+  EXPECT_EQ(result.out, "waiting\nstopped\nwaiting\nstopped\n") << "both are tried anew";
 }
 
 TEST_F(SweepRefusal, shouldLeaveALinkThatLeadsNowhere) {
