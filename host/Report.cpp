@@ -211,8 +211,6 @@ QJsonObject makeReport(const RunOutcome& outcome) {
 
 void checkReportFolder(const std::string& folder) { checkFolder(folder, "--report"); }
 
-void makeReportFolder(const std::string& folder) { makeFolder(folder, "--report"); }
-
 namespace {
 
 void writeWhole(const std::string& path, const QByteArray& text, RunOutcome& outcome) {

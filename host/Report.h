@@ -16,9 +16,6 @@ QJsonObject makeReport(const RunOutcome& outcome);
 /// yet. Changes nothing. Throws `InputError`.
 void checkReportFolder(const std::string& folder);
 
-/// Makes the folder if need be. Throws `InputError`.
-void makeReportFolder(const std::string& folder);
-
 /// The files of a report, in the order in which they are written.
 inline constexpr std::array<const char*, 4> kReportFiles = {"trades.csv", "equity.csv",
                                                             "report.html", "report.json"};

@@ -18,6 +18,7 @@
 #include "host/OptionChecks.h"
 #include "host/ProgressLine.h"
 #include "host/Report.h"
+#include "host/ReportFolder.h"
 #include "host/RunConfig.h"
 #include "host/RunSession.h"
 #include "host/watch/WatchView.h"
@@ -220,11 +221,12 @@ int RunCommand::execute() {
   std::optional<WatchView> view;
   if (isWatched_) view.emplace(interrupts);
   std::shared_ptr<const LineAppender> log;
+  std::optional<ReportFolder> folder;
   RunOutcome outcome = runSession(
       plan, std::move(data), interrupts, progress,
       [&] {
         // The log of an earlier run stays as it is when this one is refused.
-        if (!plan.reportFolder.empty()) makeReportFolder(plan.reportFolder);
+        if (!plan.reportFolder.empty()) folder.emplace(plan.reportFolder);
         if (view) view->begin();
         log = setUpLog(options_.log(), view ? view->log() : nullptr);
       },

@@ -9,6 +9,7 @@
 #include <mutex>
 #include <set>
 #include <stdexcept>
+#include <string>
 #include <utility>
 
 namespace orvane::detail {
@@ -27,8 +28,9 @@ HeldFiles& held() {
   return *list;
 }
 
-[[noreturn]] void refuse() {
-  throw std::runtime_error("it is in use by another run; take another file, or wait for its end");
+[[noreturn]] void refuse(bool isFolder) {
+  throw std::runtime_error(std::string("it is in use by another run; take another ") +
+                           (isFolder ? "folder" : "file") + ", or wait for its end");
 }
 
 }  // namespace
@@ -38,12 +40,15 @@ FileLock::FileLock(const std::string& path) {
   const std::lock_guard lock(list.mutex);
   struct stat its {};
   // Only to open and to close such a file would take away the locks that SQLite holds on it.
-  if (stat(path.c_str(), &its) == 0 && list.files.contains({its.st_dev, its.st_ino})) refuse();
-  const int opened = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0644);
+  const bool isThere = stat(path.c_str(), &its) == 0;
+  const bool isFolder = isThere && S_ISDIR(its.st_mode);
+  if (isThere && list.files.contains({its.st_dev, its.st_ino})) refuse(isFolder);
+  const int flags = isFolder ? O_RDONLY | O_DIRECTORY : O_RDWR | O_CREAT | O_NONBLOCK;
+  const int opened = open(path.c_str(), flags | O_CLOEXEC, 0644);
   if (opened < 0) return;
   if (flock(opened, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
     close(opened);
-    refuse();
+    refuse(isFolder);
   }
   descriptor_ = opened;
   if (fstat(opened, &its) == 0) file_ = {its.st_dev, its.st_ino};

@@ -9,9 +9,9 @@
 
 namespace orvane::detail {
 
-/// Keeps a file for one owner while it lives: a second lock of the same file, in this process or
-/// another, is refused. It binds those who take it and nobody else, so any tool can still read the
-/// file. It goes with the process, however that ends.
+/// Keeps a file, or a folder, for one owner while it lives: a second lock of the same one, in this
+/// process or another, is refused. It binds those who take it and nobody else, so any tool can
+/// still read the file. It goes with the process, however that ends, and leaves nothing behind.
 ///
 /// Make it before anything opens the file, and let it go after everything has closed it: closing
 /// the lock's own descriptor would take away the locks that SQLite holds in this process.

@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <QJsonArray>
 #include <cerrno>
 #include <csignal>
 #include <filesystem>
@@ -86,6 +87,23 @@ TEST_F(RunUnderWay, shouldEndAtOnceAlsoWhenNobodyReadsItsErrors) {
   EXPECT_EQ(result.exitCode, kExitInterrupted);
   EXPECT_THAT(result.out, Not(HasSubstr("stopped")));
   EXPECT_FALSE(std::filesystem::exists(folder_ / "report/report.json"));
+}
+
+TEST_F(RunUnderWay, shouldKeepItsReportFolderFromASecondRun) {
+  const std::string report = folder_ / "report";
+  const std::vector<std::string> arguments = {
+      "run", "-s", "sma_cross", "-b", "A.X=" + bars_, "--name", "second", "--report", report};
+  const auto second = test::runProgram(arguments);
+  EXPECT_EQ(second.exitCode, kExitBadInput);
+  EXPECT_EQ(second.err, "orvane: --report: \"" + report +
+                            "\": it is in use by another run; take another folder, or wait for "
+                            "its end\n");
+  EXPECT_TRUE(std::filesystem::is_empty(report));
+  openGate();
+  EXPECT_EQ(program_->end().exitCode, kExitSuccess);
+  EXPECT_EQ(test::readReport(report)["runners"].toArray()[0].toObject()["name"].toString(),
+            "waiting_strategy");
+  EXPECT_EQ(test::runProgram(arguments).exitCode, kExitSuccess);
 }
 
 TEST_F(RunUnderWay, shouldKeepItsDatabasesFromASecondRun) {

@@ -68,6 +68,22 @@ TEST(FileLock, shouldRefuseASecondOwnerUntilTheFirstIsGone) {
   EXPECT_EQ(refusalOf(path), "");
 }
 
+TEST(FileLock, shouldKeepAFolderForOneOwnerAndLeaveNothingInIt) {
+  const TempFolder folder;
+  const std::string path = folder.file("report");
+  std::filesystem::create_directory(path);
+  {
+    const FileLock first(path);
+    EXPECT_EQ(refusalOf(path + "/"),
+              "it is in use by another run; take another folder, or wait for its end");
+    EXPECT_EQ(inAnotherProcess([&] { return refusalOf(path).empty() ? 1 : 0; }), 0);
+    EXPECT_EQ(refusalOf(path + "/x.db"), "") << "a file in it";
+    std::filesystem::remove(path + "/x.db");
+  }
+  EXPECT_EQ(refusalOf(path), "");
+  EXPECT_TRUE(std::filesystem::is_empty(path));
+}
+
 TEST(FileLock, shouldRefuseAnotherProcessAndGoWithItsOwner) {
   const TempFolder folder;
   const std::string path = folder.file("a.db");
