@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <optional>
 #include <stdexcept>
+#include <system_error>
 #include <utility>
 
 #include "host/Console.h"
@@ -20,6 +21,7 @@
 #include "host/SessionEnd.h"
 #include "host/TimeArgument.h"
 #include "host/WholeFile.h"
+#include "host/WriteError.h"
 #include "platform/market/LongerBars.h"
 #include "platform/market/files/CacheFile.h"
 
@@ -319,10 +321,8 @@ void DataCommand::write(DataSet data) const {
   cache.ticks = std::move(data.ticks);
   try {
     writeDataCache(behindLinks(out_), cache);
-  } catch (const DataFileError&) {
-    throw;
-  } catch (const std::runtime_error& error) {
-    throw InputError(error.what());
+  } catch (const std::system_error& error) {
+    failToWrite(error.what(), error.code().value());
   }
 }
 

@@ -1,16 +1,13 @@
 #include "host/DataCsv.h"
 
 #include <fmt/format.h>
-#include <unistd.h>
 
-#include <QFile>
-#include <filesystem>
 #include <iterator>
 #include <type_traits>
 
 #include "host/InputError.h"
+#include "host/OutputFile.h"
 #include "host/TimeArgument.h"
-#include "host/WholeFile.h"
 #include "platform/fields/KLineView.h"
 #include "platform/market/PeriodText.h"
 #include "platform/market/files/CacheFile.h"
@@ -18,63 +15,25 @@
 namespace orvane {
 namespace {
 
-/// Gathers lines and writes them in large portions, under a name of its own until `keep`.
+/// A file of lines.
 class CsvFile {
  public:
-  explicit CsvFile(const std::string& path)
-      : path_(path),
-        target_(behindLinks(path)),
-        newPath_(target_ + ".new-" + std::to_string(getpid())) {
-    if (const std::string why = whyNoFile(path); !why.empty()) fail("it " + why);
-    file_.setFileName(QString::fromStdString(newPath_));
-    if (!file_.open(QIODevice::WriteOnly | QIODevice::Truncate)) fail(reason());
-  }
-  ~CsvFile() {
-    if (!isKept_) file_.remove();
-  }
-  CsvFile(const CsvFile&) = delete;
-  CsvFile& operator=(const CsvFile&) = delete;
+  explicit CsvFile(const std::string& path) : file_(path) {}
 
   template <typename... Fields>
   void add(fmt::format_string<Fields...> format, Fields&&... fields) {
-    fmt::format_to(std::back_inserter(lines_), format, std::forward<Fields>(fields)...);
-    if (lines_.size() > (std::size_t{1} << 20)) flush();
+    line_.clear();
+    fmt::format_to(std::back_inserter(line_), format, std::forward<Fields>(fields)...);
+    file_.write({line_.data(), line_.size()});
   }
 
   /// All lines are in the file behind the name.
-  const std::string& finish() {
-    flush();
-    if (!file_.flush() || fsync(file_.handle()) != 0) fail(reason());
-    file_.close();
-    return newPath_;
-  }
-
-  /// Gives the file its true name, and the permissions of what it replaces.
-  void keep() {
-    namespace fs = std::filesystem;
-    std::error_code error;
-    const fs::file_status former = fs::status(target_, error);
-    if (fs::is_regular_file(former)) fs::permissions(newPath_, former.permissions(), error);
-    fs::rename(newPath_, target_, error);
-    if (error) fail(error.message());
-    isKept_ = true;
-  }
+  const std::string& finish() { return file_.finish(); }
+  void keep() { file_.keep(); }
 
  private:
-  void flush() {
-    const auto size = static_cast<qint64>(lines_.size());
-    if (file_.write(lines_.data(), size) != size) fail(reason());
-    lines_.clear();
-  }
-  std::string reason() const { return file_.errorString().toStdString(); }
-  [[noreturn]] void fail(const std::string& reason) const {
-    throw InputError(fmt::format("{}: cannot be written: {}", path_, reason));
-  }
-
-  const std::string path_, target_, newPath_;
-  QFile file_;
-  std::string lines_;
-  bool isKept_ = false;
+  OutputFile file_;
+  fmt::memory_buffer line_;
 };
 
 /// A text as one field.

@@ -2,58 +2,26 @@
 
 #include <fmt/core.h>
 
-#include <QDir>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QSaveFile>
 #include <limits>
 #include <memory>
+#include <utility>
+#include <vector>
 
+#include "host/Console.h"
+#include "host/FreshFiles.h"
 #include "host/InputError.h"
 #include "host/OptionChecks.h"
+#include "host/OutputFile.h"
 #include "host/SessionJson.h"
 #include "host/TimeArgument.h"
 #include "host/WholeFile.h"
 
 namespace orvane {
 namespace {
-
-/// A file that appears whole or not at all.
-class OutputFile {
- public:
-  OutputFile(const std::string& folder, const std::string& name)
-      : path_(folder + "/" + name), file_(QString::fromStdString(path_)) {
-    if (const std::string why = whyNoFile(path_); !why.empty()) fail("it " + why);
-    if (!file_.open(QIODevice::WriteOnly)) fail();
-  }
-
-  void write(std::string_view text) {
-    if (file_.write(text.data(), static_cast<qint64>(text.size())) !=
-        static_cast<qint64>(text.size()))
-      fail();
-  }
-
-  void commit() {
-    if (!file_.flush() || !file_.commit()) fail();
-  }
-
- private:
-  [[noreturn]] void fail() const { fail(file_.errorString().toStdString()); }
-  [[noreturn]] void fail(const std::string& reason) const {
-    throw InputError(fmt::format("{}: cannot be written: {}", path_, reason));
-  }
-
-  const std::string path_;
-  QSaveFile file_;
-};
-
-void writeJson(const std::string& folder, const std::string& name, const QJsonDocument& json) {
-  OutputFile file(folder, name);
-  file.write(json.toJson(QJsonDocument::Indented).toStdString());
-  file.commit();
-}
 
 QString fromUtf8(const std::string& text) { return QString::fromStdString(text); }
 
@@ -62,6 +30,64 @@ std::string tickFile(const SyntheticInstrument& its) { return its.codeText() + "
 std::string dateText(const std::chrono::year_month_day& date) {
   return fmt::format("{}-{:02}-{:02}", static_cast<int>(date.year()),
                      static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()));
+}
+
+/// The files of a session, which appear together at the end.
+class SessionFiles {
+ public:
+  explicit SessionFiles(std::string folder) : folder_(std::move(folder)) {}
+
+  OutputFile& add(const std::string& name) {
+    return *files_.emplace_back(std::make_unique<OutputFile>(folder_ + "/" + name));
+  }
+  void addJson(const std::string& name, const QJsonDocument& json) {
+    OutputFile& file = add(name);
+    file.write(json.toJson(QJsonDocument::Indented).toStdString());
+    file.finish();
+  }
+  void keep() {
+    for (const auto& file : files_) file->keep();
+  }
+
+ private:
+  const std::string folder_;
+  std::vector<std::unique_ptr<OutputFile>> files_;
+};
+
+void writeInstrument(SessionFiles& files, SessionGenerator& generator) {
+  OutputFile& ticks = files.add(tickFile(generator.instrument()));
+  OutputFile& bars = files.add(barFileName(generator.instrument()));
+  ticks.write(SessionGenerator::tickHeader());
+  bars.write(SessionGenerator::barHeader());
+  generator.generate([&](std::string_view row) { ticks.write(row); },
+                     [&](std::string_view row) { bars.write(row); });
+  ticks.finish();
+  bars.finish();
+}
+
+/// Answers what it wrote.
+std::string writeSession(SessionFiles& files, const GeneratorOptions& options) {
+  std::string summary;
+  QJsonArray instruments, bars, ticks;
+  for (int index = 0; index < options.instruments; ++index) {
+    SessionGenerator generator(options, index);
+    const SyntheticInstrument& its = generator.instrument();
+    instruments.append(instrumentJson(its));
+    for (const auto& [list, file] : {std::pair{&bars, barFileName(its)}, {&ticks, tickFile(its)}})
+      list->append(QJsonObject{
+          {"code", fromUtf8(its.codeText())}, {"file", fromUtf8(file)}, {"format", "format.json"}});
+    writeInstrument(files, generator);
+    summary += fmt::format("{}: {} and {}\n", its.codeText(), barFileName(its), tickFile(its));
+  }
+  files.addJson("instruments.json", instrumentsJson(instruments));
+  files.addJson("format.json", sessionFormatJson());
+  const QJsonObject runner{{"strategy", "sma_cross"},
+                           {"params", QJsonObject{{"fast", 5}, {"slow", 20}}}};
+  files.addJson("run.json", QJsonDocument(QJsonObject{{"runners", QJsonArray{runner}},
+                                                      {"instruments", "instruments.json"},
+                                                      {"bars", bars},
+                                                      {"ticks", ticks}}));
+  return summary;
 }
 
 }  // namespace
@@ -97,17 +123,6 @@ GenerateCommand::GenerateCommand(CLI::App& parent) {
       ->disable_flag_override();
 }
 
-void GenerateCommand::writeInstrument(SessionGenerator& generator) const {
-  OutputFile ticks(folder_, tickFile(generator.instrument()));
-  OutputFile bars(folder_, barFileName(generator.instrument()));
-  ticks.write(SessionGenerator::tickHeader());
-  bars.write(SessionGenerator::barHeader());
-  generator.generate([&](std::string_view row) { ticks.write(row); },
-                     [&](std::string_view row) { bars.write(row); });
-  ticks.commit();
-  bars.commit();
-}
-
 /// Nobody's file goes unasked: all names are looked at before the first is written.
 void GenerateCommand::checkNothingIsThere() const {
   std::vector<std::string> names = {"run.json", "instruments.json", "format.json"};
@@ -131,30 +146,13 @@ int GenerateCommand::execute() {
         std::chrono::floor<std::chrono::days>(std::chrono::sys_time<std::chrono::milliseconds>(ms));
   }
   if (!isForced_) checkNothingIsThere();
-  if (!QDir().mkpath(fromUtf8(folder_)))
-    throw InputError(fmt::format("--out: the folder \"{}\" cannot be made", folder_));
-
-  QJsonArray instruments, bars, ticks;
-  for (int index = 0; index < options_.instruments; ++index) {
-    SessionGenerator generator(options_, index);
-    const SyntheticInstrument& its = generator.instrument();
-    instruments.append(instrumentJson(its));
-    for (const auto& [list, file] : {std::pair{&bars, barFileName(its)}, {&ticks, tickFile(its)}})
-      list->append(QJsonObject{
-          {"code", fromUtf8(its.codeText())}, {"file", fromUtf8(file)}, {"format", "format.json"}});
-    writeInstrument(generator);
-    fmt::print("{}: {} and {}\n", its.codeText(), barFileName(its), tickFile(its));
-  }
-  writeJson(folder_, "instruments.json", instrumentsJson(instruments));
-  writeJson(folder_, "format.json", sessionFormatJson());
-  const QJsonObject runner{{"strategy", "sma_cross"},
-                           {"params", QJsonObject{{"fast", 5}, {"slow", 20}}}};
-  writeJson(folder_, "run.json",
-            QJsonDocument(QJsonObject{{"runners", QJsonArray{runner}},
-                                      {"instruments", "instruments.json"},
-                                      {"bars", bars},
-                                      {"ticks", ticks}}));
-  fmt::print("run it: orvane run {}/run.json\n", folder_);
+  FreshFiles fresh({}, folder_);
+  makeFolder(folder_, "--out");
+  SessionFiles files(folder_);
+  const std::string summary = writeSession(files, options_);
+  files.keep();
+  fresh.keep();
+  say(summary + fmt::format("run it: orvane run {}/run.json\n", folder_));
   return kExitSuccess;
 }
 

@@ -18,7 +18,6 @@ class GenerateCommand {
   int execute();
 
  private:
-  void writeInstrument(SessionGenerator& generator) const;
   void checkNothingIsThere() const;
 
   CLI::App* command_;

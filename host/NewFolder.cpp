@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "host/InputError.h"
+#include "host/WriteError.h"
 
 namespace orvane {
 
@@ -30,7 +31,7 @@ NewFolder::NewFolder(const std::string& path, std::string place, std::string rem
   const fs::file_type type = fs::status(target_, error).type();
   if (type == fs::file_type::directory) {
     const bool isEmpty = fs::is_empty(target_, error);
-    if (error) fail(target_, error.message());
+    if (error) fail(target_, error.value());
     if (!isEmpty) refuse(fmt::format("the folder \"{}\" is not empty", path));
     wasThere_ = true;
   } else if (fs::symlink_status(target_, error).type() != fs::file_type::not_found) {
@@ -41,10 +42,8 @@ NewFolder::NewFolder(const std::string& path, std::string place, std::string rem
   if (!fs::is_directory(above, error))
     refuse(fmt::format("\"{}\" cannot be made: \"{}\" is not a folder", path, above.string()));
   const fs::path hidden = above / fmt::format(".orvane-new-{}", getpid());
-  if (!fs::create_directory(hidden, error)) {
-    if (error) fail(above, error.message());
-    fail(hidden, "it is there already");
-  }
+  if (!fs::create_directory(hidden, error))
+    fail(error ? above : hidden, error ? error.value() : EEXIST);
   hidden_ = hidden;
 }
 
@@ -58,12 +57,12 @@ void NewFolder::write(const std::string& name, std::string_view text) {
   const fs::path path = hidden_ / name;
   std::error_code error;
   fs::create_directories(path.parent_path(), error);
-  if (error) fail(target_ / name, error.message());
+  if (error) fail(target_ / name, error.value());
   errno = 0;
   std::ofstream file(path, std::ios::binary);
   file.write(text.data(), static_cast<std::streamsize>(text.size()));
   file.close();
-  if (!file) fail(target_ / name, std::generic_category().message(errno));
+  if (!file) fail(target_ / name, errno);
 }
 
 void NewFolder::keep() {
@@ -80,10 +79,10 @@ void NewFolder::moveInto() {
   std::vector<fs::path> names;
   for (fs::directory_iterator at(hidden_, error), end; !error && at != end; at.increment(error))
     names.push_back(at->path().filename());
-  if (error) fail(hidden_, error.message());
+  if (error) fail(hidden_, error.value());
   for (const fs::path& name : names) {
     fs::rename(hidden_ / name, target_ / name, error);
-    if (error) fail(target_ / name, error.message());
+    if (error) fail(target_ / name, error.value());
     moved_.push_back(target_ / name);
   }
 }
@@ -96,11 +95,11 @@ void NewFolder::moveThere() {
     above.push_back(folder);
   for (auto folder = above.rbegin(); folder != above.rend(); ++folder) {
     fs::create_directory(*folder, error);
-    if (error) fail(*folder, error.message());
+    if (error) fail(*folder, error.value());
     moved_.push_back(*folder);
   }
   fs::rename(hidden_, target_, error);
-  if (error) fail(target_, error.message());
+  if (error) fail(target_, error.value());
   hidden_.clear();
 }
 
@@ -108,8 +107,10 @@ void NewFolder::refuse(const std::string& why) const {
   throw InputError(fmt::format("{}: {}; {}", place_, why, remedy_));
 }
 
-void NewFolder::fail(const fs::path& path, const std::string& why) const {
-  refuse(fmt::format("\"{}\" cannot be written: {}", path.string(), why));
+void NewFolder::fail(const fs::path& path, int error) const {
+  failToWrite(
+      fmt::format("{}: \"{}\" cannot be written: {}", place_, path.string(), reasonOf(error)),
+      error);
 }
 
 }  // namespace orvane

@@ -9,7 +9,8 @@ namespace orvane {
 
 /// A folder that appears with all its files or not at all: they are written into a hidden one
 /// beside their place, on the same disk, and moved there at the end. Until `keep`, whatever was
-/// made is taken away again. What fails throws `InputError`: "place: what is wrong; remedy".
+/// made is taken away again. What is refused throws `InputError`, what cannot be written throws as
+/// `failToWrite` does: "place: what is wrong; remedy".
 class NewFolder {
  public:
   /// The path is UTF-8. It must not be there, or be an empty folder; folders above it are made at
@@ -27,7 +28,7 @@ class NewFolder {
 
  private:
   [[noreturn]] void refuse(const std::string& why) const;
-  [[noreturn]] void fail(const std::filesystem::path& path, const std::string& why) const;
+  [[noreturn]] void fail(const std::filesystem::path& path, int error) const;
   void moveInto();
   void moveThere();
 

@@ -4,8 +4,15 @@
 
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <algorithm>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <stdexcept>
+#include <utility>
 
 #include "host/FileHash.h"
+#include "host/OutputFile.h"
 #include "host/PublicationReport.h"
 #include "host/ReportJson.h"
 #include "host/ReportPage.h"
@@ -213,23 +220,65 @@ void checkReportFolder(const std::string& folder) { checkFolder(folder, "--repor
 
 namespace {
 
-void writeWhole(const std::string& path, const QByteArray& text, RunOutcome& outcome) {
-  if (std::string failure = writeWholeFile(path, text); !failure.empty())
-    outcome.failures.push_back(std::move(failure));
+/// Carries out a step; what goes wrong becomes a failure of the run.
+void attempt(RunOutcome& outcome, const std::function<void()>& step) {
+  try {
+    step();
+  } catch (const std::runtime_error& error) {
+    outcome.failures.emplace_back(error.what());
+  }
 }
+
+/// The files of a report while they stand beside their places.
+class NewReport {
+ public:
+  NewReport(std::string folder, RunOutcome& outcome)
+      : folder_(std::move(folder)), outcome_(outcome) {}
+
+  void add(const char* name, const QByteArray& text) {
+    attempt(outcome_, [&] {
+      auto file = std::make_unique<OutputFile>(folder_ + "/" + name);
+      file->write({text.data(), static_cast<std::size_t>(text.size())});
+      file->finish();
+      files_.push_back(std::move(file));
+    });
+  }
+
+  /// Half a report over an older one would be of neither run.
+  void keep() {
+    if (files_.size() < kReportFiles.size() && isOverAnother()) {
+      outcome_.failures.push_back(folder_ + ": the report that was there stays as it was");
+      return;
+    }
+    for (const auto& file : files_) attempt(outcome_, [&] { file->keep(); });
+  }
+
+ private:
+  bool isOverAnother() const {
+    return std::ranges::any_of(kReportFiles, [this](const char* name) {
+      std::error_code error;
+      return std::filesystem::is_regular_file(folder_ + "/" + name, error);
+    });
+  }
+
+  const std::string folder_;
+  RunOutcome& outcome_;
+  std::vector<std::unique_ptr<OutputFile>> files_;
+};
 
 }  // namespace
 
 void writeReport(const std::string& folder, RunOutcome& outcome) {
-  writeWhole(folder + "/trades.csv", QByteArray::fromStdString(tradesCsv(outcome)), outcome);
-  writeWhole(folder + "/equity.csv", QByteArray::fromStdString(equityCsv(outcome)), outcome);
+  NewReport files(folder, outcome);
+  files.add("trades.csv", QByteArray::fromStdString(tradesCsv(outcome)));
+  files.add("equity.csv", QByteArray::fromStdString(equityCsv(outcome)));
   QJsonObject report = makeReport(outcome);
   const std::size_t failures = outcome.failures.size();
-  writeWhole(folder + "/report.html", reportPage(outcome, report), outcome);
+  files.add("report.html", reportPage(outcome, report));
   // The report comes last, since it tells what went wrong before it.
   if (outcome.failures.size() != failures) report = makeReport(outcome);
-  writeWhole(folder + "/report.json", QJsonDocument(report).toJson(QJsonDocument::Indented),
-             outcome);
+  files.add("report.json", QJsonDocument(report).toJson(QJsonDocument::Indented));
+  files.keep();
 }
 
 std::string summaryText(const RunOutcome& outcome) {

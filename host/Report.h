@@ -21,7 +21,8 @@ inline constexpr std::array<const char*, 4> kReportFiles = {"trades.csv", "equit
                                                             "report.html", "report.json"};
 
 /// Writes them into a folder that is there: each whole or not at all. One that cannot be written
-/// becomes a failure of the run, and the others are written all the same.
+/// becomes a failure of the run. The others are written all the same, but not over an older report,
+/// which is replaced as a whole or stays.
 void writeReport(const std::string& folder, RunOutcome& outcome);
 
 /// The summary for a person, several lines.

@@ -3,11 +3,13 @@
 #include <fmt/core.h>
 #include <unistd.h>
 
-#include <QDir>
-#include <QSaveFile>
+#include <cerrno>
 #include <filesystem>
+#include <stdexcept>
 
 #include "host/InputError.h"
+#include "host/OutputFile.h"
+#include "host/WriteError.h"
 
 namespace orvane {
 
@@ -36,14 +38,15 @@ std::string behindLinks(const std::string& path) {
 }
 
 std::string writeWholeFile(const std::string& path, const QByteArray& text) {
-  if (const std::string why = whyNoFile(path); !why.empty())
-    return fmt::format("{}: cannot be written: it {}", path, why);
-  QSaveFile file(QString::fromStdString(path));
-  // What is only buffered would fail after the last look at errors.
-  if (file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) && file.write(text) == text.size() &&
-      file.commit())
+  try {
+    OutputFile file(path);
+    file.write({text.data(), static_cast<std::size_t>(text.size())});
+    file.finish();
+    file.keep();
     return {};
-  return fmt::format("{}: cannot be written: {}", path, file.errorString().toStdString());
+  } catch (const std::runtime_error& error) {
+    return error.what();
+  }
 }
 
 void checkFolder(const std::string& folder, const std::string& option) {
@@ -52,13 +55,19 @@ void checkFolder(const std::string& folder, const std::string& option) {
   if (fs::exists(there, error) && !fs::is_directory(there, error))
     throw InputError(fmt::format("{}: \"{}\" is not a folder", option, folder));
   while (!fs::exists(there, error) && there.has_relative_path()) there = there.parent_path();
-  if (!fs::is_directory(there, error) || access(there.c_str(), W_OK) != 0)
-    throw InputError(fmt::format("{}: the folder \"{}\" cannot be written", option, folder));
+  if (fs::is_directory(there, error) && access(there.c_str(), W_OK | X_OK) == 0) return;
+  const int reason = fs::is_directory(there, error) ? errno : ENOTDIR;
+  throw InputError(
+      fmt::format("{}: the folder \"{}\" cannot be written: {}", option, folder, reasonOf(reason)));
 }
 
 void makeFolder(const std::string& folder, const std::string& option) {
-  if (!QDir().mkpath(QString::fromStdString(folder)))
-    throw InputError(fmt::format("{}: the folder \"{}\" cannot be made", option, folder));
+  std::error_code error;
+  std::filesystem::create_directories(folder, error);
+  if (!error || std::filesystem::is_directory(folder)) return;
+  failToWrite(
+      fmt::format("{}: the folder \"{}\" cannot be made: {}", option, folder, error.message()),
+      error.value());
 }
 
 }  // namespace orvane

@@ -22,7 +22,7 @@ std::string writeWholeFile(const std::string& path, const QByteArray& text);
 /// Changes nothing. Throws `InputError` that begins with `option`.
 void checkFolder(const std::string& folder, const std::string& option);
 
-/// Makes the folder if need be. Throws `InputError` that begins with `option`.
+/// Makes the folder if need be. Throws as `failToWrite` does, a message that begins with `option`.
 void makeFolder(const std::string& folder, const std::string& option);
 
 }  // namespace orvane

@@ -1,6 +1,7 @@
 #include "host/sweep/SweepStore.h"
 
 #include <fmt/core.h>
+#include <sqlite3.h>
 
 #include <QJsonDocument>
 #include <stdexcept>
@@ -8,6 +9,7 @@
 
 #include "host/InputError.h"
 #include "host/JsonInput.h"
+#include "host/WriteError.h"
 #include "platform/core/FileLock.h"
 #include "platform/core/SqliteFile.h"
 
@@ -67,6 +69,22 @@ SweepSample sampleNamed(const std::string& name) {
   return SweepSample::Whole;
 }
 
+/// What a database says, in words that tell what to do.
+std::string faultOf(const std::exception& error) {
+  const auto* const fault = dynamic_cast<const SQLite::Exception*>(&error);
+  const bool isOfDisk = fault != nullptr && fault->getErrorCode() == SQLITE_IOERR;
+  return std::string(error.what()) + (isOfDisk ? " (is the disk full?)" : "");
+}
+
+/// Tells a disk that is at fault from a path that is.
+[[noreturn]] void failToOpen(const std::string& place, const std::exception& error) {
+  const auto* const fault = dynamic_cast<const SQLite::Exception*>(&error);
+  const int code = fault == nullptr ? SQLITE_OK : fault->getErrorCode();
+  const std::string message = fmt::format("{}: {}", place, faultOf(error));
+  if (code == SQLITE_IOERR || code == SQLITE_FULL) throw WriteError(message);
+  throw InputError(message);
+}
+
 }  // namespace
 
 /// The lock comes before anything opens the file, and goes after everything has closed it.
@@ -101,7 +119,7 @@ SweepStore::SweepStore(const std::string& path, const QJsonObject& identity,
       stored = wanted;
     }
   } catch (const std::exception& error) {
-    throw InputError(fmt::format("{}: {}", place(), error.what()));
+    failToOpen(place(), error);
   }
   if (stored == wanted) return;
   const QJsonObject there = QJsonDocument::fromJson(QByteArray::fromStdString(stored)).object();
@@ -132,7 +150,7 @@ std::vector<SweepRow> SweepStore::rows() {
           row.figures[i] = value.getDouble();
     }
   } catch (const std::exception& error) {
-    throw std::runtime_error(fmt::format("{}: {}", path_, error.what()));
+    throw std::runtime_error(fmt::format("{}: {}", path_, faultOf(error)));
   }
   return result;
 }
@@ -160,7 +178,7 @@ void SweepStore::add(std::span<const SweepRow> rows, const ParameterSpace& space
     }
     transaction.commit();
   } catch (const std::exception& error) {
-    throw std::runtime_error(fmt::format("{}: {}", path_, error.what()));
+    throw std::runtime_error(fmt::format("{}: {}", path_, faultOf(error)));
   }
 }
 
@@ -176,7 +194,7 @@ void SweepStore::keepOnly(std::int32_t window, SweepSample sample,
         .add(number ? static_cast<int64>(*number + 1) : int64{0})
         .run();
   } catch (const std::exception& error) {
-    throw std::runtime_error(fmt::format("{}: {}", path_, error.what()));
+    throw std::runtime_error(fmt::format("{}: {}", path_, faultOf(error)));
   }
 }
 

@@ -57,6 +57,17 @@ TEST_F(StorageFaults, shouldTellOfEachReportFileThatFindsNoRoomAndEndTheRunInOrd
   EXPECT_THAT(result.out, HasSubstr("runner sma_cross (sma_cross): Stopped"));
 }
 
+TEST_F(StorageFaults, shouldSayWhatIsAmissWhenASweepFindsNoRoomForItsFirstTable) {
+  const auto result = test::runProgram({"sweep", "-s", "sma_cross", "-b", "A.X=" + bars_, "--grid",
+                                        "fast=1,2", "--out", disk_ + "/sweep"},
+                                       {}, {{}, 0, disk_, kTinyDisk});
+  ORVANE_SKIP_WITHOUT_DISK(result);
+  EXPECT_EQ(result.exitCode, kExitRunFailed) << result.err;
+  EXPECT_THAT(result.err, HasSubstr("orvane: --out: \"" + disk_ + "/sweep"));
+  EXPECT_THAT(result.err, HasSubstr("disk"));
+  EXPECT_THAT(result.err, HasSubstr("full"));
+}
+
 TEST_F(StorageFaults, shouldWriteTheReportWhenTheDiskOfTheStoreIsFull) {
   const std::string store = disk_ + "/store.db";
   const auto result = runOnDisk({"--store", store, "--report", report_}, kSmallDisk);

@@ -7,6 +7,8 @@
 #include <QJsonArray>
 #include <algorithm>
 #include <filesystem>
+#include <iterator>
+#include <map>
 
 #include "host/InputError.h"
 #include "tests/host/Program.h"
@@ -229,6 +231,63 @@ TEST_F(FailedWrite, shouldTellOfAReportThatDoesNotFitAndLeaveNoPartOfIt) {
   EXPECT_EQ(result.exitCode, kExitRunFailed) << result.out;
   EXPECT_THAT(result.err, HasSubstr("report.json: cannot be written"));
   EXPECT_FALSE(fs::exists(report_ + "/report.json"));
+}
+
+TEST_F(FailedWrite, shouldLeaveAnOlderReportAsItIsWhereANewOneCannotBeWrittenWhole) {
+  ASSERT_EQ(run({}).exitCode, kExitSuccess);
+  std::map<std::string, std::string> before;
+  for (const auto& entry : fs::directory_iterator(report_))
+    before[entry.path().filename().string()] = test::readFile(entry.path().string());
+  ASSERT_EQ(before.size(), 4u);
+  // The tables fit, the page does not.
+  const auto most = static_cast<long>(fs::file_size(report_ + "/equity.csv")) + 4096;
+  ASSERT_LT(most, static_cast<long>(fs::file_size(report_ + "/report.html")));
+  const auto result = run({"--name", "other"}, {{}, most});
+  EXPECT_EQ(result.exitCode, kExitRunFailed);
+  EXPECT_THAT(result.err, HasSubstr("/report.html: cannot be written: File too large"));
+  EXPECT_THAT(result.err, HasSubstr(report_ + ": the report that was there stays as it was"));
+  std::size_t files = 0;
+  for (const auto& entry : fs::directory_iterator(report_)) {
+    EXPECT_EQ(test::readFile(entry.path().string()), before[entry.path().filename().string()]);
+    ++files;
+  }
+  EXPECT_EQ(files, before.size());
+  EXPECT_EQ(run({"--name", "other"}).exitCode, kExitSuccess);
+  EXPECT_NE(test::readFile(report_ + "/report.json"), before["report.json"]);
+}
+
+TEST_F(FailedWrite, shouldTakeAwayWhatARunLeftThatWasKilledWhileItWrote) {
+  fs::create_directories(report_);
+  folder_.write("report/report.html.new-17", "half");
+  folder_.write("report/notes.new-17", "of the user");
+  ASSERT_EQ(run({}).exitCode, kExitSuccess);
+  EXPECT_FALSE(fs::exists(report_ + "/report.html.new-17"));
+  EXPECT_TRUE(fs::exists(report_ + "/notes.new-17"));
+}
+
+TEST_F(FailedWrite, shouldTellWhyConvertedDataCannotBeWritten) {
+  for (const std::string to : {"csv", "cache"}) {
+    const std::string out = folder_.write("out." + to, "older");
+    const auto result = test::runProgram(
+        {"data", "convert", bars_, "--code", "A.X", "--to", to, "--out", out}, {}, {{}, 500});
+    EXPECT_EQ(result.exitCode, kExitRunFailed) << result.out;
+    EXPECT_EQ(result.err, "orvane: " + out + ": cannot be written: File too large\n");
+    EXPECT_EQ(test::readFile(out), "older");
+  }
+  EXPECT_EQ(std::distance(fs::directory_iterator(folder_ / "."), fs::directory_iterator()), 3);
+  const auto noFile = test::runProgram(
+      {"data", "convert", bars_, "--code", "A.X", "--to", "csv", "--out", "/dev/null"});
+  EXPECT_EQ(noFile.exitCode, kExitBadInput);
+  EXPECT_THAT(noFile.err, HasSubstr("/dev/null: cannot be written: it is no plain file"));
+}
+
+TEST_F(FailedWrite, shouldLeaveNoPartOfASessionThatCannotBeWritten) {
+  const auto result =
+      test::runProgram({"generate", "--out", folder_ / "a/session"}, {}, {{}, 20'000});
+  EXPECT_EQ(result.exitCode, kExitRunFailed);
+  EXPECT_EQ(result.out, "");
+  EXPECT_THAT(result.err, HasSubstr(".csv: cannot be written: File too large"));
+  EXPECT_FALSE(fs::exists(folder_ / "a"));
 }
 
 }  // namespace

@@ -143,13 +143,13 @@ TEST_F(NewStrategy, shouldLeaveNothingBehindWhereAFileCannotBeWritten) {
   limits.mostFileBytes = 4096;  // The sources fit, the data do not.
   const auto result =
       test::runProgram({"new-strategy", "mine", "--dir", folder_ / "a/b"}, {}, limits);
-  EXPECT_EQ(result.exitCode, kExitBadInput) << result.out;
+  EXPECT_EQ(result.exitCode, kExitRunFailed) << result.out;
   EXPECT_THAT(result.err, HasSubstr("data/IDX01.SIM_1min.csv\" cannot be written: "));
   EXPECT_TRUE(fs::is_empty(folder_ / "."));
   fs::create_directory(folder_ / "empty");
   EXPECT_EQ(
       test::runProgram({"new-strategy", "mine", "--dir", folder_ / "empty"}, {}, limits).exitCode,
-      kExitBadInput);
+      kExitRunFailed);
   EXPECT_TRUE(fs::is_empty(folder_ / "empty"));
 }
 

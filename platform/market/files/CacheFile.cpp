@@ -15,6 +15,7 @@
 #include <ctime>
 #include <filesystem>
 #include <stdexcept>
+#include <system_error>
 
 #include "platform/market/files/CacheHead.h"
 #include "platform/market/files/Parallel.h"
@@ -211,7 +212,7 @@ class NewFile {
   }
 
   [[noreturn]] void failWrite() const {
-    throw std::runtime_error(path_ + ": cannot be written: " + strerror(errno));
+    throw std::system_error(errno, std::generic_category(), path_ + ": cannot be written");
   }
 
   static inline std::atomic<unsigned> count_{0};
