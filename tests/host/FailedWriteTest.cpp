@@ -278,7 +278,7 @@ TEST_F(FailedWrite, shouldTellWhyConvertedDataCannotBeWritten) {
   const auto noFile = test::runProgram(
       {"data", "convert", bars_, "--code", "A.X", "--to", "csv", "--out", "/dev/null"});
   EXPECT_EQ(noFile.exitCode, kExitBadInput);
-  EXPECT_THAT(noFile.err, HasSubstr("/dev/null: cannot be written: it is no plain file"));
+  EXPECT_THAT(noFile.err, HasSubstr("--out: \"/dev/null\" is no ordinary file; name a file"));
 }
 
 TEST_F(FailedWrite, shouldLeaveNoPartOfASessionThatCannotBeWritten) {

@@ -141,7 +141,8 @@ TEST_F(SweepRefusal, shouldLeaveALinkThatLeadsNowhere) {
   for (const std::string& out : {link, link + "/out"}) {
     const auto result = sweep("sma_cross", {"--grid", "fsat=1,2", "--out", out});
     EXPECT_EQ(result.exitCode, kExitBadInput);
-    EXPECT_THAT(result.err, HasSubstr("--out: the folder \"" + out + "\" cannot be made\n"));
+    EXPECT_THAT(result.err,
+                HasSubstr("--out: the folder \"" + out + "\" cannot be made: File exists\n"));
     EXPECT_TRUE(std::filesystem::is_symlink(link));
   }
 }
