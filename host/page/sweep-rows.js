@@ -58,7 +58,8 @@ class RowsCard {
     const row = sweep.rows[i];
     const parts = [el('b', {}, `No. ${row.number}`), ` ${parametersText(row)}: `,
       row.message ? `${row.status}, ${row.message}. ` : `${row.status}. `,
-      'By hand: ', el('code', {}, byHand(row))];
+      'By hand: ', el('code', {}, byHand(row)),
+      row.window ? ', in place of the --from and --to of the sweep' : ''];
     this.chosen.replaceChildren(...parts);
     this.chosen.hidden = false;
     this.onChoose(row);

@@ -31,7 +31,15 @@ function parametersText(row) {
     .join(', ');
 }
 
-/** The options of `orvane run` that make the run of a row, beside those that the sweep had. */
+/** A text as one word of a shell's line. */
+function shellWord(text) {
+  return /^[\w./+,:@%=-]+$/.test(text) ? text : `'${text.replaceAll("'", "'\\''")}'`;
+}
+
+/**
+ * The options of `orvane run` that make the run of a row, with its digest, of which the runner's
+ * name is a part; beside those that the sweep had.
+ */
 function byHand(row) {
   const params = { ...sweep.params };
   sweep.ranges.forEach((range, at) => {
@@ -40,8 +48,9 @@ function byHand(row) {
     params[range.name] = isText ? range.values[place] : JSON.parse(range.values[place]);
   });
   const span = row.window ? sweep.windows[row.window - 1].inSample : null;
-  const quoted = JSON.stringify(params).replaceAll("'", "'\\''");
-  return `--params '${quoted}'${span ? ` --from ${span.begin} --to ${span.end}` : ''}`;
+  return `--name ${shellWord(`${sweep.strategy}-${row.number}`)} ` +
+    `--params ${shellWord(JSON.stringify(params))}` +
+    `${span ? ` --from ${span.begin} --to ${span.end}` : ''}`;
 }
 
 /** The better of two figures; one that is not there is worse than any. */

@@ -59,6 +59,7 @@ const tests = {
     assert.equal(await page.value(`${tableRows}[0].children[1].textContent`), best.number);
     assert.equal(await page.value(text('.chosen-run')), `No. ${best.number} ` +
       `fast ${best.fast}, slow ${best.slow}: Stopped. By hand: ` +
+      `--name sma_cross-${best.number} ` +
       `--params '{"fast":${best.fast},"slow":${best.slow}}'`);
     assert.ok(await page.value('document.querySelector(".map td.best").matches(".marked")'));
     await page.click('.card .toggle');
@@ -187,6 +188,9 @@ const tests = {
       .includes(`fast ${chosen.fast}, slow ${chosen.slow}`));
     const inSample = rows.filter((row) => row.sample === 'in-sample' && row.window === '1');
     assert.equal(await page.value(many(cells)), inSample.length);
+    await page.click('.map td.best button');
+    const byHand = await page.value(text('.chosen-run'));
+    assert.match(byHand, /--name sma_cross-\d+ --params '\S+' --from \S+Z --to \S+Z, in place of /);
     expectClean(page, url);
     await page.close();
   },
