@@ -100,7 +100,7 @@ void DataCommand::addConvert() {
       ->required()
       ->type_name("FILE");
   convert_->add_option("--to", to_, "What to write")
-      ->check(CLI::IsMember({"cache", "csv"}))
+      ->check(oneOf({"cache", "csv"}))
       ->capture_default_str();
   convert_->add_option("-o,--out", out_, "File to write; a cache is best named .ovb")
       ->required()
@@ -118,7 +118,7 @@ void DataCommand::addConvert() {
   convert_
       ->add_option("--of", of_,
                    "Make the bars of the bid, the ask or the mean of both (default: last prices)")
-      ->check(CLI::IsMember({"bid", "ask", "mid"}));
+      ->check(oneOf({"bid", "ask", "mid"}));
   convert_
       ->add_flag("--keep-last", keepsLast_,
                  "Keep the last longer bar, though the data end before its interval does")
@@ -150,7 +150,7 @@ void DataCommand::addInspect() {
 int DataCommand::execute() {
   if (convert_->parsed()) return convert();
   if (inspect_->parsed()) return inspect();
-  say(command_->help());
+  say(command_->help(command_->get_parent()->get_name()));
   return kExitSuccess;
 }
 

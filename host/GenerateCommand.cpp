@@ -140,11 +140,7 @@ void GenerateCommand::checkNothingIsThere() const {
 
 int GenerateCommand::execute() {
   refuseEmptyTexts(*command_);
-  if (!date_.empty()) {
-    const std::chrono::milliseconds ms{parseTimeArgument(date_, "UTC", "--date")};
-    options_.firstDay =
-        std::chrono::floor<std::chrono::days>(std::chrono::sys_time<std::chrono::milliseconds>(ms));
-  }
+  if (!date_.empty()) options_.firstDay = parseDateArgument(date_, "--date");
   if (!isForced_) checkNothingIsThere();
   FreshFiles fresh({}, folder_);
   makeFolder(folder_, "--out");

@@ -17,6 +17,7 @@
 
 #include "host/InputError.h"
 #include "host/LineAppender.h"
+#include "host/WriteError.h"
 
 namespace orvane {
 namespace {
@@ -72,10 +73,16 @@ void checkLogFile(const LogOptions& options) {
   const fs::path file(options.file);
   const fs::path folder = file.has_parent_path() ? file.parent_path() : fs::path(".");
   const bool isThere = fs::exists(file, error);
-  const bool isGood = isThere
-                          ? !fs::is_directory(file, error) && access(file.c_str(), W_OK) == 0
-                          : fs::is_directory(folder, error) && access(folder.c_str(), W_OK) == 0;
-  if (!isGood) throw InputError(fmt::format("--log: \"{}\" cannot be written", options.file));
+  int reason = 0;
+  if (isThere && fs::is_directory(file, error))
+    reason = EISDIR;
+  else if (!isThere && !fs::is_directory(folder, error))
+    reason = fs::exists(folder, error) ? ENOTDIR : ENOENT;
+  else if (access((isThere ? file : folder).c_str(), W_OK) != 0)
+    reason = errno;
+  if (reason != 0)
+    throw InputError(
+        fmt::format("--log: \"{}\" cannot be written: {}", options.file, reasonOf(reason)));
   if (!mayBeLog(options.file))
     throw InputError(
         fmt::format("--log: \"{}\" holds something other than log lines, which would be lost; name "

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -17,6 +18,7 @@
 #include "EventStrategy/ov.strategy.runner/IStrategy.h"
 #include "host/ElfSymbols.h"
 #include "host/InputError.h"
+#include "host/WriteError.h"
 #include "platform/core/ModuleTrial.h"
 #include "shared/NearText.h"
 
@@ -46,7 +48,10 @@ std::string moduleAdvice(const std::string& given) {
 
 /// Refuses what is seen to be no module before a dynamic linker, which says little, is asked.
 void refuseOtherFiles(const std::string& path, const std::string& place) {
+  errno = 0;
   std::ifstream file(path, std::ios::binary);
+  if (!file && errno == EACCES)
+    throw InputError(fmt::format("{}: \"{}\" cannot be read: {}", place, path, reasonOf(EACCES)));
   if (!file) return;
   std::string begin(4, '\0');
   file.read(begin.data(), 4);
@@ -77,7 +82,7 @@ std::string explained(const std::string& fault) {
         "library is missing in its build, or it was built for another version of this one",
         name != nullptr ? std::string(name.get()) : symbol);
   }
-  if (fault.find("cannot open shared object file") != std::string::npos)
+  if (fault.find("cannot open shared object file: No such") != std::string::npos)
     return fault + "; install that library, or give its folder in LD_LIBRARY_PATH";
   return fault;
 }

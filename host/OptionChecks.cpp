@@ -1,7 +1,8 @@
 #include "host/OptionChecks.h"
 
-#include <fmt/core.h>
+#include <fmt/format.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <string>
@@ -83,6 +84,15 @@ std::string repeatedFault(const CLI::App& command) {
   return {};
 }
 
+/// An argument without a name that must be given and was not; empty where none is missing.
+std::string missingFault(const CLI::App& command) {
+  for (const CLI::Option* option : command.get_options())
+    if (option->get_required() && !option->nonpositional() && option->results().empty())
+      return fmt::format("give {}{} (see {} --help)", option->get_type_name(),
+                         option->get_items_expected_max() > 1 ? "..." : "", pathOf(command));
+  return {};
+}
+
 /// An argument that no option takes.
 std::string extraFault(const CLI::App& command, const std::string& given) {
   const std::string path = pathOf(command);
@@ -106,6 +116,16 @@ CLI::Validator wholeNumber(std::uint64_t lowest, std::uint64_t highest) {
     return fmt::format("\"{}\" is not a whole number from {} to {}", given, lowest, highest);
   };
   return CLI::Validator(check, "");
+}
+
+CLI::Validator oneOf(const std::vector<std::string>& words) {
+  const auto check = [words](const std::string& given) -> std::string {
+    if (std::ranges::find(words, given) != words.end()) return {};
+    const std::string* const meant = textMeant(words, given);
+    return fmt::format("\"{}\" is not one of {}{}", given, fmt::join(words, ", "),
+                       meant == nullptr ? "" : fmt::format("; is \"{}\" meant?", *meant));
+  };
+  return CLI::Validator(check, fmt::format("{{{}}}", fmt::join(words, ",")));
 }
 
 CLI::Validator numberAboveZero() {
@@ -139,6 +159,10 @@ std::string faultOf(const CLI::ParseError& error, const CLI::App& app, int argc,
     return commandFault(chosen, extras.front());
   if (!extras.empty() && !extras.front().starts_with('-'))
     return extraFault(chosen, extras.front());
+  if (!extras.empty() && !extras.front().starts_with("--"))
+    return optionFault(chosen, extras.front().substr(0, 2));
+  if (dynamic_cast<const CLI::RequiredError*>(&error) != nullptr)
+    if (std::string fault = missingFault(chosen); !fault.empty()) return fault;
   if (const std::string name = unknownOption(chosen, argc, argv); !name.empty())
     return optionFault(chosen, name);
   if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr)

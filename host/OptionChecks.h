@@ -2,12 +2,18 @@
 
 #include <CLI/App.hpp>
 #include <cstdint>
+#include <string>
+#include <vector>
 
 namespace orvane {
 
 /// A check of an option that takes a whole number between two bounds, both inclusive. Its message
 /// tells the value and the bounds.
 CLI::Validator wholeNumber(std::uint64_t lowest, std::uint64_t highest);
+
+/// A check of an option that takes one of a few words. Its message names them, and the one that was
+/// probably meant.
+CLI::Validator oneOf(const std::vector<std::string>& words);
 
 /// A check of an option that takes a number above 0. Its message tells the value.
 CLI::Validator numberAboveZero();

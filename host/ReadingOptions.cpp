@@ -7,6 +7,7 @@
 
 #include "host/InputError.h"
 #include "host/JsonInput.h"
+#include "host/OptionChecks.h"
 
 namespace orvane {
 namespace {
@@ -50,7 +51,7 @@ void ReadingOptions::addTo(CLI::App& command) {
   add("--timezone", timeZone_, "Zone of the times in the files, such as Asia/Shanghai")
       ->type_name("ZONE");
   add("--stamp", stamp_, "Whether a bar's time is its start or its end")
-      ->check(CLI::IsMember({"start", "end"}));
+      ->check(oneOf({"start", "end"}));
   add("--period", period_, "Period of the bars, such as 1m, 5m, 1d")->type_name("PERIOD");
   add("--date", date_, "Date of files whose times count from midnight")->type_name("DATE");
   add("--price-scale", priceScale_, "What prices are to be divided by, such as 10000")
@@ -58,7 +59,7 @@ void ReadingOptions::addTo(CLI::App& command) {
   add("--price-tick", priceTick_, "Smallest price step, to clean binary noise, such as 0.2")
       ->type_name("NUMBER");
   add("--side", side_, "Which side the prices of bid and ask bars come from")
-      ->check(CLI::IsMember({"bid", "ask", "mid"}));
+      ->check(oneOf({"bid", "ask", "mid"}));
   add("--set", sets_, "Any other key of a description, as KEY=VALUE; may be repeated")
       ->type_name("KEY=VALUE");
 }

@@ -116,7 +116,7 @@ void RunOptions::addLogLines(CLI::App& command) {
   command.add_option("--log", log_.file, "Write log lines to a file and not to standard error")
       ->type_name("FILE")
       ->group(log);
-  const CLI::IsMember levels({"trace", "debug", "info", "warn", "error", "off"});
+  const CLI::Validator levels = oneOf({"trace", "debug", "info", "warn", "error", "off"});
   command.add_option("--log-level", log_.level, "Level of the system's lines")
       ->check(levels)
       ->capture_default_str()
@@ -166,11 +166,11 @@ void RunOptions::addMarketData(RunPlan& plan, const std::vector<std::string>& fi
   // One instrument and nothing said about codes: the files are of it.
   const bool isOnlyOne = plan.instruments.size() == 1 && !plan.instrumentsAreComplete;
   for (const std::string& argument : files) {
+    const char* const option = kind == DataFileRequest::Kind::Bars ? "--bars" : "--ticks";
     const auto [code, path] = splitCode(argument);
-    if (path.empty())
-      throw InputError(fmt::format("{}: \"{}\" names no file",
-                                   kind == DataFileRequest::Kind::Bars ? "--bars" : "--ticks",
-                                   argument));
+    if (path.empty()) throw InputError(fmt::format("{}: \"{}\" names no file", option, argument));
+    if (path.starts_with('=') && !std::filesystem::exists(path))
+      throw InputError(fmt::format("{}: \"{}\" has no code before \"=\"", option, argument));
     DataInput input;
     input.kind = kind;
     input.code = !code.empty() ? code

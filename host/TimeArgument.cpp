@@ -29,6 +29,13 @@ bool takeOffset(QString& text, int& offsetSeconds) {
   return true;
 }
 
+QDate dayOf(const QString& text) {
+  QDate day;
+  for (const char* format : {"yyyy-M-d", "yyyyMMdd", "yyyy/M/d"})
+    if (!day.isValid()) day = QDate::fromString(text, QLatin1String(format));
+  return day;
+}
+
 }  // namespace
 
 void checkTimeZone(const std::string& name, const std::string& option) {
@@ -49,9 +56,7 @@ int64 parseTimeArgument(const std::string& given, const std::string& timeZone,
   const QString dayText = blank < 0 ? text : text.left(blank);
   const QString timeText = blank < 0 ? QString() : text.mid(blank + 1).trimmed();
 
-  QDate day;
-  for (const char* format : {"yyyy-M-d", "yyyyMMdd", "yyyy/M/d"})
-    if (!day.isValid()) day = QDate::fromString(dayText, QLatin1String(format));
+  const QDate day = dayOf(dayText);
   QTime time(0, 0);
   if (!timeText.isEmpty()) {
     time = QTime();
@@ -65,6 +70,15 @@ int64 parseTimeArgument(const std::string& given, const std::string& timeZone,
   const QTimeZone zone =
       hasOffset ? QTimeZone(offsetSeconds) : QTimeZone(QByteArray::fromStdString(timeZone));
   return QDateTime(day, time, zone).toMSecsSinceEpoch();
+}
+
+std::chrono::sys_days parseDateArgument(const std::string& given, const std::string& option) {
+  const QDate day = dayOf(QString::fromStdString(given).trimmed());
+  if (!day.isValid())
+    throw InputError(
+        fmt::format("{}: \"{}\" is not a date; write it like 2021-01-04", option, given));
+  return std::chrono::sys_days{
+      std::chrono::days{day.toJulianDay() - QDate(1970, 1, 1).toJulianDay()}};
 }
 
 std::string isoTime(int64 utcMs) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <string>
 
 #include "shared/Types.h"
@@ -12,6 +13,10 @@ namespace orvane {
 /// `InputError` that begins with `option`.
 int64 parseTimeArgument(const std::string& text, const std::string& timeZone,
                         const std::string& option);
+
+/// The day that a text names, in one of the forms above. Throws `InputError` that begins with
+/// `option`.
+std::chrono::sys_days parseDateArgument(const std::string& text, const std::string& option);
 
 /// Throws `InputError` that begins with `option` unless the name is that of a time zone.
 void checkTimeZone(const std::string& name, const std::string& option);

@@ -111,6 +111,9 @@ void readTrade(JsonReader& reader, const std::string& configPath, RunPlan& plan)
   const QJsonValue trade = reader.value("trade");
   if (trade.isUndefined()) return;
   JsonReader exchange(trade, reader.place("trade"));
+  if (trade.toObject().contains("capital"))
+    throw InputError(fmt::format("{}: unknown key; \"capital\" stands at the top, beside \"trade\"",
+                                 exchange.place("capital")));
   readExchange(exchange, plan);
 }
 

@@ -77,7 +77,7 @@ void addPageOptions(CLI::App& app) {
            throw CLI::Success();
          },
          "Write the manual page, the completion for a shell, or the reference, and exit")
-      ->check(CLI::IsMember({"man", "bash", "zsh", "markdown"}));
+      ->check(orvane::oneOf({"man", "bash", "zsh", "markdown"}));
   app.add_flag_callback(
          "--modules",
          [] {

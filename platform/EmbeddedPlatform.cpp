@@ -321,9 +321,11 @@ void EmbeddedPlatform::addIndexes(const std::vector<IndexComposition>& compositi
 void EmbeddedPlatform::addPublished(const ICodeID& code, const std::string& frequency) {
   int64 term = 0;
   bool extraFlag = false;
-  ResultStatus status = detail::parseFrequency(frequency, term, extraFlag);
+  if (detail::parseFrequency(frequency, term, extraFlag).code != 0)
+    throw std::invalid_argument("\"" + gbkToUtf8(frequency) +
+                                "\" is not a period such as 1m, 5m, 1d");
   const std::lock_guard turn(impl_->quotes.turn());
-  if (status.code == 0) status = impl_->publications.makeKnown(code, term);
+  const ResultStatus status = impl_->publications.makeKnown(code, term);
   if (status.code != 0) throw std::invalid_argument(gbkToUtf8(status.message));
 }
 

@@ -52,6 +52,7 @@ Condition::Condition(const std::string& given, const ParameterSpace& space,
     operator_ = kind;
     left_ = sideOf(trimmed(given.substr(0, at)), space);
     right_ = sideOf(trimmed(given.substr(at + text.size())), space);
+    refuseUnknownName(space);
     if (!left_.range && !right_.range)
       throw InputError(fmt::format("{}: \"{}\" names no parameter of --grid", option, given));
     const bool isOrdered = kind != Operator::Equal && kind != Operator::NotEqual;
@@ -62,6 +63,21 @@ Condition::Condition(const std::string& given, const ParameterSpace& space,
   throw InputError(fmt::format(
       "{}: \"{}\" is not a comparison such as \"fast<slow\"; it has none of < <= > >= == !=",
       option, given));
+}
+
+/// A word that is like no value of the other side is a name that is misspelt.
+void Condition::refuseUnknownName(const ParameterSpace& space) const {
+  for (const auto& [side, other] : {std::pair{&left_, &right_}, {&right_, &left_}}) {
+    if (side->range || !other->range || side->isNumber()) continue;
+    const bool isValue =
+        std::ranges::find(other->values, side->values.front()) != other->values.end();
+    if (isValue || !side->values.front().isString() || !other->isNumber()) continue;
+    std::string names;
+    for (const ParameterRange& range : space.ranges())
+      names += (names.empty() ? "" : ", ") + range.name();
+    throw InputError(fmt::format("{}: \"{}\": \"{}\" is no --grid parameter; there is {}", option_,
+                                 given_, side->values.front().toString().toStdString(), names));
+  }
 }
 
 Condition::Side Condition::sideOf(const std::string& text, const ParameterSpace& space) const {

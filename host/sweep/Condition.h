@@ -37,6 +37,7 @@ class Condition {
   };
 
   Side sideOf(const std::string& text, const ParameterSpace& space) const;
+  void refuseUnknownName(const ParameterSpace& space) const;
 
   std::string given_, option_;
   Operator operator_ = Operator::Less;

@@ -1,8 +1,9 @@
 #include "host/sweep/FigureList.h"
 
-#include <fmt/core.h>
+#include <fmt/format.h>
 
 #include "host/InputError.h"
+#include "shared/NearText.h"
 
 namespace orvane {
 namespace {
@@ -53,12 +54,15 @@ FigureValues figureValues(const Figures& figures) {
 }
 
 std::size_t figureNamed(const std::string& name, const std::string& option) {
-  std::string names;
+  std::vector<std::string> names;
   for (std::size_t i = 0; i < kFigureColumns; ++i) {
     if (name == figureColumns()[i].name) return i;
-    names += (names.empty() ? "" : ", ") + std::string(figureColumns()[i].name);
+    names.emplace_back(figureColumns()[i].name);
   }
-  throw InputError(fmt::format("{}: \"{}\" is not a figure; there are {}", option, name, names));
+  const std::string* const meant = textMeant(names, name);
+  throw InputError(fmt::format("{}: \"{}\" is not a figure; {}there are {}", option, name,
+                               meant == nullptr ? "" : fmt::format("is \"{}\" meant? ", *meant),
+                               fmt::join(names, ", ")));
 }
 
 bool ranksBefore(std::size_t figure, const std::optional<double>& one,

@@ -85,7 +85,7 @@ void SweepOptions::addWhatToTry(CLI::App& command) {
       ->type_name("COMPARISON")
       ->group(what);
   command.add_option("--sample", sample_, "Only some of the grid, chosen so (with --count)")
-      ->check(CLI::IsMember({"random", "sobol"}))
+      ->check(oneOf({"random", "sobol"}))
       ->group(what);
   command.add_option("--count", count_, "How many combinations a sample has")
       ->check(wholeNumber(1, kMostCombinations))
@@ -118,7 +118,9 @@ void SweepOptions::addWhatComesOut(CLI::App& command) {
       ->capture_default_str()
       ->check(wholeNumber(1, kMostCombinations))
       ->group(out);
-  command.add_flag("--digest", withDigest_, "Hash the call-backs of each run, as run does")
+  command
+      .add_flag("--digest", withDigest_,
+                "Hash the call-backs of each run, as run does with --name MODULE-NUMBER")
       ->disable_flag_override()
       ->group(out);
   command

@@ -4,6 +4,8 @@
 #include <sqlite3.h>
 
 #include <QJsonDocument>
+#include <algorithm>
+#include <array>
 #include <stdexcept>
 #include <string_view>
 
@@ -56,8 +58,15 @@ std::string differenceOf(const QJsonObject& stored, const QJsonObject& wanted) {
   keys.sort();
   keys.removeDuplicates();
   std::string result;
+  const auto differs = [&](const QString& key) { return stored[key] != wanted[key]; };
+  // What options made of what they were given says it a second time.
+  const bool isReadingTold = std::ranges::any_of(
+      std::array{"--format", "--columns", "--delimiter", "--timezone", "--stamp", "--period",
+                 "--date", "--price-scale", "--price-tick", "--side", "--set"},
+      differs);
   for (const QString& key : keys)
-    if (stored[key] != wanted[key])
+    if (differs(key) && !(key == "reading" && isReadingTold) &&
+        !(key == "params" && differs("--params")))
       result += (result.empty() ? "" : "; ") +
                 differenceText(key.toStdString(), stored[key], wanted[key]);
   return result.empty() ? "its description was another" : result;

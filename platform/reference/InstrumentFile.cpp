@@ -57,23 +57,32 @@ const std::map<std::string, std::string>& shortKeys() {
   return keys;
 }
 
+/// Which names of keys a text may have.
+enum class KeyForms { Full, ShortToo };
+
 [[noreturn]] void fail(const std::string& key, const std::string& value, const std::string& what) {
   throw std::invalid_argument("key \"" + key + "\": \"" + value + "\" " + what);
 }
 
-/// Names the key that was meant, or else all.
-[[noreturn]] void failUnknown(const std::string& key) {
+/// Names the key that was meant, or else all. A file has the full names alone.
+[[noreturn]] void failUnknown(const std::string& key, KeyForms forms) {
   std::vector<std::string> known = {"id", "categories"};
   for (const auto& entry : textKeys()) known.push_back(entry.first);
   for (const auto& entry : decimalKeys()) known.push_back(entry.first);
-  // A file has the full names alone.
+  const bool hasShort = forms == KeyForms::ShortToo;
+  if (hasShort)
+    for (const auto& entry : shortKeys()) known.push_back(entry.first);
   const auto full = shortKeys().find(key);
   if (const std::string* const meant =
           full != shortKeys().end() ? &full->second : textMeant(known, key))
     throw std::invalid_argument("key \"" + key + "\": is not known; is \"" + *meant + "\" meant?");
   std::sort(known.begin(), known.end());
   std::string list;
-  for (const std::string& one : known) list += (list.empty() ? "" : ", ") + one;
+  for (const std::string& one : known) {
+    const auto whole = shortKeys().find(one);
+    list += (list.empty() ? "" : ", ") + one +
+            (whole == shortKeys().end() ? "" : " (for " + whole->second + ")");
+  }
   throw std::invalid_argument("key \"" + key + "\": is not known; there are " + list);
 }
 
@@ -107,7 +116,8 @@ int64 idOf(const std::string& key, const std::string& text) {
   return id;
 }
 
-void readKey(Instrument& instrument, const std::string& key, const QJsonValue& value) {
+void readKey(Instrument& instrument, const std::string& key, const QJsonValue& value,
+             KeyForms forms = KeyForms::Full) {
   const auto text = textKeys().find(key);
   const auto decimal = decimalKeys().find(key);
   if (text != textKeys().end()) {
@@ -126,7 +136,7 @@ void readKey(Instrument& instrument, const std::string& key, const QJsonValue& v
       instrument.categories.push_back(utf8ToGbk(one.toString().toStdString()));
     }
   } else {
-    failUnknown(key);
+    failUnknown(key, forms);
   }
 }
 
@@ -232,7 +242,7 @@ Instrument parseInstrument(const std::string& text) {
       for (const std::string& one : split(value, '+'))
         instrument.categories.push_back(utf8ToGbk(one));
     } else {
-      readKey(instrument, key, QJsonValue(QString::fromStdString(value)));
+      readKey(instrument, key, QJsonValue(QString::fromStdString(value)), KeyForms::ShortToo);
     }
   }
   checkInstrument(instrument);

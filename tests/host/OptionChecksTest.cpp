@@ -218,6 +218,57 @@ TEST_F(OptionChecks, shouldNameAnOptionThatIsGivenTwiceWithBothValues) {
                 "--report: is given 2 times, as \"a\" and \"b\"; give it once\n");
 }
 
+TEST_F(OptionChecks, shouldNameTheWordsOfAnOptionAndTheOneThatWasMeant) {
+  expectRefused({"--stamp", "ende"},
+                "--stamp: \"ende\" is not one of start, end; is \"end\" meant?\n");
+  expectRefused({"--side", "left"}, "--side: \"left\" is not one of bid, ask, mid\n");
+  expectRefused({"--log-level", "wran"},
+                "--log-level: \"wran\" is not one of trace, debug, info, warn, error, off; is "
+                "\"warn\" meant?\n");
+  expectMessage({"data", "convert", bars_, "-o", "x", "--to", "cvs"},
+                "--to: \"cvs\" is not one of cache, csv; is \"csv\" meant?\n");
+}
+
+TEST_F(OptionChecks, shouldNameWhatIsMissingOrUnknownInAShortForm) {
+  expectMessage({"inspect"}, "give FILE... (see inspect --help)");
+  expectMessage({"data", "convert", "-o", "x"}, "give FILE... (see data convert --help)");
+  expectMessage({"new-strategy"}, "give NAME (see new-strategy --help)");
+  expectRefused({"-g", "fast=1"}, "\"-g\" is not an option of run\n");
+  expectRefused({"-b", "=F"}, "--bars: \"=F\" has no code before \"=\"\n");
+  expectRefused({"-i", "A.X,tik=0.2"},
+                "--instrument A.X,tik=0.2: key \"tik\": is not known; is \"tick\" meant?\n");
+  expectRefused({"-i", "A.X,colour=0.2"},
+                "--instrument A.X,colour=0.2: key \"colour\": is not known; there are ");
+  EXPECT_THAT(test::runProgram({"run", "-s", "sma_cross", "-b", bars_, "-i", "A,colour=1"}).err,
+              HasSubstr("tick (for priceTick)"));
+  EXPECT_THAT(test::runProgram({"data"}).out, HasSubstr("Usage: orvane data "));
+}
+
+TEST_F(OptionChecks, shouldSayWhatAPeriodADateAndAFigureAre) {
+  expectRefused({"--published", "NOPE=7z"},
+                "--published NOPE=7z: \"7z\" is not a period such as 1m, 5m, 1d\n");
+  expectMessage({"generate", "--out", folder_ / "g", "--date", "2026-02-31"},
+                "--date: \"2026-02-31\" is not a date; write it like 2021-01-04\n");
+  expectMessage({"sweep", "-s", "sma_cross", "-b", bars_, "--grid", "fast=1,2", "--rank", "sharp"},
+                "--rank: \"sharp\" is not a figure; is \"sharpe\" meant? there are profit, ");
+  expectMessage(
+      {"sweep", "-s", "sma_cross", "-b", bars_, "--grid", "fast=1,2", "--where", "fast<slw"},
+      "--where: \"fast<slw\": \"slw\" is no --grid parameter; there is fast\n");
+  expectKeyRefused(R"(, "trade": {"capital": 5})",
+                   "trade.capital: unknown key; \"capital\" stands at the top, beside \"trade\"");
+}
+
+TEST_F(OptionChecks, shouldSayWhyAFileCannotBeReadOrWritten) {
+  expectRefused(
+      {"--log", folder_ / "no/log"},
+      "--log: \"" + (folder_ / "no/log") + "\" cannot be written: No such file or directory\n");
+  expectRefused({"--report", "/proc/x"},
+                "--report: the folder \"/proc/x\" cannot be made: No such file or directory\n");
+  // Not even root reads it.
+  expectMessage({"run", "-s", "/proc/sys/vm/drop_caches", "-b", bars_},
+                "--strategy: \"/proc/sys/vm/drop_caches\" cannot be read: Permission denied\n");
+}
+
 TEST_F(OptionChecks, shouldNameAJumpThatIsNone) {
   for (const char* value : {"0", "-1", "x", "inf"})
     expectMessage({"data", "inspect", bars_, "--jump", value},

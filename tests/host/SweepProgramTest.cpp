@@ -309,6 +309,8 @@ TEST_F(SweepProgram, shouldRunNothingAgainAndRefuseTheFolderOfAnotherSweep) {
   expectRefused(with(all, {"--fee-rate", "0.1", "--grid", "volume=1,2"}),
                 another + R"(--fee-rate was not given there and is ["0.1"]; )"
                           R"(--grid was ["fast=2:6:2","slow=4:12:4"] there and is ["fast=2:6:2",)");
+  expectRefused(with(all, {"--stamp", "end"}),
+                another + "--stamp was not given there and is [\"end\"]. Give another folder");
   const std::string copy = folder_.write("copy.csv", hourlyBars(30));
   std::vector<std::string> moved = with({"sweep", "-s", "sma_cross", "-b", "A.X=" + copy}, all);
   EXPECT_THAT(test::runProgram(moved).err, HasSubstr("\"" + copy + "\" was not read there"));
@@ -368,7 +370,8 @@ TEST_F(SweepProgram, shouldNameTheOptionAndTheValueThatIsWrong) {
   const std::vector<std::string> grid = {"--grid", "fast=2,3"};
   expectRefused({"--grid", "fast=2:1:1"}, "--grid fast: \"2\" lies above \"1\"");
   expectRefused({"--grid", "account=a,b"}, "--grid: \"account\" is what the command tells");
-  expectRefused(with(grid, {"--where", "fast<x"}), "--where: \"fast<x\" compares what is no");
+  expectRefused(with(grid, {"--where", "fast<x"}),
+                "--where: \"fast<x\": \"x\" is no --grid parameter; there is fast");
   expectRefused(with(grid, {"--rank", "luck"}),
                 "--rank: \"luck\" is not a figure; there are profit");
   expectRefused(with(grid, {"--sample", "sobol"}), "--sample sobol: how many? Give --count");

@@ -155,8 +155,9 @@ class Unpacker {
       const int result = inflate(&stream_, Z_NO_FLUSH);
       out.resizeForWriting(before + room - stream_.avail_out);
       if (out.size() > limit_)
-        fail(path_, "unpacks to more than " + std::to_string(limit_ >> 20) +
-                        " MiB, which no market data of its size does");
+        fail(path_,
+             "unpacks to more than " + std::to_string(limit_ >> 20) +
+                 " MiB, which no market data of its size does; unpack it first if it is genuine");
       if (result == Z_STREAM_END) return fed - stream_.avail_in;
       if (result != Z_OK && result != Z_BUF_ERROR)
         fail(path_, std::string("broken gzip: ") + (stream_.msg ? stream_.msg : "bad data"));

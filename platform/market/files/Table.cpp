@@ -33,11 +33,27 @@ Table::Table(const std::string& path, const Description& description, bool bars,
       text_(readFileText(path, description.encoding, threads)),
       facts_(factsOfFileName(path)) {
   notes_ = std::move(text_.notes);
+  if (description.skipLines == 0) refuseOtherForms();
   delimiter_ = description.delimiter ? description.delimiter : detectDelimiter(text_.text);
   findHeader();
   sample();
   understand(bars);
   findOrder();
+}
+
+/// What is said of the columns of such a file helps nobody.
+void Table::refuseOtherForms() const {
+  const std::string_view text = text_.text;
+  const std::size_t begin = std::min(text.find_first_not_of(" \t\r\n"), text.size());
+  std::string start(text.substr(begin, 16));
+  for (char& c : start) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+  const bool isJson = start.starts_with('{') || start.starts_with("[{") ||
+                      start.starts_with("[[") || start.starts_with("[\n") ||
+                      start.starts_with("[\r\n") || start == "[]";
+  const bool isHtml = start.starts_with("<!doctype") || start.starts_with("<html") ||
+                      start.starts_with("<?xml") || start.starts_with("<head");
+  if (isJson || isHtml)
+    throw DataFileError(path_ + ": looks like " + (isJson ? "JSON" : "HTML") + ", not a table");
 }
 
 void Table::findHeader() {

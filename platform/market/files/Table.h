@@ -50,6 +50,7 @@ class Table {
  private:
   void sample();
   void understand(bool bars);
+  void refuseOtherForms() const;
   void findHeader();
   std::vector<NamedRole> roles(bool bars);
   void applyColumnMap(std::vector<NamedRole>& roles) const;

@@ -156,11 +156,29 @@ TEST(DataFileErrors, shouldTellThatGzipIsBrokenWhenItIsCutOrChanged) {
   EXPECT_EQ(load(changed), "x.csv.gz: broken gzip: incorrect data check");
 }
 
+TEST(DataFileErrors, shouldSayThatAFileIsOfAnotherForm) {
+  const DataFolder folder;
+  for (const auto& [text, form] : {std::pair{"{\"runners\": []}\n", "JSON"},
+                                   {"[\n  {}\n]\n", "JSON"},
+                                   {"\n<!DOCTYPE html>\n<html>\n", "HTML"},
+                                   {"<?xml version=\"1.0\"?>\n", "HTML"}}) {
+    const auto path = folder.write("x.csv", text);
+    EXPECT_EQ(messageOf([&] { loadBars(requestOf({path})); }, folder),
+              std::string("x.csv: looks like ") + form + ", not a table");
+  }
+  const auto angled =
+      folder.write("y.csv",
+                   "<DATE>,<TIME>,<OPEN>,<HIGH>,<LOW>,<CLOSE>,<VOL>\n20210104,093000,1,2,1,2,3\n"
+                   "20210104,093100,1,2,1,2,3\n");
+  EXPECT_EQ(messageOf([&] { loadBars(requestOf({angled})); }, folder), "");
+}
+
 TEST(DataFileErrors, shouldStopWhenAFileUnpacksToFarMoreThanMarketDataDoes) {
   const DataFolder folder;
   const auto path = folder.writeGzip("bomb.csv.gz", std::string(std::size_t{80} << 20, '\n'));
   EXPECT_EQ(messageOf([&] { loadBars(requestOf({path})); }, folder),
-            "bomb.csv.gz: unpacks to more than 64 MiB, which no market data of its size does");
+            "bomb.csv.gz: unpacks to more than 64 MiB, which no market data of its size does; "
+            "unpack it first if it is genuine");
 }
 
 TEST(DataFileErrors, shouldNameBothFilesWhenTheyOverlap) {
