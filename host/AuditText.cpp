@@ -9,6 +9,7 @@
 
 #include "host/DataSet.h"
 #include "host/FileAudit.h"
+#include "host/PeriodText.h"
 #include "host/TimeArgument.h"
 #include "platform/market/PeriodText.h"
 
@@ -47,9 +48,9 @@ void addFindings(std::string& text, const std::string& what, const Findings& fin
 }
 
 std::string seriesText(const SeriesAudit& its, bool isUtf8) {
-  std::string text =
-      fmt::format("{}: {} rows of {}, zone {}\n", its.code, its.rows,
-                  its.isTicks ? "ticks" : "bars of " + frequencyText(its.periodMs), its.timeZone);
+  std::string text = fmt::format(
+      "{}: {} rows of {}, zone {}\n", its.code, its.rows,
+      its.isTicks ? "ticks" : "bars of " + shownPeriod(frequencyText(its.periodMs)), its.timeZone);
   if (its.rows == 0) return text;
   text += fmt::format("  range: {} .. {}, {} trading days\n", isoTime(its.first), isoTime(its.last),
                       its.tradingDays);

@@ -16,6 +16,7 @@
 #include "host/FileRoles.h"
 #include "host/InputError.h"
 #include "host/OptionChecks.h"
+#include "host/PeriodText.h"
 #include "host/ProgressLine.h"
 #include "host/QuoteTrades.h"
 #include "host/SessionEnd.h"
@@ -51,7 +52,7 @@ std::string summaryText(const DataSet& data) {
   std::string text;
   for (const SeriesSummary& series : data.summaries()) {
     text += fmt::format("{}: {} {}, {} .. {}\n", series.code, series.records,
-                        series.isTicks ? "ticks" : "bars of " + series.frequency,
+                        series.isTicks ? "ticks" : "bars of " + shownPeriod(series.frequency),
                         isoTime(series.firstTime), isoTime(series.lastTime));
     for (const std::string& note : series.notes) text += fmt::format("  note   {}\n", note);
   }

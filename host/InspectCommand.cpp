@@ -2,9 +2,11 @@
 
 #include <fmt/core.h>
 
+#include "host/Console.h"
 #include "host/DataSet.h"
 #include "host/InputError.h"
 #include "host/OptionChecks.h"
+#include "host/PeriodText.h"
 #include "host/TimeArgument.h"
 #include "platform/fields/KLineView.h"
 #include "platform/fields/QuoteView.h"
@@ -48,7 +50,7 @@ const char* columnName(TickColumn column) {
 void print(const LoadedBars& loaded) {
   const BarSeries& series = loaded.series;
   fmt::print("{}\n  bars of {}, period {}, zone {}, {} rows\n", series.origin, loaded.code,
-             frequencyText(series.periodMs), series.timeZone, series.bars.size());
+             shownPeriod(frequencyText(series.periodMs)), series.timeZone, series.bars.size());
   if (!series.bars.empty())
     fmt::print("  first  {}\n  last   {}\n", barText(series.bars.front()),
                barText(series.bars.back()));
@@ -92,28 +94,38 @@ InspectCommand::InspectCommand(CLI::App& parent) {
 
 int InspectCommand::execute() {
   refuseEmptyTexts(*command_);
-  withPlaces(reading_.places(), [this] { showAll(); });
-  return kExitSuccess;
-}
-
-void InspectCommand::showAll() {
   DataFileRequest request;
   request.description = reading_.description();
   request.checksCaches = true;
+  int code = kExitSuccess;
+  std::string fault;
   for (const std::string& file : files_) {
     request.paths = {file};
-    if (!onlyTicks_) {
-      request.kind = DataFileRequest::Kind::Bars;
-      try {
-        for (const LoadedBars& loaded : loadBars(request)) print(loaded);
-        continue;
-      } catch (const OtherKindError&) {
-        if (onlyBars_) throw;
-      }
+    try {
+      withPlaces(reading_.places(), [&] { show(request); });
+    } catch (const DataFileError& error) {
+      // The other files are looked at all the same; what they showed stands before the fault.
+      std::fflush(stdout);
+      if (error.what() != fault) complain(error.what());  // An option may be at fault in all.
+      fault = error.what();
+      code = kExitBadInput;
     }
-    request.kind = DataFileRequest::Kind::Ticks;
-    for (const LoadedTicks& loaded : loadTicks(request)) print(loaded);
   }
+  return code;
+}
+
+void InspectCommand::show(DataFileRequest request) const {
+  if (!onlyTicks_) {
+    request.kind = DataFileRequest::Kind::Bars;
+    try {
+      for (const LoadedBars& loaded : loadBars(request)) print(loaded);
+      return;
+    } catch (const OtherKindError&) {
+      if (onlyBars_) throw;
+    }
+  }
+  request.kind = DataFileRequest::Kind::Ticks;
+  for (const LoadedTicks& loaded : loadTicks(request)) print(loaded);
 }
 
 }  // namespace orvane

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "host/ReadingOptions.h"
+#include "platform/market/files/DataFiles.h"
 
 namespace orvane {
 
@@ -19,7 +20,7 @@ class InspectCommand {
   int execute();
 
  private:
-  void showAll();
+  void show(DataFileRequest request) const;
 
   CLI::App* command_;
   std::vector<std::string> files_;

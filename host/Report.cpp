@@ -13,6 +13,7 @@
 
 #include "host/FileHash.h"
 #include "host/OutputFile.h"
+#include "host/PeriodText.h"
 #include "host/PublicationReport.h"
 #include "host/ReportJson.h"
 #include "host/ReportPage.h"
@@ -163,9 +164,10 @@ std::string runnerText(const RunnerOutcome& runner) {
     if (record.calls[i] != 0)
       text += fmt::format("  {:<18} {:>12}\n", kCallNames[i], record.calls[i]);
   for (const auto& [key, series] : record.series)
-    text += fmt::format("  received           {:>12} {} of {}\n", series.records,
-                        series.isTicks ? "ticks" : "bars " + gbkToUtf8(series.frequency),
-                        reportedCode(series.code));
+    text +=
+        fmt::format("  received           {:>12} {} of {}\n", series.records,
+                    series.isTicks ? "ticks" : "bars " + shownPeriod(gbkToUtf8(series.frequency)),
+                    reportedCode(series.code));
   if (record.firstTime != kUnsetTime)
     text += fmt::format("  simulated span     {} .. {}\n", isoTime(record.firstTime),
                         isoTime(record.lastTime));
@@ -285,8 +287,9 @@ std::string summaryText(const RunOutcome& outcome) {
   std::string text;
   for (const SeriesSummary& series : outcome.data)
     text += fmt::format("data {} {}: {} records, {} .. {}, {}\n", series.code,
-                        series.isTicks ? "ticks" : "bars " + series.frequency, series.records,
-                        isoTime(series.firstTime), isoTime(series.lastTime), series.timeZone) +
+                        series.isTicks ? "ticks" : "bars " + shownPeriod(series.frequency),
+                        series.records, isoTime(series.firstTime), isoTime(series.lastTime),
+                        series.timeZone) +
             notesText(series.notes);
   for (const RunnerOutcome& runner : outcome.runners) text += runnerText(runner);
   text += figuresTable(outcome);

@@ -2,8 +2,10 @@
 
 #include <fmt/core.h>
 
+#include <QString>
 #include <algorithm>
 #include <filesystem>
+#include <numeric>
 
 #include "host/InstrumentInputs.h"
 #include "host/RunSession.h"
@@ -147,6 +149,30 @@ std::vector<std::string> notesOnDictionary(const RunPlan& plan, EmbeddedPlatform
                   plan.dictionaryFile, earlier)};
 }
 
+std::vector<std::string> notesOnTrade(const RunPlan& plan) {
+  const double rate = QString::fromStdString(plan.trade.marginRate).toDouble();
+  if (rate <= 1) return {};
+  return {fmt::format(
+      "the margin rate {} is {:.6g} % of the turnover, more than all of it; 10 % is written 0.1",
+      plan.trade.marginRate, rate * 100)};
+}
+
+namespace {
+
+/// Whether it was called for nothing but to start, to stop and to see its account.
+bool wasGivenNothing(const RunnerOutcome& runner) {
+  if (!runner.record || runner.state.status != RunnerStopped) return false;
+  const RunRecord& record = *runner.record;
+  constexpr CallKind kOfNobody[] = {
+      CallKind::Start,    CallKind::AccountStatus,    CallKind::Capital,
+      CallKind::Position, CallKind::StrategyPosition, CallKind::Stop};
+  std::uint64_t rest = std::accumulate(record.calls.begin(), record.calls.end(), std::uint64_t{0});
+  for (const CallKind kind : kOfNobody) rest -= record.calls[static_cast<std::size_t>(kind)];
+  return rest == 0 && record.exceptions == 0 && !record.hasPublished && !runner.trading;
+}
+
+}  // namespace
+
 std::vector<std::string> notesOnRunners(const RunOutcome& outcome) {
   const bool onlyTicks = std::ranges::all_of(outcome.data, &SeriesSummary::isTicks);
   std::vector<std::string> notes;
@@ -161,6 +187,11 @@ std::vector<std::string> notesOnRunners(const RunOutcome& outcome) {
           "some: orvane data convert FILE --to-period 1m --to csv -o BARS.csv",
           runner.plan.name, record.ticks));
   }
+  if (!outcome.isLive && !outcome.isInterrupted && outcome.notes.empty() &&
+      std::ranges::all_of(outcome.runners, wasGivenNothing))
+    notes.emplace_back(
+        "nobody subscribed the data, so they were played to no one; does the strategy ask for "
+        "them, or need other input?");
   return notes;
 }
 

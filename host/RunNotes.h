@@ -20,7 +20,11 @@ std::vector<std::string> notesOnRange(const RunPlan& plan, const PlatformOptions
 /// Of records in the dictionary's file that earlier runs published; empty without any.
 std::vector<std::string> notesOnDictionary(const RunPlan& plan, EmbeddedPlatform& platform);
 
-/// Of runners that were given ticks alone and did nothing with them.
+/// Of a margin rate that is hardly one.
+std::vector<std::string> notesOnTrade(const RunPlan& plan);
+
+/// Of runners that were given ticks alone and did nothing with them, and of a run in which nobody
+/// asked for anything.
 std::vector<std::string> notesOnRunners(const RunOutcome& outcome);
 
 }  // namespace orvane

@@ -288,6 +288,7 @@ RunOutcome runSession(const RunPlan& plan, DataSet data, InterruptWatcher& inter
   StrategyTap tap(records);
   FreshFiles fresh({options.trade.storePath, options.dictionary.file});
   outcome.notes = notesOnRange(plan, options, data);
+  std::ranges::move(notesOnTrade(plan), std::back_inserter(outcome.notes));
   const auto made = makePlatform(plan, options, std::move(data));
   EmbeddedPlatform& platform = *made;
   std::ranges::move(notesOnDictionary(plan, platform), std::back_inserter(outcome.notes));

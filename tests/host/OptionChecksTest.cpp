@@ -258,6 +258,19 @@ TEST_F(OptionChecks, shouldSayWhatAPeriodADateAndAFigureAre) {
                    "trade.capital: unknown key; \"capital\" stands at the top, beside \"trade\"");
 }
 
+TEST_F(OptionChecks, shouldInspectTheOtherFilesWhereOneIsBad) {
+  const std::string weekly =
+      folder_.write("w.csv",
+                    "date,open,high,low,close\n2021-01-04,1,2,1,2\n2021-01-11,1,2,1,2\n"
+                    "2021-01-18,1,2,1,2\n");
+  const auto result = test::runProgram({"inspect", bars_, folder_ / "none.csv", weekly});
+  EXPECT_EQ(result.exitCode, kExitBadInput);
+  EXPECT_EQ(result.err,
+            "orvane: " + (folder_ / "none.csv") + ": cannot be read: No such file or directory\n");
+  EXPECT_THAT(result.out, HasSubstr(bars_ + "\n"));
+  EXPECT_THAT(result.out, HasSubstr(", period 1w, "));
+}
+
 TEST_F(OptionChecks, shouldSayWhyAFileCannotBeReadOrWritten) {
   expectRefused(
       {"--log", folder_ / "no/log"},

@@ -107,6 +107,20 @@ TEST_F(RunNotes, shouldTellOfRecordsAndEventsThatNobodyWillSee) {
              "2021-01-04T09:02:00.000Z to 2021-01-04T09:31:00.000Z; is their time zone right?");
 }
 
+TEST_F(RunNotes, shouldTellThatNobodyAskedForTheData) {
+  expectNote({"-s", "grid_watcher", "-b", bars_},
+             "nobody subscribed the data, so they were played to no one; does the strategy ask for "
+             "them, or need other input?");
+  expectNote({"-s", "print_events", "-b", bars_}, "");
+}
+
+TEST_F(RunNotes, shouldTellOfAMarginRateThatIsHardlyOne) {
+  expectNote({"-s", "sma_cross", "-b", bars_, "--margin-rate", "20"},
+             "the margin rate 20 is 2000 % of the turnover, more than all of it; 10 % is written "
+             "0.1");
+  expectNote({"-s", "sma_cross", "-b", bars_, "--margin-rate", "1"}, "");
+}
+
 TEST_F(RunNotes, shouldLeaveRecordsThatCanBeReadButOnceToTheRun) {
   const std::string pipe = folder_ / "records.csv";
   ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
