@@ -32,6 +32,8 @@ OutputFile::~OutputFile() {
 void OutputFile::open() {
   if (const std::string why = whyNoFile(path_); !why.empty())
     throw InputError(fmt::format("{}: cannot be written: it {}", path_, why));
+  // A new name in the folder would pass over what protects the old file.
+  if (access(target_.c_str(), F_OK) == 0 && access(target_.c_str(), W_OK) != 0) fail(errno);
   // A process that was killed may have left its file, and another have its number now.
   constexpr int kMostLeftOver = 1000;
   for (int i = 0; i < kMostLeftOver && descriptor_ < 0; ++i) {
