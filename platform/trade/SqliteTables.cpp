@@ -91,7 +91,8 @@ std::string insertInto(const char* table, int columns) {
 }  // namespace
 
 SqliteStore::Tables::Tables(const std::string& path)
-    : lock_(path), database_(openSqlite(path, kFormat)) {
+    : lock_(path == kSqliteInMemory ? nullptr : std::make_unique<const FileLock>(path)),
+      database_(openSqlite(path, kFormat)) {
   // What the end of a run brings to the disk may wait until then.
   database_.exec("PRAGMA synchronous = NORMAL");
   putCapital_.emplace(database_, insertInto("accounts", 14));

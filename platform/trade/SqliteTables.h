@@ -2,6 +2,7 @@
 
 #include <SQLiteCpp/SQLiteCpp.h>
 
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -35,7 +36,7 @@ class SqliteStore::Tables {
   void addOrder(const Order& order);
   void addFill(const OrderFill& fill);
 
-  const FileLock lock_;
+  const std::unique_ptr<const FileLock> lock_;  ///< Null in memory.
   SQLite::Database database_;
   int64 run_ = 0;  ///< 0: there is none.
   int64 fills_ = 0;

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "platform/core/SqliteFile.h"
 #include "tests/platform/trade/TradeFixture.h"
 
 namespace orvane::testing {
@@ -68,6 +69,17 @@ void trade(TradePlatform& platform) {
   platform.subscribeBars(spi);
   platform->run();
   platform->drain();
+}
+
+TEST(SqliteStore, shouldMakeNoFileAndLetOthersDoTheSameInMemory) {
+  const TempFolder folder;
+  const std::filesystem::path before = std::filesystem::current_path();
+  std::filesystem::current_path(folder.file("."));
+  {
+    const detail::SqliteStore one(detail::kSqliteInMemory), other(detail::kSqliteInMemory);
+    EXPECT_TRUE(std::filesystem::is_empty("."));
+  }
+  std::filesystem::current_path(before);
 }
 
 TEST(SqliteStore, shouldHoldARunBeforeItsFirstEvent) {
