@@ -47,10 +47,13 @@ void help(WorkerPool& pool, Random& random) {
       pool.share(count, call);
     } else {
       for (std::size_t at = 0; at < count; ++at) call(at);
-      const auto ran = std::make_shared<std::latch>(1);
-      pool.add([&pool, ran] {
+      // One alone: two of them may hold up the helper and the one worker there is.
+      ++left;
+      pool.add([&pool, &left] {
+        const auto ran = std::make_shared<std::latch>(1);
         pool.add([ran] { ran->count_down(); });
         ran->wait();
+        --left;
       });
     }
     while (left.load() != 0) pool.helpOne();
