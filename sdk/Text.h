@@ -4,7 +4,7 @@
 #include <QString>
 #include <charconv>
 #include <chrono>
-#include <cstdio>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -30,12 +30,24 @@ inline std::string utcText(int64 utcMs) {
   const auto day = floor<days>(time);
   const year_month_day date{day};
   const hh_mm_ss clock{time - day};
-  char text[40];
-  std::snprintf(
-      text, sizeof(text), "%04d-%02u-%02u %02d:%02d:%02d.%03dZ", static_cast<int>(date.year()),
-      static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
-      static_cast<int>(clock.hours().count()), static_cast<int>(clock.minutes().count()),
-      static_cast<int>(clock.seconds().count()), static_cast<int>(clock.subseconds().count()));
+  // Strategies put times into many of their lines; a format string would be read each time.
+  std::string text;
+  text.reserve(28);
+  const auto add = [&text](std::int64_t number, std::size_t width, char end) {
+    if (number < 0) text.push_back('-'), number = -number, --width;
+    char digits[20];
+    const auto last = std::to_chars(digits, digits + sizeof(digits), number).ptr;
+    const auto count = static_cast<std::size_t>(last - digits);
+    if (count < width) text.append(width - count, '0');
+    text.append(digits, count).push_back(end);
+  };
+  add(static_cast<int>(date.year()), 4, '-');
+  add(static_cast<unsigned>(date.month()), 2, '-');
+  add(static_cast<unsigned>(date.day()), 2, ' ');
+  add(clock.hours().count(), 2, ':');
+  add(clock.minutes().count(), 2, ':');
+  add(clock.seconds().count(), 2, '.');
+  add(clock.subseconds().count(), 3, 'Z');
   return text;
 }
 

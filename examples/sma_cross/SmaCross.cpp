@@ -5,7 +5,7 @@
 #include <orvane/sdk/Text.h>
 #include <orvane/sdk/Views.h>
 
-#include <cstdio>
+#include <charconv>
 #include <list>
 #include <map>
 #include <optional>
@@ -168,8 +168,8 @@ class SmaCross : public orvane::Strategy {
   /// Ten digits of a mean: it is shown, never compared.
   static std::string meanText(double mean) {
     char text[40];
-    std::snprintf(text, sizeof(text), "%.10g", mean);
-    return text;
+    const auto format = std::chars_format::general;
+    return {text, std::to_chars(text, text + sizeof(text), mean, format, 10).ptr};
   }
 
   void tell(IContext* context, const ICodeID& code, const std::string& frequency,

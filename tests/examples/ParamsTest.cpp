@@ -46,6 +46,8 @@ TEST(Params, shouldKeepEveryErrorWithKeyAndValue) {
 TEST(Text, shouldShowTimesAndNumbersShortAndExact) {
   EXPECT_EQ(utcText(1609723800500), "2021-01-04 01:30:00.500Z");
   EXPECT_EQ(utcText(-1), "1969-12-31 23:59:59.999Z");
+  EXPECT_EQ(utcText(253402300800007), "10000-01-01 00:00:00.007Z");
+  EXPECT_EQ(utcText(-62198755200000), "-001-01-01 00:00:00.000Z");
   EXPECT_EQ(utcText(kUnsetTime), "-");
   EXPECT_EQ(numberText(5230.2), "5230.2");
   EXPECT_EQ(numberText(0.1 + 0.2), "0.30000000000000004");
