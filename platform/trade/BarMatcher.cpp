@@ -6,6 +6,31 @@
 
 namespace orvane::detail {
 
+namespace {
+
+/// Within these every number is a price above 0; beyond them it takes a closer look.
+constexpr double kSurelyFrom = 1e-9, kSurelyTo = 9e8;
+
+bool isPrice(double value) {
+  return (value >= kSurelyFrom && value <= kSurelyTo) ||
+         priceOf(value).value_or(Price{}).isPositive();
+}
+
+}  // namespace
+
+std::optional<Price> closeOf(const IKLine& bar) {
+  const KLineView view(bar);
+  if (!isPrice(view.open()) || !isPrice(view.high()) || !isPrice(view.low()) ||
+      !isPrice(view.close()))
+    return std::nullopt;
+  return priceOf(view.close());
+}
+
+int64 dealingBegin(const IKLine& bar, int64 previousEnd) {
+  const KLineView view(bar);
+  return std::min(std::max(view.beginTime(), previousEnd), view.endTime());
+}
+
 std::optional<ExactBar> exactBarOf(const IKLine& bar, int64 previousEnd) {
   const KLineView view(bar);
   ExactBar exact;
@@ -21,7 +46,7 @@ std::optional<ExactBar> exactBarOf(const IKLine& bar, int64 previousEnd) {
     if (view.volume() == 0 && exact.high == exact.low) exact.volume = Volume{};
   }
   exact.end = view.endTime();
-  exact.begin = std::min(std::max(view.beginTime(), previousEnd), exact.end);
+  exact.begin = dealingBegin(bar, previousEnd);
   exact.day = view.tradingDay();
   return exact;
 }

@@ -24,6 +24,13 @@ struct ExactBar {
 /// does a bar made of bid and ask tell one.
 std::optional<ExactBar> exactBarOf(const IKLine& bar, int64 previousEnd);
 
+/// The close of a bar that `exactBarOf` can read, empty for any other; for when nothing else of it
+/// is needed.
+std::optional<Price> closeOf(const IKLine& bar);
+
+/// When a bar begins that is not to begin before the previous one of its series ended.
+int64 dealingBegin(const IKLine& bar, int64 previousEnd);
+
 /// Where and when a bar fills an order.
 struct BarMatch {
   Price price;

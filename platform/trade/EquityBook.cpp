@@ -1,5 +1,7 @@
 #include "platform/trade/EquityBook.h"
 
+#include <iterator>
+
 namespace orvane::detail {
 namespace {
 
@@ -48,12 +50,20 @@ void EquityBook::markCurve(Curve& curve, std::int32_t account, const std::string
 }
 
 void EquityBook::addAccountPoint(std::int32_t account, int64 time) {
-  append(this->account(account), time, toDouble(exchange_.ledger(account)->equity()));
+  append(this->account(account), time, inDouble(exchange_.ledger(account)->equity()));
 }
 
 void EquityBook::addSourcePoint(const SourceKey& key, Curve& curve, int64 time) {
   const Ledger* ledger = exchange_.ledger(key.first);
-  append(curve, time, toDouble(ledger->startBalance() + ledger->resultOf(key.second)));
+  append(curve, time, inDouble(ledger->startBalance() + ledger->resultOf(key.second)));
+}
+
+double EquityBook::inDouble(Money money) {
+  if (money != lastMoney_) {
+    lastMoney_ = money;
+    lastDouble_ = toDouble(money);
+  }
+  return lastDouble_;
 }
 
 void EquityBook::noteFill(std::int32_t account, const std::string& source, int64 codeId,
@@ -75,18 +85,27 @@ void EquityBook::noteFill(std::int32_t account, const std::string& source, int64
 void EquityBook::noteMark(int64 codeId, int64 time, bool isTick) {
   const auto held = holders_.find(codeId);
   if (held == holders_.end()) return;
-  std::int32_t last = 0;
   const auto wantsPoint = [&](const Curve& curve) {
     return !isTick || time / kTickPointMs != curve.points.back().time / kTickPointMs;
   };
-  for (const auto& [key, curve] : held->second) {
-    if (key.first != last) {
-      last = key.first;
-      markCurve(account(last), last, kEverySource, codeId);
-      if (wantsPoint(account(last))) addAccountPoint(last, time);
+  const auto end = held->second.end();
+  for (auto at = held->second.begin(); at != end;) {
+    const std::int32_t key = at->first.first;
+    Curve& whole = account(key);
+    const double exposure = exchange_.ledger(key)->exposureOf(kEverySource, codeId);
+    setExposure(whole, codeId, exposure);
+    if (wantsPoint(whole)) addAccountPoint(key, time);
+    const auto first = at;
+    while (at != end && at->first.first == key) ++at;
+    const bool isOnlyOne = std::next(first) == at;
+    for (auto each = first; each != at; ++each) {
+      Curve& curve = *each->second;
+      if (isOnlyOne)
+        setExposure(curve, codeId, exposure);
+      else
+        markCurve(curve, key, each->first.second, codeId);
+      if (wantsPoint(curve)) addSourcePoint(each->first, curve, time);
     }
-    markCurve(*curve, key.first, key.second, codeId);
-    if (wantsPoint(*curve)) addSourcePoint(key, *curve, time);
   }
 }
 

@@ -48,6 +48,7 @@ class EquityBook {
   void addAccountPoint(std::int32_t account, int64 time);
   void addSourcePoint(const SourceKey& key, Curve& curve, int64 time);
   void markCurve(Curve& curve, std::int32_t account, const std::string& source, int64 codeId) const;
+  double inDouble(Money money);
 
   const PaperExchange& exchange_;
   std::vector<Curve> accounts_;
@@ -56,6 +57,9 @@ class EquityBook {
   std::unordered_map<int64, std::map<SourceKey, Curve*>> holders_;
   bool hasStarted_ = false;
   int64 startTime_ = 0;
+  /// The last amount that was turned into a double: a source alone on an account has the same.
+  Money lastMoney_;
+  double lastDouble_ = 0;
 };
 
 }  // namespace orvane::detail

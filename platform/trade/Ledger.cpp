@@ -205,8 +205,11 @@ std::optional<Money> Ledger::valueOf(const CodeBook& code, Price price) {
 }
 
 void Ledger::revalue(CodeBook& code) {
+  revalue(code, valueOf(code, *code.markPrice).value_or(Money{}));
+}
+
+void Ledger::revalue(CodeBook& code, Money value) {
   code.isHeld = false;
-  const Money value = valueOf(code, *code.markPrice).value_or(Money{});
   value_ += value - code.value;
   code.value = value;
   for (auto& [name, book] : code.sources) {
@@ -222,12 +225,14 @@ void Ledger::mark(int64 codeId, Price price) {
   const auto at = codes_.find(codeId);
   if (at == codes_.end() || at->second.markPrice == price) return;
   CodeBook& code = at->second;
-  if (code.isHeld) {
-    const auto value = valueOf(code, price);
-    if (!value || *value > kMostValue - (value_ - code.value)) return;
+  if (!code.isHeld) {
+    code.markPrice = price;
+    return;
   }
+  const auto value = valueOf(code, price);
+  if (!value || *value > kMostValue - (value_ - code.value)) return;
   code.markPrice = price;
-  if (code.isHeld) revalue(code);
+  revalue(code, *value);
 }
 
 bool Ledger::settlementFits(const CodeBook& code) const {

@@ -156,6 +156,7 @@ class Ledger {
   std::optional<Refusal> freezeVolume(const Claim& claim);
   SourceBook& bookOf(const Claim& claim);
   void revalue(CodeBook& code);
+  void revalue(CodeBook& code, Money value);
   static std::optional<Money> valueOf(const CodeBook& code, Price price);
   bool settlementFits(const CodeBook& code) const;
   // Of one source's book or, if it is null, of all.

@@ -49,7 +49,7 @@ class PaperExchange::Impl {
 
   void place(Order&& record, int64 now);
   void cancel(int64 orderId, const SourceId& by, int64 now);
-  void onBar(Contract& contract, const ExactBar& bar, int64 now);
+  void onBar(Contract& contract, const ExactBar& bar);
   void onTick(Contract& contract, const IDepthMarketData& tick, int64 now);
 
   std::optional<Refusal> check(WorkingOrder& order, Contract* contract, int64 now);
@@ -199,40 +199,36 @@ void PaperExchange::Impl::meet(Contract& contract, WorkingOrder& order) const {
   order.record.values[order::TradingDay] = contract.day;
 }
 
-void PaperExchange::Impl::onBar(Contract& contract, const ExactBar& bar, int64 now) {
-  beginDay(contract, bar.day, std::min(bar.begin, now));
-  if (!contract.orders.empty()) {
-    std::optional<Volume> capacity;
-    if (volumeShare && bar.volume) {
-      const Int128 share = Int128{bar.volume->units} * volumeShare->units / kWhole.units;
-      capacity = Volume{static_cast<int64>(share)};
-    }
-    // What is sure at the open comes first, then what the range allows: stops before limits.
-    struct Candidate {
-      int64 time;
-      int rank;
-      WorkingOrder* order;
-    };
-    std::vector<Candidate> candidates;
-    for (WorkingOrder& order : contract.orders) {
-      if (!BarMatcher::meets(order, bar)) continue;
-      meet(contract, order);
-      const auto match = barMatcher.match(order, bar, contract.slippage);
-      const int rank = order.type == order::Type::Limit ? 1 : 0;
-      candidates.push_back({match ? match->time : bar.end, rank, &order});
-    }
-    PerAccount capacities(capacity, options.accountsShareMarket);
-    if (candidates.size() > 1)
-      std::ranges::stable_sort(candidates, [](const Candidate& a, const Candidate& b) {
-        return a.time != b.time ? a.time < b.time : a.rank < b.rank;
-      });
-    for (const Candidate& candidate : candidates) {
-      matchBar(contract, bar, *candidate.order, capacities.of(candidate.order->ledger));
-      endImmediate(*candidate.order, bar.end);
-    }
-    sweep(contract);
+void PaperExchange::Impl::onBar(Contract& contract, const ExactBar& bar) {
+  std::optional<Volume> capacity;
+  if (volumeShare && bar.volume) {
+    const Int128 share = Int128{bar.volume->units} * volumeShare->units / kWhole.units;
+    capacity = Volume{static_cast<int64>(share)};
   }
-  markAll(contract, bar.close);
+  // What is sure at the open comes first, then what the range allows: stops before limits.
+  struct Candidate {
+    int64 time;
+    int rank;
+    WorkingOrder* order;
+  };
+  std::vector<Candidate> candidates;
+  for (WorkingOrder& order : contract.orders) {
+    if (!BarMatcher::meets(order, bar)) continue;
+    meet(contract, order);
+    const auto match = barMatcher.match(order, bar, contract.slippage);
+    const int rank = order.type == order::Type::Limit ? 1 : 0;
+    candidates.push_back({match ? match->time : bar.end, rank, &order});
+  }
+  PerAccount capacities(capacity, options.accountsShareMarket);
+  if (candidates.size() > 1)
+    std::ranges::stable_sort(candidates, [](const Candidate& a, const Candidate& b) {
+      return a.time != b.time ? a.time < b.time : a.rank < b.rank;
+    });
+  for (const Candidate& candidate : candidates) {
+    matchBar(contract, bar, *candidate.order, capacities.of(candidate.order->ledger));
+    endImmediate(*candidate.order, bar.end);
+  }
+  sweep(contract);
 }
 
 void PaperExchange::Impl::matchBar(Contract& contract, const ExactBar& bar, WorkingOrder& order,
@@ -407,10 +403,14 @@ void PaperExchange::cancel(int64 orderId, const SourceId& by, int64 now) {
 void PaperExchange::onBar(int64 codeId, const IKLine& bar, int64 previousEnd, int64 now) {
   Contract* const contract = impl_->contracts.find(codeId);
   if (contract == nullptr) return;
-  if (const auto exact = exactBarOf(bar, previousEnd))
-    impl_->onBar(*contract, *exact, now);
-  else
-    impl_->beginDay(*contract, KLineView(bar).tradingDay(), now);
+  const int day = KLineView(bar).tradingDay();
+  const auto close = closeOf(bar);
+  if (!close) return impl_->beginDay(*contract, day, now);
+  impl_->beginDay(*contract, day, std::min(dealingBegin(bar, previousEnd), now));
+  // Most bars meet no order; then nothing but their close is needed as an exact number.
+  if (!contract->orders.empty())
+    if (const auto exact = exactBarOf(bar, previousEnd)) impl_->onBar(*contract, *exact);
+  impl_->markAll(*contract, *close);
 }
 
 void PaperExchange::onTick(int64 codeId, const IDepthMarketData& tick, int64 now) {

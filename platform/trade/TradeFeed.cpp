@@ -15,7 +15,7 @@ bool tellsPrices(const MarketStream& stream) {
 
 /// Whether a row of a stream that files feed tells a price to reckon with.
 bool hasMark(const MarketStream& stream, std::size_t row) {
-  if (!stream.isTicks()) return exactBarOf(stream.bars().bars[row], 0).has_value();
+  if (!stream.isTicks()) return closeOf(stream.bars().bars[row]).has_value();
   const TickSeries& ticks = stream.ticks();
   constexpr TickColumn kPrices[] = {TickColumn::LastPrice, TickColumn::BidPrice,
                                     TickColumn::AskPrice};

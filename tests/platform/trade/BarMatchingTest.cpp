@@ -2,7 +2,9 @@
 
 #include <cmath>
 #include <stdexcept>
+#include <vector>
 
+#include "platform/trade/BarMatcher.h"
 #include "tests/platform/trade/ExchangeFixture.h"
 #include "tests/platform/trade/Sides.h"
 
@@ -42,6 +44,47 @@ TEST_F(BarMatching, shouldNotDealInABarWithAPriceOfZeroOrBelowOrTooLarge) {
   EXPECT_THAT(take(), IsEmpty());
   bar(3, 10, 10, 10, 10);
   EXPECT_THAT(take(), ElementsAre("1 1@10 t=30"));
+}
+
+TEST_F(BarMatching, shouldReckonWithTheCloseOfEveryBarThatCouldBeDealtInAndOfNoOther) {
+  const auto last = [this](int64 n, double low, double high) {
+    bar(n, high, high, low, high);
+    return exchange->lastPrice(code.id)->price.units;
+  };
+  EXPECT_EQ(last(0, 1e-10, 1e-10), 1);
+  EXPECT_EQ(last(1, 6e-11, 2e-10), 2);  // The low is rounded up.
+  EXPECT_EQ(last(2, 4e-11, 3e-10), 2);
+  EXPECT_EQ(last(3, 4e-10, 4e-10), 4);
+  EXPECT_EQ(last(4, 1, 9.1e8), 9'100'000'000'000'000'000);
+  EXPECT_EQ(last(5, 1, 9.2e8), 9'100'000'000'000'000'000);
+  EXPECT_EQ(last(6, std::nan(""), 5), 9'100'000'000'000'000'000);
+  EXPECT_EQ(last(7, -1, 5), 9'100'000'000'000'000'000);
+  EXPECT_EQ(last(8, 5, 5), 50'000'000'000);
+}
+
+TEST(ExactBars, shouldSayOfABarsCloseAloneWhatTheySayOfTheWholeBar) {
+  // Around what is no price: too small, too large, and how far from one double to the next.
+  const std::vector<double> edges = {0.5e-10, 1e-10, 1e-9, 1, 9e8, 9.2e8};
+  std::vector<double> values = {0, -1, 1e300, std::nan(""), HUGE_VAL};
+  for (const double edge : edges)
+    values.insert(values.end(), {std::nextafter(edge, 0), edge, std::nextafter(edge, HUGE_VAL)});
+  int prices = 0;
+  for (const double low : values)
+    for (const double close : values) {
+      IKLine record;
+      KLineWriter writer(record);
+      writer.set(kline::Open, 1);
+      writer.set(kline::High, 1);
+      writer.set(kline::Low, low);
+      writer.set(kline::Close, close);
+      const auto whole = detail::exactBarOf(record, 0);
+      const auto alone = detail::closeOf(record);
+      ASSERT_EQ(alone.has_value(), whole.has_value()) << low << " " << close;
+      if (!whole) continue;
+      ASSERT_EQ(*alone, whole->close) << low << " " << close;
+      ++prices;
+    }
+  EXPECT_GT(prices, 100);
 }
 
 TEST_F(BarMatching, shouldLetTheDayGoOnByABarThatIsNotDealtIn) {

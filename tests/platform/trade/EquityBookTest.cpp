@@ -1,0 +1,91 @@
+// The curves of an account and of the create sources on it.
+
+#include "platform/trade/EquityBook.h"
+
+#include "tests/platform/trade/ExchangeFixture.h"
+
+namespace orvane::testing {
+namespace {
+
+class EquityCurves : public ExchangeTest {
+ protected:
+  EquityCurves() : book_(*exchange, 1) { book_.start(0); }
+
+  void order(const std::string& by, order::Direction direction, double volume, int64 now,
+             order::Offset offset = order::Offset::Open) {
+    source = by;
+    book_.addSource(1, by);
+    place(orderOf(direction, volume, order::Type::Market, 0, offset), now);
+  }
+
+  /// A bar that opens at the price of the last, with the marks and fills that it brings.
+  void barTo(int64 n, double price) {
+    const double open = n == 0 ? price : last_;
+    bar(n, open, std::max(open, price), std::min(open, price), price);
+    last_ = price;
+    const int64 time = 10 * n + 10;
+    for (const TradeEvent& event : exchange->takeEvents())
+      if (const auto* fill = std::get_if<OrderFill>(&event.what))
+        book_.noteFill(1, fill->source.createSource, code.id, time);
+    book_.noteMark(code.id, time, false);
+  }
+
+  /// The last point of the account, or of a source: "equity/exposure".
+  std::string last(const std::string& of = {}) {
+    const auto& points = of.empty() ? book_.account(1).points : book_.sources().at({1, of}).points;
+    return number(points.back().equity) + "/" + number(points.back().exposure);
+  }
+
+  detail::EquityBook book_;
+  double last_ = 0;
+};
+
+TEST_F(EquityCurves, shouldDrawASourceAloneOnAnAccountLikeTheAccount) {
+  order("a", order::Direction::Buy, 2, 0);
+  barTo(0, 10);
+  EXPECT_EQ(last(), "1000000/20");
+  EXPECT_EQ(last("a"), last());
+  barTo(1, 12);
+  EXPECT_EQ(last(), "1000004/24");
+  EXPECT_EQ(last("a"), last());
+  EXPECT_EQ(book_.account(1).points.size(), 3u);
+}
+
+TEST_F(EquityCurves, shouldKeepSourcesOfOneAccountApartWhoHoldTheSameCode) {
+  order("a", order::Direction::Buy, 2, 0);
+  order("b", order::Direction::Sell, 3, 0);
+  barTo(0, 10);
+  barTo(1, 12);
+  EXPECT_EQ(last(), "999998/60");
+  EXPECT_EQ(last("a"), "1000004/24");
+  EXPECT_EQ(last("b"), "999994/36");
+}
+
+TEST_F(EquityCurves, shouldTellTheAccountsResultFromThatOfTheSourceThatIsLeft) {
+  order("a", order::Direction::Buy, 2, 0);
+  order("b", order::Direction::Buy, 1, 0);
+  barTo(0, 10);
+  barTo(1, 12);
+  order("a", order::Direction::Sell, 2, 20, order::Offset::Close);
+  barTo(2, 13);
+  EXPECT_EQ(last("a"), "1000004/0");
+  EXPECT_EQ(last("b"), "1000003/13");
+  barTo(3, 15);
+  EXPECT_EQ(last(), "1000009/15");
+  EXPECT_EQ(last("a"), "1000004/0");
+  EXPECT_EQ(last("b"), "1000005/15");
+}
+
+TEST_F(EquityCurves, shouldTakeNoPointWhileNothingIsHeld) {
+  order("a", order::Direction::Buy, 1, 0);
+  barTo(0, 10);
+  order("a", order::Direction::Sell, 1, 10, order::Offset::Close);
+  barTo(1, 11);
+  const std::size_t points = book_.account(1).points.size();
+  barTo(2, 12);
+  EXPECT_EQ(book_.account(1).points.size(), points);
+  EXPECT_FALSE(book_.isHeld(code.id));
+}
+
+}  // namespace
+}  // namespace orvane::testing
