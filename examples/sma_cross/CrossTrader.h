@@ -5,7 +5,7 @@
 #include <orvane/sdk/Views.h>
 
 #include <map>
-#include <set>
+#include <unordered_set>
 #include <vector>
 
 /// The orders and the position of one series. It decides by what it holds, as its fills told, and
@@ -70,6 +70,6 @@ class CrossTrader {
   Mode mode_;
   double volume_;
   double held_ = 0;
-  std::set<orvane::int64> known_;            ///< Every order of the series.
+  std::unordered_set<orvane::int64> known_;  ///< Every order of the series.
   std::map<orvane::int64, double> pending_;  ///< What may still fill; above 0 for a buy.
 };
