@@ -36,6 +36,8 @@ class WalkFile {
     static const WalkFile file;
     return file.path_;
   }
+  /// Where its binary twin belongs, which goes with it.
+  static std::string cachePath() { return path() + ".ovb"; }
 
  private:
   WalkFile() {
@@ -95,15 +97,16 @@ bool ran(const std::vector<std::string>& words) {
   return failed == 0 && waitpid(child, &status, 0) == child && status == 0;
 }
 
-void runFromText(benchmark::State& state) {
+void runWhole(benchmark::State& state, const std::string& path, int volume) {
+  const std::string parameters = fmt::format(R"({{"fast":10,"slow":30,"volume":{}}})", volume);
   const std::vector<std::string> words = {ORVANE_COMMAND,
                                           "run",
                                           "-s",
                                           ORVANE_ANY_MODULE,
                                           "-p",
-                                          R"({"fast":10,"slow":30,"volume":1})",
+                                          parameters,
                                           "-b",
-                                          "WALK.X=" + WalkFile::path(),
+                                          "WALK.X=" + path,
                                           "--strategy-log-level",
                                           "off",
                                           "--no-digest"};
@@ -114,7 +117,22 @@ void runFromText(benchmark::State& state) {
     }
   state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(kRows));
 }
+
+void runFromText(benchmark::State& state) { runWhole(state, WalkFile::path(), 1); }
 BENCHMARK(runFromText)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+/// The same without an order.
+void runFromTextWithoutOrders(benchmark::State& state) { runWhole(state, WalkFile::path(), 0); }
+BENCHMARK(runFromTextWithoutOrders)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+/// The same bars from the binary file that was made of them.
+void runFromCache(benchmark::State& state) {
+  static const bool isMade = ran({ORVANE_COMMAND, "data", "convert", WalkFile::path(), "--code",
+                                  "WALK.X", "--out", WalkFile::cachePath()});
+  if (!isMade) return state.SkipWithError("the file could not be converted");
+  runWhole(state, WalkFile::cachePath(), 1);
+}
+BENCHMARK(runFromCache)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 /// Takes a row's numbers, seen through a virtual call.
 class Taker {

@@ -100,6 +100,12 @@ def playback_rows(results):
             f"{whole / floor:.2f} of reading the file's numbers alone, on one core ({rate(floor)})")
         rows.append(("1,000,000 bars from CSV through a 10/30 crossover that trades, the whole "
                      "process", rate(whole), beside))
+    for name, what in (("runFromTextWithoutOrders", "the same process without an order"),
+                       ("runFromCache", "the same process, with orders, from the binary cache")):
+        figure = results.median(name, "items_per_second")
+        if figure is not None:
+            beside = "" if whole is None else f"{figure / whole:.2f} of the row above from CSV"
+            rows.append((what, rate(figure), beside))
     if many is not None:
         beside = "" if one is None else f"{many / one:.2f} of one runner"
         rows.append(("playback, 64 runners, quotes, call-backs of all", rate(many), beside))
