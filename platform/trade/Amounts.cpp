@@ -119,10 +119,52 @@ std::string decimalText(Int128 units, int decimals) {
   return {reversed.rbegin(), reversed.rend()};
 }
 
-int leadingZeros(UInt128 value) {
+constexpr int leadingZeros(UInt128 value) {
   const auto high = static_cast<std::uint64_t>(value >> 64);
   return high != 0 ? std::countl_zero(high)
                    : 64 + std::countl_zero(static_cast<std::uint64_t>(value));
+}
+
+/// digits x 2^exponent, where that is a normal double and `digits` are at most 2^53.
+double scaled(std::uint64_t digits, int exponent) {
+  constexpr int kBias = std::numeric_limits<double>::max_exponent - 1;
+  const auto power = static_cast<std::uint64_t>(exponent + kBias) << (kDoubleDigits - 1);
+  return static_cast<double>(digits) * std::bit_cast<double>(power);
+}
+
+/// The nearest double to dividend / (5^kDecimals x 2^twos); the dividend's first bit is set.
+template <int kDecimals>
+double longQuotient(UInt128 dividend, int twos) {
+  // The quotient has more bits than a double, whose last one it decides together with whether
+  // anything is left over.
+  constexpr auto fives = static_cast<std::uint64_t>(powerOf(5, kDecimals));
+  const UInt128 quotient = dividend / fives;
+  const bool isWhole = quotient * fives == dividend;
+  const int surplus = 128 - leadingZeros(quotient) - kDoubleDigits;
+  const UInt128 half = UInt128{1} << (surplus - 1);
+  const UInt128 rest = quotient & (half + half - 1);
+  auto kept = static_cast<std::uint64_t>(quotient >> surplus);
+  if (rest > half || (rest == half && (!isWhole || (kept & 1) != 0))) ++kept;
+  return scaled(kept, surplus - twos);
+}
+
+/// The same; a multiplication by the inverse decides nearly always.
+template <int kDecimals>
+double quotientOf(UInt128 dividend, int twos) {
+  constexpr auto fives = static_cast<UInt128>(powerOf(5, kDecimals));
+  constexpr int moved = leadingZeros(fives) - 64;
+  constexpr auto inverse = static_cast<std::uint64_t>((UInt128{1} << 127) / (fives << moved));
+  const UInt128 product = UInt128{static_cast<std::uint64_t>(dividend >> 64)} * inverse;
+  const int shift = leadingZeros(product);
+  const auto top = static_cast<std::uint64_t>((product << shift) >> 64);
+  // What was cut off, of the dividend, the inverse and the product, is less than this in all.
+  constexpr std::uint64_t kCut = 8;
+  constexpr int kSurplus = 64 - kDoubleDigits;
+  constexpr std::uint64_t half = std::uint64_t{1} << (kSurplus - 1);
+  const std::uint64_t rest = top & (half + half - 1);
+  if (rest <= half && rest + kCut >= half) return longQuotient<kDecimals>(dividend, twos);
+  const std::uint64_t kept = (top >> kSurplus) + (rest > half ? 1 : 0);
+  return scaled(kept, kSurplus + 64 - shift - 127 + 64 + moved - twos);
 }
 
 /// The nearest double to units / 10^kDecimals; of two that are as near, the even one.
@@ -132,21 +174,11 @@ double nearestDouble(Int128 units) {
     constexpr auto power = static_cast<double>(powerOfTen(kDecimals));
     return static_cast<double>(static_cast<int64>(units)) / power;
   }
-  // Ten is two times five, and twos only move the point. The quotient by the fives has more bits
-  // than a double, whose last one it decides together with whether anything is left over.
-  constexpr auto fives = static_cast<std::uint64_t>(powerOf(5, kDecimals));
+  // Ten is two times five, and twos only move the point.
   const UInt128 size =
       units < 0 ? UInt128{0} - static_cast<UInt128>(units) : static_cast<UInt128>(units);
   const int shift = leadingZeros(size);
-  const UInt128 dividend = size << shift;
-  const UInt128 quotient = dividend / fives;
-  const bool isWhole = quotient * fives == dividend;
-  const int surplus = 128 - leadingZeros(quotient) - kDoubleDigits;
-  const UInt128 half = UInt128{1} << (surplus - 1);
-  const UInt128 rest = quotient & (half + half - 1);
-  auto kept = static_cast<std::uint64_t>(quotient >> surplus);
-  if (rest > half || (rest == half && (!isWhole || (kept & 1) != 0))) ++kept;
-  const double result = std::ldexp(static_cast<double>(kept), surplus - shift - kDecimals);
+  const double result = quotientOf<kDecimals>(size << shift, shift + kDecimals);
   return units < 0 ? -result : result;
 }
 

@@ -75,6 +75,26 @@ TEST(Amounts, shouldTakeTheEvenOneOfTwoDoublesThatAreAsNear) {
   }
 }
 
+TEST(Amounts, shouldDecideRightBetweenTwoDoublesAlsoNextToTheirMiddle) {
+  const std::uint64_t seed = support::randomSeed();
+  SCOPED_TRACE("seed " + std::to_string(seed));
+  std::mt19937_64 random(seed);
+  Int128 unit = 1;
+  for (int i = 0; i < 22; ++i) unit *= 5;
+  unit <<= 22;  // What is 1.
+  for (int bits = 1; bits <= 22; ++bits)
+    for (int run = 0; run < 500; ++run) {
+      // 54 binary digits, the last one set: as far from one double as from the next.
+      const std::uint64_t middle = std::uint64_t{1} << 53 | random() >> 11 | 1;
+      for (const int off : {-1000, -1, 0, 1, 1000}) {
+        const Money amount{static_cast<Int128>(middle) * (unit >> bits) + off};
+        const std::string decimal = text(amount);
+        ASSERT_EQ(toDouble(amount), std::strtod(decimal.c_str(), nullptr)) << decimal;
+        ASSERT_EQ(toDouble(-amount), -toDouble(amount)) << decimal;
+      }
+    }
+}
+
 TEST(Amounts, shouldTakeADoubleOfManyDecimalsForTheirShortestForm) {
   for (const char* decimal : {"1.08423", "0.000123", "67123.4567891", "0.00000001", "12.3456789",
                               "9999999.12345678", "-1.0842301", "0.1234567891"})
