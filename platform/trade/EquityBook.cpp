@@ -1,6 +1,7 @@
 #include "platform/trade/EquityBook.h"
 
 #include <iterator>
+#include <optional>
 
 namespace orvane::detail {
 namespace {
@@ -28,7 +29,7 @@ void setExposure(EquityBook::Curve& curve, int64 codeId, double value) {
 }  // namespace
 
 EquityBook::EquityBook(const PaperExchange& exchange, std::size_t accounts)
-    : exchange_(exchange), accounts_(accounts) {}
+    : exchange_(exchange), accounts_(accounts), sourceCounts_(accounts) {}
 
 void EquityBook::start(int64 time) {
   hasStarted_ = true;
@@ -41,6 +42,7 @@ void EquityBook::start(int64 time) {
 
 void EquityBook::addSource(std::int32_t account, const std::string& source) {
   const auto [at, isNew] = sources_.try_emplace({account, source});
+  if (isNew) ++sourceCounts_[indexOf(account)];
   if (isNew && hasStarted_) addSourcePoint(at->first, at->second, startTime_);
 }
 
@@ -50,26 +52,19 @@ void EquityBook::markCurve(Curve& curve, std::int32_t account, const std::string
 }
 
 void EquityBook::addAccountPoint(std::int32_t account, int64 time) {
-  append(this->account(account), time, inDouble(exchange_.ledger(account)->equity()));
+  append(this->account(account), time, toDouble(exchange_.ledger(account)->equity()));
 }
 
 void EquityBook::addSourcePoint(const SourceKey& key, Curve& curve, int64 time) {
   const Ledger* ledger = exchange_.ledger(key.first);
-  append(curve, time, inDouble(ledger->startBalance() + ledger->resultOf(key.second)));
-}
-
-double EquityBook::inDouble(Money money) {
-  if (money != lastMoney_) {
-    lastMoney_ = money;
-    lastDouble_ = toDouble(money);
-  }
-  return lastDouble_;
+  append(curve, time, toDouble(ledger->startBalance() + ledger->resultOf(key.second)));
 }
 
 void EquityBook::noteFill(std::int32_t account, const std::string& source, int64 codeId,
                           int64 time) {
   const SourceKey key{account, source};
-  Curve& curve = sources_[key];
+  addSource(account, source);
+  Curve& curve = sources_.at(key);
   if (exchange_.ledger(account)->holds(source, codeId)) {
     holders_[codeId].try_emplace(key, &curve);
   } else if (const auto at = holders_.find(codeId); at != holders_.end()) {
@@ -85,27 +80,38 @@ void EquityBook::noteFill(std::int32_t account, const std::string& source, int64
 void EquityBook::noteMark(int64 codeId, int64 time, bool isTick) {
   const auto held = holders_.find(codeId);
   if (held == holders_.end()) return;
-  const auto wantsPoint = [&](const Curve& curve) {
-    return !isTick || time / kTickPointMs != curve.points.back().time / kTickPointMs;
-  };
   const auto end = held->second.end();
   for (auto at = held->second.begin(); at != end;) {
-    const std::int32_t key = at->first.first;
-    Curve& whole = account(key);
-    const double exposure = exchange_.ledger(key)->exposureOf(kEverySource, codeId);
-    setExposure(whole, codeId, exposure);
-    if (wantsPoint(whole)) addAccountPoint(key, time);
     const auto first = at;
-    while (at != end && at->first.first == key) ++at;
-    const bool isOnlyOne = std::next(first) == at;
-    for (auto each = first; each != at; ++each) {
-      Curve& curve = *each->second;
-      if (isOnlyOne)
-        setExposure(curve, codeId, exposure);
-      else
-        markCurve(curve, key, each->first.second, codeId);
-      if (wantsPoint(curve)) addSourcePoint(each->first, curve, time);
-    }
+    while (at != end && at->first.first == first->first.first) ++at;
+    noteMark(first, at, {codeId, time, isTick});
+  }
+}
+
+void EquityBook::noteMark(Holders::iterator first, Holders::iterator last, const Mark& mark) {
+  const std::int32_t key = first->first.first;
+  const auto wantsPoint = [&](const Curve& curve) {
+    return !mark.isTick || mark.time / kTickPointMs != curve.points.back().time / kTickPointMs;
+  };
+  Curve& whole = account(key);
+  const Ledger& ledger = *exchange_.ledger(key);
+  const double exposure = ledger.exposureOf(kEverySource, mark.codeId);
+  setExposure(whole, mark.codeId, exposure);
+  std::optional<double> equity;
+  if (wantsPoint(whole)) append(whole, mark.time, equity.emplace(toDouble(ledger.equity())));
+  const bool isOnlyHolder = std::next(first) == last;
+  for (; first != last; ++first) {
+    Curve& curve = *first->second;
+    if (isOnlyHolder)
+      setExposure(curve, mark.codeId, exposure);
+    else
+      markCurve(curve, key, first->first.second, mark.codeId);
+    if (!wantsPoint(curve)) continue;
+    // What an account is worth is what the one source made of it that it ever had.
+    if (equity && sourceCounts_[indexOf(key)] == 1)
+      append(curve, mark.time, *equity);
+    else
+      addSourcePoint(first->first, curve, mark.time);
   }
 }
 
@@ -118,6 +124,7 @@ void EquityBook::finish(int64 time) {
 void EquityBook::clear() {
   accounts_.assign(accounts_.size(), {});
   sources_.clear();
+  sourceCounts_.assign(sourceCounts_.size(), 0);
   holders_.clear();
   hasStarted_ = false;
 }

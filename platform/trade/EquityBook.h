@@ -37,29 +37,34 @@ class EquityBook {
   void finish(int64 time);
   void clear();
 
-  Curve& account(std::int32_t key) { return accounts_[static_cast<std::size_t>(key) - 1]; }
-  const Curve& account(std::int32_t key) const {
-    return accounts_[static_cast<std::size_t>(key) - 1];
-  }
+  Curve& account(std::int32_t key) { return accounts_[indexOf(key)]; }
+  const Curve& account(std::int32_t key) const { return accounts_[indexOf(key)]; }
   std::map<SourceKey, Curve>& sources() { return sources_; }
   const std::map<SourceKey, Curve>& sources() const { return sources_; }
 
  private:
+  using Holders = std::map<SourceKey, Curve*>;
+  struct Mark {
+    int64 codeId = 0;
+    int64 time = 0;
+    bool isTick = false;
+  };
+
+  static std::size_t indexOf(std::int32_t account) { return static_cast<std::size_t>(account) - 1; }
+  /// Notes it for holders that are all the holders on one account.
+  void noteMark(Holders::iterator first, Holders::iterator last, const Mark& mark);
   void addAccountPoint(std::int32_t account, int64 time);
   void addSourcePoint(const SourceKey& key, Curve& curve, int64 time);
   void markCurve(Curve& curve, std::int32_t account, const std::string& source, int64 codeId) const;
-  double inDouble(Money money);
 
   const PaperExchange& exchange_;
   std::vector<Curve> accounts_;
   std::map<SourceKey, Curve> sources_;
+  std::vector<std::size_t> sourceCounts_;  ///< Of each account.
   /// By code: who holds it, with their curves.
-  std::unordered_map<int64, std::map<SourceKey, Curve*>> holders_;
+  std::unordered_map<int64, Holders> holders_;
   bool hasStarted_ = false;
   int64 startTime_ = 0;
-  /// The last amount that was turned into a double: a source alone on an account has the same.
-  Money lastMoney_;
-  double lastDouble_ = 0;
 };
 
 }  // namespace orvane::detail
