@@ -370,7 +370,6 @@ void Ledger::fillSide(Position& position, const CodeBook& code, const SourceBook
 
 void Ledger::fillRecord(int64 codeId, const CodeBook& code, const SourceBook* only,
                         Position& position) const {
-  position = {};
   position.account = account_;
   position.code = code.terms->code;
   position.code.id = codeId;

@@ -113,7 +113,7 @@ class Ledger {
 
   /// The public records, complete. `time` is the time of the last change, UTC milliseconds.
   TradingAccount capitalRecord(int64 time) const;
-  /// Of a code that was ever traded; false if it was not.
+  /// Of a code that was ever traded; false if it was not. Written into a record that is blank.
   bool positionRecord(int64 codeId, Position& position) const;
   bool sourcePositionRecord(int64 codeId, const std::string& source,
                             SourcePosition& position) const;

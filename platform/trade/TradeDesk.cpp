@@ -18,6 +18,9 @@ using status::kNotConnected;
 /// How much news a playback lets gather before it goes to the file.
 constexpr std::size_t kNewsPerBatch = 1024;
 
+/// For a report that is made of a whole record.
+constexpr auto kAsItIs = [](const auto&) {};
+
 TradeSubject subjectOf(TradeTopic topic, const Order& order) {
   return {topic, order.account.accountKey, order.code.id, eventSourcesOf(order.source),
           order.source.createSource};
@@ -208,7 +211,7 @@ void TradeDesk::takeEvent(TradeEvent& event, int64 now) {
     state.equity.noteFill(fill->account.accountKey, fill->source.createSource, fill->code.id, now);
     report<OrderFill>({TradeTopic::Fill, fill->account.accountKey, fill->code.id,
                        eventSourcesOf(fill->source), fill->source.createSource},
-                      due, [&](OrderFill& told) { told = std::move(*fill); });
+                      due, kAsItIs, std::move(*fill));
   } else if (auto* position = std::get_if<TradeEvent::PositionChanged>(&event.what)) {
     reportPosition(*position, due);
   } else {
@@ -230,8 +233,7 @@ void TradeDesk::reportOrder(Order&& order, int64 due) {
     }
   }
   parts_.state.store.updateOrder(order);
-  report<Order>(subjectOf(TradeTopic::Order, order), due,
-                [&](Order& told) { told = std::move(order); });
+  report<Order>(subjectOf(TradeTopic::Order, order), due, kAsItIs, std::move(order));
 }
 
 void TradeDesk::reportPosition(const TradeEvent::PositionChanged& changed, int64 due) {
@@ -245,8 +247,8 @@ void TradeDesk::reportPosition(const TradeEvent::PositionChanged& changed, int64
       });
 }
 
-template <typename What, typename Fill>
-void TradeDesk::report(TradeSubject subject, int64 due, Fill fill) {
+template <typename What, typename Fill, typename... Args>
+void TradeDesk::report(TradeSubject subject, int64 due, const Fill& fill, Args&&... args) {
   TradeState& state = parts_.state;
   if (!state.connections.isUp(subject.account)) return;
   ReportQueue::Report made = reports_.blank();
@@ -259,7 +261,7 @@ void TradeDesk::report(TradeSubject subject, int64 due, Fill fill) {
   made->subject = std::move(subject);
   made->endings = state.subscriptions.endings();
   // Before it stands in the queue: half a record is told to nobody, whatever fails.
-  fill(made->what.emplace<What>());
+  fill(made->what.emplace<What>(std::forward<Args>(args)...));
   reports_.put(std::move(made));
 }
 

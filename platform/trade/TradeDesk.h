@@ -78,8 +78,9 @@ class TradeDesk {
   void reportOrder(Order&& order, int64 due);
   void reportPosition(const TradeEvent::PositionChanged& changed, int64 due);
   /// Reports something, if anybody wants to hear of it; `fill` makes the record.
-  template <typename What, typename Fill>
-  void report(TradeSubject subject, int64 due, Fill fill);
+  /// The report is made of the arguments, then filled, and neither if nobody receives it.
+  template <typename What, typename Fill, typename... Args>
+  void report(TradeSubject subject, int64 due, const Fill& fill, Args&&... args);
   void reportStatus(std::int32_t account, int64 due, TradeReceivers receivers);
   bool deliver(int64 now);
   void call(TradeReceiver& receiver, const TradeReport& report);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <utility>
 
 #include "platform/core/Periods.h"
 #include "platform/fields/FillView.h"
@@ -46,7 +47,10 @@ ResultStatus TradeService::ask(const TradingAccountID& account, Answer answer) c
 ResultStatus TradeService::getPosition(const TradingAccountID& account, const ICodeID& code,
                                        Position& position) {
   return ask(account, [&] {
-    return state_.exchange.ledger(account.accountKey)->positionRecord(code.id, position);
+    Position found;
+    if (!state_.exchange.ledger(account.accountKey)->positionRecord(code.id, found)) return false;
+    position = std::move(found);
+    return true;
   });
 }
 
@@ -64,8 +68,11 @@ ResultStatus TradeService::getSourcePosition(const TradingAccountID& account,
                                              const std::string& source, const ICodeID& code,
                                              SourcePosition& position) {
   return ask(account, [&] {
-    return state_.exchange.ledger(account.accountKey)
-        ->sourcePositionRecord(code.id, source, position);
+    const Ledger& ledger = *state_.exchange.ledger(account.accountKey);
+    SourcePosition found;
+    if (!ledger.sourcePositionRecord(code.id, source, found)) return false;
+    position = std::move(found);
+    return true;
   });
 }
 
