@@ -84,7 +84,7 @@ class Params {
                      const std::vector<std::string>& choices) {
     const QJsonValue value = take(key);
     if (value.isUndefined()) return defaultValue;
-    const std::string given = value.toString().toStdString();
+    std::string given = value.toString().toStdString();
     if (value.isString() && std::ranges::find(choices, given) != choices.end()) return given;
     return refuse(key, "must be " + listed(choices, " or "), value), defaultValue;
   }
@@ -95,7 +95,7 @@ class Params {
     if (value.isUndefined()) return defaultValue;
     std::vector<std::string> result;
     const QJsonArray list = value.isArray() ? value.toArray() : QJsonArray{value};
-    for (const QJsonValue& each : list) {
+    for (const auto& each : list) {
       if (!each.isString()) return refuse(key, "must be an array of texts", value), defaultValue;
       result.push_back(gbk(each.toString()));
     }

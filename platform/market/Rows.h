@@ -56,7 +56,7 @@ class Rows {
   /// The `count` rows at `data`, which `keeper` keeps alive. They may be written to.
   static Rows over(std::shared_ptr<void> keeper, T* data, std::size_t count) {
     Rows rows;
-    rows.keeper_ = std::move(keeper);
+    rows.keeper_.swap(keeper);
     rows.data_ = data;
     rows.size_ = rows.capacity_ = count;
     return rows;
