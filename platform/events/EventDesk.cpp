@@ -18,6 +18,9 @@ bool EventDesk::serve() {
     dropWaiting();
     return false;
   }
+  // So it is after nearly every record.
+  if (!parts_.codes.anyChangeWaiting() && parts_.publications.isIdle() && parts_.events.isIdle())
+    return false;
   parts_.codes.takeChanges();
   const auto onHistory = [this](MarketStream& stream) { parts_.quotes.passOver(stream); };
   if (MarketStream* stream = parts_.publications.takeNext(onHistory)) {

@@ -44,6 +44,8 @@ class GeneralEvents final : public IGeneralEventManager {
 
   // On the service loop's thread.
 
+  /// Whether `serve` has nothing to do.
+  bool isIdle() const { return !anyWaiting() && admitted_.empty(); }
   /// Takes in what was published and tells one event. Returns whether there was one.
   bool serve();
   /// Drops what was published.
