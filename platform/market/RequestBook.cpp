@@ -92,7 +92,7 @@ void RequestBook::endLocked(const std::shared_ptr<MarketRequest>& request) {
 }
 
 std::shared_ptr<MarketRequest> RequestBook::takeLocked(
-    std::deque<std::shared_ptr<MarketRequest>>::iterator at) {
+    const std::deque<std::shared_ptr<MarketRequest>>::iterator& at) {
   std::shared_ptr<MarketRequest> request = std::move(*at);
   waiting_.erase(at);
   waitingCount_.store(waiting_.size());

@@ -66,7 +66,7 @@ class RequestBook {
   };
   void endLocked(const std::shared_ptr<MarketRequest>& request);
   std::shared_ptr<MarketRequest> takeLocked(
-      std::deque<std::shared_ptr<MarketRequest>>::iterator at);
+      const std::deque<std::shared_ptr<MarketRequest>>::iterator& at);
 
   const std::function<void()> onChange_;
   std::atomic<std::size_t> waitingCount_{0};

@@ -140,7 +140,7 @@ std::optional<Refusal> PaperExchange::Impl::check(WorkingOrder& order, Contract*
   claim.price = order.type == order::Type::Limit  ? order.limit
                 : order.type == order::Type::Stop ? order.stop
                                                   : contract->mark.value_or(Price{});
-  return order.ledger->freeze(std::move(claim));
+  return order.ledger->freeze(claim);
 }
 
 std::optional<Refusal> PaperExchange::Impl::checkRisk(const WorkingOrder& order,
@@ -279,6 +279,7 @@ void PaperExchange::Impl::matchTick(Contract& contract, TickMarket& market, Work
   const std::vector<TickMatch> matches = market.match(order, contract.slippage, wholeOnly);
   if (wholeOnly) {
     std::vector<FillPiece> pieces;
+    pieces.reserve(matches.size());
     for (const TickMatch& match : matches) pieces.push_back({match.price, match.volume});
     if (const auto refusal = order.ledger->checkFills(order.record.id, pieces))
       giveUp(order, *refusal, now);

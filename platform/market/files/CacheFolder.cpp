@@ -75,6 +75,7 @@ bool isCurrent(const DataCache& cache, const std::string& reading) {
 
 std::vector<DataSource> sourcesOf(const std::vector<std::string>& paths) {
   std::vector<DataSource> sources;
+  sources.reserve(paths.size());
   for (const std::string& path : paths) sources.push_back(dataSourceOf(path));
   return sources;
 }

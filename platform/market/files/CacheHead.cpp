@@ -62,7 +62,7 @@ class Layout {
   QString place(const Rows<T>& rows) {
     const std::uint64_t bytes = rows.size() * sizeof(T);
     sections_.push_back({end_, bytes, rows.data()});
-    const QString offset = digits(end_);
+    QString offset = digits(end_);
     end_ = alignedForCache(end_ + bytes);
     return offset;
   }
@@ -152,9 +152,11 @@ class MetaReader {
 
  private:
   TickColumnId column(const std::string& name) const {
-    for (const auto& [id, role] : kRoles)
-      for (std::uint8_t level = 0; level < (id >= TickColumn::BidPrice ? 10 : 1); ++level)
+    for (const auto& [id, role] : kRoles) {
+      const std::uint8_t levels = id >= TickColumn::BidPrice ? 10 : 1;
+      for (std::uint8_t level = 0; level < levels; ++level)
         if (nameOfTickColumn({id, level}) == name) return {id, level};
+    }
     fail("columns");
   }
 
