@@ -52,8 +52,8 @@ std::string seriesText(const SeriesAudit& its, bool isUtf8) {
       "{}: {} rows of {}, zone {}\n", its.code, its.rows,
       its.isTicks ? "ticks" : "bars of " + shownPeriod(frequencyText(its.periodMs)), its.timeZone);
   if (its.rows == 0) return text;
-  text += fmt::format("  range: {} .. {}, {} trading days\n", isoTime(its.first), isoTime(its.last),
-                      its.tradingDays);
+  text += fmt::format("  range: {} .. {}, {} trading day{}\n", isoTime(its.first),
+                      isoTime(its.last), its.tradingDays, its.tradingDays == 1 ? "" : "s");
   if (!its.sessions.empty()) text += fmt::format("  usual sessions: {}\n", its.sessions);
   if (its.isTicks || its.periodMs < 86'400'000)
     text += its.nightDays > 0

@@ -16,6 +16,10 @@ constexpr char kHead[] =
 /// `values` is "none", or how many values an option takes ("one", "many") and of which kind, and
 /// where the kind is "words", these.
 constexpr char kCode[] = R"CODE(
+_orvane_zones() { # the names in the third column
+  sed -n 's/^[^#\t]*\t[^\t]*\t\([^\t]*\).*/\1/p' /usr/share/zoneinfo/zone.tab 2>/dev/null
+}
+
 _orvane_fill() { # kind, words...: puts what fits the word at the cursor into COMPREPLY
   local kind=$1 prefix= IFS=$'\n'
   shift
@@ -33,6 +37,7 @@ _orvane_fill() { # kind, words...: puts what fits the word at the cursor into CO
         compgen -f -X '!*.so' -- "$cur"
         compgen -d -- "$cur"))
       ;;
+    zone) COMPREPLY=($(compgen -W "UTC"$'\n'"$(_orvane_zones)" -- "$cur")) ;;
     words) COMPREPLY=($(compgen -W "$*" -- "$cur")) ;;
   esac
 }
@@ -113,6 +118,8 @@ std::string valuesOf(const OptionEntry& option) {
       return many + "coded";
     case ValueKind::Folder:
       return many + "folder";
+    case ValueKind::Zone:
+      return many + "zone";
     case ValueKind::Module:
       return many + "module";
   }

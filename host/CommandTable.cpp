@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "host/sweep/FigureList.h"
+
 namespace orvane {
 namespace {
 
@@ -22,6 +24,7 @@ std::vector<std::string> wordsOf(const std::string& typeName) {
 
 ValueKind kindOf(const std::string& value) {
   if (value == "MODULE") return ValueKind::Module;
+  if (value == "ZONE") return ValueKind::Zone;
   if (value == "DIR") return ValueKind::Folder;
   if (value == "[CODE=]FILE") return ValueKind::CodedFile;
   // What may be written out on the spot may come from a file too.
@@ -41,6 +44,8 @@ std::string joined(const std::vector<std::string>& words) {
 void setValue(OptionEntry& option, const std::string& typeName) {
   option.words = wordsOf(typeName);
   option.value = option.words.empty() ? typeName : joined(option.words);
+  // There are too many for its line in the help.
+  if (option.value == "FIGURE") option.words = figureNames();
   option.kind = option.words.empty() ? kindOf(option.value) : ValueKind::Words;
 }
 

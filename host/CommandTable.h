@@ -14,6 +14,7 @@ enum class ValueKind {
   File,       ///< The name of a file.
   CodedFile,  ///< The name of a file, as it is or behind "CODE=".
   Folder,     ///< The name of a folder.
+  Zone,       ///< A time zone, such as Asia/Shanghai.
   Module,     ///< A strategy module, by its bare name or as a file.
 };
 

@@ -22,6 +22,17 @@ double withoutNoise(double value) {
   return std::strtod(text, nullptr);
 }
 
+/// Both are the doubles nearest to decimals. What their difference has below the step between the
+/// doubles there is noise: 1000260.55 - 1000000 is 260.55, and not 260.550000000047.
+double differenceOf(double one, double other) {
+  const double size = std::max(std::abs(one), std::abs(other));
+  const double step = std::nextafter(size, HUGE_VAL) - size;
+  const int decimals = std::clamp(static_cast<int>(-std::log10(2 * step)), 0, 40);
+  char text[512];
+  std::snprintf(text, sizeof(text), "%.*f", decimals, one - other);
+  return std::strtod(text, nullptr) + 0.0;  // Which makes a plain zero of a negative one.
+}
+
 double meanOf(const std::vector<double>& values) {
   double sum = 0;
   for (const double value : values) sum += value;
@@ -67,6 +78,8 @@ void addTradeFigures(const std::vector<OrderFill>& fills, Figures& figures) {
       ++losses;
     }
   }
+  won = withoutNoise(won);
+  lost = withoutNoise(lost);
   figures.turnover = withoutNoise(figures.turnover);
   figures.fees = withoutNoise(figures.fees);
   if (figures.closings > 0)
@@ -107,20 +120,26 @@ std::vector<double> dailyReturns(double startBalance, const std::vector<EquityPo
   return returns;
 }
 
-Drawdown deepestDrawdown(const std::vector<EquityPoint>& curve) {
+Drawdown deepestDrawdown(double startBalance, const std::vector<EquityPoint>& curve) {
+  const bool hasShares = startBalance > 0;
   Drawdown deepest;
+  if (hasShares) deepest.share = 0;
   if (curve.empty()) return deepest;
   EquityPoint peak = curve.front();
   double peakEquity = 0;
+  double depth = 0;
   for (const EquityPoint& point : curve) {
     if (point.equity >= peak.equity) {
       peak = point;
       continue;
     }
-    if (peak.equity <= 0) continue;
-    const double share = (peak.equity - point.equity) / peak.equity;
-    if (share <= deepest.share) continue;
-    deepest = {withoutNoise(peak.equity - point.equity), share, peak.time, point.time, kUnsetTime};
+    if (hasShares && peak.equity <= 0) continue;
+    const double fall = peak.equity - point.equity;
+    const double its = hasShares ? fall / peak.equity : fall;
+    if (its <= depth) continue;
+    depth = its;
+    deepest = {differenceOf(peak.equity, point.equity),
+               hasShares ? std::optional(its) : std::nullopt, peak.time, point.time, kUnsetTime};
     peakEquity = peak.equity;
   }
   if (deepest.troughTime == kUnsetTime) return deepest;
@@ -136,7 +155,7 @@ Figures makeFigures(double startBalance, const std::vector<EquityPoint>& curve,
   Figures figures;
   figures.startBalance = startBalance;
   figures.finalEquity = curve.empty() ? startBalance : curve.back().equity;
-  figures.profit = withoutNoise(figures.finalEquity - startBalance);
+  figures.profit = differenceOf(figures.finalEquity, startBalance);
   if (startBalance > 0) figures.totalReturn = figures.profit / startBalance;
   if (!curve.empty())
     figures.days = static_cast<double>(curve.back().time - curve.front().time) / kDayMs;
@@ -144,7 +163,7 @@ Figures makeFigures(double startBalance, const std::vector<EquityPoint>& curve,
     figures.annualReturn =
         std::pow(figures.finalEquity / startBalance, kYearDays / figures.days) - 1;
   addReturnFigures(dailyReturns(startBalance, curve), figures);
-  figures.drawdown = deepestDrawdown(curve);
+  figures.drawdown = deepestDrawdown(startBalance, curve);
   addTradeFigures(fills, figures);
   figures.exposure = exposureOf(curve);
   return figures;

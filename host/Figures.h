@@ -17,7 +17,7 @@ inline constexpr double kLeastDaysOfAYear = 28;
 /// The deepest fall of an equity curve from a peak before it.
 struct Drawdown {
   double amount = 0;
-  double share = 0;  ///< Of the peak.
+  std::optional<double> share;  ///< Of the peak; none where the account began without money.
   int64 peakTime = kUnsetTime, troughTime = kUnsetTime;
   int64 recoveryTime = kUnsetTime;  ///< The first time at or above the peak again; unset if never.
 };
@@ -46,6 +46,7 @@ Figures makeFigures(double startBalance, const std::vector<EquityPoint>& curve,
 /// Returns between the last equities of the UTC days of a curve, the first against the start.
 std::vector<double> dailyReturns(double startBalance, const std::vector<EquityPoint>& curve);
 
-Drawdown deepestDrawdown(const std::vector<EquityPoint>& curve);
+/// The deepest one as a share of its peak; without a start balance, as an amount.
+Drawdown deepestDrawdown(double startBalance, const std::vector<EquityPoint>& curve);
 
 }  // namespace orvane

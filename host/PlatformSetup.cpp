@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <stdexcept>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -12,6 +13,7 @@
 #include "host/InstrumentInputs.h"
 #include "host/TimeArgument.h"
 #include "host/TradeConfig.h"
+#include "host/WriteError.h"
 #include "platform/dictionary/RecordFile.h"
 #include "platform/events/IndexFile.h"
 #include "shared/TextCodec.h"
@@ -129,6 +131,8 @@ std::unique_ptr<EmbeddedPlatform> platformOf(const RunPlan& plan, const Platform
     return std::make_unique<EmbeddedPlatform>(options);
   } catch (const std::invalid_argument& error) {
     throw InputError(placed(plan, error.what()));
+  } catch (const std::system_error& error) {
+    throw WriteError(error.what());
   } catch (const std::runtime_error& error) {
     throw InputError(error.what());
   }

@@ -154,7 +154,8 @@ std::string notesText(const std::vector<std::string>& notes) {
   return text;
 }
 
-std::string runnerText(const RunnerOutcome& runner) {
+/// `from` is where the playback began; what was received from before it is history.
+std::string runnerText(const RunnerOutcome& runner, int64 from) {
   std::string text = fmt::format("\nrunner {} ({}): {}\n", runner.plan.name, runner.plan.strategy,
                                  runnerStatusName(runner.state.status));
   if (!runner.state.message.empty()) text += fmt::format("  message    {}\n", runner.state.message);
@@ -169,8 +170,11 @@ std::string runnerText(const RunnerOutcome& runner) {
                     series.isTicks ? "ticks" : "bars " + shownPeriod(gbkToUtf8(series.frequency)),
                     reportedCode(series.code));
   if (record.firstTime != kUnsetTime)
-    text += fmt::format("  simulated span     {} .. {}\n", isoTime(record.firstTime),
-                        isoTime(record.lastTime));
+    text += fmt::format(
+        "  simulated span     {} .. {}\n",
+        isoTime(from == kUnsetTime || from >= record.lastTime ? record.firstTime
+                                                              : std::max(from, record.firstTime)),
+        isoTime(record.lastTime));
   if (record.exceptions != 0)
     text += fmt::format("  exceptions         {:>12}, the first in {}\n", record.exceptions,
                         record.firstException);
@@ -291,7 +295,7 @@ std::string summaryText(const RunOutcome& outcome) {
                         series.records, isoTime(series.firstTime), isoTime(series.lastTime),
                         series.timeZone) +
             notesText(series.notes);
-  for (const RunnerOutcome& runner : outcome.runners) text += runnerText(runner);
+  for (const RunnerOutcome& runner : outcome.runners) text += runnerText(runner, outcome.from);
   text += figuresTable(outcome);
   text += fmt::format("\n{}: {} events in {:.3f} s, {:.0f} events/s, {:.0f} records/s\n",
                       outcome.isInterrupted ? "interrupted"

@@ -9,6 +9,7 @@
 #include "host/Console.h"
 #include "host/DataSet.h"
 #include "host/EventConfig.h"
+#include "host/ExitTeller.h"
 #include "host/FileHash.h"
 #include "host/FileRoles.h"
 #include "host/InputError.h"
@@ -216,6 +217,7 @@ int RunCommand::execute() {
   std::vector<FileHash> hashes;
   if (!plan.reportFolder.empty()) hashes = hashesOf(plan.dataFiles());
 
+  const ExitTeller exits;
   InterruptWatcher interrupts(isWatched_ ? std::initializer_list<int>{WatchView::kHeldSignal}
                                          : std::initializer_list<int>{});
   std::optional<WatchView> view;

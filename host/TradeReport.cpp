@@ -8,6 +8,7 @@
 #include <cmath>
 #include <map>
 
+#include "host/FigureText.h"
 #include "host/Report.h"
 #include "host/ReportJson.h"
 #include "host/TimeArgument.h"
@@ -103,7 +104,7 @@ QJsonValue annualNote(const Figures& figures) {
 QJsonObject figuresObject(const Figures& figures) {
   const Drawdown& fall = figures.drawdown;
   const QJsonObject drawdown{{"amount", fall.amount},
-                             {"share", fall.share},
+                             {"share", numberOrNull(fall.share)},
                              {"peak", timeOrNull(fall.peakTime)},
                              {"trough", timeOrNull(fall.troughTime)},
                              {"recovery", timeOrNull(fall.recoveryTime)}};
@@ -184,14 +185,11 @@ QJsonObject capitalObject(const TradingAccount& capital) {
           {"equity", view.equity()}};
 }
 
-/// What rounds to zero has no sign.
 std::string ratio(const std::optional<double>& value) {
-  if (!value) return "-";
-  std::string text = fmt::format("{:.2f}", *value);
-  return text == "-0.00" ? "0.00" : text;
+  return value ? roundedText(*value, 2) : "-";
 }
 std::string percent(const std::optional<double>& share) {
-  return share ? ratio(*share * 100) + "%" : "-";
+  return share ? percentText(*share) : "-";
 }
 
 }  // namespace

@@ -66,6 +66,8 @@ std::string actionOf(const OptionEntry& option) {
       return "_orvane_coded_files";
     case ValueKind::Folder:
       return "_files -/";
+    case ValueKind::Zone:
+      return "_time_zone";
     case ValueKind::Module:
       return "_orvane_modules";
     case ValueKind::None:

@@ -60,7 +60,8 @@ struct PlaybackProgress {
 class ORVANE_API EmbeddedPlatform final : public IPlatform {
  public:
   /// Throws `std::invalid_argument` if an option is wrong, and `std::runtime_error`, which names
-  /// the path, if the trade store or the dictionary cannot be written; both in UTF-8.
+  /// the path, if the trade store or the dictionary cannot be written, a `std::system_error` among
+  /// them where the disk is at fault; all in UTF-8.
   explicit EmbeddedPlatform(PlatformOptions options = {});
   ~EmbeddedPlatform() override;
 

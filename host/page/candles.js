@@ -59,9 +59,9 @@ function axisOf(times) {
 /**
  * The equity curve on an axis: for each of its times the last equity before the next one, and the
  * deepest fall from the peak so far, as a share of it, that the curve had by then. `null` before
- * the curve begins.
+ * the curve begins, and every fall where there are no shares, of an account that began with nothing.
  */
-function onAxis(axis, curve) {
+function onAxis(axis, curve, hasShares = true) {
   const equity = new Array(axis.utc.length).fill(null);
   const drawdown = new Array(axis.utc.length).fill(null);
   let next = 0;
@@ -77,7 +77,7 @@ function onAxis(axis, curve) {
     }
     if (last === null) continue;
     equity[i] = last;
-    drawdown[i] = deepest;
+    if (hasShares) drawdown[i] = deepest;
   }
   return { equity, drawdown };
 }

@@ -159,7 +159,7 @@ class RunChart {
 
   addEquity() {
     const { axis } = this;
-    const curve = onAxis(axis, this.trading.equity);
+    const curve = onAxis(axis, this.trading.equity, this.trading.startBalance > 0);
     this.curve = curve;
     const pane = this.series ? 1 : 0;
     const points = (values) => axis.chart.map((time, i) =>

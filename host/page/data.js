@@ -22,3 +22,9 @@ function readRun() {
 }
 
 const run = readRun();
+
+/** What of a span of data was played: what lies before the run's begin was there as history. */
+function playedSpan({ begin, end }) {
+  const isLater = run.from && begin && begin < run.from && run.from < end;
+  return { begin: isLater ? run.from : begin, end };
+}

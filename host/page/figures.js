@@ -26,7 +26,7 @@ function tradingTiles(trading) {
     signedTile('Return', signedPercent(figures.return),
       [signedMoney(figures.profit), trading.currency].filter(Boolean).join(' ')),
     annual,
-    signedTile('Max drawdown', percent(-fall.share),
+    signedTile('Max drawdown', percent(fall.share === null ? null : -fall.share),
       fall.trough ? `trough ${reportDate(fall.trough)}` : 'never below a peak'),
     sharpe,
     tile('Win rate', percent(figures.winRate, 1), `of ${plural(figures.closings, 'closing fill')}`),

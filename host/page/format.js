@@ -33,7 +33,12 @@ function tone(text) {
   return text.startsWith('\u2212') ? 'down' : 'up';
 }
 
-function percent(share, digits = 2) {
+/** How many decimals show a share: two, or four where two would read as nothing and four do not. */
+function shareDecimals(share) {
+  return Math.abs(share) >= 0.0000005 && Math.abs(share) < 0.00005 ? 4 : 2;
+}
+
+function percent(share, digits = shareDecimals(share)) {
   return share === null || share === undefined ? NONE : `${number(share * 100, digits)}%`;
 }
 

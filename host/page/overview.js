@@ -134,7 +134,7 @@ class OverviewPage {
     return el('div', { class: 'title' }, el('h1', {}, 'Overview', tag),
       el('p', { class: 'muted' }, [plural(run.entries.filter((entry) =>
         entry.kind === 'runner').length, 'runner'),
-      spanText({ begin: begins[0], end: ends[ends.length - 1] }), run.timeZone, run.mode]
+      spanText(playedSpan({ begin: begins[0], end: ends[ends.length - 1] })), run.timeZone, run.mode]
         .filter(Boolean).join(' · ')));
   }
 

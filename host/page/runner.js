@@ -63,7 +63,7 @@ class RunnerPage {
     }
     if (entry.server) tags.push(el('span', { class: 'tag' }, 'server'));
     if (entry.trading) tags.push(el('span', { class: 'tag' }, `account ${entry.trading.account}`));
-    const span = spanText(entry.span || {});
+    const span = spanText(playedSpan(entry.span || {}));
     const under = [entry.strategy && entry.strategy !== entry.name ? entry.strategy : null, span,
       run.timeZone, run.mode].filter(Boolean).join(' · ');
     return el('div', { class: 'title' },

@@ -62,7 +62,7 @@ function dataCard() {
       ? `${range.values[0]} … ${range.values[range.values.length - 1]} ` +
         `(${plural(range.values.length, 'value')})` : range.values.join(', '))),
     ...sweep.data.map((series) => pair(`${series.code} ${series.frequency}`,
-      `${plural(series.records, 'record')}, ${spanText(series)}, ${series.files}`))));
+      `${plural(series.records, 'record')}, ${spanText(series)} UTC, ${series.files}`))));
 }
 
 let mapCard = null;

@@ -53,12 +53,16 @@ FigureValues figureValues(const Figures& figures) {
   return values;
 }
 
-std::size_t figureNamed(const std::string& name, const std::string& option) {
+std::vector<std::string> figureNames() {
   std::vector<std::string> names;
-  for (std::size_t i = 0; i < kFigureColumns; ++i) {
+  for (const FigureColumn& column : figureColumns()) names.emplace_back(column.name);
+  return names;
+}
+
+std::size_t figureNamed(const std::string& name, const std::string& option) {
+  for (std::size_t i = 0; i < kFigureColumns; ++i)
     if (name == figureColumns()[i].name) return i;
-    names.emplace_back(figureColumns()[i].name);
-  }
+  const std::vector<std::string> names = figureNames();
   const std::string* const meant = textMeant(names, name);
   throw InputError(fmt::format("{}: \"{}\" is not a figure; {}there are {}", option, name,
                                meant == nullptr ? "" : fmt::format("is \"{}\" meant? ", *meant),

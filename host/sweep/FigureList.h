@@ -25,6 +25,9 @@ const std::array<FigureColumn, kFigureColumns>& figureColumns();
 
 FigureValues figureValues(const Figures& figures);
 
+/// The names of all figures, in their order.
+std::vector<std::string> figureNames();
+
 /// The place of a figure in the list. Throws `InputError`, which begins with `option` and lists
 /// all names, if there is none of that name.
 std::size_t figureNamed(const std::string& name, const std::string& option);

@@ -7,6 +7,7 @@
 #include <set>
 
 #include "host/CsvText.h"
+#include "host/FigureText.h"
 #include "host/TimeArgument.h"
 
 namespace orvane {
@@ -42,18 +43,10 @@ std::string columnName(const std::string& parameter) {
   return taken.contains(parameter) ? "param." + parameter : parameter;
 }
 
-/// What rounds to zero has no sign.
-std::string roundedText(double value, int decimals) {
-  std::string text = fmt::format("{:.{}f}", value, decimals);
-  if (text.starts_with('-') && text.find_first_of("123456789in") == std::string::npos)
-    text.erase(0, 1);
-  return text;
-}
-
 std::string figureText(std::size_t figure, const std::optional<double>& value) {
   if (!value) return "-";
   const FigureColumn& column = figureColumns()[figure];
-  if (column.isShare) return roundedText(*value * 100, 2) + "%";
+  if (column.isShare) return percentText(*value);
   const std::string name = column.name;
   return roundedText(*value, name == "fills" || name == "closings" ? 0 : 2);
 }

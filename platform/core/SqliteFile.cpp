@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
@@ -94,6 +95,14 @@ SQLite::Database openSqlite(const std::string& path, const SqliteFormat& format)
   }
   if (isFile) database.exec("PRAGMA journal_mode = WAL");
   return database;
+}
+
+void failToOpen(const std::string& name, const std::exception& error) {
+  const auto* its = dynamic_cast<const SQLite::Exception*>(&error);
+  const int code = its == nullptr ? SQLITE_OK : its->getErrorCode() & 0xff;
+  if (code == SQLITE_FULL) throw std::system_error(ENOSPC, std::generic_category(), name);
+  if (code == SQLITE_IOERR) throw std::system_error(EIO, std::generic_category(), name);
+  throw std::runtime_error(name + ": " + error.what());
 }
 
 SQLite::Database openSqliteAgain(const std::string& path) {

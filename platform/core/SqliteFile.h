@@ -2,6 +2,7 @@
 
 #include <SQLiteCpp/SQLiteCpp.h>
 
+#include <exception>
 #include <string>
 
 #include "shared/Export.h"
@@ -24,6 +25,11 @@ inline constexpr const char* kSqliteInMemory = ":memory:";
 /// of which names the path, if it cannot be read and written, or is anything else than a database
 /// of this format; it is then as it was before.
 ORVANE_API SQLite::Database openSqlite(const std::string& path, const SqliteFormat& format);
+
+/// Throws what `error` says of the database called `name`, which could not be opened or begun: as
+/// `std::system_error` where the disk is at fault, as when it is full, else as
+/// `std::runtime_error`.
+[[noreturn]] void failToOpen(const std::string& name, const std::exception& error);
 
 /// One more connection to a file that `openSqlite` opened in this process. It does not look into
 /// the file by itself: whoever closes a file takes away the locks that SQLite holds on it for the

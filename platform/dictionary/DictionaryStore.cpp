@@ -26,7 +26,7 @@ DictionaryStore::DictionaryStore(const std::string& path, bool isPlayback)
     base_ = tables_->beginSession(isPlayback);
     if (!inMemory_) reading_ = std::make_unique<DictionaryTables>(path, Connection::Further);
   } catch (const std::exception& error) {
-    throw std::runtime_error("dictionary " + path + ": " + error.what());
+    failToOpen("dictionary " + path, error);
   }
   openRound_ = base_ + 1;
   admitted_.store(base_);

@@ -4,6 +4,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "platform/core/SqliteFile.h"
 #include "platform/trade/SqliteTables.h"
 
 namespace orvane::detail {
@@ -24,7 +25,7 @@ SqliteStore::SqliteStore(const std::string& path) : path_(path) {
   try {
     tables_ = std::make_unique<Tables>(path);
   } catch (const std::exception& error) {
-    throw std::runtime_error("store " + path + ": " + error.what());
+    failToOpen("store " + path, error);
   }
   thread_ = std::thread([this] { work(); });
 }

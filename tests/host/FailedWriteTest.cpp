@@ -80,6 +80,17 @@ TEST_F(FailedWrite, shouldPlayOnAndReportWhenTheDictionaryCannotGrow) {
   expectReported(dictionary);
 }
 
+TEST_F(FailedWrite, shouldCallNoInputWrongWhenADatabaseFindsNoRoomAtTheStart) {
+  for (const std::string kind : {"store", "dictionary"}) {
+    const std::string path = folder_ / (kind + ".db");
+    const auto result = run({"--" + kind, path}, {{}, 1024});
+    EXPECT_EQ(result.exitCode, kExitRunFailed) << result.err;
+    EXPECT_THAT(result.err, testing::StartsWith("orvane: " + kind + " " + path + ": "));
+    EXPECT_FALSE(fs::exists(path));
+    EXPECT_FALSE(fs::exists(report_));
+  }
+}
+
 TEST_F(FailedWrite, shouldTellOfADictionaryThatCannotGrowWhenNothingIsPlayed) {
   const std::string dictionary = folder_ / "dictionary.db";
   const auto result =

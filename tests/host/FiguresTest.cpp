@@ -6,6 +6,7 @@
 
 #include <cmath>
 
+#include "host/FigureText.h"
 #include "platform/fields/FillView.h"
 #include "tests/host/Durations.h"
 
@@ -89,16 +90,45 @@ TEST(Figures, shouldTellNothingByTheYearOfLessThanFourWeeks) {
 
 TEST(Figures, shouldFindTheDeepestDrawdownWithItsDates) {
   const Drawdown fall = deepestDrawdown(
+      100,
       {{1, 100, 0}, {2, 90, 0}, {3, 120, 0}, {4, 84, 0}, {5, 100, 0}, {6, 120, 0}, {7, 110, 0}});
   EXPECT_DOUBLE_EQ(fall.amount, 36);
-  EXPECT_DOUBLE_EQ(fall.share, 0.3);
+  EXPECT_DOUBLE_EQ(fall.share.value(), 0.3);
   EXPECT_EQ(fall.peakTime, 3);
   EXPECT_EQ(fall.troughTime, 4);
   EXPECT_EQ(fall.recoveryTime, 6);
 }
 
 TEST(Figures, shouldLeaveTheRecoveryOutWhereItNeverCame) {
-  EXPECT_EQ(deepestDrawdown({{1, 100, 0}, {2, 90, 0}, {3, 99, 0}}).recoveryTime, kUnsetTime);
+  EXPECT_EQ(deepestDrawdown(100, {{1, 100, 0}, {2, 90, 0}, {3, 99, 0}}).recoveryTime, kUnsetTime);
+}
+
+TEST(Figures, shouldGiveNoShareOfAnAccountThatBeganWithoutMoney) {
+  const Drawdown fall = deepestDrawdown(0, {{1, 0, 0}, {2, 7, 0}, {3, -84, 0}, {4, -50, 0}});
+  EXPECT_EQ(fall.share, std::nullopt);
+  EXPECT_DOUBLE_EQ(fall.amount, 91);
+  EXPECT_EQ(fall.peakTime, 2);
+  EXPECT_EQ(fall.troughTime, 3);
+  EXPECT_EQ(deepestDrawdown(100, {{1, 100, 0}}).share, 0);
+}
+
+TEST(Figures, shouldTellDifferencesWithoutTheNoiseOfTheirSubtraction) {
+  const Figures figures = makeFigures(1'000'000, {{1, 1'000'300.1, 0}, {2, 1'000'260.55, 0}}, {});
+  EXPECT_EQ(figures.profit, 260.55);
+  EXPECT_EQ(figures.totalReturn, 260.55 / 1'000'000);
+  EXPECT_EQ(figures.drawdown.amount, 39.55);
+  EXPECT_EQ(makeFigures(1e14, {{1, 1e14 + 0.5, 0}}, {}).profit, 0.5);
+  EXPECT_EQ(makeFigures(0.001, {{1, 0.00100000001, 0}}, {}).profit, 1e-11);
+  EXPECT_EQ(makeFigures(9'000'000, {{1, 9'000'000.1, 0}}, {}).profit, 0.1);
+  EXPECT_EQ(makeFigures(0, {}, {}).profit, 0);
+}
+
+TEST(FigureText, shouldShowWhatTwoDecimalsWouldHide) {
+  EXPECT_EQ(percentText(0.1234567), "12.35%");
+  EXPECT_EQ(percentText(0.0000437), "0.0044%");
+  EXPECT_EQ(percentText(-0.0000437), "-0.0044%");
+  EXPECT_EQ(percentText(0), "0.00%");
+  EXPECT_EQ(percentText(-1e-9), "0.00%");
 }
 
 TEST(Figures, shouldCountClosingFillsAfterTheirFees) {

@@ -116,6 +116,15 @@ TEST_F(Program, shouldCountExceptionsAndGoOn) {
   EXPECT_THAT(result.err, HasSubstr("not this bar"));
 }
 
+TEST_F(Program, shouldTakeNoExitOfAStrategyForARunThatWentWell) {
+  const auto result = run(test::testModule("crashing_strategy"),
+                          {"--params", R"({"gate": "/dev/null", "how": "exit"})"});
+  EXPECT_EQ(result.exitCode, kExitRunFailed);
+  EXPECT_EQ(result.out, "last words\n");
+  EXPECT_THAT(result.err, HasSubstr("orvane: a strategy ended the process by exit; there is no "
+                                    "summary and no report\n"));
+}
+
 TEST_F(Program, shouldLeaveTheDigestOutWhenItIsSwitchedOff) {
   EXPECT_THAT(run("sma_cross", {"--no-digest"}).out, Not(HasSubstr("digest")));
   EXPECT_TRUE(runner()["digest"].isNull());

@@ -40,6 +40,28 @@ TEST_F(RunNotes, shouldBeNoneForAnOrdinaryRun) {
   expectNote({"-s", "sma_cross", "-b", bars_, "--from", "2021-01-04T09:10"}, "");
 }
 
+TEST_F(RunNotes, shouldTellOfOptionsOnBarsThatTicksPassBy) {
+  const std::string ticks =
+      folder_.write("t.csv", "datetime,bid1,ask1\n2021-01-04 09:00:00,10,11\n");
+  const std::string note = " changes nothing for ticks; it is for bars\n";
+  const auto of = [&](std::vector<std::string> more) {
+    std::vector<std::string> all = {"inspect", "--ticks", ticks};
+    all.insert(all.end(), more.begin(), more.end());
+    return test::runProgram(all).out;
+  };
+  EXPECT_THAT(of({"--stamp", "end", "--period", "1m", "--side", "ask"}),
+              HasSubstr("note   \"stamp\", \"period\", \"side\"" + note));
+  EXPECT_THAT(of({"--side", "ask"}), HasSubstr("note   \"side\"" + note));
+  EXPECT_THAT(of({"--timezone", "Asia/Shanghai"}), testing::Not(HasSubstr(note)));
+}
+
+TEST_F(RunNotes, shouldBeginTheSimulatedSpanAtTheBeginOfThePlayback) {
+  const auto result = run({"-s", "sma_cross", "-b", bars_, "--from", "2021-01-04T09:10"});
+  EXPECT_THAT(result.out, HasSubstr("simulated span     2021-01-04T09:10:00.000Z .. "));
+  EXPECT_THAT(run({"-s", "sma_cross", "-b", bars_}).out,
+              HasSubstr("simulated span     2021-01-04T09:01:00.000Z .. "));
+}
+
 TEST_F(RunNotes, shouldTellThatNothingLiesBetweenFromAndTo) {
   const std::string range =
       "the data go from 2021-01-04T09:01:00.000Z to 2021-01-04T09:31:00.000Z; choose --from and "

@@ -47,13 +47,14 @@ class Watch : public testing::Test {
     EXPECT_TRUE(program.showsUsualScreen());
   }
   /// A strategy ends the process: the terminal is as before, and nothing that was said is lost.
-  void expectTerminalBack(const std::string& how, int code) const {
+  void expectTerminalBack(const std::string& how, int code, const std::string& said = {}) const {
     TerminalProgram program(held("crashing_strategy", how));
     ASSERT_TRUE(program.awaitOutput("last words"));
     openGate();
     EXPECT_EQ(program.end(), code);
     expectTerminalAsBefore(program);
     EXPECT_THAT(program.afterView(), HasSubstr("last words\r\n"));
+    EXPECT_THAT(program.afterView(), HasSubstr(said));
   }
   static std::string digestOf(const std::string& folder) {
     return test::readReport(folder)["runners"]
@@ -158,7 +159,7 @@ TEST_F(Watch, shouldGiveTheTerminalBackWhenAStrategyAborts) {
 TEST_F(Watch, shouldGiveTheTerminalBackWhenAStrategyEndsTheProcess) {
   if (support::kSanitizerDivisor != 1)
     GTEST_SKIP() << "a sanitizer takes threads that exit() leaves behind for leaks";
-  expectTerminalBack("exit", 7);
+  expectTerminalBack("exit", kExitRunFailed, "orvane: a strategy ended the process by exit; ");
 }
 
 TEST_F(Watch, shouldGiveTheTerminalBackAfterAFault) {

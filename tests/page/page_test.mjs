@@ -252,6 +252,32 @@ const tests = {
     await page.close();
   },
 
+  async shouldShowSmallSharesWithFourDecimals() {
+    const { url, report } = run('small', { runners: [crossing('small', 20)], bars: oneSeries,
+      capital: 3000000 });
+    const { figures } = report.runners[0].trading;
+    const fall = figures.maxDrawdown.share;
+    assert.ok(fall > 0.0000005 && fall < 0.00005, JSON.stringify(figures));
+    const page = await browser.open(url);
+    const tile = (await tilesOf(page))['Max drawdown'];
+    assert.deepEqual([tile.value, tile.className],
+      [`\u2212${(fall * 100).toFixed(4)}%`, 'tile-value down']);
+    expectClean(page, url);
+    await page.close();
+  },
+
+  async shouldTellNoFallInPercentOfAnAccountThatBeganWithNothing() {
+    const { url, report } = run('nothing', { runners: [crossing('nothing', 20)], bars: oneSeries,
+      capital: 0 });
+    const { maxDrawdown } = report.runners[0].trading.figures;
+    assert.equal(maxDrawdown.share, null);
+    assert.ok(maxDrawdown.amount > 0);
+    const page = await browser.open(url);
+    assert.equal((await tilesOf(page))['Max drawdown'].value, '–');
+    expectClean(page, url);
+    await page.close();
+  },
+
   async shouldNameInTheOverviewWhatWasPlayed() {
     const { url } = run('part', { runners: [crossing('quick', 10), crossing('slow', 40)],
       bars: oneSeries, to: '2021-01-06T12:00' });
@@ -259,6 +285,10 @@ const tests = {
     const under = await page.value(text('.title p'));
     assert.match(under, /2021-01-04 .*2021-01-06 /, 'what was played');
     assert.doesNotMatch(under, /2021-01-15/, 'the end of the data');
+    const late = await browser.open(run('late', { runners: [crossing('late', 10)],
+      bars: oneSeries, from: '2021-01-11' }).url);
+    assert.match(await late.value(text('.title p')), /2021-01-11 .*2021-01-15 /, 'no history');
+    await late.close();
     await expectClean(page, url);
     await page.close();
   },

@@ -176,6 +176,16 @@ void noteZone(std::vector<std::string>& notes, const Description& description,
     notes.push_back("times are taken as UTC; \"timeZone\" in a description tells another zone");
 }
 
+/// What a description says of bars; of ticks it passes unnoticed.
+void noteBarKeys(std::vector<std::string>& notes, const Description& description) {
+  std::string keys;
+  for (const auto& [isGiven, key] : {std::pair(description.stampIsEnd.has_value(), "stamp"),
+                                     {description.periodMs != 0, "period"},
+                                     {description.side.has_value(), "side"}})
+    if (isGiven) keys += (keys.empty() ? "\"" : ", \"") + std::string(key) + "\"";
+  if (!keys.empty()) notes.push_back(keys + " changes nothing for ticks; it is for bars");
+}
+
 std::vector<LoadedBars> readBarFiles(const DataFileRequest& request,
                                      const std::function<void(double)>& progress) {
   const Description description = readDescription(request.description);
@@ -210,6 +220,7 @@ std::vector<LoadedTicks> readTickFiles(const DataFileRequest& request,
     one.series.timeZone = zoneOf(group, description).name();
     one.series.origin = originOf(group.parts);
     noteZone(one.notes, description, group.timeZone);
+    if (group.timeZone.empty()) noteBarKeys(one.notes, description);
     addNotes(one.notes, group.notes);
     for (TickPart& part : group.parts) appendTicks(one.series, std::move(part));
     one.series.isOrdered = true;
