@@ -46,6 +46,34 @@ TEST_F(AbstractEventStrategyTest, shouldGiveTheModeToDataFirstAndThenToQuotes) {
   EXPECT_THAT(platform.calls.entries(), ElementsAre("publisher.create 4", "publisher.create 4"));
 }
 
+TEST_F(AbstractEventStrategyTest, shouldMakeTheDictionarySourceBeforeTheQuoteSource) {
+  int made = 0;
+  platform.calls.onCall("publisher.create", [&made] {
+    if (++made == 2) throw std::runtime_error("no publisher");
+  });
+  platform.calls.clear();
+  EXPECT_THROW(CollectingStrategy(), std::runtime_error);
+  // What was made goes again, and of the two only the dictionary source deletes its publisher.
+  EXPECT_THAT(platform.calls.entries(),
+              ElementsAre("publisher.create 0", "publisher.create 0", "publisher.gone"));
+  platform.calls.onCall("publisher.create", {});
+}
+
+TEST_F(AbstractEventStrategyTest, shouldLetGoOfItsTimersBeforeItsDictionarySource) {
+  strategy->createTimer(5, 1, 1, 1);
+  platform.timers.forget();  // A platform that lets go of the timer lets it end with the strategy.
+  // And of the sources while the timers end: then nobody but the strategy holds the others.
+  platform.calls.onCall("timer.stop", [this] { platform.forgetSpis(); });
+  platform.calls.clear();
+  strategy.reset();
+  const std::vector<std::string> calls = platform.calls.entries();
+  ASSERT_GE(calls.size(), 3u);
+  // The timers' end stops them; the dictionary source's end deletes its publisher.
+  EXPECT_THAT(std::vector<std::string>(calls.end() - 3, calls.end()),
+              ElementsAre("timer.stop 5", "timer.gone 5", "publisher.gone"));
+  platform.calls.onCall("timer.stop", {});
+}
+
 TEST_F(AbstractEventStrategyTest, shouldTakeModeZeroByDefault) {
   platform.calls.clear();
   const CollectingStrategy other;
