@@ -146,7 +146,13 @@ TEST_F(PumpTest, shouldLetTheRefCounterGoAfterTheLastEventOfItsBatch) {
   runner->pushEvent(new Probe(platform, seen));
   runner->pushEvent(new Probe(platform, seen));
   pool.runAll();
-  EXPECT_THAT(seen, ElementsAre(1, 1));
+  runner->pushEvent(new Probe(platform, seen));
+  runner->stop();  // What waits is discarded in the same order,
+  pool.runAll();
+  runner->pushEvent(new Probe(platform, seen));
+  runner->stopEvent();
+  runner.reset();  // and so it is at the end.
+  EXPECT_THAT(seen, ElementsAre(1, 1, 1, 1));
   EXPECT_EQ(platform.liveRefCounters(), 0);
 }
 
