@@ -2,6 +2,7 @@
 
 #include <log4cxx/logger.h>
 
+#include <algorithm>
 #include <latch>
 #include <memory>
 #include <thread>
@@ -44,6 +45,31 @@ TEST_F(AbstractEventStrategyTest, shouldGiveTheModeToDataFirstAndThenToQuotes) {
   // Both make their publisher while they are made, and no other source does.
   const CollectingStrategy other(4);
   EXPECT_THAT(platform.calls.entries(), ElementsAre("publisher.create 4", "publisher.create 4"));
+}
+
+TEST_F(AbstractEventStrategyTest, shouldMakeTheDictionarySourceBeforeTheQuoteSource) {
+  int made = 0;
+  platform.calls.onCall("publisher.create", [&made] {
+    if (++made == 2) throw std::runtime_error("no publisher");
+  });
+  platform.calls.clear();
+  EXPECT_THROW(CollectingStrategy(), std::runtime_error);
+  // What was made goes again, and of the two only the dictionary source deletes its publisher.
+  EXPECT_THAT(platform.calls.entries(),
+              ElementsAre("publisher.create 0", "publisher.create 0", "publisher.gone"));
+}
+
+TEST_F(AbstractEventStrategyTest, shouldLetGoOfItsTimersBeforeItsDictionarySource) {
+  strategy->createTimer(5, 1, 1, 1);
+  platform.timers.forget();  // So that the timer ends with the strategy, which is then alone
+  // to hold the other sources.
+  platform.calls.onCall("timer.stop", [this] { platform.forgetSpis(); });
+  platform.calls.clear();
+  strategy.reset();
+  // The timers' end stops them; the dictionary source's end deletes its publisher.
+  std::vector<std::string> calls = platform.calls.entries();
+  calls.erase(calls.begin(), std::find(calls.begin(), calls.end(), "timer.stop 5"));
+  EXPECT_THAT(calls, ElementsAre("timer.stop 5", "timer.gone 5", "publisher.gone"));
 }
 
 TEST_F(AbstractEventStrategyTest, shouldTakeModeZeroByDefault) {
@@ -275,6 +301,41 @@ TEST_F(AbstractEventStrategyTest, shouldForwardTimers) {
                           "timer.start 6 begin=100 interval=20 count=3"));
 }
 
+TEST_F(AbstractEventStrategyTest, shouldForwardTradeSubscriptions) {
+  TradingAccountID account;
+  account.accountKey = 5;
+  strategy->setCreateSourceTradeInfo({{"own", {EventTypeOrder, 0, {}}}});
+  strategy->subscribeTrade(account);
+  strategy->addSubscribeTradeByCreateSource("own", "other");
+  strategy->addSubscribeTradeByCreateId("own", 2);
+  strategy->onRelatedCodeIdChange({codeOf(7)});
+  strategy->unsubscribeTrade(account);
+  EXPECT_THAT(
+      platform.calls.entries("trade."),
+      ElementsAre("trade.subscribeStatus 5", "trade.subscribeOrderBySourceName other 5",
+                  "trade.subscribeOrderByEventSourceId 2 5",
+                  "trade.subscribeOrderBySourceName own 5 7", "trade.unsubscribeAccount 5"));
+}
+
+TEST_F(AbstractEventStrategyTest, shouldForwardSnapshotsGeneralEventsAndIndexes) {
+  strategy->subscribeDataSnapshot("dic", "key", 5);
+  strategy->unsubscribeDataSnapshot("dic", "key", 6);
+  strategy->subscribeGeneralEvent("t", "n", {"k"});
+  strategy->unsubscribeGenaralEvent("t", "n");
+  strategy->unsubscribeAllGenaralEvent();
+  strategy->subscribeElementChange(codeOf(3));
+  strategy->unsubscribeElementChange(codeOf(3));
+  strategy->subscribeElementChange(codeOf(4));
+  strategy->unsubscribeAllElementChange();
+  EXPECT_THAT(platform.calls.entries(),
+              ElementsAre("data.subscribeSnapshot dic/key flags=5",
+                          "data.unsubscribeSnapshot dic/key flags=6",
+                          "event.subscribe t names=n keys=k live=1", "event.unsubscribe t names=n",
+                          "event.unsubscribeTarget t", "index.subscribeElementChange 3",
+                          "index.unsubscribeElementChange 3", "index.subscribeElementChange 4",
+                          "index.unsubscribeElementChange 4"));
+}
+
 TEST_F(AbstractEventStrategyTest, shouldAnswerFromTheQuoteBooksWhetherSomethingIsSubscribed) {
   EXPECT_FALSE(strategy->isSubscribeKline(5));
   EXPECT_FALSE(strategy->isSubscribeQuote(codeOf(7)));
@@ -345,6 +406,8 @@ TEST_F(AbstractEventStrategyTest, shouldCopyTicksIntoABarEventThatIsTick) {
   const auto* event = strategy->last<BarEvent>();
   ASSERT_NE(event, nullptr);
   EXPECT_EQ(event->requestId, 5);
+  EXPECT_EQ(event->code.id, 7);
+  EXPECT_EQ(event->status, (ResultStatus{4, "s"}));
   ASSERT_EQ(event->ticks.size(), 1u);
   EXPECT_EQ(event->ticks[0].block1[0], 9);
   EXPECT_TRUE(event->bars.empty());

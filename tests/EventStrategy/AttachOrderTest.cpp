@@ -5,11 +5,13 @@
 #include <cstddef>
 #include <functional>
 #include <mutex>
+#include <string>
 #include <thread>
 #include <vector>
 
 #include "tests/EventStrategy/CollectingStrategy.h"
 #include "tests/EventStrategy/LibraryTest.h"
+#include "tests/support/HostThread.h"
 
 namespace orvane::support {
 namespace {
@@ -62,6 +64,32 @@ TEST_F(AttachOrder, shouldDetachInTheReverseOrder) {
   strategy.startEvent();
   const std::vector<Source> reversed(sources.rbegin(), sources.rend());
   letGoInTurn(reversed, false, [this] { strategy.stopEvent(); });
+}
+
+TEST_F(AttachOrder, shouldTakeANewNameToTradesEventsAndIndexInThisOrderUnderItsOwnMutex) {
+  const Source& trades = sources[2];
+  const Source& events = sources[4];
+  const Source& indexes = sources[5];
+  const auto isNamed = [](const Source& source, const std::function<std::string()>& name) {
+    const std::unique_lock lock(source.mutex, std::try_to_lock);
+    return lock.owns_lock() && name() == "new";
+  };
+  for (const Source* source : {&trades, &events, &indexes}) ASSERT_TRUE(source->mutex.try_lock());
+  {
+    HostThread namer([this] { strategy.setName("new"); });
+    trades.mutex.unlock();
+    while (!isNamed(trades, [this] { return TestAccess::name(TestAccess::trades(strategy)); }))
+      std::this_thread::yield();
+    EXPECT_EQ(TestAccess::name(TestAccess::events(strategy)), "");
+    events.mutex.unlock();
+    while (!isNamed(events, [this] { return TestAccess::name(TestAccess::events(strategy)); }))
+      std::this_thread::yield();
+    EXPECT_EQ(TestAccess::name(TestAccess::indexes(strategy)), "");
+    HostThread reader([this] { EXPECT_EQ(strategy.name(), "new"); });
+    EXPECT_TRUE(reader.awaitSleep());  // The strategy's own mutex is held to the end.
+    indexes.mutex.unlock();
+  }
+  EXPECT_EQ(TestAccess::name(TestAccess::indexes(strategy)), "new");
 }
 
 }  // namespace

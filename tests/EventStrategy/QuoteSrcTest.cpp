@@ -99,6 +99,7 @@ TEST_F(QuoteSrcTest, shouldGiveMinus2WithABlankBeforeTheTextWhenTheCodeServiceRe
   EXPECT_EQ(src->subscribeQuote(text, 0), expected);
   EXPECT_EQ(src->unsubscribeQuote(text, 0), expected);
   EXPECT_EQ(src->subscribeKline(text, "1m", 1, 0, 5, 0), expected);
+  EXPECT_EQ(src->subscribeKline(text, "7x", 1, 0, 5, 0), expected);  // The code comes first.
   EXPECT_THAT(quoteCalls(), IsEmpty());
   EXPECT_TRUE(TestAccess::requests(*src).empty());
 }

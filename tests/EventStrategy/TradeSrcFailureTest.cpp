@@ -87,6 +87,43 @@ TEST_F(TradeSrcFailure, shouldSetNoMarkOfASourceOrIdWhoseSubscribeThrewAndTryItA
                                         "trade.subscribeFillByEventSourceId 2 5"));
 }
 
+TEST_F(TradeSrcFailure, shouldSetNoMarkOfASourceOrIdWhoseFirstSubscribeThrew) {
+  source->subscribeTrade(account);
+  failAt("trade.subscribeOrderBySourceName");
+  failAt("trade.subscribeOrderByEventSourceId");
+  EXPECT_THROW(source->addSubscribeTradeByCreateSource("own", "x"), std::runtime_error);
+  EXPECT_THROW(source->addSubscribeTradeByCreateId("own", 2), std::runtime_error);
+  heal("trade.subscribeOrderBySourceName");
+  heal("trade.subscribeOrderByEventSourceId");
+  EXPECT_TRUE(marks().orderSources.empty());
+  EXPECT_TRUE(marks().fillSources.empty());
+  EXPECT_EQ(marks().orderEventSourceIds, 0);
+  EXPECT_EQ(marks().fillEventSourceIds, 0);
+}
+
+TEST_F(TradeSrcFailure, shouldTakeOverQuickBeforeTheFirstSubscribeOfAnAccount) {
+  source->setNotifyQuick(false);
+  failAt("trade.subscribeStatus");
+  EXPECT_THROW(source->subscribeTrade(account), std::runtime_error);
+  heal("trade.subscribeStatus");
+  EXPECT_FALSE(marks().quick);
+}
+
+TEST_F(TradeSrcFailure, shouldRememberNothingOfAReplayThatTheListenerThrowsIn) {
+  source->subscribeTrade(account);
+  platform.trade().orders = {orderOf(7, 3)};
+  platform.trade().fills = {fillOf("f")};
+  for (const char* kind : {"order", "fill"}) {
+    notify.onLine = [kind](const std::string& line) {
+      if (line.starts_with(kind)) throw std::runtime_error("no memory");
+    };
+    EXPECT_THROW(tellStatus(16), std::runtime_error);
+    EXPECT_EQ(TestAccess::finishedOrderIds(*source).size(), kind == std::string("fill") ? 1u : 0u);
+    EXPECT_TRUE(TestAccess::deliveredFillKeys(*source).empty());
+  }
+  notify.onLine = {};
+}
+
 TEST_F(TradeSrcFailure, shouldKeepAnAccountWhoseUnsubscribeThrewAndTryItAgain) {
   source->subscribeTrade(account);
   failAt("trade.unsubscribeAccount");

@@ -115,6 +115,10 @@ struct TestAccess {
   static std::string name(GeneralEventSrc& src) { return src.name_; }
   static std::string name(IndexSrc& src) { return src.name_; }
 
+  /// The mutex of the books of a source that has one for its notify pointer besides.
+  static std::mutex& dataMutex(QuoteSrc& src) { return src.dataMutex_; }
+  static std::mutex& dataMutex(DataSrc& src) { return src.dataMutex_; }
+
   /// The mutex under which each source writes its notify pointer.
   static std::mutex& attachMutex(DataSrc& src) { return src.notifyMutex_; }
   static std::mutex& attachMutex(QuoteSrc& src) { return src.notifyMutex_; }

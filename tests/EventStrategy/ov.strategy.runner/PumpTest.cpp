@@ -134,6 +134,28 @@ TEST_F(PumpTest, shouldMakeAnotherRefCounterForEventsThatArriveDuringABatch) {
   EXPECT_EQ(platform.liveRefCounters(), 0);
 }
 
+TEST_F(PumpTest, shouldLetTheRefCounterGoAfterTheLastEventOfItsBatch) {
+  struct Probe : OrderEvent {
+    Probe(FakePlatform& p, std::vector<int>& log) : platform(p), seen(log) {}
+    ~Probe() override { seen.push_back(platform.liveRefCounters()); }
+    FakePlatform& platform;
+    std::vector<int>& seen;
+  };
+  startRun();
+  std::vector<int> seen;
+  runner->pushEvent(new Probe(platform, seen));
+  runner->pushEvent(new Probe(platform, seen));
+  pool.runAll();
+  runner->pushEvent(new Probe(platform, seen));
+  runner->stop();  // What waits is discarded in the same order,
+  pool.runAll();
+  runner->pushEvent(new Probe(platform, seen));
+  runner->stopEvent();
+  runner.reset();  // and so it is at the end.
+  EXPECT_THAT(seen, ElementsAre(1, 1, 1, 1));
+  EXPECT_EQ(platform.liveRefCounters(), 0);
+}
+
 TEST_F(PumpTest, shouldMakeNoRefCounterForControlEvents) {
   const int made = platform.madeRefCounters();
   runner->start({});

@@ -524,6 +524,22 @@ TEST_F(RunnerContextTest, shouldLetBadWeakPtrPassToTheCallerWhenNotHeldByAShared
   EXPECT_THROW(resetting.reset4PlayBack({}), std::bad_weak_ptr);
 }
 
+TEST_F(RunnerContextTest, shouldDiscardFirstAndSetTheStopFlagLastWhenAStopCannotBeQueued) {
+  using Ask = void (*)(RunnerContext&);
+  const Ask asks[] = {[](RunnerContext& r) { r.stop(); }, [](RunnerContext& r) { r.setError("x"); },
+                      [](RunnerContext& r) { r.setFinish(); }};
+  for (const Ask ask : asks) {
+    RunnerContext unowned("solo", 0);
+    EXPECT_THROW(unowned.pushEvent(orderEvent(1)), std::bad_weak_ptr);
+    EXPECT_EQ(platform.liveRefCounters(), 1);
+    EXPECT_THROW(ask(unowned), std::bad_weak_ptr);
+    EXPECT_THAT(TestAccess::pendingTypes(unowned), IsEmpty());
+    EXPECT_EQ(platform.liveRefCounters(), 0);
+    EXPECT_FALSE(unowned.isSetStop());
+    EXPECT_TRUE(TestAccess::mutexIsFree(unowned));
+  }
+}
+
 // Log prefix.
 
 TEST_F(RunnerContextTest, shouldBeginALineWithTheDateTimeOnlyIfTimeIsEnabled) {

@@ -1,13 +1,20 @@
 // The whole table of a run's states: what each request makes of each of them, and what the host
 // hears of it.
 
+#include <atomic>
 #include <functional>
 #include <ostream>
+#include <stdexcept>
 #include <string>
+#include <thread>
 #include <tuple>
+#include <utility>
 #include <vector>
 
+#include "EventStrategy/ov.strategy.runner/Runner.h"
+#include "tests/EventStrategy/ExpectToWait.h"
 #include "tests/EventStrategy/ov.strategy.runner/RunnerTest.h"
+#include "tests/support/RunnerAccess.h"
 
 namespace orvane::support {
 namespace {
@@ -150,6 +157,199 @@ TEST_F(LifecycleLocks, shouldLogEachRequestWithTheListLockedAndTheSharedValuesFr
                                     "[INFO ] Runner r1,stop"));
   EXPECT_THAT(held, IsEmpty());  // A handler's lines are written with no lock.
   EXPECT_TRUE(runnerLogged("DEBUG", ",do start event"));
+}
+
+/// The four ways in which a run ends, each with the handler's line and what the host hears.
+struct End {
+  const char* name;
+  void (*ask)(RunnerContext&);
+  const char* requestLine;
+  const char* handlerLine;
+};
+
+const End kEnds[] = {
+    {"Stop", [](RunnerContext& r) { r.stop(); }, ",stop", ",do stop event"},
+    {"Error", [](RunnerContext& r) { r.setError("why"); }, ",setError,why", ",do error event"},
+    {"Finish", [](RunnerContext& r) { r.setFinish(); }, ",setFinish", ",do finish event"},
+    {"Reset", [](RunnerContext& r) { r.reset4PlayBack({}); }, ",reset for playback,isSetStop=0",
+     ",do reset for playback event"}};
+
+void PrintTo(const End& end, std::ostream* out) { *out << end.name; }
+
+class RunnerEnds : public RunnerTest, public ::testing::WithParamInterface<End> {
+ protected:
+  bool isReset() const { return GetParam().name == std::string("Reset"); }
+};
+
+TEST_P(RunnerEnds, shouldLogTheHandlerBeforeTheTeardown) {
+  startRun();
+  GetParam().ask(*runner);
+  pool.runAll();
+  std::vector<std::string> expected;
+  for (const std::string line : {GetParam().requestLine, GetParam().handlerLine})
+    expected.push_back((expected.empty() ? "[INFO ] Runner r1" : "[DEBUG] Runner r1") + line);
+  expected.push_back("[DEBUG] Runner r1,context exit");
+  expected.push_back("[DEBUG] Runner r1,stop all timer");
+  if (isReset()) expected.push_back("[DEBUG] Runner r1,do start event");
+  EXPECT_EQ(logs.messages("Runner"), expected);
+}
+
+TEST_P(RunnerEnds, shouldStillBeRunningWithoutATextWhileOnStopAndTheTeardownRun) {
+  startRun();
+  context().subscribeQuote(codeOf(7), 0);
+  std::vector<std::pair<std::uint32_t, std::string>> seen;
+  const auto look = [&] {
+    seen.emplace_back(TestAccess::state(*runner).flags, TestAccess::state(*runner).message);
+  };
+  script->on("onStop", [&](IContext*) { look(); });
+  platform.calls.onCall("quote.unsubscribeQuote", look);
+  GetParam().ask(*runner);
+  pool.runAll();
+  const std::pair<std::uint32_t, std::string> running{RunnerStateRunning, ""};
+  EXPECT_THAT(seen, ElementsAre(running, running));
+  platform.calls.onCall("quote.unsubscribeQuote", {});
+}
+
+TEST_P(RunnerEnds, shouldCutTheHandlerShortWhenOnStopThrows) {
+  startRun();
+  runner->saveEnvs({{"k", "v"}}, false, true);
+  script->on("onStop", [](IContext*) { throw std::runtime_error("no stop"); });
+  GetParam().ask(*runner);
+  pool.runAll();
+  EXPECT_TRUE(runnerLogged("ERROR", ",do pool task error,exception,msg=no stop"));
+  EXPECT_EQ(TestAccess::state(*runner).flags, RunnerStateRunning);
+  EXPECT_EQ(TestAccess::state(*runner).message, "");
+  EXPECT_EQ(TestAccess::strategyCount(*runner), 1u);
+  EXPECT_EQ(script->alive(), 1);
+  EXPECT_EQ(logs.countContaining("context exit"), 0);
+  EXPECT_EQ(runner->shared().env("k", ""), "v");
+  EXPECT_THAT(spi->statuses(), ElementsAre(3));
+  script->on("onStop", {});
+}
+
+TEST_P(RunnerEnds, shouldLogTheRequestBeforeItTouchesTheQueueAndTheStopFlag) {
+  startRun();
+  runner->pushEvent(orderEvent(1));
+  std::vector<std::pair<int, bool>> seen;
+  logs.onLine([&](const CapturedLine& line) {
+    if (line.message.ends_with(GetParam().requestLine))
+      seen.emplace_back(platform.liveRefCounters(), runner->isSetStop());
+  });
+  GetParam().ask(*runner);
+  logs.onLine({});
+  EXPECT_THAT(seen, ElementsAre(std::pair(1, false)));
+  EXPECT_EQ(platform.liveRefCounters(), isReset() ? 1 : 0);
+  EXPECT_EQ(runner->isSetStop(), !isReset());
+}
+
+TEST_P(RunnerEnds, shouldHaveSetTheStopFlagBeforeThePoolIsAsked) {
+  startRun();
+  pool.throwNext(1);
+  EXPECT_THROW(GetParam().ask(*runner), std::runtime_error);
+  EXPECT_EQ(runner->isSetStop(), !isReset());
+  runner->start({});
+  EXPECT_FALSE(runner->isSetStop());
+}
+
+INSTANTIATE_TEST_SUITE_P(EachEnd, RunnerEnds, ::testing::ValuesIn(kEnds),
+                         [](const auto& test) { return test.param.name; });
+
+TEST_F(LifecycleLocks, shouldClearTheStopFlagAfterTheLineOfAStartAndBeforeThePoolIsAsked) {
+  runner->stop();
+  pool.runAll();
+  bool seen = false;
+  logs.onLine([&](const CapturedLine&) { seen = runner->isSetStop(); });
+  pool.throwNext(1);
+  EXPECT_THROW(runner->start({}), std::runtime_error);
+  logs.onLine({});
+  EXPECT_TRUE(seen);
+  EXPECT_FALSE(runner->isSetStop());
+}
+
+TEST_F(LifecycleLocks, shouldPrepareTheTradeSourceBeforeTheStrategyIsTheRuns) {
+  std::vector<std::size_t> counts;
+  logs.onLine([&](const CapturedLine& line) {
+    if (line.message.find(",setCreateSourceTradeInfo,") != std::string::npos)
+      counts.push_back(TestAccess::strategyCount(*runner));
+  });
+  startRun();
+  logs.onLine({});
+  EXPECT_THAT(counts, ElementsAre(0u));
+}
+
+TEST_F(LifecycleLocks, shouldDestroyTheStrategiesBetweenTheTwoLinesOfItsEnd) {
+  startRun();
+  runner->stopEvent();
+  std::vector<int> alive;
+  logs.onLine([&](const CapturedLine& line) {
+    if (line.message.find(",RunnerContext destruct ") != std::string::npos)
+      alive.push_back(script->alive());
+  });
+  runner.reset();
+  logs.onLine({});
+  EXPECT_THAT(alive, ElementsAre(1, 0));
+}
+
+TEST_F(LifecycleLocks, shouldWaitForTheSharedValuesWhereverAHostTouchesThem) {
+  Runner handle("r2", 0);
+  RunnerContext& c = detail::RunnerAccess::context(handle);
+  IContext& user = TestAccess::context(c);
+  expectToWait(c.shared().mutex,
+               {[&] { handle.setStrategyPath("p"); }, [&] { handle.setSpi(spi); },
+                [&] { handle.setOrderSource("s"); },
+                [&] {
+                  handle.setEnvs({{"k", "v"}});
+                },
+                [&] {
+                  handle.setEnvItems({{"g", "k", 1, "t"}});
+                },
+                [&] {
+                  c.saveEnvs({{"k", "w"}}, true, false);
+                },
+                [&] {
+                  c.saveEnvItems({{"g", "k", 2, "u"}}, true, false);
+                },
+                [&] { user.notifySpi({}); }, [&] { user.env("k", ""); }, [&] { user.envs(); },
+                [&] { user.envItems("g"); }, [&] { user.orderSource(); }, [&] { user.clearEnv(); },
+                [&] { user.clearEnvItems(); }});
+  handle.setSpi({});
+}
+
+TEST_F(LifecycleLocks, shouldWaitForTheSharedValuesAtEachStepOfARun) {
+  // Each of these stops just before the pool task's next look at the shared values.
+  std::atomic<int> reached{0};
+  std::atomic<int> released{0};
+  const auto stopHere = [&] {
+    const int mine = ++reached;
+    while (released < mine) std::this_thread::yield();
+  };
+  spi->hook = [&](const std::string& call) {
+    if (call == "status 3 ") stopHere();
+  };
+  script->onCreate(stopHere);
+  script->on("onStop", [&](IContext*) { stopHere(); });
+  const auto expectWait = [&](int stop, const HostThread& task) {
+    while (reached < stop) std::this_thread::yield();
+    runner->shared().mutex.lock();
+    released = stop;
+    EXPECT_TRUE(task.awaitSleep()) << stop;
+    EXPECT_FALSE(runner->shared().envs.empty());  // It is the run's to its end.
+    runner->shared().mutex.unlock();
+  };
+  runner->saveEnvs({{"k", "v"}}, false, true);
+  runner->start({});
+  {
+    HostThread task([this] { pool.runAll(); });
+    expectWait(1, task);  // For the path.
+    expectWait(2, task);  // For the order source.
+  }
+  runner->stop();
+  {
+    HostThread task([this] { pool.runAll(); });
+    expectWait(3, task);  // To empty the environment.
+  }
+  EXPECT_THAT(spi->statuses(), ElementsAre(3, 0));
+  spi->hook = nullptr;
 }
 
 }  // namespace
