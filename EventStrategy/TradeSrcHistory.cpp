@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <limits>
 
 #include "EventStrategy/Services.h"
 #include "EventStrategy/TradeSrc.h"
@@ -12,7 +13,7 @@ namespace {
 constexpr int64 kDayMs = 86'400'000;
 constexpr int64 kMarginDays = 30;
 constexpr int64 kSpanDays = 180;
-constexpr std::int32_t kNoRecord = 20991231;
+constexpr std::int32_t kNoRecord = 20991231;  ///< Stands for a day that there is not.
 
 /// The mask that asks for the days on record alone, of the same kind as a request's.
 std::int32_t probeMask(std::int32_t mask) {
@@ -27,9 +28,10 @@ std::int32_t earliestDay(const HistoryQuery& query) {
   probe.mask = probeMask(query.mask);
   std::list<HistoryDayRecord> records;
   tradeService()->queryHistory(probe, records);
-  std::int32_t earliest = kNoRecord;
+  if (records.empty()) return kNoRecord;
+  std::int32_t earliest = std::numeric_limits<std::int32_t>::max();
   for (const HistoryDayRecord& record : records)
-    if (!record.entries.empty()) earliest = std::min(earliest, record.entries.front().date);
+    earliest = std::min(earliest, record.entries.empty() ? kNoRecord : record.entries.front().date);
   return earliest;
 }
 

@@ -80,6 +80,20 @@ TEST_F(TradeSrcHistory, shouldAskForNothingWhenNoDayIsOnRecord) {
   EXPECT_EQ(status.code, 0);
 }
 
+TEST_F(TradeSrcHistory, shouldTakeARecordWithoutDaysForOneOfTheLastDayOf2099) {
+  HistoryQuery query;
+  query.end = 5'000'000'000'000;  // 2128.
+  const int64 lastDay = 4'102'358'400'000;
+  platform.trade().history = {recordOf(account, {})};
+  EXPECT_EQ(spansOf(query).front().first, lastDay - 30 * kDay);
+  TradingAccountID other = account;
+  other.accountKey = 77;
+  platform.trade().history.push_back(recordOf(other, {21000131}));
+  EXPECT_EQ(spansOf(query).front().first, lastDay - 30 * kDay);
+  platform.trade().history = {recordOf(other, {21000131})};
+  EXPECT_EQ(spansOf(query).front().first, lastDay + kDay);
+}
+
 TEST_F(TradeSrcHistory, shouldProbeWithARequestThatIsTheSameButForItsMask) {
   put(20210131);
   HistoryQuery query;
