@@ -34,13 +34,14 @@ function chartOptions(axis, width) {
 
 const LABEL_ROOM = 28;  // Pixels: half a label of the time axis, so that the first is not cut.
 
-function showWhole(chart, axis) {
+/** Shows all, or all from a place of the axis on. */
+function showWhole(chart, axis, first = 0) {
   const room = chart.timeScale().width();
   const last = axis.utc.length - 1;
+  const before = (last + 1 - first) * LABEL_ROOM / (room - LABEL_ROOM);
   if (room < 4 * LABEL_ROOM || last < 1) chart.timeScale().fitContent();
   else
-    chart.timeScale().setVisibleLogicalRange(
-      { from: -0.5 - (last + 1) * LABEL_ROOM / (room - LABEL_ROOM), to: last + 0.5 });
+    chart.timeScale().setVisibleLogicalRange({ from: first - 0.5 - before, to: last + 0.5 });
 }
 
 /** A label of the time axis. Its times are on the run's clock already. */
@@ -109,7 +110,7 @@ class RunChart {
     this.observer = new ResizeObserver(() => this.placeLegends());
     this.observer.observe(this.host);
     this.recolor();
-    this.showAll();
+    this.showPlayed();
     requestAnimationFrame(() => this.placeLegends());
   }
 
@@ -324,6 +325,13 @@ class RunChart {
 
   showAll() {
     showWhole(this.chart, this.axis);
+  }
+
+  /** Shows what was played; what was there before as history is a step to the left. */
+  showPlayed() {
+    const { utc } = this.axis;
+    const first = upperBound(utc, (run.from ? Date.parse(run.from) : 0) - 1);
+    showWhole(this.chart, this.axis, first < utc.length - 1 ? first : 0);
   }
 
   /** Shows the last `ms` before the end of what is in view. */

@@ -288,6 +288,9 @@ const tests = {
     const late = await browser.open(run('late', { runners: [crossing('late', 10)],
       bars: oneSeries, from: '2021-01-11' }).url);
     assert.match(await late.value(text('.title p')), /2021-01-11 .*2021-01-15 /, 'no history');
+    assert.match((await range(late))[0], /^2021-01-1[01] /, 'the chart begins with the run');
+    await late.click('.chart-tools [aria-label="Span"] button:last-child');
+    assert.match((await range(late))[0], /^2021-01-04 /, 'what was before is there, too');
     await late.close();
     await expectClean(page, url);
     await page.close();
