@@ -16,8 +16,8 @@ std::atomic<pid_t> watched{0};
 
 void atExit() {
   if (watched != getpid()) return;
-  std::fflush(stdout);
-  complain("a strategy ended the process by exit; there is no summary and no report");
+  std::fflush(nullptr);
+  complain("a strategy ended the process by exit, before summary and report were complete");
   // Threads of the run go on, so nothing is torn down below them.
   _exit(kExitRunFailed);
 }
@@ -25,7 +25,7 @@ void atExit() {
 }  // namespace
 
 ExitTeller::ExitTeller() {
-  static const bool isRegistered = std::atexit(atExit) == 0;
+  static const bool isRegistered = std::atexit(atExit) == 0 && std::at_quick_exit(atExit) == 0;
   static_cast<void>(isRegistered);
   watched = getpid();
 }

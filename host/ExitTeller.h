@@ -2,7 +2,7 @@
 
 namespace orvane {
 
-/// While one lives, a strategy that ends the process by `exit` is told on the standard error, and
+/// While one lives, a strategy that ends the process by `exit` or `quick_exit` is told on the standard error, and
 /// the process ends with `kExitRunFailed`: nobody writes summary and report then, and the code that
 /// the strategy chose, such as 0, would pass for that of a run that went well. A process that is
 /// forked off is left alone. One at a time.

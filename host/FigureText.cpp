@@ -15,8 +15,9 @@ std::string roundedText(double value, int decimals) {
 
 std::string percentText(double share) {
   // Between them two decimals read as nothing, and four do not.
-  const bool isSmall = std::abs(share) >= 0.0000005 && std::abs(share) < 0.00005;
-  return roundedText(share * 100, isSmall ? 4 : 2) + "%";
+  const double percent = share * 100;
+  const bool isSmall = std::abs(percent) >= 0.00005 && std::abs(percent) < 0.005;
+  return roundedText(percent, isSmall ? 4 : 2) + "%";
 }
 
 }  // namespace orvane

@@ -25,9 +25,10 @@ double withoutNoise(double value) {
 /// Both are the doubles nearest to decimals. What their difference has below the step between the
 /// doubles there is noise: 1000260.55 - 1000000 is 260.55, and not 260.550000000047.
 double differenceOf(double one, double other) {
-  const double size = std::max(std::abs(one), std::abs(other));
+  const double size = std::max({std::abs(one), std::abs(other), std::abs(one - other)});
   const double step = std::nextafter(size, HUGE_VAL) - size;
-  const int decimals = std::clamp(static_cast<int>(-std::log10(2 * step)), 0, 40);
+  // Each of the three is off by up to half a step; that is less than half of the last decimal.
+  const int decimals = std::clamp(static_cast<int>(-std::log10(4 * step)), 0, 40);
   char text[512];
   std::snprintf(text, sizeof(text), "%.*f", decimals, one - other);
   return std::strtod(text, nullptr) + 0.0;  // Which makes a plain zero of a negative one.

@@ -35,7 +35,8 @@ function tone(text) {
 
 /** How many decimals show a share: two, or four where two would read as nothing and four do not. */
 function shareDecimals(share) {
-  return Math.abs(share) >= 0.0000005 && Math.abs(share) < 0.00005 ? 4 : 2;
+  const size = Math.abs(share * 100);
+  return size >= 0.00005 && size < 0.005 ? 4 : 2;
 }
 
 function percent(share, digits = shareDecimals(share)) {

@@ -100,9 +100,12 @@ SQLite::Database openSqlite(const std::string& path, const SqliteFormat& format)
 void failToOpen(const std::string& name, const std::exception& error) {
   const auto* its = dynamic_cast<const SQLite::Exception*>(&error);
   const int code = its == nullptr ? SQLITE_OK : its->getErrorCode() & 0xff;
-  if (code == SQLITE_FULL) throw std::system_error(ENOSPC, std::generic_category(), name);
-  if (code == SQLITE_IOERR) throw std::system_error(EIO, std::generic_category(), name);
-  throw std::runtime_error(name + ": " + error.what());
+  const bool lacksMemory = its != nullptr && its->getExtendedErrorCode() == SQLITE_IOERR_NOMEM;
+  const std::string what = name + ": " + error.what();
+  if (code == SQLITE_FULL) throw std::system_error(ENOSPC, std::generic_category(), what);
+  if (code == SQLITE_IOERR && !lacksMemory)
+    throw std::system_error(EIO, std::generic_category(), what);
+  throw std::runtime_error(what);
 }
 
 SQLite::Database openSqliteAgain(const std::string& path) {

@@ -5,10 +5,13 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <random>
+#include <string>
 
 #include "host/FigureText.h"
 #include "platform/fields/FillView.h"
 #include "tests/host/Durations.h"
+#include "tests/support/RandomRuns.h"
 
 namespace orvane {
 namespace {
@@ -121,6 +124,27 @@ TEST(Figures, shouldTellDifferencesWithoutTheNoiseOfTheirSubtraction) {
   EXPECT_EQ(makeFigures(0.001, {{1, 0.00100000001, 0}}, {}).profit, 1e-11);
   EXPECT_EQ(makeFigures(9'000'000, {{1, 9'000'000.1, 0}}, {}).profit, 0.1);
   EXPECT_EQ(makeFigures(0, {}, {}).profit, 0);
+  EXPECT_EQ(makeFigures(1495.86, {{1, 4071.76, 0}}, {}).profit, 2575.9);
+  EXPECT_EQ(makeFigures(1000, {{1, -3096.03, 0}}, {}).profit, -4096.03);
+}
+
+TEST(Figures, shouldTellEveryDifferenceOfMillionthsExactly) {
+  const std::uint64_t seed = support::randomSeed();
+  SCOPED_TRACE("seed " + std::to_string(seed));
+  std::mt19937_64 random(seed);
+  for (int run = 0; run < 20'000; ++run) {
+    const auto millionths = [&] {
+      const auto size = static_cast<std::int64_t>(random() % 1'000'000'000'000);
+      return random() % 2 == 0 ? size : -size;
+    };
+    const std::int64_t one = millionths(), other = millionths();
+    const double expected = static_cast<double>(one - other) / 1e6;
+    ASSERT_EQ(
+        makeFigures(static_cast<double>(other) / 1e6, {{1, static_cast<double>(one) / 1e6, 0}}, {})
+            .profit,
+        expected)
+        << one << " " << other;
+  }
 }
 
 TEST(FigureText, shouldShowWhatTwoDecimalsWouldHide) {
@@ -129,6 +153,7 @@ TEST(FigureText, shouldShowWhatTwoDecimalsWouldHide) {
   EXPECT_EQ(percentText(-0.0000437), "-0.0044%");
   EXPECT_EQ(percentText(0), "0.00%");
   EXPECT_EQ(percentText(-1e-9), "0.00%");
+  EXPECT_EQ(percentText(0.0000005), "0.00%");
 }
 
 TEST(Figures, shouldCountClosingFillsAfterTheirFees) {

@@ -117,12 +117,15 @@ TEST_F(Program, shouldCountExceptionsAndGoOn) {
 }
 
 TEST_F(Program, shouldTakeNoExitOfAStrategyForARunThatWentWell) {
-  const auto result = run(test::testModule("crashing_strategy"),
-                          {"--params", R"({"gate": "/dev/null", "how": "exit"})"});
-  EXPECT_EQ(result.exitCode, kExitRunFailed);
-  EXPECT_EQ(result.out, "last words\n");
-  EXPECT_THAT(result.err, HasSubstr("orvane: a strategy ended the process by exit; there is no "
-                                    "summary and no report\n"));
+  for (const std::string how : {"exit", "quick_exit"}) {
+    const auto result = run(test::testModule("crashing_strategy"),
+                            {"--params", R"({"gate": "/dev/null", "how": ")" + how + "\"}"});
+    EXPECT_EQ(result.exitCode, kExitRunFailed) << how;
+    EXPECT_EQ(result.out, "last words\n") << how;
+    EXPECT_THAT(result.err, HasSubstr("orvane: a strategy ended the process by exit, before "
+                                      "summary and report were complete\n"))
+        << how;
+  }
 }
 
 TEST_F(Program, shouldLeaveTheDigestOutWhenItIsSwitchedOff) {

@@ -159,7 +159,7 @@ TEST_F(Watch, shouldGiveTheTerminalBackWhenAStrategyAborts) {
 TEST_F(Watch, shouldGiveTheTerminalBackWhenAStrategyEndsTheProcess) {
   if (support::kSanitizerDivisor != 1)
     GTEST_SKIP() << "a sanitizer takes threads that exit() leaves behind for leaks";
-  expectTerminalBack("exit", kExitRunFailed, "orvane: a strategy ended the process by exit; ");
+  expectTerminalBack("exit", kExitRunFailed, "orvane: a strategy ended the process by exit, ");
 }
 
 TEST_F(Watch, shouldGiveTheTerminalBackAfterAFault) {

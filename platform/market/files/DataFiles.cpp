@@ -176,10 +176,12 @@ void noteZone(std::vector<std::string>& notes, const Description& description,
     notes.push_back("times are taken as UTC; \"timeZone\" in a description tells another zone");
 }
 
-/// What a description says of bars; of ticks it passes unnoticed.
-void noteBarKeys(std::vector<std::string>& notes, const Description& description) {
+/// What a description says of bars; of ticks it passes unnoticed. Of a file whose rows are whole
+/// the stamp was noted before.
+void noteBarKeys(std::vector<std::string>& notes, const Description& description, bool areWhole) {
   std::string keys;
-  for (const auto& [isGiven, key] : {std::pair(description.stampIsEnd.has_value(), "stamp"),
+  const bool hasStamp = description.stampIsEnd.has_value() && !areWhole;
+  for (const auto& [isGiven, key] : {std::pair(hasStamp, "stamp"),
                                      {description.periodMs != 0, "period"},
                                      {description.side.has_value(), "side"}})
     if (isGiven) keys += (keys.empty() ? "\"" : ", \"") + std::string(key) + "\"";
@@ -220,7 +222,7 @@ std::vector<LoadedTicks> readTickFiles(const DataFileRequest& request,
     one.series.timeZone = zoneOf(group, description).name();
     one.series.origin = originOf(group.parts);
     noteZone(one.notes, description, group.timeZone);
-    if (group.timeZone.empty()) noteBarKeys(one.notes, description);
+    noteBarKeys(one.notes, description, !group.timeZone.empty());
     addNotes(one.notes, group.notes);
     for (TickPart& part : group.parts) appendTicks(one.series, std::move(part));
     one.series.isOrdered = true;
