@@ -91,7 +91,7 @@ void checkLogFile(const LogOptions& options) {
 }
 
 std::shared_ptr<LineAppender> setUpLog(const LogOptions& options, std::shared_ptr<LogRing> ring) {
-  const auto appender = options.file.empty() ? consoleAppender() : fileAppender(options.file);
+  auto appender = options.file.empty() ? consoleAppender() : fileAppender(options.file);
   if (!options.file.empty()) appender->setRing(std::move(ring));
   log4cxx::LogManager::resetConfiguration();
   const auto root = log4cxx::Logger::getRootLogger();

@@ -48,7 +48,7 @@ const CLI::App& chosenCommand(const CLI::App& app) {
 std::string unknownOption(const CLI::App& command, int argc, char** argv) {
   for (int i = 1; i < argc; ++i) {
     const std::string given = argv[i];
-    const std::string name = given.substr(0, given.find('='));
+    std::string name = given.substr(0, given.find('='));
     if (name == "--") break;
     if (name.starts_with("--") && command.get_option_no_throw(name) == nullptr) return name;
   }
@@ -149,7 +149,7 @@ void refuseEmptyTexts(const CLI::App& command) {
 }
 
 std::string faultOf(const CLI::ParseError& error, const CLI::App& app, int argc, char** argv) {
-  const std::string text = error.what();
+  std::string text = error.what();
   if (app.get_subcommands().empty() && argc > 1 && !std::string(argv[1]).starts_with("--page"))
     return commandFault(app, argv[1]);
   if (argc == 1) return "give a command: " + listed(commandsOf(app));
