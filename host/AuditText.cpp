@@ -9,6 +9,7 @@
 
 #include "host/DataSet.h"
 #include "host/FileAudit.h"
+#include "host/OptionHints.h"
 #include "host/PeriodText.h"
 #include "host/TimeArgument.h"
 #include "platform/market/PeriodText.h"
@@ -43,7 +44,7 @@ std::string pictureOf(const std::vector<double>& prices, bool isUtf8) {
 
 void addFindings(std::string& text, const std::string& what, const Findings& findings) {
   text += fmt::format("  {}: {}\n", what, findings.count);
-  for (const std::string& one : findings.first) text += "    " + one + "\n";
+  for (const std::string& one : findings.first) text += "    " + withOptions(one) + "\n";
   if (findings.count > findings.first.size()) text += "    ...\n";
 }
 
@@ -73,7 +74,7 @@ std::string seriesText(const SeriesAudit& its, bool isUtf8) {
   if (its.suspicious.empty()) text += "  suspicious rows: none\n";
   for (const auto& [what, findings] : its.suspicious)
     addFindings(text, "suspicious, " + what, findings);
-  for (const std::string& note : its.notes) text += "  note: " + note + "\n";
+  for (const std::string& note : its.notes) text += "  note: " + withOptions(note) + "\n";
   return text + pictureOf(its.prices, isUtf8);
 }
 
@@ -131,7 +132,7 @@ std::string auditText(const FileAudit& audit, bool isUtf8) {
   if (!known.empty()) text += "  columns: " + known + "\n";
   if (!passed.empty()) text += "  passed over: " + passed + "\n";
   if (!audit.cache.empty()) text += "  cache: " + audit.cache + "\n";
-  if (!audit.unread.empty()) text += "  cannot be read: " + audit.unread + "\n";
+  if (!audit.unread.empty()) text += "  cannot be read: " + withOptions(audit.unread) + "\n";
   if (audit.faults.count > 0) addFindings(text, "rows with faults", audit.faults);
   if (audit.duplicates > 0) text += fmt::format("  repeated rows: {}\n", audit.duplicates);
   for (const SeriesAudit& series : audit.series) text += seriesText(series, isUtf8);

@@ -16,6 +16,7 @@
 #include "host/FileRoles.h"
 #include "host/InputError.h"
 #include "host/OptionChecks.h"
+#include "host/OptionHints.h"
 #include "host/PeriodText.h"
 #include "host/ProgressLine.h"
 #include "host/QuoteTrades.h"
@@ -54,7 +55,8 @@ std::string summaryText(const DataSet& data) {
     text += fmt::format("{}: {} {}, {} .. {}\n", series.code, series.records,
                         series.isTicks ? "ticks" : "bars of " + shownPeriod(series.frequency),
                         isoTime(series.firstTime), isoTime(series.lastTime));
-    for (const std::string& note : series.notes) text += fmt::format("  note   {}\n", note);
+    for (const std::string& note : series.notes)
+      text += fmt::format("  note   {}\n", withOptions(note));
   }
   return text;
 }

@@ -6,6 +6,7 @@
 #include "host/DataSet.h"
 #include "host/InputError.h"
 #include "host/OptionChecks.h"
+#include "host/OptionHints.h"
 #include "host/PeriodText.h"
 #include "host/TimeArgument.h"
 #include "platform/fields/KLineView.h"
@@ -54,7 +55,7 @@ void print(const LoadedBars& loaded) {
   if (!series.bars.empty())
     fmt::print("  first  {}\n  last   {}\n", barText(series.bars.front()),
                barText(series.bars.back()));
-  for (const std::string& note : loaded.notes) fmt::print("  note   {}\n", note);
+  for (const std::string& note : loaded.notes) fmt::print("  note   {}\n", withOptions(note));
 }
 
 void print(const LoadedTicks& loaded) {
@@ -72,7 +73,7 @@ void print(const LoadedTicks& loaded) {
   if (series.rows() != 0)
     fmt::print("  first  {}\n  last   {}\n", tickText(series, 0),
                tickText(series, series.rows() - 1));
-  for (const std::string& note : loaded.notes) fmt::print("  note   {}\n", note);
+  for (const std::string& note : loaded.notes) fmt::print("  note   {}\n", withOptions(note));
 }
 
 }  // namespace
@@ -106,7 +107,8 @@ int InspectCommand::execute() {
     } catch (const DataFileError& error) {
       // The other files are looked at all the same; what they showed stands before the fault.
       std::fflush(stdout);
-      if (error.what() != fault) complain(error.what());  // An option may be at fault in all.
+      // An option may be at fault in all.
+      if (error.what() != fault) complain(withOptions(error.what()));
       fault = error.what();
       code = kExitBadInput;
     }

@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "host/FileHash.h"
+#include "host/OptionHints.h"
 #include "host/OutputFile.h"
 #include "host/PeriodText.h"
 #include "host/PublicationReport.h"
@@ -150,7 +151,7 @@ double perSecond(std::uint64_t number, double seconds) {
 
 std::string notesText(const std::vector<std::string>& notes) {
   std::string text;
-  for (const std::string& note : notes) text += fmt::format("  note: {}\n", note);
+  for (const std::string& note : notes) text += fmt::format("  note: {}\n", withOptions(note));
   return text;
 }
 

@@ -21,6 +21,7 @@
 #include "host/ModuleFinder.h"
 #include "host/NewStrategyCommand.h"
 #include "host/OptionChecks.h"
+#include "host/OptionHints.h"
 #include "host/RunCommand.h"
 #include "host/Version.h"
 #include "host/sweep/SweepCommand.h"
@@ -149,7 +150,7 @@ int main(int argc, char** argv) {
   try {
     return runCommandLine(argc, argv);
   } catch (const orvane::DataFileError& error) {
-    orvane::complain(error.what());
+    orvane::complain(orvane::withOptions(error.what()));
     return orvane::kExitBadInput;
   } catch (const orvane::InputError& error) {
     orvane::complain(error.what());
