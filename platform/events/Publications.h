@@ -61,7 +61,7 @@ class Publications {
   // For whoever has the turn.
 
   /// Whether `takeNext` has nothing to do.
-  bool isIdle() const { return !anyWaiting() && admitted_.empty() && !hasTakenIn_; }
+  bool isIdle() const { return !anyWaiting() && admitted_.empty(); }
   /// As `announce`, at once.
   ResultStatus makeKnown(const ICodeID& code, int64 periodMs);
   /// Takes in what waits, up to a row that is to be told, and returns the stream whose next row
