@@ -35,6 +35,16 @@ TEST(OptionHints, shouldStandInNotesAndErrorsOfTheCommand) {
     const auto refused = test::runProgram(words);
     EXPECT_THAT(refused.out + refused.err, HasSubstr("in a description (--columns)")) << option;
   }
+  const std::string head = "datetime,open,high,low,close\n";
+  const auto refusalOf = [&](const std::string& text) {
+    return test::runProgram({"inspect", "--bars", folder.write("wrong.csv", text)}).err;
+  };
+  EXPECT_THAT(refusalOf(head + "2021-01-04 09:00,5,5,5,5\n"),
+              HasSubstr("in a description (--period)"));
+  EXPECT_THAT(refusalOf(head + "2021-01-04 09:00,,,,\n2021-01-04 09:01,5,5,5,5\n"),
+              HasSubstr("in a description (--set skipEmpty=true) passes"));
+  EXPECT_THAT(refusalOf("2021-01-04,x,y,5\n2021-01-04,x,y,6\n"),
+              HasSubstr("name them in a description (--columns), such as"));
   const auto commas = test::runProgram(
       {"inspect", "--bars",
        folder.write("commas.csv",

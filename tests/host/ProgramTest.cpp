@@ -128,6 +128,13 @@ TEST_F(Program, shouldTakeNoExitOfAStrategyForARunThatWentWell) {
   }
 }
 
+TEST_F(Program, shouldLoseNothingThatAStrategyWroteBeforeItExits) {
+  const std::string file = folder_ / "kept.txt";
+  run(test::testModule("crashing_strategy"),
+      {"--params", R"({"gate": "/dev/null", "how": "exit", "file": ")" + file + "\"}"});
+  EXPECT_EQ(test::readFile(file), "kept");
+}
+
 TEST_F(Program, shouldLeaveTheDigestOutWhenItIsSwitchedOff) {
   EXPECT_THAT(run("sma_cross", {"--no-digest"}).out, Not(HasSubstr("digest")));
   EXPECT_TRUE(runner()["digest"].isNull());

@@ -55,6 +55,19 @@ TEST_F(RunNotes, shouldTellOfOptionsOnBarsThatTicksPassBy) {
   EXPECT_THAT(of({"--timezone", "Asia/Shanghai"}), testing::Not(HasSubstr(note)));
 }
 
+TEST_F(RunNotes, shouldTellOfOptionsOnBarsAlsoWhereTicksTellTheirZone) {
+  const std::string ticks =
+      folder_.write("t.csv", "datetime,bid1,ask1\n2021-01-04 09:00:00,10,11\n");
+  const std::string whole = folder_ / "whole.csv";
+  ASSERT_EQ(
+      test::runProgram({"data", "convert", "--ticks", ticks, "--to", "csv", "-o", whole}).exitCode,
+      kExitSuccess);
+  const auto result =
+      test::runProgram({"inspect", "--ticks", whole, "--stamp", "end", "--side", "ask"});
+  EXPECT_THAT(result.out, HasSubstr("\"side\" changes nothing for ticks; it is for bars\n"));
+  EXPECT_THAT(result.out, HasSubstr("\"stamp\" changes nothing here"));
+}
+
 TEST_F(RunNotes, shouldBeginTheSimulatedSpanAtTheBeginOfThePlayback) {
   const auto result = run({"-s", "sma_cross", "-b", bars_, "--from", "2021-01-04T09:10"});
   EXPECT_THAT(result.out, HasSubstr("simulated span     2021-01-04T09:10:00.000Z .. "));

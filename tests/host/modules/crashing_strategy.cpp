@@ -11,13 +11,14 @@
 namespace {
 
 /// Says "last words" at its first bar and, once somebody opened the pipe "gate" for writing, ends
-/// the process in the way that "how" names: "abort", "fault", "exit" or
-/// "quick_exit".
+/// the process in the way that "how" names: "abort", "fault", "exit" or "quick_exit". Before an
+/// "exit" it writes to "file", without a flush, where one is named.
 class Crashing : public orvane::Strategy {
  public:
   void onStart(orvane::IContext* context, const QJsonObject& params) override {
     gate_ = params["gate"].toString().toStdString();
     how_ = params["how"].toString().toStdString();
+    file_ = params["file"].toString().toStdString();
     orvane::subscribeAllOrFail(context, params);
   }
   void onBarSeries(orvane::IContext*, const orvane::ICodeID&, const std::string&,
@@ -26,6 +27,7 @@ class Crashing : public orvane::Strategy {
     std::fflush(stdout);
     const std::ifstream opened(gate_);
     if (how_ == "abort") std::abort();
+    if (how_ == "exit" && !file_.empty()) std::fputs("kept", std::fopen(file_.c_str(), "w"));
     if (how_ == "exit") std::exit(7);
     if (how_ == "quick_exit") std::quick_exit(0);
     static int* volatile nowhere = nullptr;
@@ -33,7 +35,7 @@ class Crashing : public orvane::Strategy {
   }
 
  private:
-  std::string gate_, how_;
+  std::string gate_, how_, file_;
 };
 
 }  // namespace
