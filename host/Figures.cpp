@@ -58,7 +58,7 @@ void addReturnFigures(const std::vector<double>& returns, Figures& figures) {
   if (downDeviation > 0) figures.sortino = mean / downDeviation * scale;
 }
 
-void addTradeFigures(const std::vector<OrderFill>& fills, Figures& figures) {
+void addTradeFigures(const std::deque<OrderFill>& fills, Figures& figures) {
   double won = 0;
   double lost = 0;
   std::size_t wins = 0;
@@ -152,7 +152,7 @@ Drawdown deepestDrawdown(double startBalance, const std::vector<EquityPoint>& cu
 }
 
 Figures makeFigures(double startBalance, const std::vector<EquityPoint>& curve,
-                    const std::vector<OrderFill>& fills) {
+                    const std::deque<OrderFill>& fills) {
   Figures figures;
   figures.startBalance = startBalance;
   figures.finalEquity = curve.empty() ? startBalance : curve.back().equity;

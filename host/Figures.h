@@ -1,5 +1,6 @@
 #pragma once
 
+#include <deque>
 #include <list>
 #include <optional>
 #include <vector>
@@ -41,7 +42,7 @@ struct Figures {
 };
 
 Figures makeFigures(double startBalance, const std::vector<EquityPoint>& curve,
-                    const std::vector<OrderFill>& fills);
+                    const std::deque<OrderFill>& fills);
 
 /// Returns between the last equities of the UTC days of a curve, the first against the start.
 std::vector<double> dailyReturns(double startBalance, const std::vector<EquityPoint>& curve);

@@ -333,7 +333,8 @@ RunOutcome runSession(const RunPlan& plan, DataSet data, InterruptWatcher& inter
     outcome.failures.push_back(std::move(lost));
   teller.reset();  // What is told from now on would not be true of the report.
   outcome.isInterrupted = interrupts.isInterrupted();
-  outcome.accounts = std::make_shared<const std::vector<AccountResult>>(platform.tradeResults());
+  outcome.accounts =
+      std::make_shared<const std::vector<AccountResult>>(platform.takeTradeResults());
   addTrading(plan, outcome);
   std::ranges::move(notesOnRunners(outcome), std::back_inserter(outcome.notes));
   return outcome;

@@ -140,8 +140,8 @@ QJsonValue currencyOf(const AccountResult& account) {
   return currencyNames[at];
 }
 
-std::vector<OrderFill> fillsOf(const AccountResult& account) {
-  std::vector<OrderFill> fills;
+std::deque<OrderFill> fillsOf(const AccountResult& account) {
+  std::deque<OrderFill> fills;
   for (const SourceResult& source : account.sources)
     fills.insert(fills.end(), source.fills.begin(), source.fills.end());
   return fills;
@@ -281,11 +281,11 @@ QJsonValue totalReport(const RunOutcome& outcome) {
   if (outcome.accounts->empty()) return {};
   const QJsonValue currency = currencyOf(outcome.accounts->front());
   double start = 0;
-  std::vector<OrderFill> fills;
+  std::deque<OrderFill> fills;
   for (const AccountResult& account : *outcome.accounts) {
     if (currencyOf(account) != currency) return {};
     start += CapitalView(account.capital).startBalance();
-    const std::vector<OrderFill> own = fillsOf(account);
+    const std::deque<OrderFill> own = fillsOf(account);
     fills.insert(fills.end(), own.begin(), own.end());
   }
   return QJsonObject{
@@ -348,10 +348,10 @@ std::string figuresTable(const RunOutcome& outcome) {
   if (traders == 0) return {};
   if (traders > 1 && totalReport(outcome).isObject()) {
     double start = 0;
-    std::vector<OrderFill> fills;
+    std::deque<OrderFill> fills;
     for (const AccountResult& account : *outcome.accounts) {
       start += CapitalView(account.capital).startBalance();
-      const std::vector<OrderFill> own = fillsOf(account);
+      const std::deque<OrderFill> own = fillsOf(account);
       fills.insert(fills.end(), own.begin(), own.end());
     }
     addRow("all accounts", makeFigures(start, sumOf(*outcome.accounts), fills));

@@ -383,6 +383,10 @@ std::string EmbeddedPlatform::takeLostCalls() { return detail::LostCalls::shared
 
 std::vector<AccountResult> EmbeddedPlatform::tradeResults() const { return impl_->trade.results(); }
 
+std::vector<AccountResult> EmbeddedPlatform::takeTradeResults() {
+  return impl_->trade.takeResults();
+}
+
 std::vector<AccountGlance> EmbeddedPlatform::glanceAtTrading() const {
   return impl_->trade.glance();
 }

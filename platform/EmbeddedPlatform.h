@@ -152,6 +152,11 @@ class ORVANE_API EmbeddedPlatform final : public IPlatform {
   /// while every runner is quiet.
   std::vector<AccountResult> tradeResults() const;
 
+  /// The same for whoever needs them once, at the end: handed over as they are, without a copy.
+  /// Afterwards the platform knows no order, fill or curve of before; accounts stay as they are.
+  /// Only after the last run, when no runner trades any more.
+  std::vector<AccountResult> takeTradeResults();
+
   /// How the accounts stand at this moment, in the order of the options: for a view of a run that
   /// is under way. Any thread may call it at any time, some times a second: it holds the exchange's
   /// own lock for as long as it takes to add up what is held, and changes nothing, so a playback's

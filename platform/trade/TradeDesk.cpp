@@ -365,7 +365,6 @@ void TradeDesk::rewind() {
   arriving_.clear();
   cancelling_.clear();
   changes_.clear();
-  storedFills_ = 0;
   noteDue();
 }
 
@@ -377,17 +376,15 @@ void TradeDesk::persist(bool isEnd) {
 std::optional<StoredNews> TradeDesk::takeNews(bool isEnd) {
   TradeState& state = parts_.state;
   const std::lock_guard lock(state.mutex);
-  const std::deque<OrderFill>& fills = state.store.allFills();
   const std::size_t count =
-      state.store.changedCount() + changes_.size() + (fills.size() - storedFills_);
+      state.store.changedCount() + changes_.size() + state.store.newFillCount();
   if (!isEnd && count < (parts_.isPlayback ? kNewsPerBatch : 1)) return std::nullopt;
   // Before the first run there is nothing to file the news under.
   if (!state.equity.hasStarted()) return std::nullopt;
   StoredNews news;
   news.time = parts_.now();
-  for (const std::size_t at : state.store.takeChanged())
-    news.orders.push_back(state.store.allOrders()[at]);
-  for (; storedFills_ < fills.size(); ++storedFills_) news.fills.push_back(fills[storedFills_]);
+  news.orders = state.store.takeChanged();
+  news.fills = state.store.takeNewFills();
   for (const auto& [time, change] : std::exchange(changes_, {}))
     news.connections.push_back({change.account, time, change.isUp});
   const auto take = [&](EquityBook::Curve& curve, std::int32_t account, const std::string& source) {

@@ -101,7 +101,6 @@ class TradeDesk {
       lost_;  ///< Let go with no lock held: they may be a receiver's last.
   std::map<int64, SourceId> cancelling_;  ///< Orders with a cancel on its way.
   std::vector<std::pair<int64, ConnectionBook::Change>> changes_;  ///< Not stored yet.
-  std::size_t storedFills_ = 0;
   // Room that is used again.
   TradeActions actions_;
   std::vector<TradeEvent> events_;

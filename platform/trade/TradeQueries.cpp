@@ -245,40 +245,49 @@ HistoryDayRecord TradeService::historyOf(const TradingAccountID& account,
 
 // Results.
 
-std::vector<AccountResult> TradeService::results() const {
-  const std::lock_guard lock(state_.mutex);
+/// Each account's result, with what `own` makes of its curves and of its sources' trades.
+template <typename Own>
+std::vector<AccountResult> TradeService::collect(Own own) const {
   std::vector<AccountResult> all;
   all.reserve(state_.accounts.all().size());
   for (const TradingAccountID& account : state_.accounts.all()) {
     AccountResult result;
     result.account = account;
     result.capital = state_.exchange.ledger(account.accountKey)->capitalRecord(now_());
-    result.curve = state_.equity.account(account.accountKey).points;
-    std::map<std::string, SourceResult> sources;
-    std::map<std::string, std::pair<std::size_t, std::size_t>> counts;
-    state_.store.eachOrder(account.accountKey,
-                           [&](const Order& order) { ++counts[order.source.createSource].first; });
-    state_.store.eachFill(account.accountKey, [&](const OrderFill& fill) {
-      ++counts[fill.source.createSource].second;
-    });
-    for (const auto& [name, count] : counts) {
-      sources[name].orders.reserve(count.first);
-      sources[name].fills.reserve(count.second);
-    }
-    state_.store.eachOrder(account.accountKey, [&](const Order& order) {
-      sources[order.source.createSource].orders.push_back(order);
-    });
-    state_.store.eachFill(account.accountKey, [&](const OrderFill& fill) {
-      sources[fill.source.createSource].fills.push_back(fill);
-    });
-    for (auto& [name, source] : sources) {
+    result.curve = own.curve(state_.equity.account(account.accountKey));
+    for (auto& [name, trades] : own.sources(account.accountKey)) {
+      SourceResult& source = result.sources.emplace_back();
       source.source = name;
+      source.orders = std::move(trades.orders);
+      source.fills = std::move(trades.fills);
       const auto curve = state_.equity.sources().find({account.accountKey, name});
-      if (curve != state_.equity.sources().end()) source.curve = curve->second.points;
-      result.sources.push_back(std::move(source));
+      if (curve != state_.equity.sources().end()) source.curve = own.curve(curve->second);
     }
     all.push_back(std::move(result));
   }
+  return all;
+}
+
+std::vector<AccountResult> TradeService::results() const {
+  struct Copying {
+    const TradeStore& store;
+    std::vector<EquityPoint> curve(const EquityBook::Curve& from) { return from.points; }
+    TradeStore::BySource sources(std::int32_t account) { return store.sources(account); }
+  };
+  const std::lock_guard lock(state_.mutex);
+  return collect(Copying{state_.store});
+}
+
+std::vector<AccountResult> TradeService::takeResults() {
+  struct Taking {
+    TradeStore& store;
+    std::vector<EquityPoint> curve(EquityBook::Curve& from) { return std::move(from.points); }
+    TradeStore::BySource sources(std::int32_t account) { return store.takeSources(account); }
+  };
+  const std::lock_guard lock(state_.mutex);
+  std::vector<AccountResult> all = collect(Taking{state_.store});
+  state_.store.clear();
+  state_.equity.clear();
   return all;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <deque>
 #include <string>
 #include <vector>
 
@@ -17,9 +18,9 @@ struct EquityPoint {
 
 /// What one create source did on one account.
 struct SourceResult {
-  std::string source;            ///< GBK.
-  std::vector<Order> orders;     ///< In their last state, in the order in which they were admitted.
-  std::vector<OrderFill> fills;  ///< In the order in which they happened.
+  std::string source;           ///< GBK.
+  std::deque<Order> orders;     ///< In their last state, in the order in which they were admitted.
+  std::deque<OrderFill> fills;  ///< In the order in which they happened.
   /// The account's start balance plus the profit, closed and floating, minus the fees of this
   /// source: the whole account's curve where the source has the account to itself.
   std::vector<EquityPoint> curve;

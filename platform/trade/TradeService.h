@@ -112,6 +112,8 @@ class TradeService final : public ITradeService {
   /// Tells the exchange about a code. Throws `std::invalid_argument` if its terms are wrong.
   void addContract(const ICodeID& code, const Instrument& instrument);
   std::vector<AccountResult> results() const;
+  /// The same, moved out: nothing of it is known here any more.
+  std::vector<AccountResult> takeResults();
   /// How the accounts stand at this moment.
   std::vector<AccountGlance> glance() const;
 
@@ -122,6 +124,8 @@ class TradeService final : public ITradeService {
   void subscribe(const std::shared_ptr<TradeEventSpi>& spi, const TradeSelector& selector);
   void unsubscribe(const std::shared_ptr<TradeEventSpi>& spi, const TradeSelector& selector);
   void noteWaiting();
+  template <typename Own>
+  std::vector<AccountResult> collect(Own own) const;
   HistoryDayRecord historyOf(const TradingAccountID& account, const HistoryQuery& query) const;
 
   TradeState& state_;

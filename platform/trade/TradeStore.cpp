@@ -10,8 +10,8 @@ TradeStore::TradeStore(std::size_t accounts, bool notesChanges)
 void TradeStore::addOrder(const Order& order) {
   const std::size_t at = orders_.size();
   byId_[order.id] = {at, 0, 0};
-  orders_.push_back(order);
   PerAccount& account = of(order.account.accountKey);
+  orders_.push_back(&account.sources[order.source.createSource].orders.emplace_back(order));
   account.orders.push_back(at);
   if (!OrderView(order).isFinal()) account.open.insert(at);
   if (notesChanges_) changed_.insert(at);
@@ -21,15 +21,16 @@ void TradeStore::updateOrder(const Order& order) {
   const auto found = byId_.find(order.id);
   if (found == byId_.end()) return;
   const std::size_t at = found->second.order;
-  orders_[at] = order;
+  *orders_[at] = order;
   if (OrderView(order).isFinal()) of(order.account.accountKey).open.erase(at);
   if (notesChanges_) changed_.insert(at);
 }
 
 void TradeStore::addFill(const OrderFill& fill) {
   const std::size_t at = fills_.size();
-  of(fill.account.accountKey).fills.push_back(at);
-  fills_.push_back(fill);
+  PerAccount& account = of(fill.account.accountKey);
+  account.fills.push_back(at);
+  fills_.push_back(&account.sources[fill.source.createSource].fills.emplace_back(fill));
   const auto order = byId_.find(FillView(fill).orderId());
   if (order == byId_.end()) return;
   Place& place = order->second;
@@ -41,17 +42,32 @@ void TradeStore::fillsOfOrder(int64 id, std::list<OrderFill>& found) const {
   const auto order = byId_.find(id);
   if (order == byId_.end()) return;
   for (std::size_t at = order->second.firstFill; at < order->second.endOfFills; ++at)
-    if (FillView(fills_[at]).orderId() == id) found.push_back(fills_[at]);
+    if (FillView(*fills_[at]).orderId() == id) found.push_back(*fills_[at]);
 }
 
 const Order* TradeStore::order(int64 id) const {
   const auto found = byId_.find(id);
-  return found == byId_.end() ? nullptr : &orders_[found->second.order];
+  return found == byId_.end() ? nullptr : orders_[found->second.order];
+}
+
+std::vector<Order> TradeStore::takeChanged() {
+  std::vector<Order> orders;
+  orders.reserve(changed_.size());
+  for (const std::size_t at : std::exchange(changed_, {})) orders.push_back(*orders_[at]);
+  return orders;
+}
+
+std::vector<OrderFill> TradeStore::takeNewFills() {
+  std::vector<OrderFill> fills;
+  fills.reserve(newFillCount());
+  for (; toldFills_ < fills_.size(); ++toldFills_) fills.push_back(*fills_[toldFills_]);
+  return fills;
 }
 
 void TradeStore::clear() {
   orders_.clear();
   fills_.clear();
+  toldFills_ = 0;
   byId_.clear();
   changed_.clear();
   accounts_.assign(accounts_.size(), {});

@@ -2,7 +2,9 @@
 
 #include <deque>
 #include <list>
+#include <map>
 #include <set>
+#include <string>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -26,46 +28,48 @@ class TradeStore {
   /// Null without one.
   const Order* order(int64 id) const;
 
+  /// What one create source sent and dealt on an account, in the order of the account's own lists.
+  struct Trades {
+    std::deque<Order> orders;
+    std::deque<OrderFill> fills;
+  };
+  /// By create source; those that sent an order or have a fill.
+  using BySource = std::map<std::string, Trades>;
+  const BySource& sources(std::int32_t account) const { return of(account).sources; }
+  /// Moves them all out of it; nothing may be asked of the store until it is cleared.
+  BySource takeSources(std::int32_t account) { return std::move(of(account).sources); }
+
   /// The orders of an account, its open ones, and its fills, that `wanted` lets through.
   template <typename Wanted>
   void orders(std::int32_t account, Wanted wanted, std::list<Order>& found) const {
     for (const std::size_t at : of(account).orders)
-      if (wanted(orders_[at])) found.push_back(orders_[at]);
+      if (wanted(*orders_[at])) found.push_back(*orders_[at]);
   }
   template <typename Wanted>
   void openOrders(std::int32_t account, Wanted wanted, std::list<Order>& found) const {
     for (const std::size_t at : of(account).open)
-      if (wanted(orders_[at])) found.push_back(orders_[at]);
+      if (wanted(*orders_[at])) found.push_back(*orders_[at]);
   }
   template <typename Wanted>
   void fills(std::int32_t account, Wanted wanted, std::list<OrderFill>& found) const {
     for (const std::size_t at : of(account).fills)
-      if (wanted(fills_[at])) found.push_back(fills_[at]);
+      if (wanted(*fills_[at])) found.push_back(*fills_[at]);
   }
   /// The fills of one order that was added.
   void fillsOfOrder(int64 id, std::list<OrderFill>& found) const;
 
-  /// Shows `visit` every order, or fill, of an account.
-  template <typename Visit>
-  void eachOrder(std::int32_t account, Visit visit) const {
-    for (const std::size_t at : of(account).orders) visit(orders_[at]);
-  }
-  template <typename Visit>
-  void eachFill(std::int32_t account, Visit visit) const {
-    for (const std::size_t at : of(account).fills) visit(fills_[at]);
-  }
-
-  const std::deque<Order>& allOrders() const { return orders_; }
-  const std::deque<OrderFill>& allFills() const { return fills_; }
-
-  /// The orders that were added or changed since the last call, by their place in `allOrders`.
-  std::set<std::size_t> takeChanged() { return std::exchange(changed_, {}); }
+  /// Copies of the orders that were added or changed since the last call, as they were admitted.
+  std::vector<Order> takeChanged();
   std::size_t changedCount() const { return changed_.size(); }
+  /// Copies of the fills that were added since the last call.
+  std::vector<OrderFill> takeNewFills();
+  std::size_t newFillCount() const { return fills_.size() - toldFills_; }
 
   void clear();
 
  private:
   struct PerAccount {
+    BySource sources;
     std::vector<std::size_t> orders, fills;
     std::set<std::size_t> open;
   };
@@ -82,8 +86,9 @@ class TradeStore {
   };
 
   const bool notesChanges_;
-  std::deque<Order> orders_;
-  std::deque<OrderFill> fills_;
+  std::vector<Order*> orders_;
+  std::vector<const OrderFill*> fills_;
+  std::size_t toldFills_ = 0;
   std::unordered_map<int64, Place> byId_;
   std::vector<PerAccount> accounts_;
   std::set<std::size_t> changed_;

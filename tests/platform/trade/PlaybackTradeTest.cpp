@@ -331,6 +331,55 @@ TEST(PlaybackTrade, shouldKeepAccountsApart) {
   EXPECT_EQ(CapitalView(results[1].capital).equity(), 1'000'000 - 16);
 }
 
+Lines linesOf(const AccountResult& result) {
+  Lines lines{number(CapitalView(result.capital).equity())};
+  const auto addCurve = [&lines](const std::vector<EquityPoint>& curve) {
+    for (const EquityPoint& point : curve)
+      lines.push_back(RecordingSpi::relative(point.time) + " " + number(point.equity) + " " +
+                      number(point.exposure));
+  };
+  addCurve(result.curve);
+  for (const SourceResult& source : result.sources) {
+    lines.push_back(source.source);
+    for (const Order& order : source.orders)
+      lines.push_back("order " + std::to_string(order.id) + " " + std::to_string(order.status()));
+    for (const OrderFill& fill : source.fills)
+      lines.push_back("fill " + std::to_string(fill.id) + " " + number(fill.price()));
+    addCurve(source.curve);
+  }
+  return lines;
+}
+
+TEST(PlaybackTrade, shouldHandOverItsResultsAndKnowNothingOfThemAfterwards) {
+  TradePlatform platform;
+  const auto play = [&platform] {
+    const auto spi = std::make_shared<TradeRecorder>();
+    spi->onLine = [&](const std::string& line) {
+      if (line == "bar 0:02") platform.buy(2);
+    };
+    platform.subscribeBars(spi);
+    platform->run();
+    platform->drain();
+    platform.installed().quotes().unsubscribeSpi(spi);
+  };
+  play();
+  const Lines copied = linesOf(platform->tradeResults().at(0));
+  ASSERT_GT(copied.size(), 20u);
+  EXPECT_EQ(linesOf(platform->takeTradeResults().at(0)), copied);
+
+  const AccountResult left = platform->tradeResults().at(0);
+  EXPECT_TRUE(left.sources.empty());
+  EXPECT_TRUE(left.curve.empty());
+  EXPECT_EQ(CapitalView(left.capital).equity(), 1'000'014);
+  std::list<Order> orders;
+  EXPECT_EQ(platform.service().ordersOfAccount(platform.account(), orders).code, 0);
+  EXPECT_TRUE(orders.empty());
+
+  platform->rewind();
+  play();
+  EXPECT_EQ(linesOf(platform->takeTradeResults().at(0)).size(), copied.size());
+}
+
 TEST(PlaybackTrade, shouldTradeInLiveModeByTheWallClock) {
   PlatformOptions options = tradeOptions();
   options.mode = PlatformOptions::Mode::Live;

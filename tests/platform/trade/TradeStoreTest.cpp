@@ -16,9 +16,10 @@ Order makeOrder(int64 id, std::int32_t account, order::Status status = order::St
   return order;
 }
 
-std::vector<int64> idsOf(const std::list<Order>& orders) {
+template <typename Records>
+std::vector<int64> idsOf(const Records& records) {
   std::vector<int64> ids;
-  for (const Order& order : orders) ids.push_back(order.id);
+  for (const auto& record : records) ids.push_back(record.id);
   return ids;
 }
 
@@ -60,16 +61,16 @@ TEST(TradeStore, shouldNameEachChangedOrderOnceUntilItChangesAgain) {
   store.addOrder(makeOrder(8, 1));
   store.updateOrder(makeOrder(7, 1, order::Status::Filled));
   EXPECT_EQ(store.changedCount(), 2u);
-  EXPECT_EQ(store.takeChanged(), (std::set<std::size_t>{0, 1}));
+  EXPECT_EQ(idsOf(store.takeChanged()), (std::vector<int64>{7, 8}));
   EXPECT_TRUE(store.takeChanged().empty());
   store.updateOrder(makeOrder(8, 1, order::Status::Cancelled));
-  EXPECT_EQ(store.takeChanged(), std::set<std::size_t>{1});
+  EXPECT_EQ(idsOf(store.takeChanged()), std::vector<int64>{8});
 }
 
 TEST(TradeStore, shouldIgnoreTheStateOfAnOrderThatWasNeverAdded) {
   TradeStore store(1);
   store.updateOrder(makeOrder(7, 1));
-  EXPECT_TRUE(store.allOrders().empty());
+  EXPECT_TRUE(store.sources(1).empty());
   EXPECT_EQ(store.changedCount(), 0u);
 }
 
