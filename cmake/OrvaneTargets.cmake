@@ -59,6 +59,7 @@ endif()
 # Puts the allocator into a program. A library leaves the choice to the program that loads it.
 function(orvane_link_allocator program)
   if(NOT ORVANE_SANITIZE)
+    target_sources(${program} PRIVATE "${PROJECT_SOURCE_DIR}/host/AllocatorSettings.cpp")
     # No source names it, so the linker would leave it out where it may.
     target_link_options(${program} PRIVATE LINKER:--push-state,--no-as-needed
       ${JEMALLOC_LINK_LIBRARIES} LINKER:--pop-state)
