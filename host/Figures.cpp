@@ -90,7 +90,7 @@ void addTradeFigures(const std::deque<OrderFill>& fills, Figures& figures) {
   if (losses > 0) figures.meanLoss = -lost / static_cast<double>(losses);
 }
 
-std::optional<double> exposureOf(const std::vector<EquityPoint>& curve) {
+std::optional<double> exposureOf(const EquityCurve& curve) {
   if (curve.size() < 2 || curve.back().time <= curve.front().time) return std::nullopt;
   int64 held = 0;
   for (std::size_t i = 0; i + 1 < curve.size(); ++i)
@@ -100,7 +100,7 @@ std::optional<double> exposureOf(const std::vector<EquityPoint>& curve) {
 
 }  // namespace
 
-std::vector<double> dailyReturns(double startBalance, const std::vector<EquityPoint>& curve) {
+std::vector<double> dailyReturns(double startBalance, const EquityCurve& curve) {
   std::vector<double> closes;
   int64 day = 0;
   for (const EquityPoint& point : curve) {
@@ -121,7 +121,7 @@ std::vector<double> dailyReturns(double startBalance, const std::vector<EquityPo
   return returns;
 }
 
-Drawdown deepestDrawdown(double startBalance, const std::vector<EquityPoint>& curve) {
+Drawdown deepestDrawdown(double startBalance, const EquityCurve& curve) {
   const bool hasShares = startBalance > 0;
   Drawdown deepest;
   if (hasShares) deepest.share = 0;
@@ -151,7 +151,7 @@ Drawdown deepestDrawdown(double startBalance, const std::vector<EquityPoint>& cu
   return deepest;
 }
 
-Figures makeFigures(double startBalance, const std::vector<EquityPoint>& curve,
+Figures makeFigures(double startBalance, const EquityCurve& curve,
                     const std::deque<OrderFill>& fills) {
   Figures figures;
   figures.startBalance = startBalance;

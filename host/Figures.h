@@ -41,13 +41,13 @@ struct Figures {
   bool isLongEnoughForAYear() const { return days >= kLeastDaysOfAYear; }
 };
 
-Figures makeFigures(double startBalance, const std::vector<EquityPoint>& curve,
+Figures makeFigures(double startBalance, const EquityCurve& curve,
                     const std::deque<OrderFill>& fills);
 
 /// Returns between the last equities of the UTC days of a curve, the first against the start.
-std::vector<double> dailyReturns(double startBalance, const std::vector<EquityPoint>& curve);
+std::vector<double> dailyReturns(double startBalance, const EquityCurve& curve);
 
 /// The deepest one as a share of its peak; without a start balance, as an amount.
-Drawdown deepestDrawdown(double startBalance, const std::vector<EquityPoint>& curve);
+Drawdown deepestDrawdown(double startBalance, const EquityCurve& curve);
 
 }  // namespace orvane

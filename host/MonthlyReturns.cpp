@@ -4,8 +4,7 @@
 
 namespace orvane {
 
-std::vector<MonthlyReturn> monthlyReturns(double startBalance,
-                                          const std::vector<EquityPoint>& curve,
+std::vector<MonthlyReturn> monthlyReturns(double startBalance, const EquityCurve& curve,
                                           const ZoneOffsets& zone) {
   using namespace std::chrono;
   std::vector<MonthlyReturn> result;

@@ -17,8 +17,7 @@ struct MonthlyReturn {
 /// Returns between the last equities of the months of a curve, the first against the start. Months
 /// are those of the zone's calendar; those without a point are left out, since nothing was held
 /// then. Ends before a month that begins without money.
-std::vector<MonthlyReturn> monthlyReturns(double startBalance,
-                                          const std::vector<EquityPoint>& curve,
+std::vector<MonthlyReturn> monthlyReturns(double startBalance, const EquityCurve& curve,
                                           const ZoneOffsets& zone);
 
 }  // namespace orvane

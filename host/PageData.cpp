@@ -111,7 +111,7 @@ QJsonObject tradesObject(const std::deque<OrderFill>& fills) {
   return result;
 }
 
-QJsonObject curveObject(const std::vector<EquityPoint>& curve, std::size_t most) {
+QJsonObject curveObject(const EquityCurve& curve, std::size_t most) {
   TimeColumn times;
   QJsonArray equity;
   for (const EquityPoint& point : thinnedCurve(curve, most)) {
@@ -121,8 +121,7 @@ QJsonObject curveObject(const std::vector<EquityPoint>& curve, std::size_t most)
   return {{"points", count(curve.size())}, {"time", times}, {"equity", equity}};
 }
 
-QJsonArray monthsArray(double startBalance, const std::vector<EquityPoint>& curve,
-                       const ZoneOffsets& zone) {
+QJsonArray monthsArray(double startBalance, const EquityCurve& curve, const ZoneOffsets& zone) {
   QJsonArray result;
   for (const MonthlyReturn& each : monthlyReturns(startBalance, curve, zone))
     result.append(QJsonArray{each.year, each.month, each.value});
@@ -180,7 +179,7 @@ class PageMaker {
     data["accounts"] = accounts();
     if (data["total"].isObject()) {
       QJsonObject total = data["total"].toObject();
-      const std::vector<EquityPoint> curve = totalCurve(outcome_);
+      const EquityCurve curve = totalCurve(outcome_);
       see(curve);
       total["equity"] = curveObject(curve, mostPoints_);
       total["months"] =
@@ -264,7 +263,7 @@ class PageMaker {
     begin_ = std::min(begin_.value_or(utcMs), utcMs);
     end_ = std::max(end_.value_or(utcMs), utcMs);
   }
-  void see(const std::vector<EquityPoint>& curve) {
+  void see(const EquityCurve& curve) {
     if (curve.empty()) return;
     see(curve.front().time);
     see(curve.back().time);
@@ -281,10 +280,10 @@ class PageMaker {
 
 }  // namespace
 
-std::vector<EquityPoint> thinnedCurve(const std::vector<EquityPoint>& curve, std::size_t most) {
+EquityCurve thinnedCurve(const EquityCurve& curve, std::size_t most) {
   if (curve.size() <= most) return curve;
   const std::size_t stretch = 2 * curve.size() / std::max<std::size_t>(most, 1) + 1;
-  std::vector<EquityPoint> result = {curve.front()};
+  EquityCurve result = {curve.front()};
   for (std::size_t begin = 1; begin + 1 < curve.size(); begin += stretch) {
     const auto first = curve.begin() + static_cast<std::ptrdiff_t>(begin);
     const auto last =

@@ -14,6 +14,6 @@ QJsonObject pageData(const RunOutcome& outcome, const QJsonObject& report);
 
 /// A curve of no more than about `most` points that still touches every peak and every trough: of
 /// each stretch the lowest and the highest point, and the first and the last of all.
-std::vector<EquityPoint> thinnedCurve(const std::vector<EquityPoint>& curve, std::size_t most);
+EquityCurve thinnedCurve(const EquityCurve& curve, std::size_t most);
 
 }  // namespace orvane

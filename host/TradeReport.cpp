@@ -77,7 +77,7 @@ QJsonObject tradeObject(const OrderFill& fill) {
   return result;
 }
 
-QJsonObject curveObject(const std::vector<EquityPoint>& curve) {
+QJsonObject curveObject(const EquityCurve& curve) {
   const std::size_t step = curve.size() / kMostCurvePoints + 1;
   QJsonArray times, equities;
   for (std::size_t i = 0; i < curve.size(); ++i) {
@@ -148,7 +148,7 @@ std::deque<OrderFill> fillsOf(const AccountResult& account) {
 }
 
 /// The sum of curves; each holds its last value until its next point.
-std::vector<EquityPoint> sumOf(const std::vector<AccountResult>& accounts) {
+EquityCurve sumOf(const std::vector<AccountResult>& accounts) {
   struct Step {
     std::size_t account;
     EquityPoint point;
@@ -156,11 +156,10 @@ std::vector<EquityPoint> sumOf(const std::vector<AccountResult>& accounts) {
   std::map<int64, std::vector<Step>> steps;
   for (std::size_t i = 0; i < accounts.size(); ++i)
     for (const EquityPoint& point : accounts[i].curve) steps[point.time].push_back({i, point});
-  std::vector<EquityPoint> now(accounts.size());
+  EquityCurve now(accounts.size());
   for (std::size_t i = 0; i < accounts.size(); ++i)
     now[i].equity = CapitalView(accounts[i].capital).startBalance();
-  std::vector<EquityPoint> sum;
-  sum.reserve(steps.size());
+  EquityCurve sum;
   for (const auto& [time, changes] : steps) {
     for (const Step& change : changes) now[change.account] = change.point;
     EquityPoint total{time, 0, 0};
@@ -294,8 +293,8 @@ QJsonValue totalReport(const RunOutcome& outcome) {
       {"figures", figuresObject(makeFigures(start, sumOf(*outcome.accounts), fills))}};
 }
 
-std::vector<EquityPoint> totalCurve(const RunOutcome& outcome) {
-  return totalReport(outcome).isObject() ? sumOf(*outcome.accounts) : std::vector<EquityPoint>();
+EquityCurve totalCurve(const RunOutcome& outcome) {
+  return totalReport(outcome).isObject() ? sumOf(*outcome.accounts) : EquityCurve();
 }
 
 namespace {

@@ -33,7 +33,7 @@ QJsonArray accountsReport(const RunOutcome& outcome);
 QJsonValue totalReport(const RunOutcome& outcome);
 
 /// The sum of all accounts' curves; empty where `totalReport` is null.
-std::vector<EquityPoint> totalCurve(const RunOutcome& outcome);
+EquityCurve totalCurve(const RunOutcome& outcome);
 
 /// The figures of all runners and of what else was traded as a table of several lines; empty if
 /// nobody sent an order.

@@ -82,11 +82,15 @@ std::optional<Number> nearest(double value) {
     return Few{static_cast<double>(powerOfTen(decimals)),
                static_cast<int64>(powerOfTen(kDecimals - decimals))};
   };
-  constexpr std::array kFew{few(0), few(2), few(4), few(6), few(8)};
+  // Whoever has two decimals or none is met at once, but for numbers as large as the last.
+  constexpr std::array kFew{few(2), few(4), few(6), few(8), few(0)};
   for (const auto& [power, rest] : kFew) {
-    const double units = std::nearbyint(value * power);
-    if (std::abs(units) < 1e15 && units / power == value)
-      return Number{static_cast<int64>(units) * rest};
+    const double moved = value * power;
+    if (!(std::abs(moved) < 1e15)) continue;
+    // Adding it leaves no room for a fraction: rounded to the nearest integer without a call.
+    constexpr double kNoFraction = 3 * 0x1p51;
+    const double units = (moved + kNoFraction) - kNoFraction;
+    if (units / power == value) return Number{static_cast<int64>(units) * rest};
   }
   std::array<char, 400> text{};
   const auto end =

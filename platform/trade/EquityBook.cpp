@@ -1,13 +1,12 @@
 #include "platform/trade/EquityBook.h"
 
-#include <iterator>
+#include <algorithm>
 #include <optional>
 
 namespace orvane::detail {
 namespace {
 
 constexpr int64 kTickPointMs = 60'000;
-const std::string kEverySource;
 
 void append(EquityBook::Curve& curve, int64 time, double equity) {
   double exposure = 0;
@@ -20,10 +19,17 @@ void append(EquityBook::Curve& curve, int64 time, double equity) {
 }
 
 void setExposure(EquityBook::Curve& curve, int64 codeId, double value) {
-  if (value == 0)
-    curve.exposures.erase(codeId);
-  else
-    curve.exposures[codeId] = value;
+  auto& all = curve.exposures;
+  auto at = all.begin();
+  while (at != all.end() && at->first < codeId) ++at;
+  const bool isThere = at != all.end() && at->first == codeId;
+  if (value == 0) {
+    if (isThere) all.erase(at);
+  } else if (isThere) {
+    at->second = value;
+  } else {
+    all.insert(at, {codeId, value});
+  }
 }
 
 }  // namespace
@@ -46,11 +52,6 @@ void EquityBook::addSource(std::int32_t account, const std::string& source) {
   if (isNew && hasStarted_) addSourcePoint(at->first, at->second, startTime_);
 }
 
-void EquityBook::markCurve(Curve& curve, std::int32_t account, const std::string& source,
-                           int64 codeId) const {
-  setExposure(curve, codeId, exchange_.ledger(account)->exposureOf(source, codeId));
-}
-
 void EquityBook::addAccountPoint(std::int32_t account, int64 time) {
   append(this->account(account), time, toDouble(exchange_.ledger(account)->equity()));
 }
@@ -64,54 +65,56 @@ void EquityBook::noteFill(std::int32_t account, const std::string& source, int64
                           int64 time) {
   const SourceKey key{account, source};
   addSource(account, source);
+  const Ledger& ledger = *exchange_.ledger(account);
+  noteHolder(account, source, codeId, ledger.holds(source, codeId));
   Curve& curve = sources_.at(key);
-  if (exchange_.ledger(account)->holds(source, codeId)) {
-    holders_[codeId].try_emplace(key, &curve);
-  } else if (const auto at = holders_.find(codeId); at != holders_.end()) {
-    at->second.erase(key);
-    if (at->second.empty()) holders_.erase(at);
-  }
-  markCurve(curve, account, source, codeId);
-  markCurve(this->account(account), account, kEverySource, codeId);
+  setExposure(curve, codeId, ledger.exposureOf(source, codeId));
+  setExposure(this->account(account), codeId, ledger.exposureOf(codeId));
   addAccountPoint(account, time);
   addSourcePoint(key, curve, time);
 }
 
-void EquityBook::noteMark(int64 codeId, int64 time, bool isTick) {
-  const auto held = holders_.find(codeId);
-  if (held == holders_.end()) return;
-  const auto end = held->second.end();
-  for (auto at = held->second.begin(); at != end;) {
-    const auto first = at;
-    while (at != end && at->first.first == first->first.first) ++at;
-    noteMark(first, at, {codeId, time, isTick});
-  }
+void EquityBook::noteHolder(std::int32_t account, const std::string& source, int64 codeId,
+                            bool holds) {
+  std::vector<Holders>& all = holders_[codeId];
+  auto at = std::ranges::find(all, account, &Holders::account);
+  if (at == all.end()) at = all.insert(at, {account, exchange_.ledger(account), {}});
+  if (holds)
+    at->sources.try_emplace(source, &sources_.at({account, source}));
+  else
+    at->sources.erase(source);
+  if (at->sources.empty()) all.erase(at);
+  if (all.empty()) holders_.erase(codeId);
 }
 
-void EquityBook::noteMark(Holders::iterator first, Holders::iterator last, const Mark& mark) {
-  const std::int32_t key = first->first.first;
+bool EquityBook::noteMark(int64 codeId, int64 time, bool isTick) {
+  const auto held = holders_.find(codeId);
+  if (held == holders_.end()) return false;
+  for (const Holders& holders : held->second) noteMark(holders, {codeId, time, isTick});
+  return true;
+}
+
+void EquityBook::noteMark(const Holders& holders, const Mark& mark) {
   const auto wantsPoint = [&](const Curve& curve) {
     return !mark.isTick || mark.time / kTickPointMs != curve.points.back().time / kTickPointMs;
   };
-  Curve& whole = account(key);
-  const Ledger& ledger = *exchange_.ledger(key);
-  const double exposure = ledger.exposureOf(kEverySource, mark.codeId);
+  Curve& whole = account(holders.account);
+  const double exposure = holders.ledger->exposureOf(mark.codeId);
   setExposure(whole, mark.codeId, exposure);
   std::optional<double> equity;
-  if (wantsPoint(whole)) append(whole, mark.time, equity.emplace(toDouble(ledger.equity())));
-  const bool isOnlyHolder = std::next(first) == last;
-  for (; first != last; ++first) {
-    Curve& curve = *first->second;
-    if (isOnlyHolder)
-      setExposure(curve, mark.codeId, exposure);
+  if (wantsPoint(whole))
+    append(whole, mark.time, equity.emplace(toDouble(holders.ledger->equity())));
+  const bool isOnlyHolder = holders.sources.size() == 1;
+  // What an account is worth is what the one source made of it that it ever had.
+  const bool isOnlySource = sourceCounts_[indexOf(holders.account)] == 1;
+  for (const auto& [name, curve] : holders.sources) {
+    setExposure(*curve, mark.codeId,
+                isOnlyHolder ? exposure : holders.ledger->exposureOf(name, mark.codeId));
+    if (!wantsPoint(*curve)) continue;
+    if (equity && isOnlySource)
+      append(*curve, mark.time, *equity);
     else
-      markCurve(curve, key, first->first.second, mark.codeId);
-    if (!wantsPoint(curve)) continue;
-    // What an account is worth is what the one source made of it that it ever had.
-    if (equity && sourceCounts_[indexOf(key)] == 1)
-      append(curve, mark.time, *equity);
-    else
-      addSourcePoint(first->first, curve, mark.time);
+      addSourcePoint({holders.account, name}, *curve, mark.time);
   }
 }
 

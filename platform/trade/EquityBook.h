@@ -16,8 +16,9 @@ namespace orvane::detail {
 class EquityBook {
  public:
   struct Curve {
-    std::vector<EquityPoint> points;
-    std::map<int64, double> exposures;  ///< By code; held ones alone.
+    EquityCurve points;
+    /// By code, ascending; held ones alone.
+    std::vector<std::pair<int64, double>> exposures;
     /// How many points were handed to a store. The last point may still change and is kept back.
     std::size_t stored = 0;
   };
@@ -31,9 +32,9 @@ class EquityBook {
   void addSource(std::int32_t account, const std::string& source);
   /// A source's position in a code may have changed by a fill.
   void noteFill(std::int32_t account, const std::string& source, int64 codeId, int64 time);
-  /// The mark price of a code changed; by a tick only one point a minute is taken.
-  void noteMark(int64 codeId, int64 time, bool isTick);
-  bool isHeld(int64 codeId) const { return holders_.contains(codeId); }
+  /// The mark price of a code changed; by a tick only one point a minute is taken. Answers whether
+  /// anybody holds it.
+  bool noteMark(int64 codeId, int64 time, bool isTick);
   void finish(int64 time);
   void clear();
 
@@ -43,7 +44,12 @@ class EquityBook {
   const std::map<SourceKey, Curve>& sources() const { return sources_; }
 
  private:
-  using Holders = std::map<SourceKey, Curve*>;
+  /// Who holds a code on one account.
+  struct Holders {
+    std::int32_t account = 0;
+    const Ledger* ledger = nullptr;
+    std::map<std::string, Curve*> sources;
+  };
   struct Mark {
     int64 codeId = 0;
     int64 time = 0;
@@ -51,18 +57,17 @@ class EquityBook {
   };
 
   static std::size_t indexOf(std::int32_t account) { return static_cast<std::size_t>(account) - 1; }
-  /// Notes it for holders that are all the holders on one account.
-  void noteMark(Holders::iterator first, Holders::iterator last, const Mark& mark);
+  void noteMark(const Holders& holders, const Mark& mark);
+  void noteHolder(std::int32_t account, const std::string& source, int64 codeId, bool holds);
   void addAccountPoint(std::int32_t account, int64 time);
   void addSourcePoint(const SourceKey& key, Curve& curve, int64 time);
-  void markCurve(Curve& curve, std::int32_t account, const std::string& source, int64 codeId) const;
 
   const PaperExchange& exchange_;
   std::vector<Curve> accounts_;
   std::map<SourceKey, Curve> sources_;
   std::vector<std::size_t> sourceCounts_;  ///< Of each account.
-  /// By code: who holds it, with their curves.
-  std::unordered_map<int64, Holders> holders_;
+  /// By code, of each account on which it is held.
+  std::unordered_map<int64, std::vector<Holders>> holders_;
   bool hasStarted_ = false;
   int64 startTime_ = 0;
 };

@@ -193,23 +193,19 @@ Booking Ledger::fill(int64 orderId, Price price, Volume volume) {
 
   CodeBook& code = codes_[terms.code.id];
   if (!code.markPrice) code.markPrice = price;
-  revalue(code);
+  recount(code);
   return booking;
 }
 
-std::optional<Money> Ledger::valueOf(const CodeBook& code, Price price) {
-  Volume volume;
+void Ledger::recount(CodeBook& code) {
+  code.held = {};
   for (const auto& [name, book] : code.sources)
-    volume += book.longSide.volume() + book.shortSide.volume();
-  return turnoverOf(price, volume, code.terms->multiplier);
-}
-
-void Ledger::revalue(CodeBook& code) {
-  revalue(code, valueOf(code, *code.markPrice).value_or(Money{}));
+    code.held += book.longSide.volume() + book.shortSide.volume();
+  const auto value = turnoverOf(*code.markPrice, code.held, code.terms->multiplier);
+  revalue(code, value.value_or(Money{}));
 }
 
 void Ledger::revalue(CodeBook& code, Money value) {
-  code.isHeld = false;
   value_ += value - code.value;
   code.value = value;
   for (auto& [name, book] : code.sources) {
@@ -217,7 +213,6 @@ void Ledger::revalue(CodeBook& code, Money value) {
                       book.shortSide.floating(*code.terms, *code.markPrice);
     floating_ += now - book.floating;
     book.floating = now;
-    code.isHeld = code.isHeld || !book.longSide.isEmpty() || !book.shortSide.isEmpty();
   }
 }
 
@@ -225,11 +220,11 @@ void Ledger::mark(int64 codeId, Price price) {
   const auto at = codes_.find(codeId);
   if (at == codes_.end() || at->second.markPrice == price) return;
   CodeBook& code = at->second;
-  if (!code.isHeld) {
+  if (!code.isHeld()) {
     code.markPrice = price;
     return;
   }
-  const auto value = valueOf(code, price);
+  const auto value = turnoverOf(price, code.held, code.terms->multiplier);
   if (!value || *value > kMostValue - (value_ - code.value)) return;
   code.markPrice = price;
   revalue(code, *value);
@@ -250,7 +245,7 @@ bool Ledger::settlementFits(const CodeBook& code) const {
 
 bool Ledger::beginDay(int64 codeId, bool settles) {
   const auto at = codes_.find(codeId);
-  if (at == codes_.end() || !at->second.isHeld) return false;
+  if (at == codes_.end() || !at->second.isHeld()) return false;
   CodeBook& code = at->second;
   settles = settles && code.markPrice && settlementFits(code);
   bool isChanged = false;
@@ -269,7 +264,7 @@ bool Ledger::beginDay(int64 codeId, bool settles) {
       side->beginDay();
     }
   }
-  revalue(code);
+  recount(code);
   return isChanged;
 }
 
@@ -305,13 +300,20 @@ Volume Ledger::volumeOf(const std::string& source, int64 codeId, bool isLong) co
 double Ledger::exposureOf(const std::string& source, int64 codeId) const {
   const auto code = codes_.find(codeId);
   if (code == codes_.end()) return 0;
-  Volume volume;
-  for (const auto& [name, book] : code->second.sources)
-    if (source.empty() || name == source)
-      volume += book.longSide.volume() + book.shortSide.volume();
+  const auto book = code->second.sources.find(source);
+  if (book == code->second.sources.end()) return 0;
+  return exposureOf(code->second, book->second.longSide.volume() + book->second.shortSide.volume());
+}
+
+double Ledger::exposureOf(int64 codeId) const {
+  const auto code = codes_.find(codeId);
+  return code == codes_.end() ? 0 : exposureOf(code->second, code->second.held);
+}
+
+double Ledger::exposureOf(const CodeBook& code, Volume volume) {
   if (volume.isZero()) return 0;
-  const double mark = code->second.markPrice ? toDouble(*code->second.markPrice) : 0;
-  return toDouble(volume) * mark * toDouble(code->second.terms->multiplier);
+  const double mark = code.markPrice ? toDouble(*code.markPrice) : 0;
+  return toDouble(volume) * mark * toDouble(code.terms->multiplier);
 }
 
 bool Ledger::holds(const std::string& source, int64 codeId) const {

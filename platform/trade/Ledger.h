@@ -106,8 +106,9 @@ class Ledger {
   Money resultOf(const std::string& source) const;
   /// Volume on one side of a code that a source holds, or all sources if it is empty.
   Volume volumeOf(const std::string& source, int64 codeId, bool isLong) const;
-  /// What both sides, added up, are worth at the last price, of a source or of all if it is empty.
+  /// What both sides, added up, are worth at the last price, of a source or of all.
   double exposureOf(const std::string& source, int64 codeId) const;
+  double exposureOf(int64 codeId) const;
   /// Whether a source holds anything of a code.
   bool holds(const std::string& source, int64 codeId) const;
 
@@ -134,9 +135,11 @@ class Ledger {
   struct CodeBook {
     const ContractTerms* terms = nullptr;
     std::optional<Price> markPrice;
-    bool isHeld = false;
-    Money value;  ///< Of both sides at the mark price, added up.
+    Volume held;  ///< Of both sides of all sources.
+    Money value;  ///< The same at the mark price.
     std::map<std::string, SourceBook> sources;
+
+    bool isHeld() const { return !held.isZero(); }
   };
   /// What an order at work holds back.
   struct Hold {
@@ -155,9 +158,11 @@ class Ledger {
   std::optional<Refusal> freezeMoney(const Claim& claim);
   std::optional<Refusal> freezeVolume(const Claim& claim);
   SourceBook& bookOf(const Claim& claim);
-  void revalue(CodeBook& code);
+  /// What is held has changed.
+  void recount(CodeBook& code);
+  /// Its price, or what is held, has; it is worth `value` now.
   void revalue(CodeBook& code, Money value);
-  static std::optional<Money> valueOf(const CodeBook& code, Price price);
+  static double exposureOf(const CodeBook& code, Volume volume);
   bool settlementFits(const CodeBook& code) const;
   // Of one source's book or, if it is null, of all.
   template <typename Visit>

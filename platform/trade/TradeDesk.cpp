@@ -183,9 +183,8 @@ bool TradeDesk::feedRecord(const MarketStream& stream) {
     const int64 time = feed_.shown(stream.timeAt(stream.known.load(std::memory_order_relaxed)));
     feed_.feedNext(stream, state.exchange, time);
     takeEvents(time);
-    state.equity.noteMark(codeId, time, stream.isTicks());
-    if (!state.exchange.isBusy(codeId) && !state.equity.isHeld(codeId) &&
-        !parts_.grids.isWatched(codeId))
+    const bool isHeld = state.equity.noteMark(codeId, time, stream.isTicks());
+    if (!isHeld && !state.exchange.isBusy(codeId) && !parts_.grids.isWatched(codeId))
       feed_.rest(stream);
     noteDue();
   }

@@ -271,7 +271,7 @@ std::vector<AccountResult> TradeService::collect(Own own) const {
 std::vector<AccountResult> TradeService::results() const {
   struct Copying {
     const TradeStore& store;
-    std::vector<EquityPoint> curve(const EquityBook::Curve& from) { return from.points; }
+    EquityCurve curve(const EquityBook::Curve& from) { return from.points; }
     TradeStore::BySource sources(std::int32_t account) { return store.sources(account); }
   };
   const std::lock_guard lock(state_.mutex);
@@ -281,7 +281,7 @@ std::vector<AccountResult> TradeService::results() const {
 std::vector<AccountResult> TradeService::takeResults() {
   struct Taking {
     TradeStore& store;
-    std::vector<EquityPoint> curve(EquityBook::Curve& from) { return std::move(from.points); }
+    EquityCurve curve(EquityBook::Curve& from) { return std::move(from.points); }
     TradeStore::BySource sources(std::int32_t account) { return store.takeSources(account); }
   };
   const std::lock_guard lock(state_.mutex);

@@ -16,6 +16,9 @@ struct EquityPoint {
   double exposure = 0;  ///< Value of all positions at the last prices, long and short added up.
 };
 
+/// By time. A deque, since it grows by a point a bar: growing moves none of them.
+using EquityCurve = std::deque<EquityPoint>;
+
 /// What one create source did on one account.
 struct SourceResult {
   std::string source;           ///< GBK.
@@ -23,7 +26,7 @@ struct SourceResult {
   std::deque<OrderFill> fills;  ///< In the order in which they happened.
   /// The account's start balance plus the profit, closed and floating, minus the fees of this
   /// source: the whole account's curve where the source has the account to itself.
-  std::vector<EquityPoint> curve;
+  EquityCurve curve;
 };
 
 /// What happened on one account. Curves have a point at the start, after every fill and
@@ -32,7 +35,7 @@ struct SourceResult {
 struct AccountResult {
   TradingAccountID account;
   TradingAccount capital;  ///< At the end, as `CapitalView` reads it.
-  std::vector<EquityPoint> curve;
+  EquityCurve curve;
   std::vector<SourceResult> sources;  ///< By name, ascending; those that sent an order.
 };
 

@@ -40,7 +40,7 @@ TEST(Figures, shouldBeEmptyWhereNothingHappened) {
 }
 
 TEST(Figures, shouldTakeTheLastEquityOfEachDayForReturns) {
-  const std::vector<EquityPoint> curve = {
+  const EquityCurve curve = {
       {0, 100, 0}, {10, 110, 0}, {kDay, 50, 0}, {kDay + 5, 99, 0}, {3 * kDay, 118.8, 0}};
   const std::vector<double> returns = dailyReturns(100, curve);
   ASSERT_EQ(returns.size(), 3u);
@@ -50,7 +50,7 @@ TEST(Figures, shouldTakeTheLastEquityOfEachDayForReturns) {
 }
 
 TEST(Figures, shouldGiveSharpeAndSortinoOfDailyReturns) {
-  const std::vector<EquityPoint> curve = {{0, 110, 0}, {kDay, 99, 0}, {2 * kDay, 118.8, 0}};
+  const EquityCurve curve = {{0, 110, 0}, {kDay, 99, 0}, {2 * kDay, 118.8, 0}};
   const Figures figures = makeFigures(100, curve, {});
   // Returns 0.1, -0.1, 0.2: mean 1/15, sample variance 0.07/3, downside mean square 0.01/3.
   const double mean = 0.2 / 3;

@@ -10,7 +10,7 @@ using test::kDay;
 using test::kHour;
 constexpr int64 kFebruary = 1'612'137'600'000;  // 2021-02-01 00:00 UTC.
 
-std::vector<MonthlyReturn> inZone(const std::string& zone, const std::vector<EquityPoint>& curve,
+std::vector<MonthlyReturn> inZone(const std::string& zone, const EquityCurve& curve,
                                   double start = 100) {
   return monthlyReturns(start, curve, ZoneOffsets(zone));
 }
@@ -32,8 +32,7 @@ TEST(MonthlyReturns, shouldGoFromTheLastEquityOfOneMonthToThatOfTheNext) {
 }
 
 TEST(MonthlyReturns, shouldCutMonthsByTheCalendarOfTheZone) {
-  const std::vector<EquityPoint> curve = {{kFebruary - 9 * kHour, 110, 0},
-                                          {kFebruary - 8 * kHour, 121, 0}};
+  const EquityCurve curve = {{kFebruary - 9 * kHour, 110, 0}, {kFebruary - 8 * kHour, 121, 0}};
   EXPECT_EQ(inZone("UTC", curve).size(), 1u);
   const auto months = inZone("Asia/Shanghai", curve);
   ASSERT_EQ(months.size(), 2u);
@@ -41,7 +40,7 @@ TEST(MonthlyReturns, shouldCutMonthsByTheCalendarOfTheZone) {
 }
 
 TEST(MonthlyReturns, shouldMultiplyUpToTheReturnOfTheWholeCurve) {
-  std::vector<EquityPoint> curve;
+  EquityCurve curve;
   for (int i = 0; i < 700; ++i) curve.push_back({kFebruary + i * kDay, 100.0 + (i * 37) % 41, 0});
   double product = 1;
   for (const MonthlyReturn& month : inZone("UTC", curve)) product *= 1 + month.value;

@@ -187,7 +187,7 @@ TEST_F(ReportPage, shouldTellWhatTheLibraryOfItsChartsAsksFor) {
 }
 
 TEST(PageData, shouldKeepEveryPeakAndTroughOfACurveThatItThins) {
-  std::vector<EquityPoint> curve;
+  EquityCurve curve;
   for (int i = 0; i < 10'000; ++i)
     curve.push_back({i * 1000, 100 + std::sin(i / 50.0) * (i % 97), 0});
   curve[4321].equity = -500;
@@ -204,7 +204,7 @@ TEST(PageData, shouldKeepEveryPeakAndTroughOfACurveThatItThins) {
 }
 
 TEST(PageData, shouldLeaveAShortCurveAsItIs) {
-  const std::vector<EquityPoint> curve = {{1, 5, 0}, {2, 4, 0}, {3, 6, 0}};
+  const EquityCurve curve = {{1, 5, 0}, {2, 4, 0}, {3, 6, 0}};
   EXPECT_EQ(thinnedCurve(curve, 3).size(), 3u);
   EXPECT_TRUE(thinnedCurve({}, 500).empty());
 }

@@ -84,7 +84,7 @@ TEST_F(EquityCurves, shouldTakeNoPointWhileNothingIsHeld) {
   const std::size_t points = book_.account(1).points.size();
   barTo(2, 12);
   EXPECT_EQ(book_.account(1).points.size(), points);
-  EXPECT_FALSE(book_.isHeld(code.id));
+  EXPECT_FALSE(book_.noteMark(code.id, 40, false));
 }
 
 }  // namespace

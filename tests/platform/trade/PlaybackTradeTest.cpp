@@ -264,7 +264,7 @@ TEST(PlaybackTrade, shouldGiveTheSameAgainAfterARewind) {
     platform.service().unsubscribeAll(runner);
     platform.installed().quotes().unsubscribeSpi(runner);
     Lines lines = runner->lines();
-    const std::vector<EquityPoint> curve = platform->tradeResults().at(0).curve;
+    const EquityCurve curve = platform->tradeResults().at(0).curve;
     for (const EquityPoint& point : curve)
       lines.push_back(std::to_string(point.time) + " " + std::to_string(point.equity));
     runs.push_back(lines);
@@ -314,7 +314,7 @@ TEST(PlaybackTrade, shouldTakeAPointAMinuteWhereTicksComeFaster) {
   platform->addTicks(makeTicks(platform.code, times));
   platform.buy();
   platform->run();
-  const std::vector<EquityPoint> curve = platform->tradeResults().at(0).curve;
+  const EquityCurve curve = platform->tradeResults().at(0).curve;
   // Start, fill, one for each further minute of five, and the end.
   EXPECT_GE(curve.size(), 6u);
   EXPECT_LE(curve.size(), 8u);
@@ -333,7 +333,7 @@ TEST(PlaybackTrade, shouldKeepAccountsApart) {
 
 Lines linesOf(const AccountResult& result) {
   Lines lines{number(CapitalView(result.capital).equity())};
-  const auto addCurve = [&lines](const std::vector<EquityPoint>& curve) {
+  const auto addCurve = [&lines](const EquityCurve& curve) {
     for (const EquityPoint& point : curve)
       lines.push_back(RecordingSpi::relative(point.time) + " " + number(point.equity) + " " +
                       number(point.exposure));
