@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <limits>
 
 #include "platform/fields/FillView.h"
 
@@ -102,13 +103,14 @@ std::optional<double> exposureOf(const EquityCurve& curve) {
 
 std::vector<double> dailyReturns(double startBalance, const EquityCurve& curve) {
   std::vector<double> closes;
-  int64 day = 0;
+  int64 dayEnd = std::numeric_limits<int64>::min();
   for (const EquityPoint& point : curve) {
-    if (closes.empty() || dayOf(point.time) != day)
-      closes.push_back(point.equity);
-    else
+    if (point.time < dayEnd) {
       closes.back() = point.equity;
-    day = dayOf(point.time);
+      continue;
+    }
+    closes.push_back(point.equity);
+    dayEnd = (dayOf(point.time) + 1) * kDayMs;
   }
   std::vector<double> returns;
   returns.reserve(closes.size());
@@ -136,6 +138,9 @@ Drawdown deepestDrawdown(double startBalance, const EquityCurve& curve) {
     }
     if (hasShares && peak.equity <= 0) continue;
     const double fall = peak.equity - point.equity;
+    // Most falls are nowhere near the deepest, and told apart without the division.
+    constexpr double kSurelyLess = 1 - 1e-9;
+    if (hasShares && fall < depth * peak.equity * kSurelyLess) continue;
     const double its = hasShares ? fall / peak.equity : fall;
     if (its <= depth) continue;
     depth = its;

@@ -283,7 +283,7 @@ class PageMaker {
 EquityCurve thinnedCurve(const EquityCurve& curve, std::size_t most) {
   if (curve.size() <= most) return curve;
   const std::size_t stretch = 2 * curve.size() / std::max<std::size_t>(most, 1) + 1;
-  EquityCurve result = {curve.front()};
+  EquityPoints result = {curve.front()};
   for (std::size_t begin = 1; begin + 1 < curve.size(); begin += stretch) {
     const auto first = curve.begin() + static_cast<std::ptrdiff_t>(begin);
     const auto last =

@@ -156,10 +156,10 @@ EquityCurve sumOf(const std::vector<AccountResult>& accounts) {
   std::map<int64, std::vector<Step>> steps;
   for (std::size_t i = 0; i < accounts.size(); ++i)
     for (const EquityPoint& point : accounts[i].curve) steps[point.time].push_back({i, point});
-  EquityCurve now(accounts.size());
+  std::vector<EquityPoint> now(accounts.size());
   for (std::size_t i = 0; i < accounts.size(); ++i)
     now[i].equity = CapitalView(accounts[i].capital).startBalance();
-  EquityCurve sum;
+  EquityPoints sum;
   for (const auto& [time, changes] : steps) {
     for (const Step& change : changes) now[change.account] = change.point;
     EquityPoint total{time, 0, 0};

@@ -35,7 +35,7 @@ void setExposure(EquityBook::Curve& curve, int64 codeId, double value) {
 }  // namespace
 
 EquityBook::EquityBook(const PaperExchange& exchange, std::size_t accounts)
-    : exchange_(exchange), accounts_(accounts), sourceCounts_(accounts) {}
+    : exchange_(exchange), accounts_(accounts) {}
 
 void EquityBook::start(int64 time) {
   hasStarted_ = true;
@@ -43,13 +43,26 @@ void EquityBook::start(int64 time) {
   for (std::size_t i = 0; i < accounts_.size(); ++i)
     addAccountPoint(static_cast<std::int32_t>(i) + 1, time);
   for (auto& [key, curve] : sources_)
-    if (curve.points.empty()) addSourcePoint(key, curve, time);
+    if (curve.own && curve.own->points.empty()) addSourcePoint(key, *curve.own, time);
 }
 
 void EquityBook::addSource(std::int32_t account, const std::string& source) {
-  const auto [at, isNew] = sources_.try_emplace({account, source});
-  if (isNew) ++sourceCounts_[indexOf(account)];
-  if (isNew && hasStarted_) addSourcePoint(at->first, at->second, startTime_);
+  const SourceKey key{account, source};
+  if (sources_.contains(key)) return;
+  const auto first = sources_.lower_bound({account, {}});
+  const bool isAlone = first == sources_.end() || first->first.first != account;
+  if (!isAlone) partFromAccount(account);
+  SourceCurve& curve = sources_[key];
+  // It begins with the run. An account that has more than its start by now has played without it.
+  if (isAlone && this->account(account).points.size() <= 1) return;
+  curve.own.emplace();
+  if (hasStarted_) addSourcePoint(key, *curve.own, startTime_);
+}
+
+void EquityBook::partFromAccount(std::int32_t account) {
+  for (auto at = sources_.lower_bound({account, {}});
+       at != sources_.end() && at->first.first == account; ++at)
+    if (!at->second.own) at->second.own = this->account(account);
 }
 
 void EquityBook::addAccountPoint(std::int32_t account, int64 time) {
@@ -63,15 +76,16 @@ void EquityBook::addSourcePoint(const SourceKey& key, Curve& curve, int64 time) 
 
 void EquityBook::noteFill(std::int32_t account, const std::string& source, int64 codeId,
                           int64 time) {
-  const SourceKey key{account, source};
   addSource(account, source);
   const Ledger& ledger = *exchange_.ledger(account);
   noteHolder(account, source, codeId, ledger.holds(source, codeId));
-  Curve& curve = sources_.at(key);
-  setExposure(curve, codeId, ledger.exposureOf(source, codeId));
   setExposure(this->account(account), codeId, ledger.exposureOf(codeId));
   addAccountPoint(account, time);
-  addSourcePoint(key, curve, time);
+  const SourceKey key{account, source};
+  std::optional<Curve>& own = sources_.at(key).own;
+  if (!own) return;
+  setExposure(*own, codeId, ledger.exposureOf(source, codeId));
+  addSourcePoint(key, *own, time);
 }
 
 void EquityBook::noteHolder(std::int32_t account, const std::string& source, int64 codeId,
@@ -99,35 +113,25 @@ void EquityBook::noteMark(const Holders& holders, const Mark& mark) {
     return !mark.isTick || mark.time / kTickPointMs != curve.points.back().time / kTickPointMs;
   };
   Curve& whole = account(holders.account);
-  const double exposure = holders.ledger->exposureOf(mark.codeId);
-  setExposure(whole, mark.codeId, exposure);
-  std::optional<double> equity;
-  if (wantsPoint(whole))
-    append(whole, mark.time, equity.emplace(toDouble(holders.ledger->equity())));
-  const bool isOnlyHolder = holders.sources.size() == 1;
-  // What an account is worth is what the one source made of it that it ever had.
-  const bool isOnlySource = sourceCounts_[indexOf(holders.account)] == 1;
+  setExposure(whole, mark.codeId, holders.ledger->exposureOf(mark.codeId));
+  if (wantsPoint(whole)) append(whole, mark.time, toDouble(holders.ledger->equity()));
   for (const auto& [name, curve] : holders.sources) {
-    setExposure(*curve, mark.codeId,
-                isOnlyHolder ? exposure : holders.ledger->exposureOf(name, mark.codeId));
-    if (!wantsPoint(*curve)) continue;
-    if (equity && isOnlySource)
-      append(*curve, mark.time, *equity);
-    else
-      addSourcePoint({holders.account, name}, *curve, mark.time);
+    if (!curve->own) continue;
+    setExposure(*curve->own, mark.codeId, holders.ledger->exposureOf(name, mark.codeId));
+    if (wantsPoint(*curve->own)) addSourcePoint({holders.account, name}, *curve->own, mark.time);
   }
 }
 
 void EquityBook::finish(int64 time) {
   for (std::size_t i = 0; i < accounts_.size(); ++i)
     addAccountPoint(static_cast<std::int32_t>(i) + 1, time);
-  for (auto& [key, curve] : sources_) addSourcePoint(key, curve, time);
+  for (auto& [key, curve] : sources_)
+    if (curve.own) addSourcePoint(key, *curve.own, time);
 }
 
 void EquityBook::clear() {
   accounts_.assign(accounts_.size(), {});
   sources_.clear();
-  sourceCounts_.assign(sourceCounts_.size(), 0);
   holders_.clear();
   hasStarted_ = false;
 }

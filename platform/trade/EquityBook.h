@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <utility>
@@ -16,10 +17,17 @@ namespace orvane::detail {
 class EquityBook {
  public:
   struct Curve {
-    EquityCurve points;
+    EquityPoints points;
     /// By code, ascending; held ones alone.
     std::vector<std::pair<int64, double>> exposures;
+  };
+  struct AccountCurve : Curve {
     /// How many points were handed to a store. The last point may still change and is kept back.
+    std::size_t stored = 0;
+  };
+  struct SourceCurve {
+    /// None as long as it is the account's: the source has the account to itself.
+    std::optional<Curve> own;
     std::size_t stored = 0;
   };
   using SourceKey = std::pair<std::int32_t, std::string>;  ///< Account and create source.
@@ -38,17 +46,21 @@ class EquityBook {
   void finish(int64 time);
   void clear();
 
-  Curve& account(std::int32_t key) { return accounts_[indexOf(key)]; }
-  const Curve& account(std::int32_t key) const { return accounts_[indexOf(key)]; }
-  std::map<SourceKey, Curve>& sources() { return sources_; }
-  const std::map<SourceKey, Curve>& sources() const { return sources_; }
+  AccountCurve& account(std::int32_t key) { return accounts_[indexOf(key)]; }
+  const AccountCurve& account(std::int32_t key) const { return accounts_[indexOf(key)]; }
+  std::map<SourceKey, SourceCurve>& sources() { return sources_; }
+  const std::map<SourceKey, SourceCurve>& sources() const { return sources_; }
+  /// The points of a source's curve, whoever has them.
+  const EquityPoints& pointsOf(const SourceKey& key, const SourceCurve& curve) const {
+    return curve.own ? curve.own->points : account(key.first).points;
+  }
 
  private:
   /// Who holds a code on one account.
   struct Holders {
     std::int32_t account = 0;
     const Ledger* ledger = nullptr;
-    std::map<std::string, Curve*> sources;
+    std::map<std::string, SourceCurve*> sources;
   };
   struct Mark {
     int64 codeId = 0;
@@ -59,13 +71,13 @@ class EquityBook {
   static std::size_t indexOf(std::int32_t account) { return static_cast<std::size_t>(account) - 1; }
   void noteMark(const Holders& holders, const Mark& mark);
   void noteHolder(std::int32_t account, const std::string& source, int64 codeId, bool holds);
+  void partFromAccount(std::int32_t account);
   void addAccountPoint(std::int32_t account, int64 time);
   void addSourcePoint(const SourceKey& key, Curve& curve, int64 time);
 
   const PaperExchange& exchange_;
-  std::vector<Curve> accounts_;
-  std::map<SourceKey, Curve> sources_;
-  std::vector<std::size_t> sourceCounts_;  ///< Of each account.
+  std::vector<AccountCurve> accounts_;
+  std::map<SourceKey, SourceCurve> sources_;
   /// By code, of each account on which it is held.
   std::unordered_map<int64, std::vector<Holders>> holders_;
   bool hasStarted_ = false;

@@ -358,6 +358,7 @@ void Ledger::fillSide(Position& position, const CodeBook& code, const SourceBook
     openTurnover += side.openTurnover();
     if (code.markPrice) floating += side.floating(*code.terms, *code.markPrice);
   });
+  if (volume.isZero()) return;  // Nor is anything of it frozen, or worth anything.
   auto& block = isLong ? position.block1 : position.block2;
   block[position::Volume] = wordOf(toDouble(volume));
   block[position::TodayVolume] = wordOf(toDouble(today));

@@ -47,7 +47,7 @@ class PaperExchange::Impl {
     Ledger ledger;
   };
 
-  void place(Order&& record, int64 now);
+  void place(const Order& record, int64 now);
   void cancel(int64 orderId, const SourceId& by, int64 now);
   void onBar(Contract& contract, const ExactBar& bar);
   void onTick(Contract& contract, const IDepthMarketData& tick, int64 now);
@@ -93,10 +93,10 @@ class PaperExchange::Impl {
 
 // Orders that come and go.
 
-void PaperExchange::Impl::place(Order&& record, int64 now) {
+void PaperExchange::Impl::place(const Order& record, int64 now) {
   std::list<WorkingOrder> entry;
   WorkingOrder& order = entry.emplace_back();
-  order.record = std::move(record);
+  order.record = record;
   order.arrival = now;
   order.record.values[order::ArrivalTime] = now;
   Contract* const contract = contracts.find(order.record.code.id);
@@ -395,7 +395,7 @@ void PaperExchange::addContract(const ICodeID& code, const Instrument& instrumen
   impl_->contracts.add(code, instrument);
 }
 
-void PaperExchange::place(Order order, int64 now) { impl_->place(std::move(order), now); }
+void PaperExchange::place(const Order& order, int64 now) { impl_->place(order, now); }
 
 void PaperExchange::cancel(int64 orderId, const SourceId& by, int64 now) {
   impl_->cancel(orderId, by, now);

@@ -62,7 +62,7 @@ class PaperExchange {
 
   /// Takes an order that arrives now. `order` is complete but for what the exchange fills in. It
   /// is answered by events: Working or Rejected, and what follows.
-  void place(Order order, int64 now);
+  void place(const Order& order, int64 now);
   /// Cancels an order that is at work; of any other nothing happens.
   void cancel(int64 orderId, const SourceId& by, int64 now);
 

@@ -151,7 +151,7 @@ void TradeDesk::admitCancel(std::unique_ptr<TradeAction> action, int64 now) {
   Order pending = *order;
   pending.updateTime() = now;
   ++state.number;
-  reportOrder(std::move(pending), now + parts_.options.reportLatencyMs);
+  reportOrder(pending, now + parts_.options.reportLatencyMs);
 }
 
 bool TradeDesk::letArrive(int64 now) {
@@ -166,7 +166,7 @@ bool TradeDesk::letArrive(int64 now) {
       state.exchange.cancel(action.order.id, action.order.cancelSource, now);
     } else {
       feed_.begin(action.order.code.id, state.exchange);
-      state.exchange.place(std::move(action.order), now);
+      state.exchange.place(action.order, now);
     }
     takeEvents(now);
   }
@@ -203,7 +203,7 @@ void TradeDesk::takeEvent(TradeEvent& event, int64 now) {
   ++state.number;
   const int64 due = std::max(event.time + parts_.options.reportLatencyMs, now);
   if (auto* order = std::get_if<Order>(&event.what)) {
-    reportOrder(std::move(*order), due);
+    reportOrder(*order, due);
   } else if (auto* fill = std::get_if<OrderFill>(&event.what)) {
     state.store.addFill(*fill);
     // A fill inside a bar is known, and its price marked, when the bar is over.
@@ -222,7 +222,7 @@ void TradeDesk::takeEvent(TradeEvent& event, int64 now) {
   }
 }
 
-void TradeDesk::reportOrder(Order&& order, int64 due) {
+void TradeDesk::reportOrder(Order& order, int64 due) {
   if (const auto at = cancelling_.find(order.id); at != cancelling_.end()) {
     if (OrderView(order).isFinal()) {
       cancelling_.erase(at);
@@ -232,7 +232,8 @@ void TradeDesk::reportOrder(Order&& order, int64 due) {
     }
   }
   parts_.state.store.updateOrder(order);
-  report<Order>(subjectOf(TradeTopic::Order, order), due, kAsItIs, std::move(order));
+  // Its texts are short, and most are empty: a copy costs less than a move.
+  report<Order>(subjectOf(TradeTopic::Order, order), due, kAsItIs, std::as_const(order));
 }
 
 void TradeDesk::reportPosition(const TradeEvent::PositionChanged& changed, int64 due) {
@@ -386,16 +387,18 @@ std::optional<StoredNews> TradeDesk::takeNews(bool isEnd) {
   news.fills = state.store.takeNewFills();
   for (const auto& [time, change] : std::exchange(changes_, {}))
     news.connections.push_back({change.account, time, change.isUp});
-  const auto take = [&](EquityBook::Curve& curve, std::int32_t account, const std::string& source) {
-    const std::size_t end = curve.points.size() - (isEnd || curve.points.empty() ? 0 : 1);
-    for (; curve.stored < end; ++curve.stored)
-      news.equity.push_back({account, source, curve.stored, curve.points[curve.stored]});
+  const auto take = [&](const EquityPoints& points, std::size_t& stored, std::int32_t account,
+                        const std::string& source) {
+    const std::size_t end = points.size() - (isEnd || points.empty() ? 0 : 1);
+    for (; stored < end; ++stored) news.equity.push_back({account, source, stored, points[stored]});
   };
   for (const TradingAccountID& account : state.accounts.all()) {
-    take(state.equity.account(account.accountKey), account.accountKey, {});
+    EquityBook::AccountCurve& curve = state.equity.account(account.accountKey);
+    take(curve.points, curve.stored, account.accountKey, {});
     news.capitals.push_back(state.exchange.ledger(account.accountKey)->capitalRecord(news.time));
   }
-  for (auto& [key, curve] : state.equity.sources()) take(curve, key.first, key.second);
+  for (auto& [key, curve] : state.equity.sources())
+    take(state.equity.pointsOf(key, curve), curve.stored, key.first, key.second);
   return news;
 }
 

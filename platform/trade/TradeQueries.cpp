@@ -261,7 +261,8 @@ std::vector<AccountResult> TradeService::collect(Own own) const {
       source.orders = std::move(trades.orders);
       source.fills = std::move(trades.fills);
       const auto curve = state_.equity.sources().find({account.accountKey, name});
-      if (curve != state_.equity.sources().end()) source.curve = own.curve(curve->second);
+      if (curve == state_.equity.sources().end()) continue;
+      source.curve = curve->second.own ? own.curve(*curve->second.own) : result.curve;
     }
     all.push_back(std::move(result));
   }
@@ -271,8 +272,8 @@ std::vector<AccountResult> TradeService::collect(Own own) const {
 std::vector<AccountResult> TradeService::results() const {
   struct Copying {
     const TradeStore& store;
-    EquityCurve curve(const EquityBook::Curve& from) { return from.points; }
-    TradeStore::BySource sources(std::int32_t account) { return store.sources(account); }
+    EquityCurve curve(const EquityBook::Curve& from) const { return from.points; }
+    TradeStore::BySource sources(std::int32_t account) const { return store.sources(account); }
   };
   const std::lock_guard lock(state_.mutex);
   return collect(Copying{state_.store});

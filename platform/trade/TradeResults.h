@@ -1,7 +1,11 @@
 #pragma once
 
+#include <cstddef>
 #include <deque>
+#include <initializer_list>
+#include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "shared/AccountRecords.h"
@@ -17,7 +21,36 @@ struct EquityPoint {
 };
 
 /// By time. A deque, since it grows by a point a bar: growing moves none of them.
-using EquityCurve = std::deque<EquityPoint>;
+using EquityPoints = std::deque<EquityPoint>;
+
+/// An equity curve that is complete: points by time, which copies of it share. Any thread may read
+/// it.
+class EquityCurve {
+ public:
+  using value_type = EquityPoint;
+  using const_iterator = EquityPoints::const_iterator;
+
+  EquityCurve() = default;
+  EquityCurve(EquityPoints points)
+      : points_(std::make_shared<const EquityPoints>(std::move(points))) {}
+  EquityCurve(std::initializer_list<EquityPoint> points) : EquityCurve(EquityPoints(points)) {}
+
+  const_iterator begin() const { return points().begin(); }
+  const_iterator end() const { return points().end(); }
+  std::size_t size() const { return points().size(); }
+  bool empty() const { return points().empty(); }
+  const EquityPoint& front() const { return points().front(); }
+  const EquityPoint& back() const { return points().back(); }
+  const EquityPoint& operator[](std::size_t at) const { return points()[at]; }
+
+ private:
+  const EquityPoints& points() const {
+    static const EquityPoints none;
+    return points_ ? *points_ : none;
+  }
+
+  std::shared_ptr<const EquityPoints> points_;
+};
 
 /// What one create source did on one account.
 struct SourceResult {

@@ -21,7 +21,17 @@ void TradeStore::updateOrder(const Order& order) {
   const auto found = byId_.find(order.id);
   if (found == byId_.end()) return;
   const std::size_t at = found->second.order;
-  *orders_[at] = order;
+  Order& known = *orders_[at];
+  known.cancelSource = order.cancelSource;
+  known.values = order.values;
+  known.ints = order.ints;
+  known.text5 = order.text5;
+  known.text6 = order.text6;
+  known.value1 = order.value1;
+  known.value2 = order.value2;
+  known.value3 = order.value3;
+  known.value4 = order.value4;
+  known.value5 = order.value5;
   if (OrderView(order).isFinal()) of(order.account.accountKey).open.erase(at);
   if (notesChanges_) changed_.insert(at);
 }

@@ -21,7 +21,7 @@ class TradeStore {
   explicit TradeStore(std::size_t accounts, bool notesChanges = true);
 
   void addOrder(const Order& order);
-  /// Takes the new state of an order that was added.
+  /// Takes the new state of an order that was added. What it asks for stays as it was.
   void updateOrder(const Order& order);
   void addFill(const OrderFill& fill);
 

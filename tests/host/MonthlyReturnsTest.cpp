@@ -40,7 +40,7 @@ TEST(MonthlyReturns, shouldCutMonthsByTheCalendarOfTheZone) {
 }
 
 TEST(MonthlyReturns, shouldMultiplyUpToTheReturnOfTheWholeCurve) {
-  EquityCurve curve;
+  EquityPoints curve;
   for (int i = 0; i < 700; ++i) curve.push_back({kFebruary + i * kDay, 100.0 + (i * 37) % 41, 0});
   double product = 1;
   for (const MonthlyReturn& month : inZone("UTC", curve)) product *= 1 + month.value;

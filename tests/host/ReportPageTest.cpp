@@ -187,7 +187,7 @@ TEST_F(ReportPage, shouldTellWhatTheLibraryOfItsChartsAsksFor) {
 }
 
 TEST(PageData, shouldKeepEveryPeakAndTroughOfACurveThatItThins) {
-  EquityCurve curve;
+  EquityPoints curve;
   for (int i = 0; i < 10'000; ++i)
     curve.push_back({i * 1000, 100 + std::sin(i / 50.0) * (i % 97), 0});
   curve[4321].equity = -500;

@@ -32,7 +32,8 @@ class EquityCurves : public ExchangeTest {
 
   /// The last point of the account, or of a source: "equity/exposure".
   std::string last(const std::string& of = {}) {
-    const auto& points = of.empty() ? book_.account(1).points : book_.sources().at({1, of}).points;
+    const auto& points =
+        of.empty() ? book_.account(1).points : book_.pointsOf({1, of}, book_.sources().at({1, of}));
     return number(points.back().equity) + "/" + number(points.back().exposure);
   }
 
