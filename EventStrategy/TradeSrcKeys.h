@@ -1,6 +1,10 @@
 #pragma once
 
+#include <array>
+#include <charconv>
+#include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "shared/TradeRecords.h"
 
@@ -13,14 +17,21 @@ inline bool isFinalStatus(std::int32_t status) {
 
 /// What tells one fill from every other one.
 inline std::string fillKey(const OrderFill& fill) {
-  constexpr std::size_t kThreeNumbersAndBlanks = 40;
+  std::array<char, 16> digits;
+  const auto numberText = [&digits](std::int32_t number) {
+    char* const end = std::to_chars(digits.data(), digits.data() + digits.size() - 1, number).ptr;
+    *end = '@';
+    return std::string_view(digits.data(), static_cast<std::size_t>(end - digits.data()) + 1);
+  };
+  constexpr std::size_t kThreeNumbersAndBlank = 3 * 12 + 1;
   std::string key;
-  key.reserve(kThreeNumbersAndBlanks + fill.orderRef.size() + fill.fillText.size());
-  key.append(std::to_string(fill.account.accountKey)).append(1, '@');
-  key.append(std::to_string(fill.code.market)).append(1, '@');
-  key.append(fill.orderRef).append(1, '@');
-  key.append(std::to_string(fill.direction())).append(1, '@');
-  return key.append(fill.fillText);
+  key.reserve(kThreeNumbersAndBlank + fill.orderRef.size() + fill.fillText.size());
+  key += numberText(fill.account.accountKey);
+  key += numberText(fill.code.market);
+  key += fill.orderRef;
+  key += '@';
+  key += numberText(fill.direction());
+  return key += fill.fillText;
 }
 
 }  // namespace orvane

@@ -94,8 +94,11 @@ void addTradeFigures(const std::deque<OrderFill>& fills, Figures& figures) {
 std::optional<double> exposureOf(const EquityCurve& curve) {
   if (curve.size() < 2 || curve.back().time <= curve.front().time) return std::nullopt;
   int64 held = 0;
-  for (std::size_t i = 0; i + 1 < curve.size(); ++i)
-    if (curve[i].exposure > 0) held += curve[i + 1].time - curve[i].time;
+  const EquityPoint* before = nullptr;
+  for (const EquityPoint& point : curve) {
+    if (before != nullptr && before->exposure > 0) held += point.time - before->time;
+    before = &point;
+  }
   return static_cast<double>(held) / static_cast<double>(curve.back().time - curve.front().time);
 }
 

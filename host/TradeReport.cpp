@@ -80,10 +80,12 @@ QJsonObject tradeObject(const OrderFill& fill) {
 QJsonObject curveObject(const EquityCurve& curve) {
   const std::size_t step = curve.size() / kMostCurvePoints + 1;
   QJsonArray times, equities;
-  for (std::size_t i = 0; i < curve.size(); ++i) {
-    if (i % step != 0 && i + 1 != curve.size()) continue;
-    times.append(timeOrNull(curve[i].time));
-    equities.append(curve[i].equity);
+  std::size_t i = 0;
+  for (const EquityPoint& point : curve) {
+    const bool isLast = &point == &curve.back();
+    if (i++ % step != 0 && !isLast) continue;
+    times.append(timeOrNull(point.time));
+    equities.append(point.equity);
   }
   return {{"points", static_cast<qint64>(curve.size())},
           {"every", static_cast<qint64>(step)},

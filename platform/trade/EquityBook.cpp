@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <string_view>
 
 namespace orvane::detail {
 namespace {
@@ -47,9 +48,9 @@ void EquityBook::start(int64 time) {
 }
 
 void EquityBook::addSource(std::int32_t account, const std::string& source) {
+  if (sources_.contains(std::pair{account, std::string_view(source)})) return;
   const SourceKey key{account, source};
-  if (sources_.contains(key)) return;
-  const auto first = sources_.lower_bound({account, {}});
+  const auto first = sources_.lower_bound(std::pair{account, std::string_view()});
   const bool isAlone = first == sources_.end() || first->first.first != account;
   if (!isAlone) partFromAccount(account);
   SourceCurve& curve = sources_[key];
@@ -60,7 +61,7 @@ void EquityBook::addSource(std::int32_t account, const std::string& source) {
 }
 
 void EquityBook::partFromAccount(std::int32_t account) {
-  for (auto at = sources_.lower_bound({account, {}});
+  for (auto at = sources_.lower_bound(std::pair{account, std::string_view()});
        at != sources_.end() && at->first.first == account; ++at)
     if (!at->second.own) at->second.own = this->account(account);
 }
@@ -77,35 +78,36 @@ void EquityBook::addSourcePoint(const SourceKey& key, Curve& curve, int64 time) 
 void EquityBook::noteFill(std::int32_t account, const std::string& source, int64 codeId,
                           int64 time) {
   addSource(account, source);
-  const Ledger& ledger = *exchange_.ledger(account);
-  noteHolder(account, source, codeId, ledger.holds(source, codeId));
+  auto& entry = *sources_.find(std::pair{account, std::string_view(source)});
+  Holders& holders = holdersOf(account, codeId);
+  const Ledger& ledger = *holders.ledger;
+  std::erase(holders.sources, &entry);
+  if (ledger.holds(source, codeId)) holders.sources.push_back(&entry);
   setExposure(this->account(account), codeId, ledger.exposureOf(codeId));
   addAccountPoint(account, time);
-  const SourceKey key{account, source};
-  std::optional<Curve>& own = sources_.at(key).own;
+  std::optional<Curve>& own = entry.second.own;
   if (!own) return;
   setExposure(*own, codeId, ledger.exposureOf(source, codeId));
-  addSourcePoint(key, *own, time);
+  addSourcePoint(entry.first, *own, time);
 }
 
-void EquityBook::noteHolder(std::int32_t account, const std::string& source, int64 codeId,
-                            bool holds) {
+EquityBook::Holders& EquityBook::holdersOf(std::int32_t account, int64 codeId) {
   std::vector<Holders>& all = holders_[codeId];
-  auto at = std::ranges::find(all, account, &Holders::account);
-  if (at == all.end()) at = all.insert(at, {account, exchange_.ledger(account), {}});
-  if (holds)
-    at->sources.try_emplace(source, &sources_.at({account, source}));
-  else
-    at->sources.erase(source);
-  if (at->sources.empty()) all.erase(at);
-  if (all.empty()) holders_.erase(codeId);
+  const auto at = std::ranges::find(all, account, &Holders::account);
+  if (at != all.end()) return *at;
+  return all.emplace_back(Holders{account, exchange_.ledger(account), {}});
 }
 
 bool EquityBook::noteMark(int64 codeId, int64 time, bool isTick) {
-  const auto held = holders_.find(codeId);
-  if (held == holders_.end()) return false;
-  for (const Holders& holders : held->second) noteMark(holders, {codeId, time, isTick});
-  return true;
+  const auto at = holders_.find(codeId);
+  if (at == holders_.end()) return false;
+  bool isHeld = false;
+  for (const Holders& holders : at->second) {
+    if (holders.sources.empty()) continue;
+    isHeld = true;
+    noteMark(holders, {codeId, time, isTick});
+  }
+  return isHeld;
 }
 
 void EquityBook::noteMark(const Holders& holders, const Mark& mark) {
@@ -115,10 +117,11 @@ void EquityBook::noteMark(const Holders& holders, const Mark& mark) {
   Curve& whole = account(holders.account);
   setExposure(whole, mark.codeId, holders.ledger->exposureOf(mark.codeId));
   if (wantsPoint(whole)) append(whole, mark.time, toDouble(holders.ledger->equity()));
-  for (const auto& [name, curve] : holders.sources) {
-    if (!curve->own) continue;
-    setExposure(*curve->own, mark.codeId, holders.ledger->exposureOf(name, mark.codeId));
-    if (wantsPoint(*curve->own)) addSourcePoint({holders.account, name}, *curve->own, mark.time);
+  for (SourceCurves::value_type* const source : holders.sources) {
+    auto& [key, curve] = *source;
+    if (!curve.own) continue;
+    setExposure(*curve.own, mark.codeId, holders.ledger->exposureOf(key.second, mark.codeId));
+    if (wantsPoint(*curve.own)) addSourcePoint(key, *curve.own, mark.time);
   }
 }
 

@@ -31,6 +31,13 @@ class EquityBook {
     std::size_t stored = 0;
   };
   using SourceKey = std::pair<std::int32_t, std::string>;  ///< Account and create source.
+  struct ByKey {
+    using is_transparent = void;
+    bool operator()(const auto& a, const auto& b) const {
+      return a.first != b.first ? a.first < b.first : a.second < b.second;
+    }
+  };
+  using SourceCurves = std::map<SourceKey, SourceCurve, ByKey>;
 
   EquityBook(const PaperExchange& exchange, std::size_t accounts);
 
@@ -48,19 +55,19 @@ class EquityBook {
 
   AccountCurve& account(std::int32_t key) { return accounts_[indexOf(key)]; }
   const AccountCurve& account(std::int32_t key) const { return accounts_[indexOf(key)]; }
-  std::map<SourceKey, SourceCurve>& sources() { return sources_; }
-  const std::map<SourceKey, SourceCurve>& sources() const { return sources_; }
+  SourceCurves& sources() { return sources_; }
+  const SourceCurves& sources() const { return sources_; }
   /// The points of a source's curve, whoever has them.
   const EquityPoints& pointsOf(const SourceKey& key, const SourceCurve& curve) const {
     return curve.own ? curve.own->points : account(key.first).points;
   }
 
  private:
-  /// Who holds a code on one account.
+  /// Who holds a code on one account, or once did.
   struct Holders {
     std::int32_t account = 0;
     const Ledger* ledger = nullptr;
-    std::map<std::string, SourceCurve*> sources;
+    std::vector<SourceCurves::value_type*> sources;
   };
   struct Mark {
     int64 codeId = 0;
@@ -70,15 +77,15 @@ class EquityBook {
 
   static std::size_t indexOf(std::int32_t account) { return static_cast<std::size_t>(account) - 1; }
   void noteMark(const Holders& holders, const Mark& mark);
-  void noteHolder(std::int32_t account, const std::string& source, int64 codeId, bool holds);
+  Holders& holdersOf(std::int32_t account, int64 codeId);
   void partFromAccount(std::int32_t account);
   void addAccountPoint(std::int32_t account, int64 time);
   void addSourcePoint(const SourceKey& key, Curve& curve, int64 time);
 
   const PaperExchange& exchange_;
   std::vector<AccountCurve> accounts_;
-  std::map<SourceKey, SourceCurve> sources_;
-  /// By code, of each account on which it is held.
+  SourceCurves sources_;
+  /// By code, of each account on which it was ever held.
   std::unordered_map<int64, std::vector<Holders>> holders_;
   bool hasStarted_ = false;
   int64 startTime_ = 0;

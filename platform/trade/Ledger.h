@@ -137,6 +137,8 @@ class Ledger {
     std::optional<Price> markPrice;
     Volume held;  ///< Of both sides of all sources.
     Money value;  ///< The same at the mark price.
+    /// As numbers of a curve, which asks for them at each price.
+    double heldNumber = 0, multiplier = 0;
     std::map<std::string, SourceBook> sources;
 
     bool isHeld() const { return !held.isZero(); }
@@ -162,7 +164,7 @@ class Ledger {
   void recount(CodeBook& code);
   /// Its price, or what is held, has; it is worth `value` now.
   void revalue(CodeBook& code, Money value);
-  static double exposureOf(const CodeBook& code, Volume volume);
+  static double exposureOf(const CodeBook& code, double volume);
   bool settlementFits(const CodeBook& code) const;
   // Of one source's book or, if it is null, of all.
   template <typename Visit>
