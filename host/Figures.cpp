@@ -4,7 +4,6 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <limits>
 
 #include "platform/fields/FillView.h"
 
@@ -106,14 +105,14 @@ std::optional<double> exposureOf(const EquityCurve& curve) {
 
 std::vector<double> dailyReturns(double startBalance, const EquityCurve& curve) {
   std::vector<double> closes;
-  int64 dayEnd = std::numeric_limits<int64>::min();
+  int64 dayBegin = 0;
   for (const EquityPoint& point : curve) {
-    if (point.time < dayEnd) {
+    if (!closes.empty() && point.time >= dayBegin && point.time - dayBegin < kDayMs) {
       closes.back() = point.equity;
       continue;
     }
     closes.push_back(point.equity);
-    dayEnd = (dayOf(point.time) + 1) * kDayMs;
+    dayBegin = dayOf(point.time) * kDayMs;
   }
   std::vector<double> returns;
   returns.reserve(closes.size());

@@ -152,9 +152,8 @@ class ORVANE_API EmbeddedPlatform final : public IPlatform {
   /// while every runner is quiet.
   std::vector<AccountResult> tradeResults() const;
 
-  /// The same for whoever needs them once, at the end: handed over as they are, without a copy.
-  /// Afterwards the platform knows no order, fill or curve of before; accounts stay as they are.
-  /// Only after the last run, when no runner trades any more.
+  /// The same without a copy. Afterwards the platform knows no order, fill or curve of before, and
+  /// `rewind` alone makes it fit for another run. Only when no runner trades any more.
   std::vector<AccountResult> takeTradeResults();
 
   /// How the accounts stand at this moment, in the order of the options: for a view of a run that

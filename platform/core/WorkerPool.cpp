@@ -170,8 +170,7 @@ void WorkerPool::helpUntilQuiet() {
   do {
     while (helpOne()) {
     }
-    awaitTaskOrQuiet();
-  } while (!signal_.quiet());
+  } while (!awaitTaskOrQuiet());
 }
 
 void WorkerPool::share(std::size_t count, const SharedCalls::Call& call) {
@@ -215,15 +214,17 @@ void WorkerPool::makeCalls(std::size_t lane) {
   sharing_ = nullptr;
 }
 
-void WorkerPool::awaitTaskOrQuiet() {
+bool WorkerPool::awaitTaskOrQuiet() {
   // Most tasks are shorter than falling asleep and being woken takes.
   for (int i = 0; i < 200; ++i) {
-    if (!queue_.empty() || signal_.quiet()) return;
+    if (!queue_.empty()) return false;
+    if (signal_.quiet()) return true;
     pauseFor(1);
   }
   // Who adds a task and has missed that the helper is ready would wake a worker, not the helper.
   helperReady_.store(true);
   signal_.wait([this] { return !queue_.empty() || signal_.quiet(); });
+  return signal_.quiet();
 }
 
 int WorkerPool::mostWatchers() const { return helping_ ? static_cast<int>(lanes_.load()) - 1 : 1; }

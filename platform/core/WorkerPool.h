@@ -93,7 +93,8 @@ class WorkerPool {
   int mostWatchers() const;
   void makeCalls(std::size_t lane);
   void giveKeptAway();
-  void awaitTaskOrQuiet();
+  /// Answers whether everything is quiet; otherwise there may be a task.
+  bool awaitTaskOrQuiet();
   void run(QueuedTask& entry);
   /// The way of whoever makes shared calls to add a task that it will run next. False if it must
   /// be added otherwise.

@@ -82,8 +82,8 @@ std::optional<Number> nearest(double value) {
     return Few{static_cast<double>(powerOfTen(decimals)),
                static_cast<int64>(powerOfTen(kDecimals - decimals))};
   };
-  // Whoever has two decimals or none is met at once, but for numbers as large as the last.
-  constexpr std::array kFew{few(2), few(4), few(6), few(8), few(0)};
+  // Whoever has two decimals or none is met at once.
+  constexpr std::array kFew{few(2), few(4), few(6), few(8)};
   for (const auto& [power, rest] : kFew) {
     const double moved = value * power;
     if (!(std::abs(moved) < 1e15)) continue;

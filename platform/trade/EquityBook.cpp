@@ -41,8 +41,12 @@ EquityBook::EquityBook(const PaperExchange& exchange, std::size_t accounts)
 void EquityBook::start(int64 time) {
   hasStarted_ = true;
   startTime_ = time;
-  for (std::size_t i = 0; i < accounts_.size(); ++i)
-    addAccountPoint(static_cast<std::int32_t>(i) + 1, time);
+  for (std::size_t i = 0; i < accounts_.size(); ++i) {
+    const auto account = static_cast<std::int32_t>(i) + 1;
+    // Who dealt before the start has a curve without this point.
+    if (!accounts_[i].points.empty()) partFromAccount(account);
+    addAccountPoint(account, time);
+  }
   for (auto& [key, curve] : sources_)
     if (curve.own && curve.own->points.empty()) addSourcePoint(key, *curve.own, time);
 }

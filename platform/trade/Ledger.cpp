@@ -202,7 +202,6 @@ void Ledger::recount(CodeBook& code) {
   for (const auto& [name, book] : code.sources)
     code.held += book.longSide.volume() + book.shortSide.volume();
   code.heldNumber = toDouble(code.held);
-  code.multiplier = toDouble(code.terms->multiplier);
   const auto value = turnoverOf(*code.markPrice, code.held, code.terms->multiplier);
   revalue(code, value.value_or(Money{}));
 }
@@ -300,6 +299,7 @@ Volume Ledger::volumeOf(const std::string& source, int64 codeId, bool isLong) co
 }
 
 double Ledger::exposureOf(const std::string& source, int64 codeId) const {
+  if (source.empty()) return exposureOf(codeId);
   const auto code = codes_.find(codeId);
   if (code == codes_.end()) return 0;
   const auto book = code->second.sources.find(source);
@@ -316,7 +316,7 @@ double Ledger::exposureOf(int64 codeId) const {
 double Ledger::exposureOf(const CodeBook& code, double volume) {
   if (volume == 0) return 0;
   const double mark = code.markPrice ? toDouble(*code.markPrice) : 0;
-  return volume * mark * code.multiplier;
+  return volume * mark * toDouble(code.terms->multiplier);
 }
 
 bool Ledger::holds(const std::string& source, int64 codeId) const {

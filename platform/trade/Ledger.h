@@ -106,7 +106,7 @@ class Ledger {
   Money resultOf(const std::string& source) const;
   /// Volume on one side of a code that a source holds, or all sources if it is empty.
   Volume volumeOf(const std::string& source, int64 codeId, bool isLong) const;
-  /// What both sides, added up, are worth at the last price, of a source or of all.
+  /// What both sides, added up, are worth at the last price, of a source or of all if it is empty.
   double exposureOf(const std::string& source, int64 codeId) const;
   double exposureOf(int64 codeId) const;
   /// Whether a source holds anything of a code.
@@ -135,10 +135,9 @@ class Ledger {
   struct CodeBook {
     const ContractTerms* terms = nullptr;
     std::optional<Price> markPrice;
-    Volume held;  ///< Of both sides of all sources.
-    Money value;  ///< The same at the mark price.
-    /// As numbers of a curve, which asks for them at each price.
-    double heldNumber = 0, multiplier = 0;
+    Volume held;            ///< Of both sides of all sources.
+    Money value;            ///< The same at the mark price.
+    double heldNumber = 0;  ///< What is held, for curves, which ask for it at each price.
     std::map<std::string, SourceBook> sources;
 
     bool isHeld() const { return !held.isZero(); }

@@ -285,11 +285,17 @@ std::vector<AccountResult> TradeService::takeResults() {
     EquityCurve curve(EquityBook::Curve& from) { return std::move(from.points); }
     TradeStore::BySource sources(std::int32_t account) { return store.takeSources(account); }
   };
+  /// Nothing stays that was moved from in part, whatever fails.
+  struct Forgetting {
+    TradeState& state;
+    ~Forgetting() {
+      state.store.clear();
+      state.equity.clear();
+    }
+  };
   const std::lock_guard lock(state_.mutex);
-  std::vector<AccountResult> all = collect(Taking{state_.store});
-  state_.store.clear();
-  state_.equity.clear();
-  return all;
+  const Forgetting forgetting{state_};
+  return collect(Taking{state_.store});
 }
 
 std::vector<AccountGlance> TradeService::glance() const {

@@ -21,7 +21,8 @@ class TradeStore {
   explicit TradeStore(std::size_t accounts, bool notesChanges = true);
 
   void addOrder(const Order& order);
-  /// Takes the new state of an order that was added. What it asks for stays as it was.
+  /// Takes the new state of an order that was added: numbers, messages and who last acted on it.
+  /// Account, code, source and references stay as they were.
   void updateOrder(const Order& order);
   void addFill(const OrderFill& fill);
 
@@ -58,7 +59,8 @@ class TradeStore {
   /// The fills of one order that was added.
   void fillsOfOrder(int64 id, std::list<OrderFill>& found) const;
 
-  /// Copies of the orders that were added or changed since the last call, as they were admitted.
+  /// Copies of the orders that were added or changed since the last call, in the order in which
+  /// they were admitted.
   std::vector<Order> takeChanged();
   std::size_t changedCount() const { return changed_.size(); }
   /// Copies of the fills that were added since the last call.

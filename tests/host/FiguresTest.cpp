@@ -66,6 +66,20 @@ TEST(Figures, shouldGiveNoSharpeWhereReturnsDoNotVaryAndNoSortinoWithoutALoss) {
   EXPECT_EQ(flat.annualVolatility, 0);
 }
 
+TEST(Figures, shouldTakeADayThatComesAgainForADayOfItsOwn) {
+  const EquityCurve curve = {{-1, 110, 0}, {kDay, 121, 0}, {kDay - 1, 242, 0}, {kDay + 1, 121, 0}};
+  const std::vector<double> returns = dailyReturns(100, curve);
+  ASSERT_EQ(returns.size(), 4u);
+  EXPECT_DOUBLE_EQ(returns[1], 0.1);
+  EXPECT_DOUBLE_EQ(returns[2], 1);
+  EXPECT_DOUBLE_EQ(returns[3], -0.5);
+}
+
+TEST(Figures, shouldFindTheDeeperOfTwoFallsThatAreNearlyAlike) {
+  const EquityCurve curve = {{0, 1e6, 0}, {1, 5e5, 0}, {2, 1e6, 0}, {3, 5e5 - 1e-7, 0}};
+  EXPECT_EQ(deepestDrawdown(1e6, curve).troughTime, 3);
+}
+
 TEST(Figures, shouldCompoundTheReturnOverAYear) {
   const auto halfYear = static_cast<int64>(365.25 / 2 * static_cast<double>(kDay));
   const Figures figures = makeFigures(100, {{0, 100, 0}, {halfYear, 110, 0}}, {});

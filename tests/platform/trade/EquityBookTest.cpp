@@ -30,10 +30,13 @@ class EquityCurves : public ExchangeTest {
     book_.noteMark(code.id, time, false);
   }
 
+  const EquityPoints& pointsOf(const std::string& by) {
+    return book_.pointsOf({1, by}, book_.sources().at({1, by}));
+  }
+
   /// The last point of the account, or of a source: "equity/exposure".
   std::string last(const std::string& of = {}) {
-    const auto& points =
-        of.empty() ? book_.account(1).points : book_.pointsOf({1, of}, book_.sources().at({1, of}));
+    const auto& points = of.empty() ? book_.account(1).points : pointsOf(of);
     return number(points.back().equity) + "/" + number(points.back().exposure);
   }
 
@@ -77,6 +80,62 @@ TEST_F(EquityCurves, shouldTellTheAccountsResultFromThatOfTheSourceThatIsLeft) {
   EXPECT_EQ(last("b"), "1000005/15");
 }
 
+TEST_F(EquityCurves, shouldKeepTheCurveOfTheFirstSourceWhereASecondOneComesLater) {
+  order("a", order::Direction::Buy, 2, 0);
+  barTo(0, 10);
+  barTo(1, 12);
+  const std::size_t before = pointsOf("a").size();
+  EXPECT_EQ(before, book_.account(1).points.size());
+  order("b", order::Direction::Buy, 5, 20);
+  EXPECT_EQ(pointsOf("b").size(), 1u);
+  EXPECT_EQ(last("b"), "1000000/0");
+  barTo(2, 13);
+  EXPECT_EQ(pointsOf("a").size(), before + 1);
+  EXPECT_EQ(last(), "1000011/91");
+  EXPECT_EQ(last("a"), "1000006/26");
+  EXPECT_EQ(last("b"), "1000005/65");
+  EXPECT_EQ(pointsOf("a")[before - 1].equity, 1'000'004);
+  EXPECT_EQ(pointsOf("b").front().time, 0);
+}
+
+TEST_F(EquityCurves, shouldBeginTheCurveOfASourceAloneWithTheRunWhereTheAccountHasPlayedWithoutIt) {
+  book_.finish(50);
+  order("a", order::Direction::Buy, 1, 100);
+  EXPECT_EQ(book_.account(1).points.size(), 2u);
+  EXPECT_EQ(pointsOf("a").size(), 1u);
+  barTo(10, 10);
+  barTo(11, 14);
+  EXPECT_EQ(last("a"), "1000004/14");
+  EXPECT_EQ(last("a"), last());
+  EXPECT_EQ(pointsOf("a").size() + 1, book_.account(1).points.size());
+}
+
+TEST_F(EquityCurves, shouldGiveSourcesThatCameBeforeTheStartOneCurveEach) {
+  book_.clear();
+  book_.addSource(1, "a");
+  book_.addSource(1, "b");
+  book_.start(0);
+  EXPECT_EQ(pointsOf("a").size(), 1u);
+  EXPECT_EQ(pointsOf("b").size(), 1u);
+  order("b", order::Direction::Buy, 1, 0);
+  barTo(0, 10);
+  barTo(1, 11);
+  EXPECT_EQ(last("a"), "1000000/0");
+  EXPECT_EQ(last("b"), "1000001/11");
+}
+
+TEST_F(EquityCurves, shouldLeaveTheStartOutOfTheCurveOfASourceThatDealtBeforeIt) {
+  book_.clear();
+  order("a", order::Direction::Buy, 1, 0);
+  barTo(0, 10);
+  const std::size_t before = pointsOf("a").size();
+  book_.start(20);
+  EXPECT_EQ(book_.account(1).points.size(), before + 1);
+  EXPECT_EQ(pointsOf("a").size(), before);
+  barTo(2, 12);
+  EXPECT_EQ(last("a"), last());
+}
+
 TEST_F(EquityCurves, shouldTakeNoPointWhileNothingIsHeld) {
   order("a", order::Direction::Buy, 1, 0);
   barTo(0, 10);
@@ -86,6 +145,7 @@ TEST_F(EquityCurves, shouldTakeNoPointWhileNothingIsHeld) {
   barTo(2, 12);
   EXPECT_EQ(book_.account(1).points.size(), points);
   EXPECT_FALSE(book_.noteMark(code.id, 40, false));
+  EXPECT_EQ(book_.account(1).points.size(), points);
 }
 
 }  // namespace

@@ -377,7 +377,7 @@ TEST(PlaybackTrade, shouldHandOverItsResultsAndKnowNothingOfThemAfterwards) {
 
   platform->rewind();
   play();
-  EXPECT_EQ(linesOf(platform->takeTradeResults().at(0)).size(), copied.size());
+  EXPECT_EQ(linesOf(platform->takeTradeResults().at(0)), copied);
 }
 
 TEST(PlaybackTrade, shouldTradeInLiveModeByTheWallClock) {

@@ -67,6 +67,28 @@ TEST(TradeStore, shouldNameEachChangedOrderOnceUntilItChangesAgain) {
   EXPECT_EQ(idsOf(store.takeChanged()), std::vector<int64>{8});
 }
 
+TEST(TradeStore, shouldTakeFromANewStateWhatChangesAndKeepWhatTheOrderIs) {
+  TradeStore store(1);
+  Order order = makeOrder(7, 1);
+  order.source.createSource = "S";
+  order.orderRef = "mine";
+  store.addOrder(order);
+  Order changed = makeOrder(7, 1, order::Status::Cancelled);
+  changed.cancelSource.createSource = "other";
+  changed.values[order::FilledVolume] = 5;
+  changed.text5 = "why";
+  changed.value5 = 2.5;
+  store.updateOrder(changed);
+  const Order& known = *store.order(7);
+  EXPECT_EQ(OrderView(known).status(), order::Status::Cancelled);
+  EXPECT_EQ(known.cancelSource.createSource, "other");
+  EXPECT_EQ(known.values[order::FilledVolume], 5);
+  EXPECT_EQ(known.text5, "why");
+  EXPECT_EQ(known.value5, 2.5);
+  EXPECT_EQ(known.source.createSource, "S");
+  EXPECT_EQ(known.orderRef, "mine");
+}
+
 TEST(TradeStore, shouldIgnoreTheStateOfAnOrderThatWasNeverAdded) {
   TradeStore store(1);
   store.updateOrder(makeOrder(7, 1));
