@@ -2,6 +2,10 @@
 
 add_library(orvane_options INTERFACE)
 target_compile_features(orvane_options INTERFACE cxx_std_20)
+if(NOT ORVANE_SANITIZE)
+  # Calls into another library go there without a stop on the way, and calls within one are plain.
+  target_compile_options(orvane_options INTERFACE -fno-plt -fno-semantic-interposition)
+endif()
 
 add_library(orvane_warnings INTERFACE)
 target_compile_options(orvane_warnings INTERFACE
