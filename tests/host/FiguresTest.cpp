@@ -70,9 +70,9 @@ TEST(Figures, shouldTakeADayThatComesAgainForADayOfItsOwn) {
   const EquityCurve curve = {{-1, 110, 0}, {kDay, 121, 0}, {kDay - 1, 242, 0}, {kDay + 1, 121, 0}};
   const std::vector<double> returns = dailyReturns(100, curve);
   ASSERT_EQ(returns.size(), 4u);
-  EXPECT_DOUBLE_EQ(returns[1], 0.1);
-  EXPECT_DOUBLE_EQ(returns[2], 1);
-  EXPECT_DOUBLE_EQ(returns[3], -0.5);
+  EXPECT_NEAR(returns[1], 0.1, 1e-12);
+  EXPECT_NEAR(returns[2], 1, 1e-12);
+  EXPECT_NEAR(returns[3], -0.5, 1e-12);
 }
 
 TEST(Figures, shouldFindTheDeeperOfTwoFallsThatAreNearlyAlike) {

@@ -1,6 +1,8 @@
 // Trading in playback as a whole: the same whatever the threads do, and never from the future.
 
+#include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <random>
 #include <set>
 
@@ -351,11 +353,16 @@ Lines linesOf(const AccountResult& result) {
 }
 
 TEST(PlaybackTrade, shouldHandOverItsResultsAndKnowNothingOfThemAfterwards) {
-  TradePlatform platform;
+  TradePlatform platform(tradeOptions({"A1", "A2"}));
   const auto play = [&platform] {
     const auto spi = std::make_shared<TradeRecorder>();
     spi->onLine = [&](const std::string& line) {
       if (line == "bar 0:02") platform.buy(2);
+      if (line != "bar 0:04") return;
+      OrderRequest request = makeRequest(platform.account(1), platform.code, Direction::Sell, 1);
+      platform.send(request);
+      request.source.createSource = "T";
+      platform.send(request);
     };
     platform.subscribeBars(spi);
     platform->run();
@@ -363,9 +370,15 @@ TEST(PlaybackTrade, shouldHandOverItsResultsAndKnowNothingOfThemAfterwards) {
     platform.installed().quotes().unsubscribeSpi(spi);
   };
   play();
-  const Lines copied = linesOf(platform->tradeResults().at(0));
-  ASSERT_GT(copied.size(), 20u);
-  EXPECT_EQ(linesOf(platform->takeTradeResults().at(0)), copied);
+  const auto linesOfAll = [](const std::vector<AccountResult>& results) {
+    Lines lines;
+    for (const AccountResult& result : results)
+      std::ranges::copy(linesOf(result), std::back_inserter(lines));
+    return lines;
+  };
+  const Lines copied = linesOfAll(platform->tradeResults());
+  ASSERT_GT(copied.size(), 40u);
+  EXPECT_EQ(linesOfAll(platform->takeTradeResults()), copied);
 
   const AccountResult left = platform->tradeResults().at(0);
   EXPECT_TRUE(left.sources.empty());
@@ -377,7 +390,7 @@ TEST(PlaybackTrade, shouldHandOverItsResultsAndKnowNothingOfThemAfterwards) {
 
   platform->rewind();
   play();
-  EXPECT_EQ(linesOf(platform->takeTradeResults().at(0)), copied);
+  EXPECT_EQ(linesOfAll(platform->takeTradeResults()), copied);
 }
 
 TEST(PlaybackTrade, shouldTradeInLiveModeByTheWallClock) {
