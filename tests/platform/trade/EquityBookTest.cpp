@@ -136,6 +136,25 @@ TEST_F(EquityCurves, shouldLeaveTheStartOutOfTheCurveOfASourceThatDealtBeforeIt)
   EXPECT_EQ(last("a"), last());
 }
 
+TEST_F(EquityCurves, shouldValueWhatIsHeldByTheTermsOfAnInstrumentThatWasReplacedMeanwhile) {
+  order("a", order::Direction::Buy, 2, 0);
+  barTo(0, 10);
+  EXPECT_EQ(last(), "1000000/20");
+  instrument.multiplier = "3";
+  exchange->addContract(code, instrument);
+  barTo(1, 12);
+  EXPECT_EQ(number(book_.account(1).points.back().exposure), "72");
+}
+
+TEST_F(EquityCurves, shouldTakeWhatASourceWithoutANameHoldsForWhatAllHold) {
+  order("b", order::Direction::Buy, 3, 0);
+  order("", order::Direction::Buy, 1, 0);
+  barTo(0, 10);
+  EXPECT_EQ(last(), "1000000/40");
+  EXPECT_EQ(number(pointsOf("").back().exposure), "40");
+  EXPECT_EQ(last("b"), "1000000/30");
+}
+
 TEST_F(EquityCurves, shouldTakeNoPointWhileNothingIsHeld) {
   order("a", order::Direction::Buy, 1, 0);
   barTo(0, 10);
