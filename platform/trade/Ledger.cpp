@@ -201,7 +201,6 @@ void Ledger::recount(CodeBook& code) {
   code.held = {};
   for (const auto& [name, book] : code.sources)
     code.held += book.longSide.volume() + book.shortSide.volume();
-  code.heldNumber = toDouble(code.held);
   const auto value = turnoverOf(*code.markPrice, code.held, code.terms->multiplier);
   revalue(code, value.value_or(Money{}));
 }
@@ -304,19 +303,18 @@ double Ledger::exposureOf(const std::string& source, int64 codeId) const {
   if (code == codes_.end()) return 0;
   const auto book = code->second.sources.find(source);
   if (book == code->second.sources.end()) return 0;
-  return exposureOf(code->second,
-                    toDouble(book->second.longSide.volume() + book->second.shortSide.volume()));
+  return exposureOf(code->second, book->second.longSide.volume() + book->second.shortSide.volume());
 }
 
 double Ledger::exposureOf(int64 codeId) const {
   const auto code = codes_.find(codeId);
-  return code == codes_.end() ? 0 : exposureOf(code->second, code->second.heldNumber);
+  return code == codes_.end() ? 0 : exposureOf(code->second, code->second.held);
 }
 
-double Ledger::exposureOf(const CodeBook& code, double volume) {
-  if (volume == 0) return 0;
+double Ledger::exposureOf(const CodeBook& code, Volume volume) {
+  if (volume.isZero()) return 0;
   const double mark = code.markPrice ? toDouble(*code.markPrice) : 0;
-  return volume * mark * toDouble(code.terms->multiplier);
+  return toDouble(volume) * mark * toDouble(code.terms->multiplier);
 }
 
 bool Ledger::holds(const std::string& source, int64 codeId) const {

@@ -135,9 +135,8 @@ class Ledger {
   struct CodeBook {
     const ContractTerms* terms = nullptr;
     std::optional<Price> markPrice;
-    Volume held;            ///< Of both sides of all sources.
-    Money value;            ///< The same at the mark price.
-    double heldNumber = 0;  ///< What is held, for curves, which ask for it at each price.
+    Volume held;  ///< Of both sides of all sources: asked for at each price, so counted at fills.
+    Money value;  ///< The same at the mark price.
     std::map<std::string, SourceBook> sources;
 
     bool isHeld() const { return !held.isZero(); }
@@ -163,7 +162,7 @@ class Ledger {
   void recount(CodeBook& code);
   /// Its price, or what is held, has; it is worth `value` now.
   void revalue(CodeBook& code, Money value);
-  static double exposureOf(const CodeBook& code, double volume);
+  static double exposureOf(const CodeBook& code, Volume volume);
   bool settlementFits(const CodeBook& code) const;
   // Of one source's book or, if it is null, of all.
   template <typename Visit>

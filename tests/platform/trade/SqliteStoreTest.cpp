@@ -129,6 +129,25 @@ TEST(SqliteStore, shouldNotPutARunThatItCouldNotBeginIntoTheOneBefore) {
   EXPECT_EQ(storedRows(path, "SELECT run_id, is_complete FROM runs"), (Lines{"1|1", "2|1"}));
 }
 
+/// What is stored of a curve is the curve, without a gap and nothing twice.
+void expectStoredCurve(const std::string& path, const std::string& source,
+                       const EquityCurve& curve) {
+  Lines expected;
+  for (const EquityPoint& point : curve)
+    expected.push_back(std::to_string(point.time) + "|" + number(point.equity) + "|" +
+                       number(point.exposure));
+  Lines stored;
+  SQLite::Database database(path, SQLite::OPEN_READONLY);
+  SQLite::Statement statement(
+      database, "SELECT time_ms, equity, exposure FROM equity WHERE source = ? ORDER BY number");
+  statement.bind(1, source);
+  while (statement.executeStep())
+    stored.push_back(std::to_string(statement.getColumn(0).getInt64()) + "|" +
+                     number(statement.getColumn(1).getDouble()) + "|" +
+                     number(statement.getColumn(2).getDouble()));
+  EXPECT_EQ(stored, expected) << source;
+}
+
 TEST(SqliteStore, shouldHoldWhatTheResultsHold) {
   TempFolder folder;
   const std::string path = folder.file("run.db");
@@ -149,28 +168,38 @@ TEST(SqliteStore, shouldHoldWhatTheResultsHold) {
   EXPECT_EQ(storedRows(path, "SELECT number, order_id, side, price, volume, profit FROM fills"),
             (Lines{"1|1000000001|buy|2.0|2.0|0.0", "2|1000000002|sell|5.0|1.0|3.0"}));
   const AccountResult result = platform->tradeResults().at(0);
-  for (const auto& [source, curve] : {std::pair{std::string(), result.curve},
-                                      std::pair{std::string("S"), result.sources.at(0).curve}}) {
-    Lines expected;
-    for (const EquityPoint& point : curve)
-      expected.push_back(std::to_string(point.time) + "|" + number(point.equity) + "|" +
-                         number(point.exposure));
-    Lines stored;
-    SQLite::Database database(path, SQLite::OPEN_READONLY);
-    SQLite::Statement statement(
-        database, "SELECT time_ms, equity, exposure FROM equity WHERE source = ? ORDER BY number");
-    statement.bind(1, source);
-    while (statement.executeStep())
-      stored.push_back(std::to_string(statement.getColumn(0).getInt64()) + "|" +
-                       number(statement.getColumn(1).getDouble()) + "|" +
-                       number(statement.getColumn(2).getDouble()));
-    EXPECT_EQ(stored, expected) << source;
-    EXPECT_GT(stored.size(), 5u);
-  }
+  expectStoredCurve(path, "", result.curve);
+  expectStoredCurve(path, "S", result.sources.at(0).curve);
+  EXPECT_GT(result.curve.size(), 5u);
 }
 
 /// The variable that names the file to the second process below.
 constexpr const char* kReadVariable = "ORVANE_STORE_TO_READ";
+
+TEST(SqliteStore, shouldGoOnWithACurveThatWasSharedWhenAnotherSourceComes) {
+  TempFolder folder;
+  const std::string path = folder.file("run.db");
+  TradePlatform platform(storing(path));
+  const auto spi = std::make_shared<TradeRecorder>();
+  spi->onLine = [&](const std::string& line) {
+    if (line == "bar 0:02") platform.buy(2);
+    // So much news that it goes to the file at once, and the points so far with it.
+    if (line == "bar 0:05")
+      for (int i = 0; i < 1100; ++i) platform.buy(1'000'000'000);
+    if (line == "bar 0:07")
+      platform.send(makeRequest(platform.account(), platform.code, order::Direction::Buy, 1,
+                                order::Offset::Open, "T"));
+  };
+  platform.subscribeBars(spi);
+  platform->run();
+  const AccountResult result = platform->tradeResults().at(0);
+  ASSERT_EQ(result.sources.size(), 2u);
+  expectStoredCurve(path, "", result.curve);
+  expectStoredCurve(path, "S", result.sources.at(0).curve);
+  expectStoredCurve(path, "T", result.sources.at(1).curve);
+  EXPECT_LT(result.sources.at(1).curve.size(), result.sources.at(0).curve.size());
+  EXPECT_EQ(result.curve.size(), result.sources.at(0).curve.size());
+}
 
 TEST(SqliteStoreReader, shouldFindTheOrdersOfAnotherProcess) {
   const char* path = std::getenv(kReadVariable);
