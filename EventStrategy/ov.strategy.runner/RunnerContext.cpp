@@ -47,7 +47,7 @@ RunnerContext::~RunnerContext() {
 void RunnerContext::start(const QJsonObject& params) {
   const std::lock_guard lock(mutex_);
   ORVANE_LOG(runner, Info, shared_->name << ",start");
-  events_.push_back(std::make_unique<RunnerStartEvent>(params));
+  append(std::make_unique<RunnerStartEvent>(params));
   isSetStop_ = false;
   schedulePoolTask();
 }
@@ -55,7 +55,7 @@ void RunnerContext::start(const QJsonObject& params) {
 void RunnerContext::update(const QJsonObject& params) {
   const std::lock_guard lock(mutex_);
   ORVANE_LOG(runner, Info, shared_->name << ",update");
-  events_.push_back(std::make_unique<RunnerUpdateEvent>(params));
+  append(std::make_unique<RunnerUpdateEvent>(params));
   schedulePoolTask();
 }
 
@@ -63,7 +63,7 @@ void RunnerContext::stop() {
   const std::lock_guard lock(mutex_);
   ORVANE_LOG(runner, Info, shared_->name << ",stop");
   discardPending();
-  events_.push_back(std::make_unique<RunnerStopEvent>(shared_from_this()));
+  append(std::make_unique<RunnerStopEvent>(shared_from_this()));
   isSetStop_ = true;
   schedulePoolTask();
 }
@@ -74,7 +74,7 @@ void RunnerContext::reset4PlayBack(const QJsonObject& params) {
   ORVANE_LOG(runner, Info,
              shared_->name << ",reset for playback,isSetStop=" << static_cast<int>(stopping));
   if (stopping) return;
-  events_.push_back(std::make_unique<RunnerReset4PlayBackEvent>(params));
+  append(std::make_unique<RunnerReset4PlayBackEvent>(params));
   schedulePoolTask();
 }
 
@@ -82,7 +82,7 @@ void RunnerContext::setError(const std::string& message) {
   const std::lock_guard lock(mutex_);
   ORVANE_LOG(runner, Info, shared_->name << ",setError," << message);
   discardPending();
-  events_.push_back(std::make_unique<RunnerErrorEvent>(shared_from_this(), message));
+  append(std::make_unique<RunnerErrorEvent>(shared_from_this(), message));
   isSetStop_ = true;
   schedulePoolTask();
 }
@@ -91,7 +91,7 @@ void RunnerContext::setFinish() {
   const std::lock_guard lock(mutex_);
   ORVANE_LOG(runner, Info, shared_->name << ",setFinish");
   discardPending();
-  events_.push_back(std::make_unique<RunnerFinishEvent>(shared_from_this()));
+  append(std::make_unique<RunnerFinishEvent>(shared_from_this()));
   isSetStop_ = true;
   schedulePoolTask();
 }

@@ -66,7 +66,9 @@ class RunnerContext final : public AbstractEventStrategy,
  private:
   friend struct detail::TestAccess;
 
-  /// Queues a control event that ends the run, in place of all that is pending.
+  /// Puts an event at the end, in an entry that an earlier one left.
+  void append(std::unique_ptr<IEvent> event);
+  /// Drops all that is pending, before the event that ends the run.
   void discardPending();
   void schedulePoolTask();
   void doPoolTask();

@@ -33,8 +33,7 @@ void RunnerContext::pushEvent(IEvent* event) {
   if (spare_.empty()) spare_.emplace_back();
   const bool isFirst = !notifyRefCounter();
   if (isFirst) notifyRefCounter().emplace();
-  spare_.front() = std::move(owned);
-  events_.splice(events_.end(), spare_, spare_.begin());
+  append(std::move(owned));
   pushed_.store(pushed_.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
   try {
     schedulePoolTask();
@@ -46,6 +45,12 @@ void RunnerContext::pushEvent(IEvent* event) {
     }
     throw;
   }
+}
+
+void RunnerContext::append(std::unique_ptr<IEvent> event) {
+  if (spare_.empty()) spare_.emplace_back();
+  spare_.front() = std::move(event);
+  events_.splice(events_.end(), spare_, spare_.begin());
 }
 
 void RunnerContext::discardPending() {

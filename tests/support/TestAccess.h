@@ -164,6 +164,10 @@ struct TestAccess {
     for (const auto& event : c.events_) all.push_back(event.get());
     return all;
   }
+  static std::size_t spareCount(RunnerContext& c) {
+    const std::lock_guard lock(c.mutex_);
+    return c.spare_.size();
+  }
   static void schedulePoolTask(RunnerContext& c) {
     const std::lock_guard lock(c.mutex_);
     c.schedulePoolTask();

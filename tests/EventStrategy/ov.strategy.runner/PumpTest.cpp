@@ -156,6 +156,25 @@ TEST_F(PumpTest, shouldLetTheRefCounterGoAfterTheLastEventOfItsBatch) {
   EXPECT_EQ(platform.liveRefCounters(), 0);
 }
 
+TEST_F(PumpTest, shouldUseTheEntriesOfEarlierEventsAgainForControlEvents) {
+  const auto oneOfEach = [this] {
+    const std::vector<std::function<void()>> operations = {
+        [this] { runner->start({}); },          [this] { runner->update({}); },
+        [this] { runner->reset4PlayBack({}); }, [this] { runner->stop(); },
+        [this] { runner->start({}); },          [this] { runner->setError("x"); },
+        [this] { runner->start({}); },          [this] { runner->setFinish(); }};
+    for (const auto& operation : operations) {
+      operation();
+      pool.runAll();
+    }
+  };
+  oneOfEach();
+  const std::size_t entries = TestAccess::spareCount(*runner);
+  EXPECT_GT(entries, 0u);
+  oneOfEach();
+  EXPECT_EQ(TestAccess::spareCount(*runner), entries);
+}
+
 TEST_F(PumpTest, shouldMakeNoRefCounterForControlEvents) {
   const int made = platform.madeRefCounters();
   runner->start({});
