@@ -157,8 +157,8 @@ Field fieldOf(const std::string& name) {
 
 std::vector<Field> readHeader(const std::string& path, const detail::CsvRows& rows) {
   std::vector<Field> columns;
-  for (const std::string_view name : rows.fields()) {
-    const std::string text(name);
+  for (const detail::CsvField& name : rows.fields()) {
+    const std::string text(name.text);
     const Field field = fieldOf(text);
     if (field == kFields) failAt(path, rows.line(), "field " + quoted(text) + " is not known");
     if (std::find(columns.begin(), columns.end(), field) != columns.end())
@@ -183,7 +183,7 @@ std::vector<RecordPublication> readCsv(const detail::FileText& file) {
                  std::to_string(columns.size()));
     Row row{file.path, rows.line()};
     for (std::size_t i = 0; i < columns.size(); ++i)
-      row.fields[columns[i]] = std::string(rows.fields()[i]);
+      row.fields[columns[i]] = std::string(rows.fields()[i].text);
     reader.add(row);
   }
   return reader.takeAll();

@@ -84,11 +84,11 @@ struct Columns {
   std::optional<std::size_t> index, time, element, weight;
 };
 
-Columns columnsOf(const std::string& place, const std::vector<std::string_view>& header) {
+Columns columnsOf(const std::string& place, const std::vector<detail::CsvField>& header) {
   Columns columns;
   for (std::size_t i = 0; i < header.size(); ++i) {
     std::string name;
-    for (const char letter : header[i])
+    for (const char letter : header[i].text)
       name += static_cast<char>(letter >= 'A' && letter <= 'Z' ? letter - 'A' + 'a' : letter);
     std::optional<std::size_t>* role = nullptr;
     if (name == "index") role = &columns.index;
@@ -96,8 +96,9 @@ Columns columnsOf(const std::string& place, const std::vector<std::string_view>&
     if (name == "element" || name == "code") role = &columns.element;
     if (name == "weight") role = &columns.weight;
     if (role == nullptr)
-      failField(place, "header", header[i], "is not one of index, time, element and weight");
-    if (role->has_value()) failField(place, "header", header[i], "tells a column that is there");
+      failField(place, "header", header[i].text, "is not one of index, time, element and weight");
+    if (role->has_value())
+      failField(place, "header", header[i].text, "tells a column that is there");
     *role = i;
   }
   if (!columns.index) fail(place, "header: there is no column \"index\"");
@@ -114,17 +115,18 @@ std::vector<IndexComposition> readCsv(const detail::FileText& file, const std::s
   detail::ZoneClock zone = zoneOf(file.path, timeZone);
   Compositions all;
   while (rows.next()) {
-    const std::vector<std::string_view>& fields = rows.fields();
+    const std::vector<detail::CsvField>& fields = rows.fields();
     if (fields.size() != width)
       fail(place(), "the header has " + std::to_string(width) + " columns, the row " +
                         std::to_string(fields.size()));
-    const std::string index(fields[*columns.index]), element(fields[*columns.element]);
+    const std::string index(fields[*columns.index].text), element(fields[*columns.element].text);
     if (index.empty()) failField(place(), "column \"index\"", index, "is empty");
-    const std::string_view moment = columns.time ? fields[*columns.time] : std::string_view();
+    const std::string_view moment = columns.time ? fields[*columns.time].text : std::string_view();
     const int64 time = moment.empty() ? IndexComposition::kFromTheStart
                                       : timeOf(place(), "column \"time\"", moment, zone);
     double weight = 0;
-    const std::string_view number = columns.weight ? fields[*columns.weight] : std::string_view();
+    const std::string_view number =
+        columns.weight ? fields[*columns.weight].text : std::string_view();
     if (!number.empty() && (!detail::NumberParser().parse(number, weight) || weight < 0))
       failField(place(), "column \"weight\"", number, "is not a number from 0 up");
     bool isNew = false;

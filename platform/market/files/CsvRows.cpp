@@ -114,34 +114,34 @@ bool CsvRows::next() {
 
 void CsvRows::split(std::string_view line) {
   fields_.clear();
-  numbers_.clear();
   if (!unquoted_.empty()) unquoted_.clear();
   if (delimiter_ == ' ') return splitBlanks(line);
-  std::size_t at = 0;
-  const char* const end = line.data() + line.size();
+  const char* at = line.data();
+  const char* const end = at + line.size();
   for (;;) {
     if (delimitsNumbers_) {
-      const char* const begin = line.data() + at;
       ShortDecimal number;
-      const char* const behind = takeShortDecimal(begin, end, number);
+      const char* const behind = takeShortDecimal(at, end, number);
       if (number.digits != 0 && (behind == end || *behind == delimiter_)) {
-        add({begin, static_cast<std::size_t>(behind - begin)}, number);
+        fields_.push_back({{at, behind}, number});
         if (behind == end) return;
-        at = static_cast<std::size_t>(behind - line.data()) + 1;
+        at = behind + 1;
         continue;
       }
     }
-    while (at < line.size() && isBlank(line[at]) && line[at] != delimiter_) ++at;
-    if (at < line.size() && line[at] == '"') {
-      at = takeQuoted(line, at);
+    while (at != end && isBlank(*at) && *at != delimiter_) ++at;
+    if (at != end && *at == '"') {
+      at = line.data() + takeQuoted(line, static_cast<std::size_t>(at - line.data()));
     } else {
-      const std::size_t begin = at;
-      while (at < line.size() && line[at] != delimiter_) ++at;
-      std::size_t behind = at;
-      while (behind > begin && isBlank(line[behind - 1])) --behind;
-      add(line.substr(begin, behind - begin));
+      const auto left = static_cast<std::size_t>(end - at);
+      const void* const found = left == 0 ? nullptr : std::memchr(at, delimiter_, left);
+      const char* const next = found == nullptr ? end : static_cast<const char*>(found);
+      const char* behind = next;
+      while (behind != at && isBlank(behind[-1])) --behind;
+      add({at, behind});
+      at = next;
     }
-    if (at >= line.size()) return;
+    if (at == end) return;
     ++at;  // The delimiter.
   }
 }

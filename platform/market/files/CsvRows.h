@@ -9,6 +9,13 @@
 
 namespace orvane::detail {
 
+/// A field of a row: its text, and what it is as a number, whose digits are read while its end is
+/// looked for.
+struct CsvField {
+  std::string_view text;
+  ShortDecimal number;
+};
+
 /// Walks over the rows of a delimited text without copying them. Blank lines and lines that begin
 /// with "#" are no rows. Not thread-safe.
 class CsvRows {
@@ -23,10 +30,7 @@ class CsvRows {
   bool next();
 
   /// The fields of the row, without quotes and surrounding blanks. Good until `next`.
-  const std::vector<std::string_view>& fields() const { return fields_; }
-
-  /// What a field is as a number: the digits are read while its end is looked for.
-  const ShortDecimal& number(std::size_t field) const { return numbers_[field]; }
+  const std::vector<CsvField>& fields() const { return fields_; }
 
   std::size_t line() const { return line_; }      ///< Of the row, from 1.
   std::size_t offset() const { return offset_; }  ///< Bytes of the text that are behind us.
@@ -40,10 +44,7 @@ class CsvRows {
 
  private:
   bool takeLine(std::string_view& line);
-  void add(std::string_view field, const ShortDecimal& number = {}) {
-    fields_.push_back(field);
-    numbers_.push_back(number);
-  }
+  void add(std::string_view field) { fields_.push_back({field, {}}); }
   void split(std::string_view line);
   void splitBlanks(std::string_view line);
   std::size_t takeQuoted(std::string_view line, std::size_t at);
@@ -55,9 +56,8 @@ class CsvRows {
   std::size_t offset_ = 0;
   std::size_t line_;
   std::string_view comment_;
-  std::vector<std::string_view> fields_;
-  std::vector<ShortDecimal> numbers_;  ///< Of each field.
-  std::deque<std::string> unquoted_;   ///< Fields of the row that had doubled quotes.
+  std::vector<CsvField> fields_;
+  std::deque<std::string> unquoted_;  ///< Fields of the row that had doubled quotes.
 };
 
 /// The delimiter that the first lines of a text have in common: one of , ; tab | or, if there is

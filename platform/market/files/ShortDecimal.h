@@ -43,12 +43,42 @@ inline const char* takeDigits(const char* at, const char* end, std::uint64_t& nu
   return at;
 }
 
+/// Takes a number that ends within the eight bytes from its first digit: all of it in one step.
+/// False if it does not.
+inline bool takeWithinEight(const char*& at, const char* end, ShortDecimal& out) {
+  if (std::endian::native != std::endian::little || end - at < 8) return false;
+  std::uint64_t bytes;
+  std::memcpy(&bytes, at, 8);
+  bytes ^= 0x3030303030303030U;
+  constexpr std::uint64_t kHighBits = 0x8080808080808080U;
+  // The high bit of each byte that is no digit.
+  std::uint64_t others = (((bytes & ~kHighBits) + 0x7676767676767676U) | bytes) & kHighBits;
+  if (others == 0) return false;
+  auto length = static_cast<unsigned>(std::countr_zero(others)) / 8;
+  unsigned digits = length;
+  if (at[length] == '.') {
+    others &= others - 1;
+    if (others == 0) return false;
+    const std::uint64_t before = (std::uint64_t{1} << (8 * length)) - 1;
+    bytes = (bytes & before) | ((bytes >> 8) & ~before);  // Without the point.
+    digits = static_cast<unsigned>(std::countr_zero(others)) / 8 - 1;
+    out.decimals = static_cast<std::int8_t>(digits - length);
+    length = digits + 1;
+  }
+  out.digits = static_cast<std::int8_t>(digits);
+  // Behind zeros; the shift in two parts, since none may be as long as the word.
+  out.mantissa = valueOfDigits((bytes << 8) << (56 - 8 * digits));
+  at += length;
+  return true;
+}
+
 /// Reads a short decimal from the front of a text; answers where it ends. `out.digits` is 0 if
-/// there is none at all; what stands behind it is the caller's to judge.
+/// there is none at all; what stands behind it is the caller's to judge. `out` is blank before.
 inline const char* takeShortDecimal(const char* at, const char* end, ShortDecimal& out) {
   const char* const begin = at;
   out.isNegative = at != end && *at == '-';
   if (out.isNegative) ++at;
+  if (takeWithinEight(at, end, out)) return at;
   const char* const first = at;
   std::uint64_t mantissa = 0;
   at = takeDigits(at, end, mantissa);

@@ -11,8 +11,19 @@ namespace {
 constexpr std::size_t kHeadSamples = 1000;
 constexpr std::size_t kTailSampleBytes = 16 * 1024;
 
-std::vector<std::string> copied(const std::vector<std::string_view>& fields) {
-  return {fields.begin(), fields.end()};
+std::vector<std::string> copied(const std::vector<CsvField>& fields) {
+  std::vector<std::string> texts;
+  texts.reserve(fields.size());
+  for (const CsvField& field : fields) texts.emplace_back(field.text);
+  return texts;
+}
+
+/// The fields of a row that was copied.
+std::vector<CsvField> fieldsOf(const std::vector<std::string>& texts) {
+  std::vector<CsvField> fields;
+  fields.reserve(texts.size());
+  for (const std::string& text : texts) fields.push_back({text, {}});
+  return fields;
 }
 
 bool looksLikeData(std::string_view text) {
@@ -100,7 +111,7 @@ void Table::sample() {
     std::int64_t second = 0;
     CsvRows ahead = *rows_;
     if (wholeNumber(firstRow_.front(), first) && ahead.next() &&
-        ahead.fields().size() == width_ + 1 && wholeNumber(ahead.fields().front(), second) &&
+        ahead.fields().size() == width_ + 1 && wholeNumber(ahead.fields().front().text, second) &&
         (second == first + 1 || second == first - 1)) {
       header_.insert(header_.begin(), "");
       ++width_;
@@ -316,8 +327,8 @@ void Table::understand(bool bars) {
       std::make_unique<TimeParser>(path_, map_.time, mine, facts_.day, samples_, names_, notes_);
   if (look != TickLook::IfTimed || samples_.empty()) return;
   RowTime first;
-  const std::vector<std::string_view> fields(samples_.front().begin(), samples_.front().end());
-  if (times_->parse(fields, INT64_MIN, first) && !first.dateOnly) refuseTicks(found);
+  if (times_->parse(fieldsOf(samples_.front()), INT64_MIN, first) && !first.dateOnly)
+    refuseTicks(found);
 }
 
 /// Compares the first row's time with the last one's; rows in between are checked as they come.
@@ -328,8 +339,7 @@ void Table::findOrder() {
   }
   if (samples_.size() < 2) return;
   const auto timeOf = [&](const std::vector<std::string>& row, RowTime& out) {
-    const std::vector<std::string_view> fields(row.begin(), row.end());
-    return times_->parse(fields, INT64_MIN, out);
+    return times_->parse(fieldsOf(row), INT64_MIN, out);
   };
   RowTime first;
   RowTime last;

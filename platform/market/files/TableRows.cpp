@@ -31,9 +31,10 @@ bool TableRows::next() {
                         std::to_string(width) + " are needed; column \"" +
                         table_.names()[fields.size()] + "\" is missing");
   // A delimiter at the end of the line.
-  if (fields.size() == width + 1 && fields.back().empty()) return true;
+  if (fields.size() == width + 1 && fields.back().text.empty()) return true;
   throw DataFileError(place() + ": " + std::to_string(fields.size()) + " fields, but there are " +
-                      std::to_string(width) + " columns; " + shown(fields[width]) + " is too much");
+                      std::to_string(width) + " columns; " + shown(fields[width].text) +
+                      " is too much");
 }
 
 RowTime TableRows::time(std::int64_t notBefore) {

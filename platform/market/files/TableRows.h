@@ -25,7 +25,7 @@ class TableRows {
   bool next();
 
   std::string_view field(int column) const {
-    return rows_.fields()[static_cast<std::size_t>(column)];
+    return rows_.fields()[static_cast<std::size_t>(column)].text;
   }
 
   /// The time of the row. Throws if it cannot be read.
@@ -34,7 +34,7 @@ class TableRows {
   /// A number of the row, 0 if its field is empty. Throws if it is none.
   double number(const NumberParser& parser, int column) const {
     double value = 0;
-    if (parser.parse(rows_.number(static_cast<std::size_t>(column)), value)) return value;
+    if (parser.parse(rows_.fields()[static_cast<std::size_t>(column)].number, value)) return value;
     return numberOfText(parser, column);
   }
 

@@ -308,9 +308,9 @@ bool TimeParser::parseColumn(int column, TimeFormat format, std::string_view tex
   return parseDigits(column, format, text, out, epoch);
 }
 
-bool TimeParser::addMillis(const std::vector<std::string_view>& fields, std::int64_t& ms) {
+bool TimeParser::addMillis(const std::vector<CsvField>& fields, std::int64_t& ms) {
   if (columns_.millis < 0) return true;
-  const std::string_view text = fields[static_cast<std::size_t>(columns_.millis)];
+  const std::string_view text = fields[static_cast<std::size_t>(columns_.millis)].text;
   Counter counter;
   if (text.empty()) return true;
   if (!readCounter(text, counter) || counter.whole > 999)
@@ -319,14 +319,13 @@ bool TimeParser::addMillis(const std::vector<std::string_view>& fields, std::int
   return true;
 }
 
-bool TimeParser::parse(const std::vector<std::string_view>& fields, std::int64_t notBefore,
-                       RowTime& out) {
+bool TimeParser::parse(const std::vector<CsvField>& fields, std::int64_t notBefore, RowTime& out) {
   out = {};
   MomentText moment;
   bool epoch = false;
   if (columns_.moment >= 0) {
     if (!parseColumn(columns_.moment, momentFormat_,
-                     fields[static_cast<std::size_t>(columns_.moment)], momentCache_, moment,
+                     fields[static_cast<std::size_t>(columns_.moment)].text, momentCache_, moment,
                      epoch))
       return false;
     if (!moment.hasDate) {
@@ -334,11 +333,11 @@ bool TimeParser::parse(const std::vector<std::string_view>& fields, std::int64_t
       moment.day = *day_;
     }
   } else {
-    const auto dateText = fields[static_cast<std::size_t>(columns_.date)];
+    const auto dateText = fields[static_cast<std::size_t>(columns_.date)].text;
     if (!parseColumn(columns_.date, dateFormat_, dateText, dateCache_, moment, epoch)) return false;
     if (!moment.hasDate) return fail(columns_.date, "is not a date");
     const std::int64_t day = moment.day;
-    const auto timeText = fields[static_cast<std::size_t>(columns_.time)];
+    const auto timeText = fields[static_cast<std::size_t>(columns_.time)].text;
     if (!parseColumn(columns_.time, timeFormat_, timeText, timeCache_, moment, epoch)) return false;
     if (!moment.hasTime) return fail(columns_.time, "is not a time");
     moment.day = day;
@@ -351,7 +350,9 @@ bool TimeParser::parse(const std::vector<std::string_view>& fields, std::int64_t
   out.dateOnly = !moment.hasTime;
   out.midnight = moment.msOfDay == 0;
   out.day = moment.day;
-  const auto field = [&fields](int column) { return fields[static_cast<std::size_t>(column)]; };
+  const auto field = [&fields](int column) {
+    return fields[static_cast<std::size_t>(column)].text;
+  };
   return (columns_.tradingDay < 0 || parseTradingDay(field(columns_.tradingDay), out)) &&
          (columns_.until < 0 || parseUntil(field(columns_.until), out));
 }

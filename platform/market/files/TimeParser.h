@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/market/files/CsvRows.h"
 #include "platform/market/files/Description.h"
 #include "platform/market/files/ZoneClock.h"
 
@@ -47,7 +48,7 @@ class TimeParser {
 
   /// False if the row's time cannot be read; `errorColumn` and `errorText` then tell why. Of a
   /// local time that occurs twice the one not before `notBefore` is taken.
-  bool parse(const std::vector<std::string_view>& fields, std::int64_t notBefore, RowTime& out);
+  bool parse(const std::vector<CsvField>& fields, std::int64_t notBefore, RowTime& out);
 
   int errorColumn() const { return errorColumn_; }
   const char* errorText() const { return errorText_; }
@@ -74,7 +75,7 @@ class TimeParser {
                    MomentText& out, bool& epoch);
   bool parseTradingDay(std::string_view text, RowTime& out);
   bool parseUntil(std::string_view text, RowTime& out);
-  bool addMillis(const std::vector<std::string_view>& fields, std::int64_t& ms);
+  bool addMillis(const std::vector<CsvField>& fields, std::int64_t& ms);
 
   std::string file_;
   TimeColumns columns_;
