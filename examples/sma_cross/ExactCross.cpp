@@ -42,10 +42,11 @@ Decimal shortestDecimal(double value) {
 
 ExactCross::Signal ExactCross::add(double close) {
   const Wide value = scaled(close);
-  const std::size_t at = count_ % slow_;
-  if (count_ >= slow_) slowSum_ -= ring_[at];
-  if (count_ >= fast_) fastSum_ -= ring_[(count_ - fast_) % slow_];
-  ring_[at] = value;
+  Wide& oldest = ring_[next_];
+  if (count_ >= slow_) slowSum_ -= oldest;
+  if (count_ >= fast_) fastSum_ -= ring_[next_ >= fast_ ? next_ - fast_ : next_ + slow_ - fast_];
+  oldest = value;
+  if (++next_ == slow_) next_ = 0;
   slowSum_ += value;
   fastSum_ += value;
   ++count_;
@@ -66,8 +67,11 @@ ExactCross::Wide ExactCross::scaled(double close) {
   // The common case is cheap: a price of the decimals seen so far. Below 10^15 the integer is the
   // only one whose quotient is this double, so the test is exact.
   if (decimals_ < 16) {
-    const double units = std::nearbyint(close * kPowers[decimals_]);
-    if (std::abs(units) < 1e15 && units / kPowers[decimals_] == close)
+    const double moved = close * kPowers[decimals_];
+    // Adding it leaves no room for a fraction: rounded to the nearest integer without a call.
+    constexpr double kNoFraction = 3 * 0x1p51;
+    const double units = (moved + kNoFraction) - kNoFraction;
+    if (std::abs(moved) < 1e15 && units / kPowers[decimals_] == close)
       return static_cast<Wide>(static_cast<long long>(units));
   }
   const Decimal decimal = shortestDecimal(close);

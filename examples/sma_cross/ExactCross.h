@@ -38,6 +38,7 @@ class ExactCross {
 
   std::size_t fast_, slow_;
   std::vector<Wide> ring_;  ///< The last `slow_` closes, in units of 10^-`decimals_`.
+  std::size_t next_ = 0;    ///< Where the next close goes.
   std::size_t count_ = 0;   ///< Closes taken so far.
   int decimals_ = 0;        ///< The most decimals that any close had so far.
   Wide fastSum_ = 0, slowSum_ = 0;

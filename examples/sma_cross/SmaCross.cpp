@@ -136,7 +136,10 @@ class SmaCross : public orvane::Strategy {
   }
 
   Series& seriesOf(IContext* context, const ICodeID& code, const std::string& frequency) {
+    if (last_ != nullptr && last_->first.first == code.id && last_->first.second == frequency)
+      return last_->second;
     const auto [at, isNew] = series_.try_emplace({code.id, frequency}, fast_, slow_);
+    last_ = &*at;
     Series& series = at->second;
     if (!isNew) return series;
     series.volume = volume_ ? *volume_ : lotOf(context, code);
@@ -187,7 +190,9 @@ class SmaCross : public orvane::Strategy {
   std::optional<double> volume_;  ///< As it was given.
   CrossTrader::Mode mode_ = CrossTrader::Mode::LongOnly;
   std::optional<orvane::TradingAccountID> account_;
-  std::map<std::pair<int64, std::string>, Series> series_;  ///< By code id and frequency.
+  using AllSeries = std::map<std::pair<int64, std::string>, Series>;
+  AllSeries series_;                       ///< By code id and frequency.
+  AllSeries::value_type* last_ = nullptr;  ///< The one that had the last bars.
   int64 bars_ = 0, ticks_ = 0, signals_ = 0, fills_ = 0;
 };
 
