@@ -83,7 +83,7 @@ class QuietSignal {
   };
 
   static std::size_t& laneOfThread() {
-    static thread_local std::size_t lane = 0;
+    [[gnu::tls_model("initial-exec")]] static thread_local std::size_t lane = 0;
     return lane;
   }
 

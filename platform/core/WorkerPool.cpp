@@ -19,13 +19,11 @@ constexpr std::chrono::milliseconds kSentinelTurn{1};
 constexpr std::chrono::microseconds kWatch{100};
 using SteadyClock = std::chrono::steady_clock;
 
-thread_local TaskOrigin runningOrigin;
-/// The pool that this thread helps, while it does.
-thread_local const WorkerPool* helped = nullptr;
-
 }  // namespace
 
-thread_local WorkerPool::Sharing* WorkerPool::sharing_ = nullptr;
+// Looked at with each task. At a place that is known when the library is loaded they are found
+// without a call; whoever loads it later has room enough for a few words.
+[[gnu::tls_model("initial-exec")]] thread_local WorkerPool::OfThread WorkerPool::ofThread_;
 
 WorkerPool::WorkerPool(std::size_t processors) : processors_(processors) {}
 
@@ -58,29 +56,31 @@ int WorkerPool::threadCount() const {
   return target_;
 }
 
-TaskOrigin WorkerPool::currentOrigin() { return runningOrigin; }
+TaskOrigin WorkerPool::currentOrigin() { return ofThread_.origin; }
 
 bool WorkerPool::keepForSharer(Task& task) {
-  if (sharing_ == nullptr || sharing_->pool != this || sharing_->kept || runningOrigin.root != 0)
+  Sharing* const sharing = ofThread_.sharing;
+  if (sharing == nullptr || sharing->pool != this || sharing->kept || ofThread_.origin.root != 0)
     return false;
-  sharing_->kept = std::move(task);
+  sharing->kept = std::move(task);
   return true;
 }
 
 bool WorkerPool::keepForHelper(Task& task) {
-  if (helped != this || sharing_ != nullptr || kept_.task || runningOrigin.root != 0 ||
-      !queue_.empty())
+  if (ofThread_.helped != this || ofThread_.sharing != nullptr || kept_.task ||
+      ofThread_.origin.root != 0 || !queue_.empty())
     return false;
-  kept_ = {std::move(task), {queue_.takeRoots(1), 0}};
+  kept_.origin = {queue_.takeRoots(1), 0};
+  kept_.task.swap(task);
   return true;
 }
 
-void WorkerPool::add(Task task) {
+void WorkerPool::add(Task&& task) {
   if (keepForSharer(task)) return;
   signal_.addWork();
   if (keepForHelper(task)) return;
-  TaskOrigin origin{runningOrigin.root, runningOrigin.depth + 1};
-  if (origin.root == 0) origin = {sharing_ != nullptr ? sharing_->root : 0, 0};
+  TaskOrigin origin{ofThread_.origin.root, ofThread_.origin.depth + 1};
+  if (origin.root == 0) origin = {ofThread_.sharing != nullptr ? ofThread_.sharing->root : 0, 0};
   try {
     queue_.push({std::move(task), origin});
   } catch (...) {
@@ -104,7 +104,7 @@ void WorkerPool::beginHelping() {
   const std::lock_guard lock(mutex_);
   helping_ = true;
   helperReady_ = true;
-  helped = this;
+  ofThread_.helped = this;
   QuietSignal::setLane(0);
   wakeUp_.notify_one();  // Whoever wakes becomes the sentinel.
 }
@@ -117,12 +117,14 @@ void WorkerPool::endHelping() {
   }
   helping_ = false;
   helperReady_ = false;
-  helped = nullptr;
+  ofThread_.helped = nullptr;
   if (!queue_.empty()) wakeUp_.notify_all();
 }
 
 void WorkerPool::runKept() {
-  QueuedTask task = std::exchange(kept_, {});
+  QueuedTask task;
+  task.origin = kept_.origin;
+  task.task.swap(kept_.task);
   // Who adds meanwhile and still sees it ready leaves its task to the sentinel, a moment later.
   helperReady_.store(false, std::memory_order_release);
   run(task);
@@ -200,18 +202,18 @@ void WorkerPool::giveKeptAway() {
 
 void WorkerPool::makeCalls(std::size_t lane) {
   Sharing mine{this};
-  sharing_ = &mine;
+  ofThread_.sharing = &mine;
   for (std::size_t at = 0; shared_.take(lane, at);) {
     mine.root = firstRoot_ + at;
     shared_.make(at);
     if (!mine.kept) continue;
     Task task = std::exchange(mine.kept, nullptr);
-    runningOrigin = {mine.root, 0};
+    ofThread_.origin = {mine.root, 0};
     guarded("a pool task threw", task);
     task = nullptr;  // What it lets go of may add a task, of the same tree.
-    runningOrigin = {};
+    ofThread_.origin = {};
   }
-  sharing_ = nullptr;
+  ofThread_.sharing = nullptr;
 }
 
 bool WorkerPool::awaitTaskOrQuiet() {
@@ -313,11 +315,11 @@ void WorkerPool::work(std::size_t number) {
 }
 
 void WorkerPool::run(QueuedTask& entry) {
-  runningOrigin = entry.origin;
+  ofThread_.origin = entry.origin;
   guarded("a pool task threw", entry.task);
   // What the task holds goes before it counts as ended: a runner's last reference may be in it.
   entry.task = nullptr;
-  runningOrigin = {};
+  ofThread_.origin = {};
   signal_.endWork();
 }
 

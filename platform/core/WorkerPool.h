@@ -53,8 +53,9 @@ class WorkerPool {
   int threadCount() const;
 
   /// Never runs the task inside the call. Refuses none; where there is no memory for it, it throws
-  /// and nothing has changed.
-  void add(Task task);
+  /// and nothing has changed. The task is moved once the counts are made: right after it was made
+  /// itself, the processor would wait for it.
+  void add(Task&& task);
 
   QuietSignal& signal() { return signal_; }
 
@@ -85,6 +86,13 @@ class WorkerPool {
     Task kept = {};          ///< What it added.
   };
 
+  /// What the calling thread does for a pool.
+  struct OfThread {
+    TaskOrigin origin;                   ///< Of the task that it runs.
+    const WorkerPool* helped = nullptr;  ///< Whose helper it is.
+    Sharing* sharing = nullptr;          ///< What it has in hand, if anything.
+  };
+
   void work(std::size_t number);
   /// Stays awake for a while after work, so that what comes next needs no waking; `lock` is given
   /// up meanwhile.
@@ -112,7 +120,7 @@ class WorkerPool {
   QueuedTask kept_;                       ///< The helper's next task; the helper's alone.
   std::atomic<bool> helperReady_{false};  ///< It runs no task and will look for one.
 
-  static thread_local Sharing* sharing_;  ///< What the calling thread has in hand, if anything.
+  static thread_local OfThread ofThread_;
   const std::size_t processors_;
   SharedCalls shared_;
   std::uint64_t firstRoot_ = 0;          ///< Of the shared calls; told with them.

@@ -83,9 +83,9 @@ TEST(WorkerPool, shouldNotBeQuietUntilTasksThatTasksAddHaveRun) {
   pool.resize(2);
   std::atomic<int> depth{0};
   std::function<void()> next = [&] {
-    if (++depth < 500) pool.add(next);
+    if (++depth < 500) pool.add(std::function<void()>(next));
   };
-  pool.add(next);
+  pool.add(std::function<void()>(next));
   awaitQuiet(pool);
   EXPECT_EQ(depth.load(), 500);
 }
