@@ -32,8 +32,8 @@ class TapContext final : public IContext {
   /// While one exists, what its thread does is written.
   class Call {
    public:
-    explicit Call(TapContext& tap) : tap_(tap) { tap_.caller_ = std::this_thread::get_id(); }
-    ~Call() { tap_.caller_ = std::thread::id(); }
+    explicit Call(TapContext& tap) : tap_(tap) { tap_.setCaller(std::this_thread::get_id()); }
+    ~Call() { tap_.setCaller({}); }
     Call(const Call&) = delete;
     Call& operator=(const Call&) = delete;
 
@@ -233,7 +233,11 @@ class TapContext final : public IContext {
   ResultStatus publish(ActionKind kind, PublishedCount& count, std::size_t items, int flags,
                        const Do& doIt, const Arguments&... arguments);
 
-  bool isHeard() const { return caller_.load() == std::this_thread::get_id(); }
+  // A thread asks for its own name alone, and sees what it wrote itself; no order is needed.
+  void setCaller(std::thread::id caller) { caller_.store(caller, std::memory_order_relaxed); }
+  bool isHeard() const {
+    return caller_.load(std::memory_order_relaxed) == std::this_thread::get_id();
+  }
   bool isWritten() const { return encoder_ != nullptr && isHeard(); }
   void hear() {
     if (isHeard()) ++said_;

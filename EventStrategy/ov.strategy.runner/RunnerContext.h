@@ -71,7 +71,8 @@ class RunnerContext final : public AbstractEventStrategy,
   /// Drops all that is pending, before the event that ends the run.
   void discardPending();
   void schedulePoolTask();
-  void doPoolTask();
+  /// `self` is the task's own reference to this runner, which the next one takes.
+  void doPoolTask(std::weak_ptr<RunnerContext> self);
   void deliver(IEvent& event);
   std::optional<NotifyRefCounter>& notifyRefCounter() {
     return notifyRefCounters_[pendingCounter_];
@@ -106,6 +107,7 @@ class RunnerContext final : public AbstractEventStrategy,
 
   std::mutex mutex_;      ///< Guards what follows; never held while anything is delivered.
   bool running_ = false;  ///< A pool task is scheduled or running.
+  std::weak_ptr<RunnerContext> self_;     ///< For the next task, if one has brought it back.
   std::atomic<std::uint64_t> pushed_{0};  ///< Data events so far; a task looks without the lock.
   std::list<std::unique_ptr<IEvent>> events_;
   std::list<std::unique_ptr<IEvent>> spare_;  ///< Empty entries for events that are to come.

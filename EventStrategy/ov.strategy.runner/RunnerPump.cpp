@@ -61,13 +61,16 @@ void RunnerContext::discardPending() {
 void RunnerContext::schedulePoolTask() {
   if (running_ || events_.empty()) return;
   running_ = true;
-  // Weak: a queued task does not keep a runner alive that its host has let go of.
-  std::weak_ptr<RunnerContext> weak = weak_from_this();
+  // Weak: a queued task does not keep a runner alive that its host has let go of. It brings the
+  // reference back for the next one, so that it need not be counted again.
+  std::weak_ptr<RunnerContext> weak = std::move(self_);
+  if (weak.expired()) weak = weak_from_this();
   // As `shared_from_this` would do, which counts twice.
   if (weak.expired()) throw std::bad_weak_ptr();
   try {
-    runnerThreadPool()->addTask([weak = std::move(weak)] {
-      if (const std::shared_ptr<RunnerContext> self = weak.lock()) self->doPoolTask();
+    runnerThreadPool()->addTask([weak = std::move(weak)]() mutable {
+      if (const std::shared_ptr<RunnerContext> self = weak.lock())
+        self->doPoolTask(std::move(weak));
     });
   } catch (...) {
     running_ = false;  // There is no task that could do it.
@@ -75,7 +78,7 @@ void RunnerContext::schedulePoolTask() {
   }
 }
 
-void RunnerContext::doPoolTask() {
+void RunnerContext::doPoolTask(std::weak_ptr<RunnerContext> self) {
   for (;;) {
     std::list<std::unique_ptr<IEvent>> batch;
     std::optional<NotifyRefCounter>* counter = nullptr;
@@ -107,6 +110,7 @@ void RunnerContext::doPoolTask() {
     const auto lock = detail::lockSoon(mutex_);
     if (spare_.size() + batch.size() <= kMostSpare) spare_.splice(spare_.end(), batch);
     running_ = false;
+    if (!self.expired()) self_ = std::move(self);
     try {
       schedulePoolTask();
       return;
