@@ -50,9 +50,9 @@ inline bool takeWithinEight(const char*& at, const char* end, ShortDecimal& out)
   std::uint64_t bytes;
   std::memcpy(&bytes, at, 8);
   bytes ^= 0x3030303030303030U;
-  constexpr std::uint64_t kHighBits = 0x8080808080808080U;
-  // The high bit of each byte that is no digit.
-  std::uint64_t others = (((bytes & ~kHighBits) + 0x7676767676767676U) | bytes) & kHighBits;
+  // The high bit of each byte that is no digit, up to the first such and, if that is a point, up to
+  // the next one.
+  std::uint64_t others = (bytes | (bytes + 0x7676767676767676U)) & 0x8080808080808080U;
   if (others == 0) return false;
   auto length = static_cast<unsigned>(std::countr_zero(others)) / 8;
   unsigned digits = length;
