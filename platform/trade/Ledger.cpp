@@ -208,7 +208,6 @@ void Ledger::recount(CodeBook& code) {
 void Ledger::revalue(CodeBook& code, Money value) {
   value_ += value - code.value;
   code.value = value;
-  code.exposure = exposureOf(code, code.held);
   for (auto& [name, book] : code.sources) {
     const Money now = book.longSide.floating(*code.terms, *code.markPrice) +
                       book.shortSide.floating(*code.terms, *code.markPrice);
@@ -309,7 +308,7 @@ double Ledger::exposureOf(const std::string& source, int64 codeId) const {
 
 double Ledger::exposureOf(int64 codeId) const {
   const auto code = codes_.find(codeId);
-  return code == codes_.end() ? 0 : code->second.exposure;
+  return code == codes_.end() ? 0 : exposureOf(code->second, code->second.held);
 }
 
 double Ledger::exposureOf(const CodeBook& code, Volume volume) {

@@ -137,7 +137,6 @@ class Ledger {
     std::optional<Price> markPrice;
     Volume held;  ///< Of both sides of all sources: asked for at each price, so counted at fills.
     Money value;  ///< The same at the mark price.
-    double exposure = 0;  ///< Asked for as often as the price changes.
     std::map<std::string, SourceBook> sources;
 
     bool isHeld() const { return !held.isZero(); }
