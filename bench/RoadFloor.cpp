@@ -61,8 +61,9 @@ class BareRoad : public std::enable_shared_from_this<BareRoad> {
       events_.push_back(std::make_unique<OwnedQuote>(quote));
       ++references_;
       ++tasks_;
-      task_ = [weak = weak_from_this()] {
-        if (const auto self = weak.lock()) self->runTask();
+      if (self_.expired()) self_ = weak_from_this();
+      task_ = [weak = std::move(self_)]() mutable {
+        if (const auto self = weak.lock()) self->runTask(std::move(weak));
       };
     }
     lockOf(kTurn).unlock();
@@ -81,7 +82,7 @@ class BareRoad : public std::enable_shared_from_this<BareRoad> {
 
   std::mutex& lockOf(Lock which) { return locks_[which].mutex; }
   void locked(Lock which) { const std::lock_guard lock(lockOf(which)); }
-  void runTask() {
+  void runTask(std::weak_ptr<BareRoad> self) {
     std::vector<std::unique_ptr<OwnedEvent>> batch;
     {
       const std::lock_guard list(lockOf(kList));
@@ -95,11 +96,13 @@ class BareRoad : public std::enable_shared_from_this<BareRoad> {
     --references_;
     const std::lock_guard list(lockOf(kList));
     if (events_.empty()) events_.swap(batch);  // Its memory is used again.
+    self_ = std::move(self);
   }
 
   std::array<Padded, kLocks> locks_;
   std::vector<std::unique_ptr<OwnedEvent>> events_;
   std::function<void()> task_;
+  std::weak_ptr<BareRoad> self_;  ///< Brought back by the last task.
   std::atomic<int> references_{0}, tasks_{0};
   const std::unique_ptr<Receiver> receiver_ = std::make_unique<Counting>();
 };

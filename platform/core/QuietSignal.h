@@ -83,6 +83,7 @@ class QuietSignal {
   };
 
   static std::size_t& laneOfThread() {
+    // Found without a call; see what `WorkerPool` has of each thread.
     [[gnu::tls_model("initial-exec")]] static thread_local std::size_t lane = 0;
     return lane;
   }

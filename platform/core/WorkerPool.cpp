@@ -22,8 +22,11 @@ using SteadyClock = std::chrono::steady_clock;
 }  // namespace
 
 // Looked at with each task. At a place that is known when the library is loaded they are found
-// without a call; whoever loads it later has room enough for a few words.
-[[gnu::tls_model("initial-exec")]] thread_local WorkerPool::OfThread WorkerPool::ofThread_;
+// without a call. All that the library has of each thread lies there then, in a room that a process
+// shares among whatever it loads later; glibc keeps more than a thousand bytes for it, the library
+// takes a few words.
+[[gnu::tls_model(
+    "initial-exec")]] constinit thread_local WorkerPool::OfThread WorkerPool::ofThread_;
 
 WorkerPool::WorkerPool(std::size_t processors) : processors_(processors) {}
 

@@ -52,9 +52,8 @@ class WorkerPool {
   void resize(int count);
   int threadCount() const;
 
-  /// Never runs the task inside the call. Refuses none; where there is no memory for it, it throws
-  /// and nothing has changed. The task is moved once the counts are made: right after it was made
-  /// itself, the processor would wait for it.
+  /// Never runs the task inside the call. Refuses none; where there is no memory for it, it throws,
+  /// the task is gone, and nothing else has changed.
   void add(Task&& task);
 
   QuietSignal& signal() { return signal_; }
