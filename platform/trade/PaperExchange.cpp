@@ -414,6 +414,11 @@ void PaperExchange::onBar(int64 codeId, const IKLine& bar, int64 previousEnd, in
   impl_->markAll(*contract, *close);
 }
 
+void PaperExchange::onQuietBar(int64 codeId, const IKLine& bar) {
+  const auto close = closeOf(bar);
+  if (close) impl_->markAll(*impl_->contracts.find(codeId), *close);
+}
+
 void PaperExchange::onTick(int64 codeId, const IDepthMarketData& tick, int64 now) {
   if (Contract* const contract = impl_->contracts.find(codeId)) impl_->onTick(*contract, tick, now);
 }

@@ -71,6 +71,9 @@ class PaperExchange {
   /// bar before it in its series, or its own begin time.
   void onBar(int64 codeId, const IKLine& bar, int64 previousEnd, int64 now);
   void onTick(int64 codeId, const IDepthMarketData& tick, int64 now);
+  /// A bar of the trading day of the one before it, of a code in which no order is at work: all
+  /// that `onBar` would do then.
+  void onQuietBar(int64 codeId, const IKLine& bar);
   /// Whether an order of the code is at work: where none is, only the mark price is taken.
   bool isBusy(int64 codeId) const;
   /// Empty before the first price of a code.

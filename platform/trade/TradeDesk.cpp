@@ -59,7 +59,7 @@ void TradeDesk::watchNewCodes(int64 now) {
   const std::vector<int64> codes = parts_.grids.takeNewCodes();
   if (codes.empty()) return;
   const std::lock_guard lock(parts_.state.mutex);
-  for (const int64 codeId : codes) feed_.begin(codeId, parts_.state.exchange);
+  for (const int64 codeId : codes) feed_.begin(codeId, parts_.state.exchange());
   takeEvents(now);
 }
 
@@ -123,7 +123,7 @@ void TradeDesk::admitOrder(std::unique_ptr<TradeAction> action, int64 now) {
   TradeState& state = parts_.state;
   const Order& order = action->order;
   state.store.addOrder(order);
-  state.equity.addSource(order.account.accountKey, order.source.createSource);
+  state.equity().addSource(order.account.accountKey, order.source.createSource);
   if (state.connections.isUp(order.account.accountKey))
     arriving_.emplace(action->sentAt + parts_.options.entryLatencyMs, std::move(action));
   else
@@ -163,10 +163,10 @@ bool TradeDesk::letArrive(int64 now) {
     arriving_.erase(arriving_.begin());
     TradeAction& action = *arrived;
     if (action.isCancel) {
-      state.exchange.cancel(action.order.id, action.order.cancelSource, now);
+      state.exchange().cancel(action.order.id, action.order.cancelSource, now);
     } else {
-      feed_.begin(action.order.code.id, state.exchange);
-      state.exchange.place(action.order, now);
+      feed_.begin(action.order.code.id, state.exchange());
+      state.exchange().place(action.order, now);
     }
     takeEvents(now);
   }
@@ -177,15 +177,23 @@ bool TradeDesk::letArrive(int64 now) {
 
 bool TradeDesk::feedRecord(const MarketStream& stream) {
   TradeState& state = parts_.state;
+  const std::size_t row = stream.known.load(std::memory_order_relaxed);
+  if (feed_.mayWait(stream, row) && !state.postponed.isFull()) {
+    state.postponed.add(stream, row);
+    feed_.skip(stream, row);
+    return nextDue_ <= parts_.now();
+  }
   const int64 codeId = stream.code().id;
   {
     const std::lock_guard lock(state.mutex);
-    const int64 time = feed_.shown(stream.timeAt(stream.known.load(std::memory_order_relaxed)));
-    feed_.feedNext(stream, state.exchange, time);
+    const int64 time = feed_.shown(stream.timeAt(row));
+    feed_.feedNext(stream, state.exchange(), time);
     takeEvents(time);
-    const bool isHeld = state.equity.noteMark(codeId, time, stream.isTicks());
-    if (!isHeld && !state.exchange.isBusy(codeId) && !parts_.grids.isWatched(codeId))
-      feed_.rest(stream);
+    const bool isHeld = state.equity().noteMark(codeId, time, stream.isTicks());
+    const bool isAwaited = state.exchange().isBusy(codeId) || parts_.grids.isWatched(codeId);
+    // Live, times are shown otherwise than the data have them.
+    feed_.noteQuiet(stream, isHeld && !isAwaited && parts_.isPlayback);
+    if (!isHeld && !isAwaited) feed_.rest(stream);
     noteDue();
   }
   parts_.grids.onRecord(codeId);
@@ -193,8 +201,8 @@ bool TradeDesk::feedRecord(const MarketStream& stream) {
 }
 
 void TradeDesk::takeEvents(int64 now) {
-  if (!parts_.state.exchange.hasEvents()) return;
-  parts_.state.exchange.takeEvents(events_);
+  if (!parts_.state.exchange().hasEvents()) return;
+  parts_.state.exchange().takeEvents(events_);
   for (TradeEvent& event : events_) takeEvent(event, now);
 }
 
@@ -207,7 +215,8 @@ void TradeDesk::takeEvent(TradeEvent& event, int64 now) {
   } else if (auto* fill = std::get_if<OrderFill>(&event.what)) {
     state.store.addFill(*fill);
     // A fill inside a bar is known, and its price marked, when the bar is over.
-    state.equity.noteFill(fill->account.accountKey, fill->source.createSource, fill->code.id, now);
+    state.equity().noteFill(fill->account.accountKey, fill->source.createSource, fill->code.id,
+                            now);
     report<OrderFill>({TradeTopic::Fill, fill->account.accountKey, fill->code.id,
                        eventSourcesOf(fill->source), fill->source.createSource},
                       due, kAsItIs, std::move(*fill));
@@ -217,7 +226,7 @@ void TradeDesk::takeEvent(TradeEvent& event, int64 now) {
     const std::int32_t account = std::get<TradeEvent::CapitalChanged>(event.what).accountKey;
     report<TradingAccount>({TradeTopic::Capital, account, TradeSelector::kEveryCode, 0, {}}, due,
                            [&](TradingAccount& capital) {
-                             capital = state.exchange.ledger(account)->capitalRecord(event.time);
+                             capital = state.exchange().ledger(account)->capitalRecord(event.time);
                            });
   }
 }
@@ -237,7 +246,7 @@ void TradeDesk::reportOrder(Order& order, int64 due) {
 }
 
 void TradeDesk::reportPosition(const TradeEvent::PositionChanged& changed, int64 due) {
-  const Ledger* ledger = parts_.state.exchange.ledger(changed.accountKey);
+  const Ledger* ledger = parts_.state.exchange().ledger(changed.accountKey);
   report<Position>({TradeTopic::Position, changed.accountKey, changed.codeId, 0, {}}, due,
                    [&](Position& position) { ledger->positionRecord(changed.codeId, position); });
   report<SourcePosition>(
@@ -328,18 +337,19 @@ std::optional<StoredRun> TradeDesk::openRun(const TimeShift& shift) {
   followsScript_ = true;
   admits_ = !parts_.cancelled.load();
   noteDue();
-  if (state.equity.hasStarted()) return std::nullopt;
-  state.equity.start(parts_.now());
+  if (state.equity().hasStarted()) return std::nullopt;
+  state.equity().start(parts_.now());
   StoredRun run{parts_.isPlayback, parts_.now(), {}};
   for (const TradingAccountID& account : state.accounts.all())
-    run.accounts.push_back(state.exchange.ledger(account.accountKey)->capitalRecord(parts_.now()));
+    run.accounts.push_back(
+        state.exchange().ledger(account.accountKey)->capitalRecord(parts_.now()));
   return run;
 }
 
 void TradeDesk::endRun() {
   {
     const std::lock_guard lock(parts_.state.mutex);
-    parts_.state.equity.finish(parts_.now());
+    parts_.state.equity().finish(parts_.now());
   }
   persist(true);
   if (parts_.cancelled.load())
@@ -353,9 +363,9 @@ void TradeDesk::rewind() {
   TradeState& state = parts_.state;
   const ReportQueue ended = std::exchange(reports_, {});
   const std::lock_guard lock(state.mutex);
-  state.exchange.reset();
+  state.exchange().reset();
   state.store.clear();
-  state.equity.clear();
+  state.equity().clear();
   state.inbox.reset();
   state.connections.reset();
   state.waiting.store(state.statusWishes.empty() ? 0 : 1);
@@ -380,7 +390,7 @@ std::optional<StoredNews> TradeDesk::takeNews(bool isEnd) {
       state.store.changedCount() + changes_.size() + state.store.newFillCount();
   if (!isEnd && count < (parts_.isPlayback ? kNewsPerBatch : 1)) return std::nullopt;
   // Before the first run there is nothing to file the news under.
-  if (!state.equity.hasStarted()) return std::nullopt;
+  if (!state.equity().hasStarted()) return std::nullopt;
   StoredNews news;
   news.time = parts_.now();
   news.orders = state.store.takeChanged();
@@ -393,12 +403,12 @@ std::optional<StoredNews> TradeDesk::takeNews(bool isEnd) {
     for (; stored < end; ++stored) news.equity.push_back({account, source, stored, points[stored]});
   };
   for (const TradingAccountID& account : state.accounts.all()) {
-    EquityBook::AccountCurve& curve = state.equity.account(account.accountKey);
+    EquityBook::AccountCurve& curve = state.equity().account(account.accountKey);
     take(curve.points, curve.stored, account.accountKey, {});
-    news.capitals.push_back(state.exchange.ledger(account.accountKey)->capitalRecord(news.time));
+    news.capitals.push_back(state.exchange().ledger(account.accountKey)->capitalRecord(news.time));
   }
-  for (auto& [key, curve] : state.equity.sources())
-    take(state.equity.pointsOf(key, curve), curve.stored, key.first, key.second);
+  for (auto& [key, curve] : state.equity().sources())
+    take(state.equity().pointsOf(key, curve), curve.stored, key.first, key.second);
   return news;
 }
 

@@ -63,6 +63,7 @@ void TradeFeed::begin(int64 codeId, PaperExchange& exchange) {
     return;
   }
   Line& line = lines_[at->second];
+  line.isQuiet = false;
   if (line.isActive) return;
   line.isActive = true;
   const std::size_t known = line.stream->known.load();
@@ -84,6 +85,13 @@ void TradeFeed::feedNext(const MarketStream& stream, PaperExchange& exchange, in
   const std::size_t row = stream.known.load(std::memory_order_relaxed);
   feed(stream, row, exchange, now);
   lines_[stream.order()].fed = row + 1;
+}
+
+void TradeFeed::noteQuiet(const MarketStream& stream, bool isQuiet) {
+  Line& line = lines_[stream.order()];
+  // Ticks tell limits and days of their own; what is published may be taken away again.
+  line.isQuiet = isQuiet && !stream.isTicks() && stream.published() == nullptr;
+  if (line.isQuiet) line.day = KLineView(stream.bars().bars[line.fed - 1]).tradingDay();
 }
 
 void TradeFeed::feed(const MarketStream& stream, std::size_t row, PaperExchange& exchange,

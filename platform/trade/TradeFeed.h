@@ -5,6 +5,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "platform/fields/KLineView.h"
 #include "platform/market/MarketStore.h"
 #include "platform/market/TimeShift.h"
 #include "platform/trade/PaperExchange.h"
@@ -29,6 +30,17 @@ class TradeFeed {
     if (stream.order() >= lines_.size() && !unfed_.empty()) lookAtStreams();
     return stream.order() < lines_.size() && lines_[stream.order()].isActive;
   }
+  /// Whether the next record of a stream that is fed may wait until somebody looks: a bar of the
+  /// trading day of the one before it, which found the code held and no order at work.
+  bool mayWait(const MarketStream& stream, std::size_t row) const {
+    const Line& line = lines_[stream.order()];
+    return line.isQuiet && KLineView(stream.bars().bars[row]).tradingDay() == line.day;
+  }
+  /// Takes a record for fed that waits.
+  void skip(const MarketStream& stream, std::size_t row) { lines_[stream.order()].fed = row + 1; }
+  /// Whether what was fed found the code held and nobody waiting for the next one.
+  void noteQuiet(const MarketStream& stream, bool isQuiet);
+
   /// Feeds the next record of a stream, which is not known to anybody yet.
   void feedNext(const MarketStream& stream, PaperExchange& exchange, int64 now);
   /// Nobody trades in the stream's code any more.
@@ -46,7 +58,9 @@ class TradeFeed {
   struct Line {
     const MarketStream* stream = nullptr;
     bool isActive = false;
-    std::size_t fed = 0;  ///< All rows below it are the exchange's past.
+    bool isQuiet = false;  ///< Of bars from files.
+    int day = 0;           ///< The trading day of the last bar that was fed, if it is quiet.
+    std::size_t fed = 0;   ///< All rows below it are the exchange's past.
   };
   void lookAtStreams();
   /// Feeds the codes that wait for a stream, whoever it was that made us look.

@@ -48,7 +48,7 @@ ResultStatus TradeService::getPosition(const TradingAccountID& account, const IC
                                        Position& position) {
   return ask(account, [&] {
     Position found;
-    if (!state_.exchange.ledger(account.accountKey)->positionRecord(code.id, found)) return false;
+    if (!state_.exchange().ledger(account.accountKey)->positionRecord(code.id, found)) return false;
     position = std::move(found);
     return true;
   });
@@ -57,7 +57,7 @@ ResultStatus TradeService::getPosition(const TradingAccountID& account, const IC
 ResultStatus TradeService::getPositions(const TradingAccountID& account,
                                         std::list<Position>& positions, int /*mask*/) {
   return ask(account, [&] {
-    const Ledger* ledger = state_.exchange.ledger(account.accountKey);
+    const Ledger* ledger = state_.exchange().ledger(account.accountKey);
     for (const int64 codeId : ledger->codes())
       ledger->positionRecord(codeId, positions.emplace_back());
     return true;
@@ -68,7 +68,7 @@ ResultStatus TradeService::getSourcePosition(const TradingAccountID& account,
                                              const std::string& source, const ICodeID& code,
                                              SourcePosition& position) {
   return ask(account, [&] {
-    const Ledger& ledger = *state_.exchange.ledger(account.accountKey);
+    const Ledger& ledger = *state_.exchange().ledger(account.accountKey);
     SourcePosition found;
     if (!ledger.sourcePositionRecord(code.id, source, found)) return false;
     position = std::move(found);
@@ -79,7 +79,7 @@ ResultStatus TradeService::getSourcePosition(const TradingAccountID& account,
 ResultStatus TradeService::sourcePositions(const TradingAccountID& account,
                                            std::list<SourcePosition>& positions) {
   return ask(account, [&] {
-    const Ledger* ledger = state_.exchange.ledger(account.accountKey);
+    const Ledger* ledger = state_.exchange().ledger(account.accountKey);
     for (const int64 codeId : ledger->codes())
       for (const std::string& source : ledger->sources(codeId))
         ledger->sourcePositionRecord(codeId, source, positions.emplace_back());
@@ -89,7 +89,7 @@ ResultStatus TradeService::sourcePositions(const TradingAccountID& account,
 
 ResultStatus TradeService::getCapital(const TradingAccountID& account, TradingAccount& capital) {
   return ask(account, [&] {
-    capital = state_.exchange.ledger(account.accountKey)->capitalRecord(now_());
+    capital = state_.exchange().ledger(account.accountKey)->capitalRecord(now_());
     return true;
   });
 }
@@ -253,15 +253,15 @@ std::vector<AccountResult> TradeService::collect(Own own) const {
   for (const TradingAccountID& account : state_.accounts.all()) {
     AccountResult result;
     result.account = account;
-    result.capital = state_.exchange.ledger(account.accountKey)->capitalRecord(now_());
-    result.curve = own.curve(state_.equity.account(account.accountKey));
+    result.capital = state_.exchange().ledger(account.accountKey)->capitalRecord(now_());
+    result.curve = own.curve(state_.equity().account(account.accountKey));
     for (auto& [name, trades] : own.sources(account.accountKey)) {
       SourceResult& source = result.sources.emplace_back();
       source.source = name;
       source.orders = std::move(trades.orders);
       source.fills = std::move(trades.fills);
-      const auto curve = state_.equity.sources().find({account.accountKey, name});
-      if (curve == state_.equity.sources().end()) continue;
+      const auto curve = state_.equity().sources().find({account.accountKey, name});
+      if (curve == state_.equity().sources().end()) continue;
       source.curve = curve->second.own ? own.curve(*curve->second.own) : result.curve;
     }
     all.push_back(std::move(result));
@@ -290,7 +290,7 @@ std::vector<AccountResult> TradeService::takeResults() {
     TradeState& state;
     ~Forgetting() {
       state.store.clear();
-      state.equity.clear();
+      state.equity().clear();
     }
   };
   const std::lock_guard lock(state_.mutex);
@@ -303,7 +303,7 @@ std::vector<AccountGlance> TradeService::glance() const {
   std::vector<AccountGlance> all;
   all.reserve(state_.accounts.all().size());
   for (const TradingAccountID& account : state_.accounts.all()) {
-    const Ledger& ledger = *state_.exchange.ledger(account.accountKey);
+    const Ledger& ledger = *state_.exchange().ledger(account.accountKey);
     all.push_back({account, toDouble(ledger.startBalance()), toDouble(ledger.balance()),
                    toDouble(ledger.equity()), ledger.sourceGlances()});
   }

@@ -46,7 +46,7 @@ TradeService::TradeService(TradeState& state, std::function<int64()> now,
 
 void TradeService::addContract(const ICodeID& code, const Instrument& instrument) {
   const std::lock_guard lock(state_.mutex);
-  state_.exchange.addContract(code, instrument);
+  state_.exchange().addContract(code, instrument);
 }
 
 void TradeService::noteWaiting() {

@@ -12,6 +12,7 @@
 #include "platform/trade/EquityBook.h"
 #include "platform/trade/OrderInbox.h"
 #include "platform/trade/PaperExchange.h"
+#include "platform/trade/PostponedBars.h"
 #include "platform/trade/SubscriptionBook.h"
 #include "platform/trade/TradeStore.h"
 #include "platform/trade/conditions/GridSource.h"
@@ -25,11 +26,11 @@ struct TradeState {
       : accounts(options.accounts),
         connections(accounts, options.script),
         inbox(sourcesOf(options)),
-        exchange(options),
         store(accounts.all().size(), !options.storePath.empty()),
-        equity(exchange, accounts.all().size()) {
+        exchange_(options),
+        equity_(exchange_, accounts.all().size()) {
     for (std::size_t i = 0; i < options.accounts.size(); ++i)
-      exchange.addAccount(accounts.all()[i], options.accounts[i].startBalance);
+      exchange_.addAccount(accounts.all()[i], options.accounts[i].startBalance);
   }
 
   /// The create sources that are numbered beforehand.
@@ -54,12 +55,29 @@ struct TradeState {
   OrderInbox inbox;
   SubscriptionBook subscriptions;
   std::vector<StatusWish> statusWishes;
-  PaperExchange exchange;
   TradeStore store;
-  EquityBook equity;
+  /// Bars that `exchange` and `equity` have not been told yet; added to without the lock, by the
+  /// thread that plays.
+  PostponedBars postponed;
   /// Is told, with no lock held, who ends all its subscriptions. Set while the platform is made.
   std::function<void(const std::shared_ptr<TradeEventSpi>&)> onLetGo;
   std::uint64_t number = 0;  ///< Counts subscriptions and what was told; see `SubscriptionBook`.
+
+  /// The exchange and the curves as they stand by all that was played.
+  PaperExchange& exchange() {
+    if (!postponed.isEmpty()) makeUpForPostponed();
+    return exchange_;
+  }
+  EquityBook& equity() {
+    if (!postponed.isEmpty()) makeUpForPostponed();
+    return equity_;
+  }
+
+ private:
+  void makeUpForPostponed();
+
+  PaperExchange exchange_;
+  EquityBook equity_;
 };
 
 }  // namespace orvane::detail

@@ -84,8 +84,8 @@ void GridDesk::beginNew() {
     bool isUp = false;
     {
       const std::lock_guard lock(parts_.state.mutex);
-      multiplier = parts_.state.exchange.terms(grid->code->id)->multiplier;
-      last = parts_.state.exchange.lastPrice(grid->code->id);
+      multiplier = parts_.state.exchange().terms(grid->code->id)->multiplier;
+      last = parts_.state.exchange().lastPrice(grid->code->id);
       isUp = parts_.state.connections.isUp(grid->account.accountKey);
     }
     const std::lock_guard lock(mutex_);
@@ -107,7 +107,7 @@ void GridDesk::onRecord(int64 codeId) {
   std::optional<LastPrice> last;
   {
     const std::lock_guard lock(parts_.state.mutex);
-    last = parts_.state.exchange.lastPrice(codeId);
+    last = parts_.state.exchange().lastPrice(codeId);
   }
   if (!last) return;
   const std::lock_guard lock(mutex_);

@@ -80,7 +80,7 @@ std::string GridDesk::lookUp(Grid& grid) const {
   if (!parts_.findCode(grid.options.code, code))
     return unknown("code", grid.options.code, "a code that is known");
   const std::lock_guard lock(parts_.state.mutex);
-  const ContractTerms* const contract = parts_.state.exchange.terms(code.id);
+  const ContractTerms* const contract = parts_.state.exchange().terms(code.id);
   if (contract == nullptr) return unknown("code", grid.options.code, "a code that is traded");
   std::string fault = faultAgainst(grid.terms, *contract);
   if (fault.empty()) grid.code = code;
@@ -146,7 +146,7 @@ ResultStatus GridDesk::change(int64 id, const GridOptions& options) {
     if (!terms) return fault;
     if (grid.code) {
       const std::lock_guard lock(parts_.state.mutex);
-      fault = faultAgainst(*terms, *parts_.state.exchange.terms(grid.code->id));
+      fault = faultAgainst(*terms, *parts_.state.exchange().terms(grid.code->id));
       if (!fault.empty()) return fault;
     }
     grid.terms = *terms;
