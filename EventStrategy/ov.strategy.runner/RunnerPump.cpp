@@ -29,8 +29,8 @@ void linger() {
 void RunnerContext::pushEvent(IEvent* event) {
   std::unique_ptr<IEvent> owned(event);
   const auto lock = detail::lockSoon(mutex_);
-  // All that needs memory comes first, so that `append` needs none: an event without a counter would
-  // not be waited for.
+  // All that needs memory comes first, so that `append` needs none: an event without a counter
+  // would not be waited for.
   if (spare_.empty()) spare_.emplace_back();
   const bool isFirst = !notifyRefCounter();
   if (isFirst) notifyRefCounter().emplace();

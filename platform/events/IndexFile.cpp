@@ -84,7 +84,7 @@ struct Columns {
   std::optional<std::size_t> index, time, element, weight;
 };
 
-Columns columnsOf(const std::string& place, const std::vector<detail::CsvField>& header) {
+Columns columnsOf(const std::string& place, std::span<const detail::CsvField> header) {
   Columns columns;
   for (std::size_t i = 0; i < header.size(); ++i) {
     std::string name;
@@ -115,7 +115,7 @@ std::vector<IndexComposition> readCsv(const detail::FileText& file, const std::s
   detail::ZoneClock zone = zoneOf(file.path, timeZone);
   Compositions all;
   while (rows.next()) {
-    const std::vector<detail::CsvField>& fields = rows.fields();
+    const std::span<const detail::CsvField> fields = rows.fields();
     if (fields.size() != width)
       fail(place(), "the header has " + std::to_string(width) + " columns, the row " +
                         std::to_string(fields.size()));

@@ -150,6 +150,8 @@ class BarReader {
   }
 
   double price(int column) {
+    double value = 0;
+    if (rows_->isShortNumber(price_, column, value)) return value;
     if (rows_->field(column).empty()) rows_->fail(column, "is empty");
     return rows_->number(price_, column);
   }

@@ -113,21 +113,15 @@ bool CsvRows::next() {
 }
 
 void CsvRows::split(std::string_view line) {
-  fields_.clear();
+  count_ = 0;
   if (!unquoted_.empty()) unquoted_.clear();
   if (delimiter_ == ' ') return splitBlanks(line);
   const char* at = line.data();
   const char* const end = at + line.size();
   for (;;) {
     if (delimitsNumbers_) {
-      ShortDecimal number;
-      const char* const behind = takeShortDecimal(at, end, number);
-      if (number.digits != 0 && (behind == end || *behind == delimiter_)) {
-        fields_.push_back({{at, behind}, number});
-        if (behind == end) return;
-        at = behind + 1;
-        continue;
-      }
+      at = takeNumbers(at, end);
+      if (at == nullptr) return;
     }
     while (at != end && isBlank(*at) && *at != delimiter_) ++at;
     if (at != end && *at == '"') {
@@ -143,6 +137,32 @@ void CsvRows::split(std::string_view line) {
     }
     if (at == end) return;
     ++at;  // The delimiter.
+  }
+}
+
+/// Adds fields as long as they are short numbers. Answers where the first that is none begins; null
+/// if the line is over.
+const char* CsvRows::takeNumbers(const char* at, const char* const end) {
+  // What ends a line ends a number, so that what stands behind it may be looked at.
+  const char* const readable = text_.data() + text_.size();
+  const char delimiter = delimiter_;
+  for (std::size_t count = count_;; ++count) {
+    const std::uint64_t column = count < 64 ? std::uint64_t{1} << count : 0;
+    if ((hasTexts_ & column) != 0) return at;
+    const auto [behind, number] = takeShortDecimal(at, end, readable);
+    if (number.digits == 0) return at;
+    const bool isLast = behind == end;
+    if (!isLast && *behind != delimiter) {
+      hasTexts_ |= column;
+      return at;
+    }
+    if (count == slots_.size()) slots_.emplace_back();
+    CsvField& field = slots_[count];
+    field.text = {at, behind};
+    field.number = number;
+    count_ = count + 1;
+    if (isLast) return nullptr;
+    at = behind + 1;
   }
 }
 

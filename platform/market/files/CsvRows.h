@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstdint>
 #include <deque>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -30,7 +32,7 @@ class CsvRows {
   bool next();
 
   /// The fields of the row, without quotes and surrounding blanks. Good until `next`.
-  const std::vector<CsvField>& fields() const { return fields_; }
+  std::span<const CsvField> fields() const { return {slots_.data(), count_}; }
 
   std::size_t line() const { return line_; }      ///< Of the row, from 1.
   std::size_t offset() const { return offset_; }  ///< Bytes of the text that are behind us.
@@ -44,7 +46,11 @@ class CsvRows {
 
  private:
   bool takeLine(std::string_view& line);
-  void add(std::string_view field) { fields_.push_back({field, {}}); }
+  void add(std::string_view field) {
+    if (count_ == slots_.size()) slots_.emplace_back();
+    slots_[count_++] = {field, {}};
+  }
+  const char* takeNumbers(const char* at, const char* end);
   void split(std::string_view line);
   void splitBlanks(std::string_view line);
   std::size_t takeQuoted(std::string_view line, std::size_t at);
@@ -56,7 +62,11 @@ class CsvRows {
   std::size_t offset_ = 0;
   std::size_t line_;
   std::string_view comment_;
-  std::vector<CsvField> fields_;
+  std::vector<CsvField> slots_;  ///< Fields of this row, and room that others took.
+  std::size_t count_ = 0;        ///< Of this row's.
+  /// Columns, of the first 64, of which a row told that their numbers are parts of other texts, as
+  /// the year of a date.
+  std::uint64_t hasTexts_ = 0;
   std::deque<std::string> unquoted_;  ///< Fields of the row that had doubled quotes.
 };
 

@@ -76,7 +76,39 @@ class OpenFile {
   const int descriptor_;
 };
 
-Rows<char> readBytes(const std::string& path, int threads) {
+/// Whether all bytes are of ASCII.
+bool isPlain(std::string_view bytes) {
+  std::size_t at = 0;
+  std::uint64_t all = 0;
+  for (; at + 8 <= bytes.size(); at += 8) {
+    std::uint64_t word;
+    std::memcpy(&word, bytes.data() + at, 8);
+    all |= word;
+  }
+  for (; at < bytes.size(); ++at) all |= static_cast<unsigned char>(bytes[at]) & 0x80U;
+  return (all & 0x8080808080808080U) == 0;
+}
+
+/// What the decoding asks about all bytes of a text.
+struct Scan {
+  std::atomic<bool> isAscii{true};
+  std::atomic<bool> hasZero{false};
+
+  void see(std::string_view bytes) {
+    if (!isPlain(bytes)) isAscii = false;
+    if (std::memchr(bytes.data(), 0, bytes.size()) != nullptr) hasZero = true;
+  }
+};
+
+void scan(Scan& found, std::string_view text, int threads) {
+  found.isAscii = true;
+  found.hasZero = false;
+  forEachOf(stepsOf(text.size(), kReadStep), threads,
+            [&](std::size_t step) { found.see(text.substr(step * kReadStep, kReadStep)); });
+}
+
+/// Reads all bytes of a file, and scans those of one that has a size while the caches hold them.
+Rows<char> readBytes(const std::string& path, int threads, Scan& found) {
   struct stat info {};
   if (stat(path.c_str(), &info) != 0) fail(path, std::string("cannot be read: ") + strerror(errno));
   if (S_ISDIR(info.st_mode)) fail(path, "is a folder, not a file");
@@ -93,6 +125,7 @@ Rows<char> readBytes(const std::string& path, int threads) {
     // Half a file may look like a whole one.
     if (file.readAt(from, bytes.data() + from, wanted) < wanted)
       fail(path, "was cut short while it was read");
+    found.see({bytes.data() + from, wanted});
   });
   // What has no size, and what has grown.
   for (std::size_t step = hasSize ? 1 : kReadStep;; step = kReadStep) {
@@ -103,6 +136,7 @@ Rows<char> readBytes(const std::string& path, int threads) {
     const std::size_t got = hasSize ? file.readAt(before, bytes.data() + before, step)
                                     : file.readOn(bytes.data() + before, step);
     bytes.resizeForWriting(before + got);
+    if (got > 0) found.see({bytes.data() + before, got});
     if (got < step) return bytes;
   }
 }
@@ -192,32 +226,6 @@ std::string decodeUtf16(const std::string& path, std::string_view bytes,
   return utf8;
 }
 
-bool isAscii(std::string_view bytes) {
-  std::size_t at = 0;
-  std::uint64_t all = 0;
-  for (; at + 8 <= bytes.size(); at += 8) {
-    std::uint64_t word;
-    std::memcpy(&word, bytes.data() + at, 8);
-    all |= word;
-  }
-  for (; at < bytes.size(); ++at) all |= static_cast<unsigned char>(bytes[at]) & 0x80U;
-  return (all & 0x8080808080808080U) == 0;
-}
-
-/// What the decoding asks about all bytes of a text.
-struct Scan {
-  std::atomic<bool> isAscii{true};
-  std::atomic<bool> hasZero{false};
-};
-
-void scan(Scan& found, std::string_view text, int threads) {
-  forEachOf(stepsOf(text.size(), kReadStep), threads, [&](std::size_t step) {
-    const std::string_view bytes = text.substr(step * kReadStep, kReadStep);
-    if (!isAscii(bytes)) found.isAscii = false;
-    if (std::memchr(bytes.data(), 0, bytes.size()) != nullptr) found.hasZero = true;
-  });
-}
-
 bool isUtf8(std::string_view bytes) {
   return QByteArrayView(bytes.data(), static_cast<qsizetype>(bytes.size())).isValidUtf8();
 }
@@ -229,11 +237,11 @@ void setText(FileText& file, std::string_view text) {
   file.text = {file.bytes.data(), file.bytes.size()};
 }
 
-void decode(FileText& file, const std::string& encoding, int threads) {
+/// `found` is what a scan of all bytes found.
+void decode(FileText& file, const std::string& encoding, int threads, Scan& found) {
   std::string_view& text = file.text;
   const std::string_view head = text.substr(0, 3);
   const bool little = head.starts_with("\xFF\xFE");
-  Scan found;
   if (little || head.starts_with("\xFE\xFF") || encoding == "utf-16") {
     setText(file, decodeUtf16(file.path, text,
                               little ? QStringDecoder::Utf16LE
@@ -241,8 +249,10 @@ void decode(FileText& file, const std::string& encoding, int threads) {
                                                                      : QStringDecoder::Utf16LE)));
     scan(found, text, threads);
   } else {
-    if (head == "\xEF\xBB\xBF") text.remove_prefix(3);
-    scan(found, text, threads);
+    if (head == "\xEF\xBB\xBF") {
+      text.remove_prefix(3);
+      scan(found, text, threads);
+    }
     if (!found.isAscii && encoding == "gbk") {
       setText(file, gbkToUtf8(std::string(text)));
     } else if (!found.isAscii && !isUtf8(text)) {
@@ -262,14 +272,18 @@ void decode(FileText& file, const std::string& encoding, int threads) {
 
 FileText readFileText(const std::string& path, const std::string& encoding, int threads) {
   if (threads <= 0) threads = usualReadThreads();
-  FileText file{path, readBytes(path, threads), {}, {}};
+  Scan found;
+  FileText file{path, readBytes(path, threads, found), {}, {}};
   const auto seen = [&file] { return std::string_view(file.bytes.data(), file.bytes.size()); };
   if (seen().empty()) fail(path, "is empty");
-  if (seen().starts_with("\x1F\x8B")) file.bytes = Unpacker(path, seen()).run();
+  if (seen().starts_with("\x1F\x8B")) {
+    file.bytes = Unpacker(path, seen()).run();
+    scan(found, seen(), threads);
+  }
   if (seen().empty()) fail(path, "is empty");
   file.text = seen();
   refuseOtherPackings(path, file.text);
-  decode(file, encoding, threads);
+  decode(file, encoding, threads, found);
   // Lines that end in a lone carriage return.
   if (file.text.find('\n') == file.text.npos)
     std::replace(file.bytes.begin(), file.bytes.end(), '\r', '\n');

@@ -134,8 +134,8 @@ bool NumberParser::parse(std::string_view text, double& out) const {
 
 bool NumberParser::parsePlain(std::string_view text, double& out) const {
   const char* const end = text.data() + text.size();
-  ShortDecimal number;
-  if (takeShortDecimal(text.data(), end, number) == end && number.digits != 0) {
+  const auto [behind, number] = takeShortDecimal(text.data(), end, end);
+  if (behind == end && number.digits != 0) {
     if (exactly(number, out)) return true;
     if (!byText(text, shift_, out)) return false;
     out = cleaned(out, significantDigits(number.mantissa));

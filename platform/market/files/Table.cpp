@@ -11,7 +11,7 @@ namespace {
 constexpr std::size_t kHeadSamples = 1000;
 constexpr std::size_t kTailSampleBytes = 16 * 1024;
 
-std::vector<std::string> copied(const std::vector<CsvField>& fields) {
+std::vector<std::string> copied(std::span<const CsvField> fields) {
   std::vector<std::string> texts;
   texts.reserve(fields.size());
   for (const CsvField& field : fields) texts.emplace_back(field.text);

@@ -34,8 +34,14 @@ class TableRows {
   /// A number of the row, 0 if its field is empty. Throws if it is none.
   double number(const NumberParser& parser, int column) const {
     double value = 0;
-    if (parser.parse(rows_.fields()[static_cast<std::size_t>(column)].number, value)) return value;
+    if (isShortNumber(parser, column, value)) return value;
     return numberOfText(parser, column);
+  }
+
+  /// Whether a field is a number that was read when the row was split, as nearly all are; `value`
+  /// is it then.
+  bool isShortNumber(const NumberParser& parser, int column, double& value) const {
+    return parser.parse(rows_.fields()[static_cast<std::size_t>(column)].number, value);
   }
 
   /// Throws if the row says another zone or period than the first one did.

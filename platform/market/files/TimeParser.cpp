@@ -308,7 +308,7 @@ bool TimeParser::parseColumn(int column, TimeFormat format, std::string_view tex
   return parseDigits(column, format, text, out, epoch);
 }
 
-bool TimeParser::addMillis(const std::vector<CsvField>& fields, std::int64_t& ms) {
+bool TimeParser::addMillis(std::span<const CsvField> fields, std::int64_t& ms) {
   if (columns_.millis < 0) return true;
   const std::string_view text = fields[static_cast<std::size_t>(columns_.millis)].text;
   Counter counter;
@@ -319,7 +319,7 @@ bool TimeParser::addMillis(const std::vector<CsvField>& fields, std::int64_t& ms
   return true;
 }
 
-bool TimeParser::parse(const std::vector<CsvField>& fields, std::int64_t notBefore, RowTime& out) {
+bool TimeParser::parse(std::span<const CsvField> fields, std::int64_t notBefore, RowTime& out) {
   out = {};
   MomentText moment;
   bool epoch = false;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -48,7 +49,7 @@ class TimeParser {
 
   /// False if the row's time cannot be read; `errorColumn` and `errorText` then tell why. Of a
   /// local time that occurs twice the one not before `notBefore` is taken.
-  bool parse(const std::vector<CsvField>& fields, std::int64_t notBefore, RowTime& out);
+  bool parse(std::span<const CsvField> fields, std::int64_t notBefore, RowTime& out);
 
   int errorColumn() const { return errorColumn_; }
   const char* errorText() const { return errorText_; }
@@ -75,7 +76,7 @@ class TimeParser {
                    MomentText& out, bool& epoch);
   bool parseTradingDay(std::string_view text, RowTime& out);
   bool parseUntil(std::string_view text, RowTime& out);
-  bool addMillis(const std::vector<CsvField>& fields, std::int64_t& ms);
+  bool addMillis(std::span<const CsvField> fields, std::int64_t& ms);
 
   std::string file_;
   TimeColumns columns_;
