@@ -69,6 +69,7 @@ orvane_public_headers(orvane_platform
   platform/market/files/CacheFile.h
   platform/market/files/DataFiles.h
   platform/reference/Instrument.h
+  platform/trade/ChunkedList.h
   platform/trade/TradeGlance.h
   platform/trade/TradeOptions.h
   platform/trade/conditions/GridOptions.h

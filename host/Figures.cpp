@@ -58,7 +58,7 @@ void addReturnFigures(const std::vector<double>& returns, Figures& figures) {
   if (downDeviation > 0) figures.sortino = mean / downDeviation * scale;
 }
 
-void addTradeFigures(const std::deque<OrderFill>& fills, Figures& figures) {
+void addTradeFigures(const ChunkedList<OrderFill>& fills, Figures& figures) {
   double won = 0;
   double lost = 0;
   std::size_t wins = 0;
@@ -159,7 +159,7 @@ Drawdown deepestDrawdown(double startBalance, const EquityCurve& curve) {
 }
 
 Figures makeFigures(double startBalance, const EquityCurve& curve,
-                    const std::deque<OrderFill>& fills) {
+                    const ChunkedList<OrderFill>& fills) {
   Figures figures;
   figures.startBalance = startBalance;
   figures.finalEquity = curve.empty() ? startBalance : curve.back().equity;

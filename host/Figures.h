@@ -1,10 +1,10 @@
 #pragma once
 
-#include <deque>
 #include <list>
 #include <optional>
 #include <vector>
 
+#include "platform/trade/ChunkedList.h"
 #include "platform/trade/TradeResults.h"
 
 namespace orvane {
@@ -42,7 +42,7 @@ struct Figures {
 };
 
 Figures makeFigures(double startBalance, const EquityCurve& curve,
-                    const std::deque<OrderFill>& fills);
+                    const ChunkedList<OrderFill>& fills);
 
 /// Returns between the last equities of the UTC days of a curve, the first against the start.
 std::vector<double> dailyReturns(double startBalance, const EquityCurve& curve);

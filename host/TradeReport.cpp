@@ -142,10 +142,10 @@ QJsonValue currencyOf(const AccountResult& account) {
   return currencyNames[at];
 }
 
-std::deque<OrderFill> fillsOf(const AccountResult& account) {
-  std::deque<OrderFill> fills;
+ChunkedList<OrderFill> fillsOf(const AccountResult& account) {
+  ChunkedList<OrderFill> fills;
   for (const SourceResult& source : account.sources)
-    fills.insert(fills.end(), source.fills.begin(), source.fills.end());
+    for (const OrderFill& fill : source.fills) fills.push_back(fill);
   return fills;
 }
 
@@ -282,12 +282,11 @@ QJsonValue totalReport(const RunOutcome& outcome) {
   if (outcome.accounts->empty()) return {};
   const QJsonValue currency = currencyOf(outcome.accounts->front());
   double start = 0;
-  std::deque<OrderFill> fills;
+  ChunkedList<OrderFill> fills;
   for (const AccountResult& account : *outcome.accounts) {
     if (currencyOf(account) != currency) return {};
     start += CapitalView(account.capital).startBalance();
-    const std::deque<OrderFill> own = fillsOf(account);
-    fills.insert(fills.end(), own.begin(), own.end());
+    for (const OrderFill& fill : fillsOf(account)) fills.push_back(fill);
   }
   return QJsonObject{
       {"currency", currency},
@@ -349,11 +348,10 @@ std::string figuresTable(const RunOutcome& outcome) {
   if (traders == 0) return {};
   if (traders > 1 && totalReport(outcome).isObject()) {
     double start = 0;
-    std::deque<OrderFill> fills;
+    ChunkedList<OrderFill> fills;
     for (const AccountResult& account : *outcome.accounts) {
       start += CapitalView(account.capital).startBalance();
-      const std::deque<OrderFill> own = fillsOf(account);
-      fills.insert(fills.end(), own.begin(), own.end());
+      for (const OrderFill& fill : fillsOf(account)) fills.push_back(fill);
     }
     addRow("all accounts", makeFigures(start, sumOf(*outcome.accounts), fills));
   }

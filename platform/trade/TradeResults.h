@@ -1,13 +1,13 @@
 #pragma once
 
 #include <cstddef>
-#include <deque>
 #include <initializer_list>
 #include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "platform/trade/ChunkedList.h"
 #include "shared/AccountRecords.h"
 #include "shared/TradeRecords.h"
 
@@ -20,8 +20,8 @@ struct EquityPoint {
   double exposure = 0;  ///< Value of all positions at the last prices, long and short added up.
 };
 
-/// By time. A deque, since it grows by a point a bar: growing moves none of them.
-using EquityPoints = std::deque<EquityPoint>;
+/// By time. Growing by a point a bar moves none of them.
+using EquityPoints = ChunkedList<EquityPoint>;
 
 /// An equity curve that is complete: points by time, which copies of it share. Any thread may read
 /// it.
@@ -55,8 +55,8 @@ class EquityCurve {
 /// What one create source did on one account.
 struct SourceResult {
   std::string source;           ///< GBK.
-  std::deque<Order> orders;     ///< In their last state, in the order in which they were admitted.
-  std::deque<OrderFill> fills;  ///< In the order in which they happened.
+  ChunkedList<Order> orders;     ///< In their last state, in the order in which they were admitted.
+  ChunkedList<OrderFill> fills;  ///< In the order in which they happened.
   /// The account's start balance plus the profit, closed and floating, minus the fees of this
   /// source: the whole account's curve where the source has the account to itself.
   EquityCurve curve;

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <deque>
 #include <list>
 #include <map>
 #include <set>
@@ -9,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/trade/ChunkedList.h"
 #include "shared/TradeRecords.h"
 
 namespace orvane::detail {
@@ -31,8 +31,8 @@ class TradeStore {
 
   /// What one create source sent and dealt on an account, in the order of the account's own lists.
   struct Trades {
-    std::deque<Order> orders;
-    std::deque<OrderFill> fills;
+    ChunkedList<Order> orders;
+    ChunkedList<OrderFill> fills;
   };
   /// By create source; those that sent an order or have a fill.
   using BySource = std::map<std::string, Trades>;
