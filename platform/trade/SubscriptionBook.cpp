@@ -13,6 +13,7 @@ bool SubscriptionBook::subscribe(const std::shared_ptr<TradeEventSpi>& spi,
   std::vector<Entry>& entries = bySelector_[selector];
   for (const Entry& entry : entries)
     if (entry.receiver == holder.receiver) return false;
+  forgetAnswers();
   entries.push_back({holder.receiver, number});
   holder.selectors.push_back(selector);
   return true;
@@ -23,6 +24,7 @@ std::shared_ptr<TradeReceiver> SubscriptionBook::endWhere(const TradeEventSpi* s
   const auto at = bySpi_.find(spi);
   if (at == bySpi_.end()) return nullptr;
   ++endings_;
+  forgetAnswers();
   Holder& holder = at->second;
   std::shared_ptr<TradeReceiver> receiver = holder.receiver;
   std::erase_if(holder.selectors, [&](const TradeSelector& selector) {
@@ -74,15 +76,39 @@ TradeReceivers SubscriptionBook::receiversOf(const TradeSubject& subject,
 
 void SubscriptionBook::receiversOf(const TradeSubject& subject, std::uint64_t number,
                                    TradeReceivers& found) const {
+  Answer& last = answers_[static_cast<std::size_t>(subject.topic)];
+  if (last.isKnown && last.subject == subject) {
+    found = last.receivers;
+    return;
+  }
   found.clear();
+  bool isForAll = true;
   eachSelector(subject, [&](const std::vector<Entry>& entries) {
-    for (const Entry& entry : entries)
-      if (entry.number < number) found.push_back(entry.receiver);
+    for (const Entry& entry : entries) {
+      if (entry.number < number)
+        found.push_back(entry.receiver);
+      else
+        isForAll = false;
+    }
   });
-  if (found.size() < 2) return;
-  std::sort(found.begin(), found.end(),
-            [](const auto& a, const auto& b) { return a->order < b->order; });
-  found.erase(std::unique(found.begin(), found.end()), found.end());
+  if (found.size() > 1) {
+    std::sort(found.begin(), found.end(),
+              [](const auto& a, const auto& b) { return a->order < b->order; });
+    found.erase(std::unique(found.begin(), found.end()), found.end());
+  }
+  // Numbers grow: whom it was told once it is told again, until somebody comes or goes.
+  last.isKnown = false;
+  if (!isForAll) return;
+  last.subject = subject;
+  last.receivers = found;
+  last.isKnown = true;
+}
+
+void SubscriptionBook::forgetAnswers() {
+  for (Answer& answer : answers_) {
+    answer.isKnown = false;
+    answer.receivers.clear();
+  }
 }
 
 bool SubscriptionBook::reaches(const TradeReceiver& receiver, const TradeSubject& subject) const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <atomic>
 #include <compare>
 #include <cstdint>
@@ -14,6 +15,7 @@
 namespace orvane::detail {
 
 enum class TradeTopic : std::uint8_t { Status, Capital, Order, Fill, Position, SourcePosition };
+inline constexpr std::size_t kTradeTopics = 6;
 
 /// What one subscription asks for.
 struct TradeSelector {
@@ -35,6 +37,8 @@ struct TradeSubject {
   int64 codeId = 0;
   EventSourceId eventSources = 0;  ///< All bits of its source.
   std::string source;
+
+  friend bool operator==(const TradeSubject&, const TradeSubject&) = default;
 };
 
 /// One receiver of call-backs. `calledIn` is for the thread that calls it.
@@ -105,9 +109,18 @@ class SubscriptionBook {
   void eachSelector(const TradeSubject& subject, Visit visit) const;
   template <typename Ends>
   std::shared_ptr<TradeReceiver> endWhere(const TradeEventSpi* spi, Ends ends);
+  void forgetAnswers();
+
+  /// What was answered last of a topic: what is told of it next is of the same mostly.
+  struct Answer {
+    bool isKnown = false;
+    TradeSubject subject;
+    TradeReceivers receivers;
+  };
 
   std::map<TradeSelector, std::vector<Entry>, Less> bySelector_;
   std::map<const TradeEventSpi*, Holder> bySpi_;
+  mutable std::array<Answer, kTradeTopics> answers_;
   std::uint64_t receivers_ = 0;
   std::atomic<std::uint64_t> endings_{0};
 };

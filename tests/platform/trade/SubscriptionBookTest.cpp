@@ -95,5 +95,41 @@ TEST(SubscriptionBook, shouldTakeTheEndOfWhatIsNotHeld) {
   EXPECT_EQ(book.receiversOf(kOrderOfS, 1).size(), 1u);
 }
 
+TEST(SubscriptionBook, shouldAnswerOfAnewOnceSomebodyComesOrGoes) {
+  SubscriptionBook book;
+  const auto spisOf = [&](const TradeSubject& subject) {
+    std::vector<const TradeEventSpi*> spis;
+    for (const auto& receiver : book.receiversOf(subject, 10)) spis.push_back(receiver->spi.get());
+    return spis;
+  };
+  using Spis = std::vector<const TradeEventSpi*>;
+  const auto first = std::make_shared<Spi>(), second = std::make_shared<Spi>();
+  EXPECT_EQ(spisOf(kOrderOfS), Spis());
+  book.subscribe(first, kOrdersOfS, 0);
+  for (int again = 0; again < 2; ++again) EXPECT_EQ(spisOf(kOrderOfS), Spis{first.get()});
+  // Of the same topic, but about something else.
+  for (const TradeSubject& other : {TradeSubject{TradeTopic::Order, 1, 5, 4, "T"},
+                                    TradeSubject{TradeTopic::Order, 2, 5, 4, "S"}}) {
+    EXPECT_EQ(spisOf(other), Spis());
+    EXPECT_EQ(spisOf(kOrderOfS), Spis{first.get()});
+  }
+  book.subscribe(second, kOrdersOfPrograms, 0);
+  for (int again = 0; again < 2; ++again)
+    EXPECT_EQ(spisOf(kOrderOfS), (Spis{first.get(), second.get()}));
+  book.unsubscribe(first.get(), kOrdersOfS);
+  for (int again = 0; again < 2; ++again) EXPECT_EQ(spisOf(kOrderOfS), Spis{second.get()});
+}
+
+TEST(SubscriptionBook, shouldKeepNobodyWhoseSubscriptionsHaveEnded) {
+  SubscriptionBook book;
+  auto spi = std::make_shared<Spi>();
+  book.subscribe(spi, kOrdersOfS, 0);
+  EXPECT_EQ(book.receiversOf(kOrderOfS, 1).size(), 1u);
+  const std::weak_ptr<Spi> left = spi;
+  book.unsubscribeAll(spi.get());
+  spi.reset();
+  EXPECT_TRUE(left.expired());
+}
+
 }  // namespace
 }  // namespace orvane::detail
