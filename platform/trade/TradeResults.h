@@ -54,7 +54,7 @@ class EquityCurve {
 
 /// What one create source did on one account.
 struct SourceResult {
-  std::string source;           ///< GBK.
+  std::string source;            ///< GBK.
   ChunkedList<Order> orders;     ///< In their last state, in the order in which they were admitted.
   ChunkedList<OrderFill> fills;  ///< In the order in which they happened.
   /// The account's start balance plus the profit, closed and floating, minus the fees of this
