@@ -1,6 +1,8 @@
 // The serial pump: what stands in the list, what is still wanted, and what an exception costs.
 
+#include <functional>
 #include <stdexcept>
+#include <vector>
 
 #include "EventStrategy/ov.strategy.runner/RunnerEvents.h"
 #include "EventStrategy/ov.strategy.runner/RunnerThreadPool.h"
@@ -97,6 +99,16 @@ TEST_F(PumpTest, shouldNotKeepTheRunnerAliveByAQueuedTask) {
   runner.reset();
   EXPECT_TRUE(weak.expired());
   EXPECT_EQ(pool.runAll(), 1);
+}
+
+TEST_F(PumpTest, shouldNotKeepTheRunnerAliveByWhatAnEarlierTaskLeft) {
+  startRun();
+  runner->pushEvent(orderEvent(1));
+  pool.runAll();
+  const std::weak_ptr<RunnerContext> weak = runner;
+  runner->stopEvent();
+  runner.reset();
+  EXPECT_TRUE(weak.expired());
 }
 
 // The counter of undelivered data.
