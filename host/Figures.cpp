@@ -58,36 +58,40 @@ void addReturnFigures(const std::vector<double>& returns, Figures& figures) {
   if (downDeviation > 0) figures.sortino = mean / downDeviation * scale;
 }
 
-void addTradeFigures(const ChunkedList<OrderFill>& fills, Figures& figures) {
-  double won = 0;
-  double lost = 0;
-  std::size_t wins = 0;
-  std::size_t losses = 0;
-  for (const OrderFill& fill : fills) {
-    const FillView view(fill);
-    ++figures.fills;
-    figures.turnover += view.turnover();
-    figures.fees += view.fee();
-    if (view.offset() == order::Offset::Open) continue;
-    ++figures.closings;
-    const double net = view.profit() - view.fee();
-    if (net > 0) {
-      won += net;
-      ++wins;
-    } else if (net < 0) {
-      lost -= net;
-      ++losses;
-    }
+/// Sums over fills.
+struct FillSums {
+  double won = 0, lost = 0;
+  std::size_t wins = 0, losses = 0;
+};
+
+void addFill(const FillView& view, FillSums& sums, Figures& figures) {
+  ++figures.fills;
+  figures.turnover += view.turnover();
+  figures.fees += view.fee();
+  if (view.offset() == order::Offset::Open) return;
+  ++figures.closings;
+  const double net = view.profit() - view.fee();
+  if (net > 0) {
+    sums.won += net;
+    ++sums.wins;
+  } else if (net < 0) {
+    sums.lost -= net;
+    ++sums.losses;
   }
-  won = withoutNoise(won);
-  lost = withoutNoise(lost);
+}
+
+void addTradeFigures(const FillLists& lists, Figures& figures) {
+  FillSums sums;
+  for (const ChunkedList<OrderFill>* const list : lists)
+    for (const OrderFill& fill : *list) addFill(FillView(fill), sums, figures);
+  const double won = withoutNoise(sums.won), lost = withoutNoise(sums.lost);
   figures.turnover = withoutNoise(figures.turnover);
   figures.fees = withoutNoise(figures.fees);
   if (figures.closings > 0)
-    figures.winRate = static_cast<double>(wins) / static_cast<double>(figures.closings);
+    figures.winRate = static_cast<double>(sums.wins) / static_cast<double>(figures.closings);
   if (lost > 0) figures.profitFactor = won / lost;
-  if (wins > 0) figures.meanWin = won / static_cast<double>(wins);
-  if (losses > 0) figures.meanLoss = -lost / static_cast<double>(losses);
+  if (sums.wins > 0) figures.meanWin = won / static_cast<double>(sums.wins);
+  if (sums.losses > 0) figures.meanLoss = -lost / static_cast<double>(sums.losses);
 }
 
 std::optional<double> exposureOf(const EquityCurve& curve) {
@@ -160,6 +164,10 @@ Drawdown deepestDrawdown(double startBalance, const EquityCurve& curve) {
 
 Figures makeFigures(double startBalance, const EquityCurve& curve,
                     const ChunkedList<OrderFill>& fills) {
+  return makeJointFigures(startBalance, curve, {&fills});
+}
+
+Figures makeJointFigures(double startBalance, const EquityCurve& curve, const FillLists& lists) {
   Figures figures;
   figures.startBalance = startBalance;
   figures.finalEquity = curve.empty() ? startBalance : curve.back().equity;
@@ -172,7 +180,7 @@ Figures makeFigures(double startBalance, const EquityCurve& curve,
         std::pow(figures.finalEquity / startBalance, kYearDays / figures.days) - 1;
   addReturnFigures(dailyReturns(startBalance, curve), figures);
   figures.drawdown = deepestDrawdown(startBalance, curve);
-  addTradeFigures(fills, figures);
+  addTradeFigures(lists, figures);
   figures.exposure = exposureOf(curve);
   return figures;
 }

@@ -44,6 +44,11 @@ struct Figures {
 Figures makeFigures(double startBalance, const EquityCurve& curve,
                     const ChunkedList<OrderFill>& fills);
 
+/// The fills of several sources, one source's after another's. None is null.
+using FillLists = std::vector<const ChunkedList<OrderFill>*>;
+/// The figures of several sources together.
+Figures makeJointFigures(double startBalance, const EquityCurve& curve, const FillLists& lists);
+
 /// Returns between the last equities of the UTC days of a curve, the first against the start.
 std::vector<double> dailyReturns(double startBalance, const EquityCurve& curve);
 

@@ -142,11 +142,8 @@ QJsonValue currencyOf(const AccountResult& account) {
   return currencyNames[at];
 }
 
-ChunkedList<OrderFill> fillsOf(const AccountResult& account) {
-  ChunkedList<OrderFill> fills;
-  for (const SourceResult& source : account.sources)
-    for (const OrderFill& fill : source.fills) fills.push_back(fill);
-  return fills;
+void addFillsOf(const AccountResult& account, FillLists& lists) {
+  for (const SourceResult& source : account.sources) lists.push_back(&source.fills);
 }
 
 /// The sum of curves; each holds its last value until its next point.
@@ -267,13 +264,15 @@ QJsonArray accountsReport(const RunOutcome& outcome) {
     QJsonArray itsOthers;
     for (const OtherTrading& other : others)
       if (other.account == &account) itsOthers.append(sourceObject(*other.trading, start));
-    result.append(QJsonObject{
-        {"name", qt(gbkToUtf8(account.account.account))},
-        {"otherTrading", itsOthers},
-        {"currency", currencyOf(account)},
-        {"startBalance", start},
-        {"final", capitalObject(account.capital)},
-        {"figures", figuresObject(makeFigures(start, account.curve, fillsOf(account)))}});
+    FillLists fills;
+    addFillsOf(account, fills);
+    result.append(
+        QJsonObject{{"name", qt(gbkToUtf8(account.account.account))},
+                    {"otherTrading", itsOthers},
+                    {"currency", currencyOf(account)},
+                    {"startBalance", start},
+                    {"final", capitalObject(account.capital)},
+                    {"figures", figuresObject(makeJointFigures(start, account.curve, fills))}});
   }
   return result;
 }
@@ -282,16 +281,16 @@ QJsonValue totalReport(const RunOutcome& outcome) {
   if (outcome.accounts->empty()) return {};
   const QJsonValue currency = currencyOf(outcome.accounts->front());
   double start = 0;
-  ChunkedList<OrderFill> fills;
+  FillLists fills;
   for (const AccountResult& account : *outcome.accounts) {
     if (currencyOf(account) != currency) return {};
     start += CapitalView(account.capital).startBalance();
-    for (const OrderFill& fill : fillsOf(account)) fills.push_back(fill);
+    addFillsOf(account, fills);
   }
   return QJsonObject{
       {"currency", currency},
       {"accounts", static_cast<qint64>(outcome.accounts->size())},
-      {"figures", figuresObject(makeFigures(start, sumOf(*outcome.accounts), fills))}};
+      {"figures", figuresObject(makeJointFigures(start, sumOf(*outcome.accounts), fills))}};
 }
 
 EquityCurve totalCurve(const RunOutcome& outcome) {
@@ -348,12 +347,12 @@ std::string figuresTable(const RunOutcome& outcome) {
   if (traders == 0) return {};
   if (traders > 1 && totalReport(outcome).isObject()) {
     double start = 0;
-    ChunkedList<OrderFill> fills;
+    FillLists fills;
     for (const AccountResult& account : *outcome.accounts) {
       start += CapitalView(account.capital).startBalance();
-      for (const OrderFill& fill : fillsOf(account)) fills.push_back(fill);
+      addFillsOf(account, fills);
     }
-    addRow("all accounts", makeFigures(start, sumOf(*outcome.accounts), fills));
+    addRow("all accounts", makeJointFigures(start, sumOf(*outcome.accounts), fills));
   }
   return fmt::format("\n{:<16} {:>7} {:>14} {:>9} {:>9} {:>7} {:>7} {:>8} {:>7} {:>7}\n", "trading",
                      "fills", "final equity", "return", "annual", "sharpe", "sortino", "max dd",
