@@ -158,8 +158,8 @@ class ORVANE_API EmbeddedPlatform final : public IPlatform {
 
   /// How the accounts stand at this moment, in the order of the options: for a view of a run that
   /// is under way. Any thread may call it at any time, some times a second: it holds the exchange's
-  /// own lock for as long as it takes to add up what is held, and changes nothing, so a playback's
-  /// results are the same.
+  /// own lock for as long as it takes to reckon with the last bars and to add up what is held, and
+  /// a playback's results are the same.
   std::vector<AccountGlance> glanceAtTrading() const;
 
   /// The grid conditions of the run; those of the options are there from the start.

@@ -24,10 +24,13 @@ ORVANE_API void makeReady(void* memory, std::size_t bytes) noexcept;
 
 /// Elements one after the other, which stay where they are while others are added behind them; in
 /// blocks, the first ones small, of up to some hundred kilobytes. A deque of the standard library
-/// has a block for each record that is larger than half a kilobyte. Not thread-safe; any thread may
-/// read what nobody writes to.
+/// has a block for each record that is larger than half a kilobyte. Iterators are of the list:
+/// those of one that was moved from are of no use. Not thread-safe; any thread may read what nobody
+/// writes to.
 template <typename T>
 class ChunkedList {
+  static_assert(!std::is_same_v<T, bool>, "a vector of bool has no elements of its own");
+
   template <bool isConst>
   class Iterator;
 
@@ -71,6 +74,10 @@ class ChunkedList {
   iterator end() { return {this, size_}; }
   const_iterator begin() const { return {this, 0}; }
   const_iterator end() const { return {this, size_}; }
+  const_iterator cbegin() const { return begin(); }
+  const_iterator cend() const { return end(); }
+  auto rbegin() const { return std::make_reverse_iterator(end()); }
+  auto rend() const { return std::make_reverse_iterator(begin()); }
 
   template <typename... Args>
   T& emplace_back(Args&&... args) {
@@ -128,6 +135,9 @@ class ChunkedList {
 
     Iterator() = default;
     Iterator(List* list, std::size_t at) : list_(list), at_(at) {}
+    template <bool isOtherConst>
+    requires(isConst && !isOtherConst) Iterator(const Iterator<isOtherConst>& other)
+        : list_(other.list_), at_(other.at_) {}
 
     reference operator*() const { return (*list_)[at_]; }
     pointer operator->() const { return &(*list_)[at_]; }
@@ -151,6 +161,8 @@ class ChunkedList {
     friend auto operator<=>(Iterator a, Iterator b) { return a.at_ <=> b.at_; }
 
    private:
+    friend Iterator<true>;
+
     List* list_ = nullptr;
     std::size_t at_ = 0;
   };

@@ -28,6 +28,9 @@ class PostponedBars {
     added_.store(at + 1, std::memory_order_release);
   }
 
+  /// Lets go of them all. Under that lock, and while nobody adds.
+  void drop() { taken_.store(added_.load()); }
+
   /// Calls `use` with each, in the order they were added. If it throws, that bar and those behind
   /// it stay.
   template <typename Use>

@@ -363,9 +363,9 @@ void TradeDesk::rewind() {
   TradeState& state = parts_.state;
   const ReportQueue ended = std::exchange(reports_, {});
   const std::lock_guard lock(state.mutex);
-  state.exchange().reset();
+  state.resetExchange();
   state.store.clear();
-  state.equity().clear();
+  state.forgetCurves();
   state.inbox.reset();
   state.connections.reset();
   state.waiting.store(state.statusWishes.empty() ? 0 : 1);

@@ -34,6 +34,7 @@ void TradeFeed::lookAtStreams() {
   byCode_.clear();
   for (const MarketStream* stream : streams) {
     lines_[stream->order()].stream = stream;
+    lines_[stream->order()].isQuiet = false;  // Another one may be fed from now on.
     if (!tellsPrices(*stream)) continue;
     const auto [at, isNew] = byCode_.try_emplace(stream->code().id, stream->order());
     // Ticks have the period 0. Of what runners publish the first series stays: it may be fed now.

@@ -250,18 +250,19 @@ template <typename Own>
 std::vector<AccountResult> TradeService::collect(Own own) const {
   std::vector<AccountResult> all;
   all.reserve(state_.accounts.all().size());
+  const auto [exchange, equity] = state_.books();
   for (const TradingAccountID& account : state_.accounts.all()) {
     AccountResult result;
     result.account = account;
-    result.capital = state_.exchange().ledger(account.accountKey)->capitalRecord(now_());
-    result.curve = own.curve(state_.equity().account(account.accountKey));
+    result.capital = exchange.ledger(account.accountKey)->capitalRecord(now_());
+    result.curve = own.curve(equity.account(account.accountKey));
     for (auto& [name, trades] : own.sources(account.accountKey)) {
       SourceResult& source = result.sources.emplace_back();
       source.source = name;
       source.orders = std::move(trades.orders);
       source.fills = std::move(trades.fills);
-      const auto curve = state_.equity().sources().find({account.accountKey, name});
-      if (curve == state_.equity().sources().end()) continue;
+      const auto curve = equity.sources().find({account.accountKey, name});
+      if (curve == equity.sources().end()) continue;
       source.curve = curve->second.own ? own.curve(*curve->second.own) : result.curve;
     }
     all.push_back(std::move(result));
@@ -290,7 +291,7 @@ std::vector<AccountResult> TradeService::takeResults() {
     TradeState& state;
     ~Forgetting() {
       state.store.clear();
-      state.equity().clear();
+      state.forgetCurves();
     }
   };
   const std::lock_guard lock(state_.mutex);
@@ -302,8 +303,9 @@ std::vector<AccountGlance> TradeService::glance() const {
   const std::lock_guard lock(state_.mutex);
   std::vector<AccountGlance> all;
   all.reserve(state_.accounts.all().size());
+  const PaperExchange& exchange = state_.exchange();
   for (const TradingAccountID& account : state_.accounts.all()) {
-    const Ledger& ledger = *state_.exchange().ledger(account.accountKey);
+    const Ledger& ledger = *exchange.ledger(account.accountKey);
     all.push_back({account, toDouble(ledger.startBalance()), toDouble(ledger.balance()),
                    toDouble(ledger.equity()), ledger.sourceGlances()});
   }

@@ -19,8 +19,8 @@
 
 namespace orvane::detail {
 
-/// All that the trade side knows. The mutex guards everything but `accounts`, is held for short
-/// work only, and never while a receiver is called.
+/// All that the trade side knows. The mutex guards everything but `accounts`, `waiting` and what
+/// is added to `postponed`, is held for short work only, and never while a receiver is called.
 struct TradeState {
   explicit TradeState(const TradeOptions& options)
       : accounts(options.accounts),
@@ -63,14 +63,29 @@ struct TradeState {
   std::function<void(const std::shared_ptr<TradeEventSpi>&)> onLetGo;
   std::uint64_t number = 0;  ///< Counts subscriptions and what was told; see `SubscriptionBook`.
 
-  /// The exchange and the curves as they stand by all that was played.
-  PaperExchange& exchange() {
+  struct Books {
+    PaperExchange& exchange;
+    EquityBook& equity;
+  };
+  /// The exchange and the curves as they stand by all that was played. Whoever wants to see one
+  /// moment asks once: the next answer may know of more, though the lock was held all along.
+  Books books() {
     if (!postponed.isEmpty()) makeUpForPostponed();
-    return exchange_;
+    return {exchange_, equity_};
   }
-  EquityBook& equity() {
-    if (!postponed.isEmpty()) makeUpForPostponed();
-    return equity_;
+  PaperExchange& exchange() { return books().exchange; }
+  EquityBook& equity() { return books().equity; }
+
+  // Of what is to be forgotten nothing is made up for, so that these need no memory. While nobody
+  // plays.
+
+  void resetExchange() {
+    postponed.drop();
+    exchange_.reset();
+  }
+  void forgetCurves() {
+    postponed.drop();
+    equity_.clear();
   }
 
  private:

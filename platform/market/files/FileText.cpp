@@ -107,7 +107,7 @@ void scan(Scan& found, std::string_view text, int threads) {
             [&](std::size_t step) { found.see(text.substr(step * kReadStep, kReadStep)); });
 }
 
-/// Reads all bytes of a file, and scans those of one that has a size while the caches hold them.
+/// Reads all bytes of a file, and scans them while the caches hold them.
 Rows<char> readBytes(const std::string& path, int threads, Scan& found) {
   struct stat info {};
   if (stat(path.c_str(), &info) != 0) fail(path, std::string("cannot be read: ") + strerror(errno));

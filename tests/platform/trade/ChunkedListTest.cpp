@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <iterator>
 #include <numeric>
+#include <ranges>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -47,6 +49,13 @@ TEST(ChunkedList, shouldFindEachElementOnBothSidesOfTheEndOfEachBlock) {
             std::int64_t{300'000} * 299'999 / 2);
 }
 
+// As those of a deque.
+static_assert(std::random_access_iterator<ChunkedList<int>::iterator>);
+static_assert(std::random_access_iterator<ChunkedList<int>::const_iterator>);
+static_assert(std::is_convertible_v<ChunkedList<int>::iterator, ChunkedList<int>::const_iterator>);
+static_assert(!std::is_convertible_v<ChunkedList<int>::const_iterator, ChunkedList<int>::iterator>);
+static_assert(std::ranges::random_access_range<const ChunkedList<int>>);
+
 TEST(ChunkedList, shouldServeAlgorithmsThatJump) {
   ChunkedList<int> list;
   for (int i = 0; i < 5'000; ++i) list.push_back((i * 7) % 5'000);
@@ -57,6 +66,11 @@ TEST(ChunkedList, shouldServeAlgorithmsThatJump) {
   EXPECT_EQ(*(list.end() - 1), 4'999);
   EXPECT_EQ(list.begin()[17], 17);
   EXPECT_LT(list.begin(), list.end());
+  const ChunkedList<int>::const_iterator first = list.begin();
+  EXPECT_EQ(list.end() - first, 5'000);
+  EXPECT_EQ(*list.rbegin(), 4'999);
+  EXPECT_EQ(std::reverse_iterator(list.cend()), list.rbegin());
+  EXPECT_EQ(std::reverse_iterator(list.cbegin()), list.rend());
 }
 
 TEST(ChunkedList, shouldBeEmptyWhereNothingWasAddedOrAllWasCleared) {

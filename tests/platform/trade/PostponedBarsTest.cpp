@@ -162,6 +162,56 @@ TEST(PostponedBars, shouldBeReckonedWithBeforeADaySettlesAtItsLastPrice) {
   EXPECT_EQ(closed, (std::vector<double>{0, 294, 294}));
 }
 
+TEST(PostponedBars, shouldBeForgottenWithTheRunThatTheyWereOf) {
+  Rising run(300);
+  bool cancels = true;
+  run.at(2, [&] { run.buy(2); });
+  run.at(200, [&] {
+    if (cancels) run->cancel();
+  });
+  run.play();
+  const EquityCurve cut = run->tradeResults().at(0).curve;
+  EXPECT_EQ(textOf(cut.back()), "3:20 1000394 400");
+  run->rewind();
+  EXPECT_EQ(run->glanceAtTrading().at(0).equity, 1'000'000);
+  EXPECT_TRUE(run->tradeResults().at(0).curve.empty());
+  cancels = false;
+  run->run();
+  const EquityCurve whole = run->takeTradeResults().at(0).curve;
+  ASSERT_EQ(whole.size(), 299u);
+  for (std::size_t i = 0; i < cut.size(); ++i) EXPECT_EQ(textOf(whole[i]), textOf(cut[i]));
+  EXPECT_EQ(textOf(whole.back()), "5:00 1000594 600");
+}
+
+TEST(PostponedBars, shouldBeKnownOfAllAccountsOrOfNoneToWhoeverLooksMeanwhile) {
+  Rising run(3'000, tradeOptions({"A1", "A2"}));
+  // What one account wins the other loses.
+  run.at(2, [&] {
+    run.buy(2);
+    run.send(makeRequest(run.account(1), run.code, Direction::Sell, 2));
+  });
+  std::atomic<int> looks = 0, torn = 0;
+  std::atomic<bool> isOver = false;
+  std::thread watcher([&] {
+    while (!isOver) {
+      const std::vector<AccountGlance> seen = run->glanceAtTrading();
+      if (seen[0].equity + seen[1].equity != 2'000'000) ++torn;
+      ++looks;
+    }
+  });
+  for (int bar = 100; bar < 3'000; bar += 100)
+    run.at(bar, [&] {
+      const int before = looks;
+      while (looks == before) std::this_thread::yield();
+    });
+  run.play();
+  isOver = true;
+  watcher.join();
+  EXPECT_GT(looks, 29);
+  EXPECT_EQ(torn, 0);
+  EXPECT_EQ(run->glanceAtTrading().at(0).equity, 1'000'000 + 2 * 2'997);
+}
+
 BarSeries wanderingBars(const ICodeID& code, int count, std::uint64_t seed) {
   std::mt19937_64 random(seed);
   BarSeries series = makeBars(code, kMonday, kMinute, 0);
@@ -182,8 +232,11 @@ BarSeries wanderingBars(const ICodeID& code, int count, std::uint64_t seed) {
 std::vector<std::string> outcomeOf(std::uint64_t seed,
                                    const std::function<void(EmbeddedPlatform&)>& look) {
   constexpr int kBars = 1'000;
-  PlatformOptions options = tradeOptions();
+  PlatformOptions options = tradeOptions({"A1", "A2"});
+  options.trade.sources = {"S", "T"};
   options.trade.settlesDaily = seed % 2 == 0;
+  options.trade.entryLatencyMs = static_cast<int64>(seed % 3) * 20'000;
+  options.trade.reportLatencyMs = static_cast<int64>(seed % 5) * 20'000;
   TradePlatform platform(options, 0);
   const ICodeID other = platform.installed().code("B");
   platform->addBars(wanderingBars(platform.code, kBars, seed));
@@ -195,23 +248,29 @@ std::vector<std::string> outcomeOf(std::uint64_t seed,
     if (look) look(*platform.operator->());
     if (random() % 60 != 0) return;
     const bool isOpening = random() % 2 == 0;
-    OrderRequest request = makeRequest(
-        platform.account(), random() % 2 == 0 ? platform.code : other,
-        (random() % 2 == 0) ? Direction::Buy : Direction::Sell,
-        1 + static_cast<double>(random() % 3), isOpening ? Offset::Open : Offset::Close);
+    OrderRequest request =
+        makeRequest(platform.account(random() % 2), random() % 2 == 0 ? platform.code : other,
+                    (random() % 2 == 0) ? Direction::Buy : Direction::Sell,
+                    1 + static_cast<double>(random() % 3), isOpening ? Offset::Open : Offset::Close,
+                    random() % 2 == 0 ? "S" : "T");
     if (random() % 3 == 0) {
       OrderWriter(request).setType(order::Type::Limit);
       OrderWriter(request).setLimitPrice(99 + static_cast<double>(random() % 30) / 10);
     }
     platform.send(request);
   };
-  platform.subscribeAll(spi);
+  platform.subscribeAll(spi, 0);
+  platform.subscribeAll(spi, 1);
   platform.subscribeBars(spi);
   platform->run();
   std::vector<std::string> all = spi->lines();
-  const AccountResult result = platform->tradeResults().at(0);
-  for (const EquityPoint& point : result.curve) all.push_back(textOf(point));
-  all.push_back(number(CapitalView(result.capital).equity()));
+  for (const AccountResult& result : platform->tradeResults()) {
+    for (const EquityPoint& point : result.curve) all.push_back(textOf(point));
+    for (const SourceResult& source : result.sources)
+      for (const EquityPoint& point : source.curve)
+        all.push_back(source.source + " " + textOf(point));
+    all.push_back(number(CapitalView(result.capital).equity()));
+  }
   return all;
 }
 
@@ -236,7 +295,7 @@ TEST(PostponedBars, shouldGiveTheSameWhileOtherThreadsLook) {
   std::thread watcher([&] {
     while (!isOver)
       if (EmbeddedPlatform* const platform = watched)
-        looks += platform->glanceAtTrading().size() == 1;
+        looks += platform->glanceAtTrading().size() == 2;
   });
   int bars = 0;
   EXPECT_EQ(outcomeOf(seed,
