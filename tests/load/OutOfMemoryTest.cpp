@@ -5,6 +5,8 @@
 #include <atomic>
 #include <cstdlib>
 #include <exception>
+#include <memory>
+#include <mutex>
 #include <new>
 #include <random>
 
@@ -12,6 +14,7 @@
 #include "EventStrategy/ov.strategy.runner/IRunnerFactory.h"
 #include "EventStrategy/ov.strategy.runner/RunnerContext.h"
 #include "platform/core/WorkerPool.h"
+#include "platform/trade/TradeState.h"
 #include "sdk/Accounts.h"
 #include "sdk/Orders.h"
 #include "sdk/Strategy.h"
@@ -161,6 +164,31 @@ TEST(OutOfMemory, shouldCostNothingThatIsNotToldWhicheverAllocationOfAPlaybackFa
   EXPECT_GT(told, 0);
   std::printf("seed %u: %d playbacks, %ld allocations each, %d of them lost something and told\n",
               seed, runs, whole.allocations, told);
+}
+
+TEST(OutOfMemory, shouldForgetCurvesAndBarsThatStillWaitWithoutMemory) {
+  // A run that ended early leaves such bars, and its results are let go of while an error passes.
+  TradeOptions options;
+  options.accounts = {{"a", "CNY", "", 1}};
+  detail::TradeState state(options);
+  const auto series = std::make_shared<BarSeries>();
+  series->bars = Rows<IKLine>(3);
+  const detail::MarketStream stream(series, 0);
+  {
+    const std::lock_guard lock(state.mutex);
+    state.equity().start(0);
+    for (std::size_t row = 0; row < 3; ++row) state.postponed.add(stream, row);
+    isHere = true;
+    failsHereOnly = true;
+    untilFailure = 0;
+    EXPECT_NO_THROW(state.forgetCurves());
+    const bool isSpared = untilFailure.exchange(-1) == 0;
+    failsHereOnly = false;
+    isHere = false;
+    EXPECT_TRUE(isSpared) << "memory was asked for";
+    EXPECT_TRUE(state.postponed.isEmpty());
+    EXPECT_TRUE(state.equity().account(1).points.empty());
+  }
 }
 
 TEST(OutOfMemory, shouldKeepTheTasksOfAPoolThatHasNoRoomForOneMore) {
