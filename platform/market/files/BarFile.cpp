@@ -71,6 +71,9 @@ class BarReader {
   void join(BarReader& chunk, std::size_t linesBefore) {
     for (const BarPart& part : chunk.parts_.parts()) {
       BarPart& mine = parts_.of(part.code, part.path);
+      if (!mine.bars.empty() && !part.bars.empty())
+        noteDistance(mine, stampOf(mine.bars.back()), stampOf(part.bars.front()));
+      mine.distances.add(part.distances);
       if (map_.code < 0) {
         takeRoom(mine);
         mine.bars.join(part.bars);
@@ -116,6 +119,11 @@ class BarReader {
  private:
   static std::int64_t stampOf(const IKLine& bar) { return bar.words[kline::BeginTime]; }
 
+  /// In time, whichever of them comes first in the file.
+  static void noteDistance(BarPart& part, std::int64_t previous, std::int64_t stamp) {
+    part.distances.note(stamp > previous ? stamp - previous : previous - stamp);
+  }
+
   void takeRoom(BarPart& part) {
     if (part.bars.capacity() == 0) part.bars = std::move(room_);
   }
@@ -142,6 +150,7 @@ class BarReader {
     if (!hasPrevious && isChunk_ && time.twice) isSure_ = false;
     if (hasPrevious && !mayFollow(table_, previous, time.utcMs, true))
       failOrder(*rows_, previous, time.utcMs);
+    if (hasPrevious) noteDistance(part, previous, time.utcMs);
     part.datesOnly = part.datesOnly && time.dateOnly;
     part.midnights = part.midnights && time.midnight;
     writer.setTimes(time.utcMs, map_.isWhole ? time.untilMs : time.day);

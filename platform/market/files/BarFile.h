@@ -8,6 +8,7 @@
 #include "platform/market/Rows.h"
 #include "platform/market/files/DataFiles.h"
 #include "platform/market/files/Description.h"
+#include "platform/market/files/StampDistances.h"
 #include "platform/market/files/Table.h"
 
 namespace orvane::detail {
@@ -19,6 +20,7 @@ struct BarPart {
   std::string code;  ///< Empty: the file has no column for it.
   std::string path;
   Rows<IKLine> bars;
+  StampDistances distances;        ///< Of `bars`.
   std::int64_t hintMs = 0;         ///< The period that the file's name tells.
   std::optional<bool> stampIsEnd;  ///< If the header tells.
   bool datesOnly = true;           ///< No row has a time of day.

@@ -19,35 +19,8 @@ constexpr std::size_t kBlock = std::size_t{1} << 14;
 
 std::size_t blocksOf(std::size_t rows) { return (rows + kBlock - 1) / kBlock; }
 
-/// The distances of the rows from `from` to before `to` to those before them.
-Distances distancesOf(const Rows<IKLine>& bars, std::size_t from, std::size_t to) {
-  Distances distances;
-  std::int64_t last = 0;
-  std::size_t* count = nullptr;
-  for (std::size_t i = std::max<std::size_t>(from, 1); i < to; ++i) {
-    const auto distance = bars[i].words[kline::BeginTime] - bars[i - 1].words[kline::BeginTime];
-    if (!count || distance != last) {
-      last = distance;
-      count = &distances[distance];
-    }
-    ++*count;
-  }
-  return distances;
-}
-
 void add(Distances& distances, const Distances& more) {
   for (const auto& [distance, times] : more) distances[distance] += times;
-}
-
-Distances distancesOf(const Rows<IKLine>& bars, int threads) {
-  std::vector<Distances> some(blocksOf(bars.size()));
-  forEachOf(some.size(), threads, [&](std::size_t block) {
-    const std::size_t from = block * kBlock;
-    some[block] = distancesOf(bars, from, std::min(from + kBlock, bars.size()));
-  });
-  Distances all;
-  for (const Distances& one : some) add(all, one);
-  return all;
 }
 
 /// The most frequent distance; of several the smallest. 0: there is none.
@@ -128,7 +101,7 @@ class Finisher {
         zone_(zone),
         threads_(threads > 0 ? threads : usualReadThreads()),
         notes_(notes) {
-    for (const BarPart& part : parts_) distances_.push_back(distancesOf(part.bars, threads_));
+    for (const BarPart& part : parts_) distances_.push_back(part.distances.counts());
   }
 
   Rows<IKLine> run(std::int64_t& periodMs) {

@@ -149,17 +149,16 @@ const char* CsvRows::takeNumbers(const char* at, const char* const end) {
   for (std::size_t count = count_;; ++count) {
     const std::uint64_t column = count < 64 ? std::uint64_t{1} << count : 0;
     if ((hasTexts_ & column) != 0) return at;
-    const auto [behind, number] = takeShortDecimal(at, end, readable);
-    if (number.digits == 0) return at;
+    if (count == slots_.size()) slots_.emplace_back();
+    CsvField& field = slots_[count];
+    const char* const behind = takeShortDecimal(at, end, readable, field.number);
+    if (field.number.digits == 0) return at;
     const bool isLast = behind == end;
     if (!isLast && *behind != delimiter) {
       hasTexts_ |= column;
       return at;
     }
-    if (count == slots_.size()) slots_.emplace_back();
-    CsvField& field = slots_[count];
     field.text = {at, behind};
-    field.number = number;
     count_ = count + 1;
     if (isLast) return nullptr;
     at = behind + 1;

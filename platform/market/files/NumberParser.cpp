@@ -134,7 +134,8 @@ bool NumberParser::parse(std::string_view text, double& out) const {
 
 bool NumberParser::parsePlain(std::string_view text, double& out) const {
   const char* const end = text.data() + text.size();
-  const auto [behind, number] = takeShortDecimal(text.data(), end, end);
+  ShortDecimal number;
+  const char* const behind = takeShortDecimal(text.data(), end, end, number);
   if (behind == end && number.digits != 0) {
     if (exactly(number, out)) return true;
     if (!byText(text, shift_, out)) return false;

@@ -76,7 +76,7 @@ class NumberParser {
     const auto whole = static_cast<double>(static_cast<std::int64_t>(number.mantissa));
     const double value =
         exponent < 0 ? whole / kPowersOfTen[-exponent] : whole * kPowersOfTen[exponent];
-    const double signedValue = value == 0 || !number.isNegative ? value : -value;
+    const double signedValue = number.mantissa == 0 || !number.isNegative ? value : -value;
     if (number.digits > kTrueDigits)
       out = cleanedLong(signedValue, number.mantissa);
     else

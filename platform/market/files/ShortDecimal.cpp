@@ -33,7 +33,8 @@ const char* takeDigits(const char* at, const char* end, std::uint64_t& number) {
 
 }  // namespace
 
-TakenDecimal takeLongerDecimal(const char* begin, const char* at, const char* end) {
+const char* takeLongerDecimal(const char* begin, const char* at, const char* end,
+                              ShortDecimal& number) {
   const bool isNegative = at != begin;
   const char* const first = at;
   std::uint64_t mantissa = 0;
@@ -48,9 +49,9 @@ TakenDecimal takeLongerDecimal(const char* begin, const char* at, const char* en
   }
   // More digits than that may not have fitted.
   if (at - begin > 19) digits = 0;
-  return {
-      at,
-      {mantissa, static_cast<std::int8_t>(decimals), static_cast<std::int8_t>(digits), isNegative}};
+  number = {mantissa, static_cast<std::int8_t>(decimals), static_cast<std::int8_t>(digits),
+            isNegative};
+  return at;
 }
 
 }  // namespace orvane::detail

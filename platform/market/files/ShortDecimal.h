@@ -15,24 +15,22 @@ inline std::uint64_t valueOfDigits(std::uint64_t digits) {
   return (digits * 10'000 + (digits >> 32)) & 0xFFFFFFFFU;
 }
 
-/// A short decimal at the front of a text, and where it ends. It has no digits if there is none at
-/// all; what stands behind it is the caller's to judge.
-struct TakenDecimal {
-  const char* end = nullptr;
-  ShortDecimal number;
-};
-
 /// Takes a number of any length, from behind its sign; it begins at `begin`.
-TakenDecimal takeLongerDecimal(const char* begin, const char* at, const char* end);
+const char* takeLongerDecimal(const char* begin, const char* at, const char* end,
+                              ShortDecimal& number);
 
-/// Reads a short decimal. Behind `end`, up to `readable`, may stand more, which begins with neither
-/// a digit nor a point.
-inline TakenDecimal takeShortDecimal(const char* const begin, const char* end,
-                                     const char* readable) {
+/// Takes a short decimal from the front of a text into `number`, and answers where it ends. It has
+/// no digits if there is none at all; what stands behind it is the caller's to judge. Behind `end`,
+/// up to `readable`, may stand more, which begins with neither a digit nor a point.
+///
+/// The number is written where it stays: one that is copied right after it was written in smaller
+/// pieces is waited for.
+inline const char* takeShortDecimal(const char* const begin, const char* end, const char* readable,
+                                    ShortDecimal& number) {
   const bool isNegative = begin != end && *begin == '-';
   const char* const at = begin + (isNegative ? 1 : 0);
   if (std::endian::native != std::endian::little || readable - at < 8)
-    return takeLongerDecimal(begin, at, end);
+    return takeLongerDecimal(begin, at, end, number);
   // Nearly all end within eight bytes, and are taken in one step.
   std::uint64_t bytes;
   std::memcpy(&bytes, at, 8);
@@ -40,12 +38,12 @@ inline TakenDecimal takeShortDecimal(const char* const begin, const char* end,
   // The high bit of each byte that is no digit, up to the first such and, if that is a point, up to
   // the next one.
   std::uint64_t others = (bytes | (bytes + 0x7676767676767676U)) & 0x8080808080808080U;
-  if (others == 0) return takeLongerDecimal(begin, at, end);
+  if (others == 0) return takeLongerDecimal(begin, at, end, number);
   auto length = static_cast<unsigned>(std::countr_zero(others)) / 8;
   unsigned digits = length, decimals = 0;
   if (at[length] == '.') {
     others &= others - 1;
-    if (others == 0) return takeLongerDecimal(begin, at, end);
+    if (others == 0) return takeLongerDecimal(begin, at, end, number);
     const std::uint64_t before = (std::uint64_t{1} << (8 * length)) - 1;
     bytes = (bytes & before) | ((bytes >> 8) & ~before);  // Without the point.
     digits = static_cast<unsigned>(std::countr_zero(others)) / 8 - 1;
@@ -53,9 +51,11 @@ inline TakenDecimal takeShortDecimal(const char* const begin, const char* end,
     length = digits + 1;
   }
   // Behind zeros; the shift in two parts, since none may be as long as the word.
-  return {at + length,
-          {valueOfDigits((bytes << 8) << (56 - 8 * digits)), static_cast<std::int8_t>(decimals),
-           static_cast<std::int8_t>(digits), isNegative}};
+  number.mantissa = valueOfDigits((bytes << 8) << (56 - 8 * digits));
+  number.decimals = static_cast<std::int8_t>(decimals);
+  number.digits = static_cast<std::int8_t>(digits);
+  number.isNegative = isNegative;
+  return at + length;
 }
 
 }  // namespace orvane::detail

@@ -180,6 +180,27 @@ TEST(ChunkedRead, shouldChooseBetweenHoursByTheRowsOfTheChunkBefore) {
   }
 }
 
+TEST(ChunkedRead, shouldFindThePeriodBetweenChunksWhereEachHasOneRow) {
+  const std::string head = "datetime,open,high,low,close\n";
+  const std::string rows[] = {"2021-11-08 09:00,1,2,1,2\n", "2021-11-08 09:05,1,2,1,2\n",
+                              "2021-11-08 09:20,1,2,1,2\n", "2021-11-08 09:25,1,2,1,2\n"};
+  std::string ascending = head, descending = head;
+  for (const std::string& row : rows) {
+    ascending += row;
+    descending.insert(head.size(), row);
+  }
+  const DataFolder folder;
+  for (const std::string& text : {ascending, descending}) {
+    for (const std::size_t bytes : {1U, 10'000U}) {
+      auto request = requestOf({folder.write("a.csv", text)});
+      request.pace = {2, bytes};
+      const auto loaded = loadBars(request);
+      ASSERT_EQ(loaded.size(), 1U);
+      EXPECT_EQ(loaded[0].series.periodMs, 5 * 60'000) << text;
+    }
+  }
+}
+
 TEST(ChunkedRead, shouldTakeNothingFromTheRowsBeforeToReadADate) {
   // Behind "2021-11-1" a "0:30" is no time of day: the text by itself has no blank there.
   EXPECT_EQ(barError("datetime,open,high,low,close\n2021-11-1,1,2,1,2\n2021-11-10:30,1,2,1,2\n"),

@@ -44,15 +44,17 @@ Taken takeSlowly(std::string_view text) {
 /// The text stands alone in its memory, so that a sanitizer sees whoever reads beyond its end.
 void expectBothAlike(std::string_view text) {
   const std::vector<char> alone(text.begin(), text.end());
-  const auto [end, number] =
-      takeShortDecimal(alone.data(), alone.data() + alone.size(), alone.data() + alone.size());
+  ShortDecimal number;
+  const char* const end = takeShortDecimal(alone.data(), alone.data() + alone.size(),
+                                           alone.data() + alone.size(), number);
   const Taken slowly = takeSlowly(text);
   ASSERT_EQ(static_cast<std::size_t>(end - alone.data()), slowly.length) << text;
   ASSERT_EQ(number.digits, slowly.digits) << text;
   // The same where another line may be looked at behind it.
   const std::string more = std::string(text) + "\n98.765432109";
-  const auto [behind, again] =
-      takeShortDecimal(more.data(), more.data() + text.size(), more.data() + more.size());
+  ShortDecimal again;
+  const char* const behind =
+      takeShortDecimal(more.data(), more.data() + text.size(), more.data() + more.size(), again);
   ASSERT_EQ(static_cast<std::size_t>(behind - more.data()), slowly.length) << text;
   ASSERT_EQ(again.digits, slowly.digits) << text;
   ASSERT_TRUE(slowly.digits == 0 || again.mantissa == slowly.mantissa) << text;
