@@ -5,6 +5,11 @@ target_compile_features(orvane_options INTERFACE cxx_std_20)
 if(NOT ORVANE_SANITIZE)
   # Calls into another library go there without a stop on the way, and calls within one are plain.
   target_compile_options(orvane_options INTERFACE -fno-plt -fno-semantic-interposition)
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    # Two numbers that were just written are slow to read as one vector, and nearly every record
+    # here is copied right after it was filled.
+    target_compile_options(orvane_options INTERFACE -fno-tree-slp-vectorize)
+  endif()
 endif()
 
 add_library(orvane_warnings INTERFACE)
