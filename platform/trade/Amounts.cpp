@@ -171,21 +171,6 @@ double quotientOf(UInt128 dividend, int twos) {
   return scaled(kept, kSurplus + 64 - shift - 127 + 64 + moved - twos);
 }
 
-/// The nearest double to units / 10^kDecimals; of two that are as near, the even one.
-template <int kDecimals>
-double nearestDouble(Int128 units) {
-  if (units > -kExactInteger && units < kExactInteger) {
-    constexpr auto power = static_cast<double>(powerOfTen(kDecimals));
-    return static_cast<double>(static_cast<int64>(units)) / power;
-  }
-  // Ten is two times five, and twos only move the point.
-  const UInt128 size =
-      units < 0 ? UInt128{0} - static_cast<UInt128>(units) : static_cast<UInt128>(units);
-  const int shift = leadingZeros(size);
-  const double result = quotientOf<kDecimals>(size << shift, shift + kDecimals);
-  return units < 0 ? -result : result;
-}
-
 /// amount x factor / 10^kDecimals, rounded to 8 decimals of money. Split in two, since the product
 /// alone would not fit.
 template <int kDecimals>
@@ -210,6 +195,24 @@ std::optional<Money> roundedProduct(Money amount, int64 factor) {
 
 }  // namespace
 
+template <int kDecimals>
+double nearestDouble(Int128 units) {
+  if (units > -kExactInteger && units < kExactInteger) {
+    constexpr auto power = static_cast<double>(powerOfTen(kDecimals));
+    return static_cast<double>(static_cast<int64>(units)) / power;
+  }
+  // Ten is two times five, and twos only move the point.
+  const UInt128 size =
+      units < 0 ? UInt128{0} - static_cast<UInt128>(units) : static_cast<UInt128>(units);
+  const int shift = leadingZeros(size);
+  const double result = quotientOf<kDecimals>(size << shift, shift + kDecimals);
+  return units < 0 ? -result : result;
+}
+
+template double nearestDouble<4>(Int128 units);
+template double nearestDouble<8>(Int128 units);
+template double nearestDouble<10>(Int128 units);
+
 std::optional<Price> priceOf(std::string_view decimal) { return parse<Price, 10>(decimal); }
 std::optional<Volume> volumeOf(std::string_view decimal) { return parse<Volume, 8>(decimal); }
 std::optional<Multiplier> multiplierOf(std::string_view decimal) {
@@ -228,20 +231,16 @@ std::optional<Volume> marketVolumeOf(double value) {
   return volumeOf(value).value_or(Volume{std::numeric_limits<int64>::max()});
 }
 
-double toDouble(Price price) { return nearestDouble<10>(price.units); }
-double toDouble(Volume volume) { return nearestDouble<8>(volume.units); }
-double toDouble(Multiplier multiplier) { return nearestDouble<4>(multiplier.units); }
 double toDouble(Money money) { return nearestDouble<kMoneyDecimals>(money.units); }
 
 std::string text(Price price) { return decimalText(price.units, 10); }
 std::string text(Volume volume) { return decimalText(volume.units, 8); }
 std::string text(Money money) { return decimalText(money.units, kMoneyDecimals); }
 
-std::optional<Money> turnoverOf(Price price, Volume volume, Multiplier multiplier) {
-  // Twice 63 bits always fit.
-  const auto units = multiplied(Int128{price.units} * volume.units, multiplier.units);
-  if (!units) return std::nullopt;
-  return Money{*units};
+std::optional<Money> checkedProduct(Int128 units, int64 factor) {
+  const auto product = multiplied(units, factor);
+  if (!product) return std::nullopt;
+  return Money{*product};
 }
 
 std::optional<Money> shareOf(Money amount, Rate rate) {

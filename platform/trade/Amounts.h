@@ -67,10 +67,26 @@ Fixed<Units, kDecimals, Tag> cappedSum(Fixed<Units, kDecimals, Tag> a,
   return {b.units < 0 ? -kHighest : kHighest};
 }
 
+/// The nearest double to units / 10^kDecimals, for 4, 8 and 10 decimals; of two that are as near,
+/// the even one.
+template <int kDecimals>
+double nearestDouble(Int128 units);
+
 /// The nearest double.
-double toDouble(Price price);
-double toDouble(Volume volume);
-double toDouble(Multiplier multiplier);
+template <int kDecimals, typename Tag>
+double toDouble(Fixed<int64, kDecimals, Tag> number) {
+  // Integers up to here are doubles, and so are these powers of ten: a quotient of the two is
+  // rounded once, and right.
+  constexpr int64 kExact = int64{1} << 53;
+  constexpr int64 kPower = [] {
+    int64 power = 1;
+    for (int i = 0; i < kDecimals; ++i) power *= 10;
+    return power;
+  }();
+  if (number.units > -kExact && number.units < kExact)
+    return static_cast<double>(number.units) / static_cast<double>(kPower);
+  return nearestDouble<kDecimals>(number.units);
+}
 double toDouble(Money money);
 
 /// The exact decimal text without trailing zeros.
@@ -78,8 +94,19 @@ std::string text(Price price);
 std::string text(Volume volume);
 std::string text(Money money);
 
+/// Units of money times a factor; empty if they are out of range.
+std::optional<Money> checkedProduct(Int128 units, int64 factor);
+
 /// Price times volume times multiplier, exactly; empty if it is out of range.
-std::optional<Money> turnoverOf(Price price, Volume volume, Multiplier multiplier);
+inline std::optional<Money> turnoverOf(Price price, Volume volume, Multiplier multiplier) {
+  // Twice 63 bits always fit, and with 24 more those that leave room for them.
+  const Int128 units = Int128{price.units} * volume.units;
+  constexpr int64 kRoom = int64{1} << 38;
+  const auto high = static_cast<int64>(units >> 64);
+  if (high < kRoom && high >= -kRoom && multiplier.units >= 0 && multiplier.units < (1 << 24))
+    return Money{units * multiplier.units};
+  return checkedProduct(units, multiplier.units);
+}
 /// A share of an amount, rounded half away from zero to 8 decimals; empty if it is out of range.
 std::optional<Money> shareOf(Money amount, Rate rate);
 /// Money for a volume at so much for each unit, rounded half away from zero to 8 decimals; empty

@@ -67,8 +67,8 @@ class ChunkedList {
   const T& operator[](std::size_t at) const { return *placeOf(*this, at); }
   T& front() { return blocks_.front().front(); }
   const T& front() const { return blocks_.front().front(); }
-  T& back() { return (*this)[size_ - 1]; }
-  const T& back() const { return (*this)[size_ - 1]; }
+  T& back() { return lastOf(*this); }
+  const T& back() const { return lastOf(*this); }
 
   iterator begin() { return {this, 0}; }
   iterator end() { return {this, size_}; }
@@ -111,6 +111,13 @@ class ChunkedList {
     block.reserve(roomOf(blocks_.size()));
     blocks_.push_back(std::move(block));
     if (blocks_.size() > kGrowing) detail::makeReady(blocks_.back().data(), kLargest * sizeof(T));
+  }
+
+  template <typename List>
+  static auto& lastOf(List& list) {
+    // A block is empty if memory or an element failed when it was begun.
+    auto& block = list.blocks_.back();
+    return block.empty() ? list[list.size_ - 1] : block.back();
   }
 
   template <typename List>

@@ -12,11 +12,11 @@ constexpr int64 kTickPointMs = 60'000;
 void append(EquityBook::Curve& curve, int64 time, double equity) {
   double exposure = 0;
   for (const auto& [codeId, value] : curve.exposures) exposure += value;
-  const EquityPoint point{time, equity, exposure};
-  if (curve.points.size() > 1 && curve.points.back().time == time)
-    curve.points.back() = point;
-  else
-    curve.points.push_back(point);
+  const bool isSame = curve.points.size() > 1 && curve.points.back().time == time;
+  EquityPoint& point = isSame ? curve.points.back() : curve.points.emplace_back();
+  point.time = time;
+  point.equity = equity;
+  point.exposure = exposure;
 }
 
 void setExposure(EquityBook::Curve& curve, int64 codeId, double value) {

@@ -202,15 +202,20 @@ void Ledger::recount(CodeBook& code) {
   for (const auto& [name, book] : code.sources)
     code.held += book.longSide.volume() + book.shortSide.volume();
   const auto value = turnoverOf(*code.markPrice, code.held, code.terms->multiplier);
-  revalue(code, value.value_or(Money{}));
+  revalue(code, value.value_or(Money{}), value.has_value());
 }
 
-void Ledger::revalue(CodeBook& code, Money value) {
+void Ledger::revalue(CodeBook& code, Money value, bool isInRange) {
   value_ += value - code.value;
   code.value = value;
+  const auto floatingOf = [&](const PositionSide& side) {
+    if (side.isEmpty()) return Money{};
+    // Mostly one side of one source is all there is.
+    return isInRange && side.volume() == code.held ? side.floatingAt(value)
+                                                   : side.floating(*code.terms, *code.markPrice);
+  };
   for (auto& [name, book] : code.sources) {
-    const Money now = book.longSide.floating(*code.terms, *code.markPrice) +
-                      book.shortSide.floating(*code.terms, *code.markPrice);
+    const Money now = floatingOf(book.longSide) + floatingOf(book.shortSide);
     floating_ += now - book.floating;
     book.floating = now;
   }
@@ -227,7 +232,7 @@ void Ledger::mark(int64 codeId, Price price) {
   const auto value = turnoverOf(price, code.held, code.terms->multiplier);
   if (!value || *value > kMostValue - (value_ - code.value)) return;
   code.markPrice = price;
-  revalue(code, *value);
+  revalue(code, *value, true);
 }
 
 bool Ledger::settlementFits(const CodeBook& code) const {

@@ -160,8 +160,8 @@ class Ledger {
   SourceBook& bookOf(const Claim& claim);
   /// What is held has changed.
   void recount(CodeBook& code);
-  /// Its price, or what is held, has; it is worth `value` now.
-  void revalue(CodeBook& code, Money value);
+  /// Its price, or what is held, has; it is worth `value` now, or 0 where that is out of range.
+  void revalue(CodeBook& code, Money value, bool isInRange);
   static double exposureOf(const CodeBook& code, Volume volume);
   bool settlementFits(const CodeBook& code) const;
   // Of one source's book or, if it is null, of all.

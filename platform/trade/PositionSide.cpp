@@ -90,8 +90,7 @@ Money PositionSide::settle(const ContractTerms& terms, Price price) {
 Money PositionSide::floating(const ContractTerms& terms, Price price) const {
   if (lots_.empty()) return {};
   const auto value = turnoverOf(price, volume_, terms.multiplier);
-  if (!value) return {};
-  return isLong_ ? *value - openTurnover_ : openTurnover_ - *value;
+  return value ? floatingAt(*value) : Money{};
 }
 
 }  // namespace orvane::detail

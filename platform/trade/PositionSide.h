@@ -36,6 +36,10 @@ class PositionSide {
   Money settle(const ContractTerms& terms, Price price);
   /// The profit at this price.
   Money floating(const ContractTerms& terms, Price price) const;
+  /// The same where all of it is worth that; it holds something.
+  Money floatingAt(Money value) const {
+    return isLong_ ? value - openTurnover_ : openTurnover_ - value;
+  }
 
  private:
   struct Lot {
