@@ -54,7 +54,8 @@ orvane_public_headers(EventStrategy
   EventStrategy/ov.strategy.runner/IRunnerFactory.h
   EventStrategy/ov.strategy.runner/IRunnerGlobal.h
   EventStrategy/ov.strategy.runner/IRunnerSpi.h
-  EventStrategy/ov.strategy.runner/IStrategy.h)
+  EventStrategy/ov.strategy.runner/IStrategy.h
+  EventStrategy/ov.strategy.runner/StrategyLog.h)
 orvane_public_headers(orvane_platform
   platform/EmbeddedPlatform.h
   platform/core/ModuleTrial.h

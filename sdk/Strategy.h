@@ -2,6 +2,7 @@
 
 #include "EventStrategy/ov.strategy.runner/IContext.h"
 #include "EventStrategy/ov.strategy.runner/IStrategy.h"
+#include "EventStrategy/ov.strategy.runner/StrategyLog.h"
 #include "shared/InterfaceVersion.h"
 
 namespace orvane {

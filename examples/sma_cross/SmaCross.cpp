@@ -178,6 +178,8 @@ class SmaCross : public orvane::Strategy {
   void tell(IContext* context, const ICodeID& code, const std::string& frequency,
             const orvane::KLineView& bar, const Series& series, bool isUp) {
     ++signals_;
+    using Level = orvane::StrategyLogLevel;
+    if (!orvane::isStrategyLogged(series.trader ? Level::Debug : Level::Info)) return;
     const std::string text =
         std::string("signal ") + (isUp ? "buy " : "sell ") + orvane::numberText(series.volume) +
         " " + code.code + " " + frequency + " at " + orvane::utcText(bar.endTime()) +

@@ -4,6 +4,7 @@
 
 #include "EventStrategy/TimerSrc.h"
 #include "EventStrategy/TradeSrc.h"
+#include "EventStrategy/ov.strategy.runner/StrategyLog.h"
 #include "shared/BaseInformation.h"
 #include "tests/EventStrategy/ov.strategy.runner/RunnerTest.h"
 
@@ -75,6 +76,28 @@ TEST_F(ContextServices, shouldLetALevelBeOffOnOneLoggerAndOnOnTheOther) {
   user.logError("m", true);
   stg->setLevel(nullptr);
   EXPECT_THAT(logs.messages(), ElementsAre("[INFO ] StgF m", "[ERROR] Stg m"));
+}
+
+TEST_F(ContextServices, shouldTellAStrategyBeforehandWhichLinesWouldBeWritten) {
+  using Level = StrategyLogLevel;
+  const auto answers = [](bool toStg) {
+    std::string all;
+    for (const Level level : {Level::Trace, Level::Debug, Level::Info, Level::Warn, Level::Error})
+      all += isStrategyLogged(level, toStg) ? '1' : '0';
+    return all;
+  };
+  const auto stg = log4cxx::Logger::getLogger("Stg");
+  const auto stgF = log4cxx::Logger::getLogger("StgF");
+  stg->setLevel(log4cxx::Level::getWarn());
+  stgF->setLevel(log4cxx::Level::getDebug());
+  EXPECT_EQ(answers(true), "00011");
+  EXPECT_EQ(answers(false), "01111");
+  stg->setLevel(log4cxx::Level::getOff());
+  stgF->setLevel(log4cxx::Level::getTrace());
+  EXPECT_EQ(answers(true), "00000");
+  EXPECT_EQ(answers(false), "11111");
+  stg->setLevel(nullptr);
+  stgF->setLevel(nullptr);
 }
 
 TEST_F(ContextServices, shouldTellWhereTheLineWasWritten) {

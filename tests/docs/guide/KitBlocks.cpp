@@ -53,6 +53,7 @@ class MyStrategy : public orvane::Strategy {
       highs_.add(bar.high());
       atr_.add(bar);  // a KLineView
       breaks_ += breaksOut ? 1 : 0;
+      if (orvane::isStrategyLogged(orvane::StrategyLogLevel::Debug)) context->logDebug(fullState(), true);
       if (++seen_ != 2) continue;
       if (mode_ == "both")
         trade(context, code);
@@ -67,6 +68,7 @@ class MyStrategy : public orvane::Strategy {
   }
 
  private:
+  std::string fullState() const { return "breaks=" + std::to_string(breaks_); }
   void trade(orvane::IContext* context, const orvane::ICodeID& code) {
     trader_.target(context, code, 2);        // to be long 2: sends what is missing
     trader_.target(context, code, -1, 99.5); // to be short 1, with limit orders
