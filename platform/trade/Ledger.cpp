@@ -206,16 +206,18 @@ void Ledger::recount(CodeBook& code) {
 }
 
 void Ledger::revalue(CodeBook& code, Money value, bool isInRange) {
-  value_ += value - code.value;
-  code.value = value;
-  const auto floatingOf = [&](const PositionSide& side) {
-    if (side.isEmpty()) return Money{};
-    // Mostly one side of one source is all there is.
-    return isInRange && side.volume() == code.held ? side.floatingAt(value)
-                                                   : side.floating(*code.terms, *code.markPrice);
-  };
+  const Money change = value - code.value;
+  value_ += change;
+  code.value += change;
   for (auto& [name, book] : code.sources) {
-    const Money now = floatingOf(book.longSide) + floatingOf(book.shortSide);
+    Money now;
+    for (const PositionSide* side : {&book.longSide, &book.shortSide}) {
+      if (side->isEmpty()) continue;
+      // Mostly one side of one source is all there is.
+      now += isInRange && side->volume() == code.held
+                 ? side->floatingAt(value)
+                 : side->floating(*code.terms, *code.markPrice);
+    }
     floating_ += now - book.floating;
     book.floating = now;
   }
