@@ -7,6 +7,7 @@
 #include "platform/market/files/ChunkedRead.h"
 #include "platform/market/files/CodeParts.h"
 #include "platform/market/files/DataFiles.h"
+#include "platform/market/files/PlainRows.h"
 
 namespace orvane::detail {
 namespace {
@@ -37,7 +38,17 @@ class BarReader {
         price_(description.numbers, description.priceShift, tick),
         volume_(description.numbers, description.volumeShift, {}),
         turnover_(description.numbers, description.turnoverShift, {}) {
-    if (!map_.isWhole) return;
+    if (!map_.isWhole) {
+      if (!map_.quoteBar && map_.open >= 0)
+        plain_ = PlainRows(table, {{map_.open, &price_},
+                                   {map_.high, &price_},
+                                   {map_.low, &price_},
+                                   {map_.close, &price_},
+                                   {map_.volume, &volume_},
+                                   {map_.turnover, &turnover_},
+                                   {map_.openInterest, &volume_}});
+      return;
+    }
     for (NumberParser* const parser : {&price_, &volume_, &turnover_}) *parser = parser->exact();
   }
 
@@ -55,7 +66,11 @@ class BarReader {
 
   void read(TableRows& rows) {
     rows_ = &rows;
-    while (rows.next()) readRow();
+    do {
+      while (plain_.canBe() && readPlainRow()) continue;
+      if (!rows.next()) return;
+      readRow();
+    } while (true);
   }
 
   bool isSure() const { return isSure_; }
@@ -128,6 +143,40 @@ class BarReader {
     if (part.bars.capacity() == 0) part.bars = std::move(room_);
   }
 
+  /// Whether the next row was read. One is not that is the first of its part, not plain, or wrong
+  /// in any way.
+  bool readPlainRow() {
+    if (parts_.parts().empty()) return false;
+    BarPart& part = parts_.parts().front();
+    if (part.bars.empty() || part.bars.size() == part.bars.capacity()) return false;
+    const std::int64_t previous = stampOf(part.bars.back());
+    RowTime time;
+    const std::size_t length =
+        rows_->lookPlain(plain_, table_.newestFirst() ? INT64_MIN : previous + 1, time);
+    if (length == 0 || !mayFollow(table_, previous, time.utcMs, true)) return false;
+    const Prices prices{plain_.number(map_.open), plain_.number(map_.high), plain_.number(map_.low),
+                        plain_.number(map_.close), true};
+    const double volume = plain_.number(map_.volume);
+    const double turnover = plain_.number(map_.turnover);
+    const double openInterest = plain_.number(map_.openInterest);
+    if (!isRange(prices) || volume < 0 || turnover < 0 || openInterest < 0) return false;
+    rows_->pass(length);
+    noteDistance(part, previous, time.utcMs);
+    part.datesOnly = false;
+    part.midnights = part.midnights && time.midnight;
+    // Written where it stays.
+    part.bars.resizeForWriting(part.bars.size() + 1);
+    part.bars.back() = {};
+    KLineWriter writer(part.bars.back());
+    write(writer, prices);
+    writer.set(kline::Volume, volume);
+    writer.set(kline::Turnover, turnover);
+    writer.set(kline::OpenInterest, openInterest);
+    writer.setTimes(time.utcMs, time.day);
+    writer.setDayAndFlags(0, 0);
+    return true;
+  }
+
   void readRow() {
     IKLine bar;
     KLineWriter writer(bar);
@@ -195,10 +244,9 @@ class BarReader {
       return prices;
     prices = {price(columns.open), price(columns.high), price(columns.low), price(columns.close),
               true};
+    if (isRange(prices)) return prices;
     const double low = prices.low;
     const double high = prices.high;
-    if (prices.open >= low && prices.open <= high && prices.close >= low && prices.close <= high)
-      return prices;
     const std::string lowText(rows_->field(columns.low));
     const std::string highText(rows_->field(columns.high));
     if (high < low)
@@ -212,6 +260,12 @@ class BarReader {
     else
       doubt(columns.close, "is above the high, " + highText);
     return prices;
+  }
+
+  /// Whether the high and the low are that.
+  static bool isRange(const Prices& prices) {
+    return prices.open >= prices.low && prices.open <= prices.high && prices.close >= prices.low &&
+           prices.close <= prices.high;
   }
 
   static void write(KLineWriter& writer, const Prices& prices) {
@@ -256,6 +310,7 @@ class BarReader {
   NumberParser price_;
   NumberParser volume_;
   NumberParser turnover_;
+  PlainRows plain_;
   CodeParts<BarPart> parts_;
   Rows<IKLine> room_;     ///< What is reserved, until there is a part.
   bool isChunk_ = false;  ///< There may be rows before the first.

@@ -37,6 +37,16 @@ class CsvRows {
   std::size_t line() const { return line_; }      ///< Of the row, from 1.
   std::size_t offset() const { return offset_; }  ///< Bytes of the text that are behind us.
 
+  /// What is not read yet.
+  std::string_view rest() const { return text_.substr(offset_); }
+  /// Passes over a row that `rest` begins with, `length` bytes with the end of its line. Its fields
+  /// are not to be asked for.
+  void pass(std::size_t length) {
+    offset_ += length;
+    ++line_;
+    comment_ = {};
+  }
+
   /// Passes over `count` lines of whatever kind.
   void skipLines(int count);
 
@@ -69,6 +79,11 @@ class CsvRows {
   std::uint64_t hasTexts_ = 0;
   std::deque<std::string> unquoted_;  ///< Fields of the row that had doubled quotes.
 };
+
+/// Whether a delimiter is no part of a number, so that it ends one.
+inline bool delimitsNumbers(char delimiter) {
+  return std::string_view("0123456789.-").find(delimiter) == std::string_view::npos;
+}
 
 /// The delimiter that the first lines of a text have in common: one of , ; tab | or, if there is
 /// none of them, a blank.

@@ -157,7 +157,8 @@ bool parseEightClock(std::string_view text, std::int64_t& msOfDay) {
   return true;
 }
 
-/// The forms that nearly every row has: "09:30" and "09:30:00".
+}  // namespace
+
 bool parsePlainClock(std::string_view text, std::int64_t& msOfDay) {
   if (std::endian::native == std::endian::little && text.size() == 8)
     return parseEightClock(text, msOfDay);
@@ -175,8 +176,6 @@ bool parsePlainClock(std::string_view text, std::int64_t& msOfDay) {
   msOfDay = ((hour * 60 + minute) * std::int64_t{60} + second) * 1000;
   return true;
 }
-
-}  // namespace
 
 bool parseClockTime(std::string_view text, std::int64_t& msOfDay) {
   if (parsePlainClock(text, msOfDay)) return true;

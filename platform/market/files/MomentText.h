@@ -35,6 +35,9 @@ DateResult parseDate(std::string_view text, DateOrder order, std::int64_t& day);
 /// milliseconds; what is finer is cut off.
 bool parseClockTime(std::string_view text, std::int64_t& msOfDay);
 
+/// The same of "09:30" and "09:30:00" alone, the forms that nearly every row has.
+bool parsePlainClock(std::string_view text, std::int64_t& msOfDay);
+
 /// A longer text is no moment.
 inline constexpr std::size_t kMostMomentBytes = 80;
 

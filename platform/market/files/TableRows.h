@@ -5,6 +5,7 @@
 
 #include "platform/market/files/CsvRows.h"
 #include "platform/market/files/NumberParser.h"
+#include "platform/market/files/PlainRows.h"
 #include "platform/market/files/TimeParser.h"
 
 namespace orvane::detail {
@@ -23,6 +24,12 @@ class TableRows {
 
   /// Goes to the next data row; false at the end. Throws for a row that is too short or too long.
   bool next();
+
+  /// The next row if it is plain: its length for `pass`, or 0. It is not gone to by that.
+  std::size_t lookPlain(PlainRows& plain, std::int64_t notBefore, RowTime& time) {
+    return plain.take(rows_.rest(), times_, notBefore, time);
+  }
+  void pass(std::size_t length) { rows_.pass(length); }
 
   std::string_view field(int column) const {
     return rows_.fields()[static_cast<std::size_t>(column)].text;

@@ -1,6 +1,7 @@
 #include "platform/market/files/TimeParser.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "platform/market/files/DataFiles.h"
 
@@ -355,6 +356,36 @@ bool TimeParser::parse(std::span<const CsvField> fields, std::int64_t notBefore,
   };
   return (columns_.tradingDay < 0 || parseTradingDay(field(columns_.tradingDay), out)) &&
          (columns_.until < 0 || parseUntil(field(columns_.until), out));
+}
+
+bool TimeParser::mayBePlain() const {
+  return columns_.moment >= 0 && columns_.millis < 0 && columns_.tradingDay < 0 &&
+         columns_.until < 0 &&
+         (momentFormat_ == TimeFormat::Text || momentFormat_ == TimeFormat::Auto);
+}
+
+const char* TimeParser::takePlain(const char* at, const char* end, char behind,
+                                  std::int64_t notBefore, RowTime& out) {
+  constexpr std::ptrdiff_t kShort = 5, kLong = 8;
+  const Cached& cache = momentCache_;
+  const auto prefix = static_cast<std::ptrdiff_t>(cache.prefix.size());
+  if (!cache.hasDate || cache.endsInDigit || end - at <= prefix + kLong ||
+      cache.prefix.size() + kLong > kMostMomentBytes ||
+      std::memcmp(at, cache.prefix.data(), cache.prefix.size()) != 0)
+    return nullptr;
+  at += prefix;
+  const std::ptrdiff_t length = at[kLong] == behind ? kLong : at[kShort] == behind ? kShort : 0;
+  std::int64_t msOfDay = 0;
+  if (length == 0 || !parsePlainClock({at, static_cast<std::size_t>(length)}, msOfDay))
+    return nullptr;
+  out.utcMs = zone_.toUtc(cache.day * kDayMs + msOfDay, notBefore);
+  out.day = cache.day;
+  out.dateOnly = false;
+  out.midnight = msOfDay == 0;
+  out.twice = zone_.wasTwice();
+  out.tradingDay = 0;
+  out.untilMs = 0;
+  return at + length;
 }
 
 bool TimeParser::parseTradingDay(std::string_view text, RowTime& out) {

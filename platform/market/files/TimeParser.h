@@ -51,6 +51,14 @@ class TimeParser {
   /// local time that occurs twice the one not before `notBefore` is taken.
   bool parse(std::span<const CsvField> fields, std::int64_t notBefore, RowTime& out);
 
+  /// Whether moments may be plain: each row has one, in a single column of texts, and no more.
+  bool mayBePlain() const;
+  /// Takes a moment from the front of a text if it is the date of the row before and "09:30" or
+  /// "09:30:00", with `behind` after it, which is no part of those. Answers where it ends; null for
+  /// every other.
+  const char* takePlain(const char* at, const char* end, char behind, std::int64_t notBefore,
+                        RowTime& out);
+
   int errorColumn() const { return errorColumn_; }
   const char* errorText() const { return errorText_; }
 
