@@ -78,8 +78,7 @@ void RunnerContext::dispatchBarProgress(const IEvent& event) {
 
 void RunnerContext::dispatchBars(const IEvent& event) {
   const auto& batch = static_cast<const BarEvent&>(event);
-  ICodeID code;
-  std::string frequency;
+  auto& [code, frequency] = lastBars_;
   bool byCaller = false;
   if (!context_->resolveKlineRequest(batch.requestId, code, frequency, byCaller)) return;
   for (const auto& strategy : strategies_) {

@@ -200,8 +200,13 @@ bool UserContext::resolveKlineRequest(int requestId, ICodeID& code, std::string&
     it = klineRequests_.find(requestId);
     if (it == klineRequests_.end()) return false;
   }
-  code = it->second.code;
-  frequency = it->second.frequency;
+  // Mostly both are what they were for the last bars. Texts that are written anew each time are
+  // waited for by whoever compares them next.
+  const KlineRequestKey& asked = it->second;
+  if (code.id != asked.code.id || code.kind != asked.code.kind ||
+      code.market != asked.code.market || code.code != asked.code.code)
+    code = asked.code;
+  if (frequency != asked.frequency) frequency = asked.frequency;
   return true;
 }
 
