@@ -45,17 +45,13 @@ class QuietSignal {
   }
   /// Grows with everything that comes or goes, so that who looks twice sees whether any did.
   std::int64_t moves() const {
-    std::int64_t sum = work_.came.load() + work_.went.load();
-    for (const Count& lane : refs_) sum += lane.came.load() + lane.went.load();
-    return sum;
+    return work_.came.load() + work_.went.load() +
+           ofAllLanes([](const Count& lane) { return lane.came.load() + lane.went.load(); });
   }
 
   std::int64_t refs() const {
-    std::int64_t gone = 0;
-    for (const Count& lane : refs_) gone += lane.went.load();
-    std::int64_t come = 0;
-    for (const Count& lane : refs_) come += lane.came.load();
-    return come - gone;
+    const std::int64_t gone = ofAllLanes([](const Count& lane) { return lane.went.load(); });
+    return ofAllLanes([](const Count& lane) { return lane.came.load(); }) - gone;
   }
 
   /// Lets waiters look at their condition again.
@@ -81,6 +77,13 @@ class QuietSignal {
     alignas(64) std::atomic<std::int64_t> came{0};
     alignas(64) std::atomic<std::int64_t> went{0};
   };
+
+  /// The sum of something over the lanes. Without a loop: it is asked for several times an event.
+  template <typename Of>
+  std::int64_t ofAllLanes(Of of) const {
+    static_assert(kLanes == 4);
+    return of(refs_[0]) + of(refs_[1]) + of(refs_[2]) + of(refs_[3]);
+  }
 
   static std::size_t& laneOfThread() {
     // Found without a call; see what `WorkerPool` has of each thread.

@@ -99,7 +99,9 @@ bool PlaybackDriver::step(Feed& feed) {
   const int64 timer = parts_.timers.nextDue();
   const int64 trade = parts_.trade.nextDue();
   const int64 dictionary = parts_.dictionary.nextDue();
-  const int64 next = std::min({record, close, timer, trade, event, dictionary});
+  // Not as a list, which would be written to memory to be read again.
+  const int64 next = std::min(std::min(std::min(record, close), std::min(timer, trade)),
+                              std::min(event, dictionary));
   if (speed_ > 0 && !pace(next)) return true;
   advanceTo(next);
   if (trade == next) {
