@@ -130,6 +130,13 @@ class ChunkedList {
     return list.blocks_[block].data() + (at - kFirst * ((std::size_t{1} << block) - 1));
   }
 
+  /// How many places of its block there are from one on.
+  static constexpr std::size_t leftOf(std::size_t at) {
+    if (at >= kInGrowing) return kLargest - (at - kInGrowing) % kLargest;
+    const auto block = static_cast<std::size_t>(std::bit_width(at / kFirst + 1)) - 1;
+    return kFirst * ((std::size_t{2} << block) - 1) - at;
+  }
+
   template <bool isConst>
   class Iterator {
    public:
@@ -141,20 +148,39 @@ class ChunkedList {
     using List = std::conditional_t<isConst, const ChunkedList, ChunkedList>;
 
     Iterator() = default;
-    Iterator(List* list, std::size_t at) : list_(list), at_(at) {}
+    Iterator(List* list, std::size_t at) : list_(list), at_(at) { seek(); }
     template <bool isOtherConst>
     requires(isConst && !isOtherConst) Iterator(const Iterator<isOtherConst>& other)
-        : list_(other.list_), at_(other.at_) {}
+        : list_(other.list_), at_(other.at_), place_(other.place_), left_(other.left_) {}
 
-    reference operator*() const { return (*list_)[at_]; }
-    pointer operator->() const { return &(*list_)[at_]; }
+    // It had no place at the end of the list, and may have one by now.
+    reference operator*() const { return left_ != 0 ? *place_ : (*list_)[at_]; }
+    pointer operator->() const { return &**this; }
     reference operator[](difference_type by) const { return *(*this + by); }
-    Iterator& operator++() { return ++at_, *this; }
-    Iterator operator++(int) { return {list_, at_++}; }
-    Iterator& operator--() { return --at_, *this; }
-    Iterator operator--(int) { return {list_, at_--}; }
+    Iterator& operator++() {
+      ++at_;
+      if (left_ > 1) {
+        ++place_;
+        --left_;
+      } else {
+        seek();
+      }
+      return *this;
+    }
+    Iterator operator++(int) {
+      const Iterator before = *this;
+      ++*this;
+      return before;
+    }
+    Iterator& operator--() { return *this += -1; }
+    Iterator operator--(int) {
+      const Iterator before = *this;
+      --*this;
+      return before;
+    }
     Iterator& operator+=(difference_type by) {
       at_ += static_cast<std::size_t>(by);
+      seek();
       return *this;
     }
     Iterator& operator-=(difference_type by) { return *this += -by; }
@@ -170,8 +196,16 @@ class ChunkedList {
    private:
     friend Iterator<true>;
 
+    /// Finds its place anew: at the begin of a block, and where it jumped.
+    void seek() {
+      left_ = at_ < list_->size_ ? leftOf(at_) : 0;
+      place_ = left_ == 0 ? nullptr : placeOf(*list_, at_);
+    }
+
     List* list_ = nullptr;
     std::size_t at_ = 0;
+    pointer place_ = nullptr;
+    std::size_t left_ = 0;  ///< Places of its block from there on; 0: it has none.
   };
 
   std::vector<std::vector<T>> blocks_;

@@ -73,6 +73,40 @@ TEST(ChunkedList, shouldServeAlgorithmsThatJump) {
   EXPECT_EQ(std::reverse_iterator(list.cbegin()), list.rend());
 }
 
+TEST(ChunkedList, shouldBeWalkedThroughInStepsOfEitherDirectionAndLength) {
+  ChunkedList<int> list;
+  for (int i = 0; i < 200'000; ++i) list.push_back(i);
+  int next = 0;
+  for (auto at = list.cbegin(); at != list.cend(); ++at) ASSERT_EQ(*at, next++);
+  auto back = list.end();
+  while (back != list.begin()) ASSERT_EQ(*--back, --next);
+  // The ends of blocks are at 1,024 and twice as far each time, later by 65,536.
+  for (const int border : {1'024, 3'072, 7'168, 64'512, 130'048, 195'584}) {
+    auto at = list.begin() + (border - 2);
+    for (const int step : {1, 1, 1, -1, -1, -1, 1, 2, -2}) {
+      const auto before = at;
+      if (step == 1)
+        EXPECT_EQ(at++, before);
+      else if (step == -1)
+        EXPECT_EQ(at--, before);
+      else
+        at += step;
+      ASSERT_EQ(*at, *before + step) << border;
+    }
+  }
+}
+
+TEST(ChunkedList, shouldBeWalkedOnThroughWhatIsAddedMeanwhile) {
+  ChunkedList<int> list{0};
+  auto at = list.begin();
+  for (int i = 1; i < 5'000; ++i) {
+    ++at;
+    EXPECT_EQ(at, list.end());
+    list.push_back(i);
+    ASSERT_EQ(*at, i);
+  }
+}
+
 TEST(ChunkedList, shouldBeEmptyWhereNothingWasAddedOrAllWasCleared) {
   ChunkedList<Large> list;
   EXPECT_TRUE(list.empty());
