@@ -25,8 +25,8 @@ ORVANE_API void makeReady(void* memory, std::size_t bytes) noexcept;
 /// Elements one after the other, which stay where they are while others are added behind them; in
 /// blocks, the first ones small, of up to some hundred kilobytes. A deque of the standard library
 /// has a block for each record that is larger than half a kilobyte. Iterators are of the list:
-/// those of one that was moved from are of no use. Not thread-safe; any thread may read what nobody
-/// writes to.
+/// those of one that was moved from, cleared or assigned to are of no use. Not thread-safe; any
+/// thread may read what nobody writes to.
 template <typename T>
 class ChunkedList {
   static_assert(!std::is_same_v<T, bool>, "a vector of bool has no elements of its own");
@@ -198,7 +198,7 @@ class ChunkedList {
 
     /// Finds its place anew: at the begin of a block, and where it jumped.
     void seek() {
-      left_ = at_ < list_->size_ ? leftOf(at_) : 0;
+      left_ = list_ != nullptr && at_ < list_->size_ ? leftOf(at_) : 0;
       place_ = left_ == 0 ? nullptr : placeOf(*list_, at_);
     }
 

@@ -74,7 +74,7 @@ CsvRows::CsvRows(const std::string& file, std::string_view text, char delimiter,
     : file_(file),
       text_(text),
       delimiter_(delimiter),
-      delimitsNumbers_(delimitsNumbers(delimiter)),
+      delimitsNumbers_(std::string_view("0123456789.-").find(delimiter) == std::string_view::npos),
       line_(linesBefore) {}
 
 bool CsvRows::takeLine(std::string_view& line) {

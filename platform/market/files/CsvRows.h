@@ -80,11 +80,6 @@ class CsvRows {
   std::deque<std::string> unquoted_;  ///< Fields of the row that had doubled quotes.
 };
 
-/// Whether a delimiter is no part of a number, so that it ends one.
-inline bool delimitsNumbers(char delimiter) {
-  return std::string_view("0123456789.-").find(delimiter) == std::string_view::npos;
-}
-
 /// The delimiter that the first lines of a text have in common: one of , ; tab | or, if there is
 /// none of them, a blank.
 char detectDelimiter(std::string_view text);

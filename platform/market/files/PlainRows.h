@@ -22,15 +22,17 @@ class PlainRows {
   /// No row is plain.
   PlainRows() = default;
   /// The rows of a table, and which of its columns are read with which parser; a column below 0 is
-  /// none. No row is plain if two parsers want one column, or if it takes more than numbers and a
-  /// moment to tell what a row means.
+  /// none. No row is plain if two parsers want one column, if it takes more than numbers and a
+  /// moment to tell what a row means, or if the delimiter is none of the usual ones.
   PlainRows(const Table& table,
             std::initializer_list<std::pair<int, const NumberParser*>> numberColumns);
 
-  bool canBe() const { return !columns_.empty(); }
+  /// Whether it is worth a try. Where most rows turned out not to be plain, it is not.
+  bool canBe() const { return !columns_.empty() && missed_ <= taken_ + kMostMissed; }
 
   /// Reads the row that a text begins with. Answers its length with the end of its line; 0 if it is
-  /// not plain, `time` and the numbers are of no use then. `times` has read the row before.
+  /// not plain, `time` and the numbers are of no use then. A date that `times` has read in a row
+  /// before is the only one that it takes.
   std::size_t take(std::string_view text, TimeParser& times, std::int64_t notBefore, RowTime& time);
 
   /// Of the row that was taken; 0 for a column that is none.
@@ -45,12 +47,16 @@ class PlainRows {
     NumberParser parser;
   };
 
-  const char* takeField(std::size_t at, const char* begin, const char* end, char behind,
-                        TimeParser& times, std::int64_t notBefore, RowTime& time);
+  static constexpr std::size_t kMostMissed = 64;
+
+  std::size_t look(std::string_view text, TimeParser& times, std::int64_t notBefore, RowTime& time);
+  const char* takeField(std::size_t at, const char* begin, const char* end, TimeParser& times,
+                        std::int64_t notBefore, RowTime& time);
 
   char delimiter_ = ',';
   std::vector<Column> columns_;
   std::vector<double> numbers_;  ///< By column.
+  std::size_t taken_ = 0, missed_ = 0;
 };
 
 }  // namespace orvane::detail

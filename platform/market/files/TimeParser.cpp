@@ -278,6 +278,7 @@ bool TimeParser::parseText(int column, std::string_view text, Cached& cache, Mom
     cache.prefix.assign(text.substr(0, out.datePart));
     cache.day = out.day;
     cache.endsInDigit = cache.prefix.back() >= '0' && cache.prefix.back() <= '9';
+    cache.isPlain = !cache.endsInDigit && cache.prefix.find_first_of(",;|\t\"") == text.npos;
     // A date of digits in front of more of them is no prefix that stands for itself.
     cache.hasDate = !cache.endsInDigit || text.size() == cache.prefix.size();
   }
@@ -358,23 +359,24 @@ bool TimeParser::parse(std::span<const CsvField> fields, std::int64_t notBefore,
          (columns_.until < 0 || parseUntil(field(columns_.until), out));
 }
 
-bool TimeParser::mayBePlain() const {
-  return columns_.moment >= 0 && columns_.millis < 0 && columns_.tradingDay < 0 &&
-         columns_.until < 0 &&
-         (momentFormat_ == TimeFormat::Text || momentFormat_ == TimeFormat::Auto);
+int TimeParser::plainColumn() const {
+  const bool isAlone = columns_.millis < 0 && columns_.tradingDay < 0 && columns_.until < 0;
+  const bool isText = momentFormat_ == TimeFormat::Text || momentFormat_ == TimeFormat::Auto;
+  return isAlone && isText ? columns_.moment : -1;
 }
 
-const char* TimeParser::takePlain(const char* at, const char* end, char behind,
+const char* TimeParser::takePlain(const char* at, const char* end, char delimiter,
                                   std::int64_t notBefore, RowTime& out) {
   constexpr std::ptrdiff_t kShort = 5, kLong = 8;
   const Cached& cache = momentCache_;
   const auto prefix = static_cast<std::ptrdiff_t>(cache.prefix.size());
-  if (!cache.hasDate || cache.endsInDigit || end - at <= prefix + kLong ||
+  if (!cache.hasDate || !cache.isPlain || end - at <= prefix + kLong ||
       cache.prefix.size() + kLong > kMostMomentBytes ||
       std::memcmp(at, cache.prefix.data(), cache.prefix.size()) != 0)
     return nullptr;
   at += prefix;
-  const std::ptrdiff_t length = at[kLong] == behind ? kLong : at[kShort] == behind ? kShort : 0;
+  const auto ends = [delimiter](char c) { return c == delimiter || c == '\n' || c == '\r'; };
+  const std::ptrdiff_t length = ends(at[kShort]) ? kShort : ends(at[kLong]) ? kLong : 0;
   std::int64_t msOfDay = 0;
   if (length == 0 || !parsePlainClock({at, static_cast<std::size_t>(length)}, msOfDay))
     return nullptr;

@@ -51,12 +51,12 @@ class TimeParser {
   /// local time that occurs twice the one not before `notBefore` is taken.
   bool parse(std::span<const CsvField> fields, std::int64_t notBefore, RowTime& out);
 
-  /// Whether moments may be plain: each row has one, in a single column of texts, and no more.
-  bool mayBePlain() const;
+  /// The column that tells all of a row's time, as texts; -1: there is none.
+  int plainColumn() const;
   /// Takes a moment from the front of a text if it is the date of the row before and "09:30" or
-  /// "09:30:00", with `behind` after it, which is no part of those. Answers where it ends; null for
-  /// every other.
-  const char* takePlain(const char* at, const char* end, char behind, std::int64_t notBefore,
+  /// "09:30:00", and `delimiter`, one of , ; | and tab, or the end of the line stands behind it.
+  /// Answers where it ends; null for every other.
+  const char* takePlain(const char* at, const char* end, char delimiter, std::int64_t notBefore,
                         RowTime& out);
 
   int errorColumn() const { return errorColumn_; }
@@ -70,6 +70,7 @@ class TimeParser {
     std::int64_t day = 0;
     bool hasDate = false;
     bool endsInDigit = false;  ///< More digits behind it would be of the date.
+    bool isPlain = false;      ///< No delimiter in it, and no digit at its end.
   };
 
   TimeFormat formatOf(int column, bool timeOfDay, const SampleRows& samples) const;

@@ -38,6 +38,26 @@ TEST_F(DispatchTest, shouldDeliverBarsOfADrawnIdWithTheSubscriptionsCodeAndFrequ
   EXPECT_THAT(script->calls(), ElementsAre("onBarSeries IF#7 1m [1,2,] status=4/s 16"));
 }
 
+TEST_F(DispatchTest, shouldDeliverEachBatchWithItsOwnCodeAndFrequencyWhenSubscriptionsTakeTurns) {
+  // Codes of one id and different texts are one code; what is delivered is the subscription's.
+  const int first = plainBars(7, "1m");
+  const int second = plainBars(7, "15m");
+  context().subscribeKline(101, codeOf(7, "IF2"), "1m", 1, 2, 0, 0);
+  context().subscribeKline(102, ICodeID{7, 3, 1, "IF2"}, "1m", 1, 2, 0, 0);
+  for (const int id : {first, second, first, 101, 102, 101, first, second}) {
+    quotes().onKLine(id, codeOf(7), {barOf(id)}, {}, 0);
+    pool.runAll();
+  }
+  const auto bar = [](int id) { return " [" + std::to_string(id) + ",] status=0/ 0"; };
+  EXPECT_THAT(
+      script->calls(),
+      ElementsAre("onBarSeries IF#7 1m" + bar(first), "onBarSeries IF#7 15m" + bar(second),
+                  "onBarSeries IF#7 1m" + bar(first), "onBarSeriesById 101 IF2#7 1m" + bar(101),
+                  "onBarSeriesById 102 IF2#7 1m" + bar(102),
+                  "onBarSeriesById 101 IF2#7 1m" + bar(101), "onBarSeries IF#7 1m" + bar(first),
+                  "onBarSeries IF#7 15m" + bar(second)));
+}
+
 TEST_F(DispatchTest, shouldDeliverTicksOfADrawnIdInThePlainForm) {
   const int id = plainBars(7, "tick");
   quotes().onTick(id, codeOf(999), {quoteOf(7, 5)}, {}, 3);
@@ -269,6 +289,21 @@ TEST_F(DispatchTest, shouldResolveAKlineRequestInTheCallersTableFirst) {
   EXPECT_EQ(frequency, "2m");
   EXPECT_TRUE(byCaller);
   EXPECT_FALSE(user.resolveKlineRequest(id + 1000, code, frequency, byCaller));
+}
+
+TEST_F(DispatchTest, shouldResolveAKlineRequestToAllOfItsCodeWhateverStoodThereBefore) {
+  UserContext& user = TestAccess::context(*runner);
+  user.subscribeKline(101, ICodeID{7, 2, 1, "A"}, "1m", 1, 2, 0, 0);
+  const ICodeID others[] = {{8, 2, 1, "A"}, {7, 3, 1, "A"}, {7, 2, 4, "A"}, {7, 2, 1, "B"}};
+  for (const ICodeID& other : others) {
+    ICodeID code = other;
+    std::string frequency = "2m";
+    bool byCaller = false;
+    EXPECT_TRUE(user.resolveKlineRequest(101, code, frequency, byCaller));
+    EXPECT_EQ(std::tuple(code.id, code.kind, code.market, code.code),
+              std::tuple(7, 2, 1, std::string("A")));
+    EXPECT_EQ(frequency, "1m");
+  }
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -31,9 +32,10 @@ struct PlainRow {
 
 /// Everything that loading bars tells, as one text; or the error.
 std::string plainBarsAsText(const DataFolder& folder, const std::string& text,
-                            const char* description) {
+                            const char* description,
+                            std::size_t chunkBytes = std::size_t{1} << 30) {
   auto request = requestOf({folder.write("x.csv", text)}, description);
-  request.pace = {1, std::size_t{1} << 30};
+  request.pace = {chunkBytes < 1000 ? 2 : 1, chunkBytes};
   std::string all;
   const std::string error = messageOf(
       [&] {
@@ -55,9 +57,10 @@ void expectBothAlike(const std::string& header, const std::vector<PlainRow>& row
   std::string plain = header + "\n", quoted = plain;
   for (const PlainRow& row : rows) plain += row.plain(), quoted += row.quoted();
   const DataFolder folder;
-  ASSERT_EQ(plainBarsAsText(folder, plain, description),
-            plainBarsAsText(folder, quoted, description))
-      << plain;
+  const std::string expected = plainBarsAsText(folder, quoted, description);
+  ASSERT_EQ(plainBarsAsText(folder, plain, description), expected) << plain;
+  // Also in parts of a few rows.
+  ASSERT_EQ(plainBarsAsText(folder, plain, description, 300), expected) << plain;
 }
 
 const std::string kPlainHeader = "datetime,open,high,low,close,volume";
@@ -185,6 +188,80 @@ TEST(PlainRows, shouldBeTheSameWhereALineEndsInAColumnThatNobodyReads) {
                         "datetime,remark,open,high,low,close,volume", ",abc,2,3,1,2,5");
 }
 
+TEST(PlainRows, shouldNotTakeMoreFieldsThanThereAreColumns) {
+  for (const char* const behind :
+       {",2,3,1,2,5,a,b,c\n", ",2,3,1,2,5,a,\n", ",2,3,1,2,5,a,,\n", ",2,3,1,2,5,,\r\n",
+        ",2,3,1,2,5,a,2021-11-07 09:03:00,2,3,1,2,5,b\n"})
+    expectBothAlikeAround({"", "2021-11-07 09:02:00", behind}, kPlainHeader + ",remark",
+                          ",2,3,1,2,5,abc");
+}
+
+TEST(PlainRows, shouldNotTakeLinesThatAreNoRows) {
+  const std::string head = "index,datetime,open,high,low,close,volume\n";
+  std::string text = head, without = head;
+  for (int minute = 0; minute < 50; ++minute) {
+    char row[64];
+    std::snprintf(row, sizeof(row), "%d,2021-11-07 09:%02d:00,2,3,1,2,5\n", minute, minute);
+    const char* const mark = minute == 20 ? "#" : minute == 30 ? "  #" : minute == 40 ? "\t#" : "";
+    text += mark + std::string(row);
+    if (*mark == 0) without += row;
+  }
+  EXPECT_EQ(barsOf(text, kOfMinutes).series.bars.size(), 47U);
+  EXPECT_EQ(barsOf(text, kOfMinutes).series.bars, barsOf(without, kOfMinutes).series.bars);
+}
+
+TEST(PlainRows, shouldNotTakeADelimiterForAPartOfTheDate) {
+  const std::string row = "Jan 6, 2013 09:31:00,2,3,1,2,5\n";
+  EXPECT_EQ(barError(kPlainHeader + "\n\"Jan 6, 2013 09:30:00\",2,3,1,2,5\n" + row, kOfMinutes),
+            "x.csv:3: 7 fields, but there are 6 columns; \"5\" is too much");
+}
+
+TEST(PlainRows, shouldReadTheMomentWhereItReallyStands) {
+  // The column of times holds all of it, also of days before 1970.
+  for (const bool isNewestFirst : {false, true}) {
+    std::vector<std::string> rows;
+    for (int minute = 0; minute < 50; ++minute) {
+      char row[80];
+      std::snprintf(row, sizeof(row), "1969-11-07,1969-11-07 09:%02d:00,2,3,1,2,5\n", minute);
+      rows.emplace_back(row);
+    }
+    if (isNewestFirst) std::reverse(rows.begin(), rows.end());
+    std::string text = "date,time,open,high,low,close,volume\n";
+    for (const std::string& row : rows) text += row;
+    const auto bars = barsOf(text).series.bars;
+    ASSERT_EQ(bars.size(), 50U);
+    for (std::size_t i = 1; i < bars.size(); ++i)
+      EXPECT_EQ(bars[i].words[0] - bars[i - 1].words[0], 60'000);
+    EXPECT_EQ(bars[0].words[0], -55 * kDay + 9 * kHour);
+  }
+}
+
+TEST(PlainRows, shouldTellFaultsAndReadOnWhereFaultsArePassedOver) {
+  std::string plain = kPlainHeader + "\n", quoted = plain;
+  for (int minute = 0; minute < 50; ++minute) {
+    char moment[32];
+    std::snprintf(moment, sizeof(moment), "2021-11-07 09:%02d:00", minute);
+    const char* const numbers = minute == 20   ? ",2,3,1,x,5\n"
+                                : minute == 30 ? ",2,1,3,2,5\n"
+                                : minute == 40 ? ",2,3,1,2\n"
+                                               : ",2,3,1,2,5\n";
+    plain += moment + std::string(numbers);
+    quoted += '"' + std::string(moment) + '"' + numbers;
+  }
+  const DataFolder folder;
+  const auto faultsOf = [&](const std::string& text) {
+    auto request = requestOf({folder.write("x.csv", text)}, kOfMinutes);
+    std::vector<std::string> faults;
+    request.onFault = [&](const std::string& fault) { faults.push_back(fault); };
+    faults.push_back(std::to_string(loadBars(request).at(0).series.bars.size()));
+    return faults;
+  };
+  const std::vector<std::string> faults = faultsOf(plain);
+  EXPECT_EQ(faults, faultsOf(quoted));
+  ASSERT_EQ(faults.size(), 4U);
+  EXPECT_EQ(faults[3], "47");
+}
+
 TEST(PlainRows, shouldBeTheSameWhereTheMomentStandsLast) {
   const auto row = [](const std::string& moment, const std::string& end) {
     return PlainRow{"2,3,1,2,5,", moment, end};
@@ -239,7 +316,7 @@ TEST(PlainRows, shouldBeTheSameWithAnotherPointAndAnotherStep) {
 }
 
 /// Rows of minutes, mostly plain, with something else here and there.
-std::vector<PlainRow> randomPlainRows(std::mt19937_64& random) {
+std::vector<PlainRow> randomPlainRows(std::mt19937_64& random, bool hasRemark) {
   const auto below = [&](int count) {
     return static_cast<int>(random() % static_cast<unsigned>(count));
   };
@@ -266,8 +343,11 @@ std::vector<PlainRow> randomPlainRows(std::mt19937_64& random) {
       else
         behind += kNumbers[below(10)];
     }
+    if (hasRemark) behind += below(30) == 0 ? ",\"a,b\"" : below(30) == 0 ? ",a,b" : ",abc";
+    if (below(30) == 0) behind += ',';
     rows.push_back({"", moment, behind + (below(10) == 0 ? "\r\n" : "\n")});
   }
+  if (below(4) == 0) std::reverse(rows.begin(), rows.end());
   return rows;
 }
 
@@ -280,7 +360,9 @@ TEST(PlainRows, shouldBeTheSameOnRandomRows) {
     static constexpr const char* kDescriptions[] = {
         R"({"period": "1min"})", R"({"period": "1min", "tolerant": true, "skipEmpty": true})",
         R"({"timeZone": "America/New_York", "stamp": "end", "period": "1min"})"};
-    expectBothAlike(kPlainHeader, randomPlainRows(random), kDescriptions[random() % 3]);
+    const bool hasRemark = random() % 2 == 0;
+    expectBothAlike(kPlainHeader + (hasRemark ? ",remark" : ""), randomPlainRows(random, hasRemark),
+                    kDescriptions[random() % 3]);
     if (testing::Test::HasFatalFailure()) return;
   }
 }
@@ -308,10 +390,35 @@ std::size_t plainRowsTaken(const std::string& text, const char* description = "{
   return taken;
 }
 
+TEST(PlainRows, shouldTakeNoRowsAnyMoreWhereMostAreNotPlain) {
+  const DataFolder folder;
+  std::string text = kPlainHeader + "\n";
+  for (int minute = 0; minute < 60; ++minute) text += "2021-11-07 09:00:00,2,3,1, 2,5\n";
+  const auto request = requestOf({folder.write("x.csv", text)});
+  const detail::Description read = detail::readDescription(request.description);
+  const detail::Table table(request.paths[0], read, true);
+  const detail::NumberParser parser;
+  detail::PlainRows quick(table, {{table.map().close, &parser}});
+  detail::TableRows rows(table, table.data(), 0);
+  ASSERT_TRUE(rows.next());
+  detail::RowTime time = rows.time(INT64_MIN);
+  int tries = 0;
+  for (; quick.canBe() && tries < 1000; ++tries)
+    EXPECT_EQ(rows.lookPlain(quick, INT64_MIN, time), 0U);
+  EXPECT_EQ(tries, 65);
+}
+
 TEST(PlainRows, shouldTakePlainRows) {
   const std::string head = kPlainHeader + "\n2021-11-07 09:00:00,2,3,1,2,5\n";
   const std::string good = "2021-11-07 09:01:00,2.00,3,1,2,5\n";
   EXPECT_EQ(plainRowsTaken(head + good + "2021-11-07 09:02,2,3,1,2.0,5\r\n" + good), 3U);
+  EXPECT_EQ(plainRowsTaken(head + "2021-11-07 09:02,22,33,11,2,5,\n" + good), 2U);
+  EXPECT_EQ(plainRowsTaken("open,high,low,close,volume,datetime\n2,3,1,2,5,2021-11-07 09:00:00\n"
+                           "2,3,1,2,5,2021-11-07 09:01\r\n2,3,1,2,5,2021-11-07 09:02:00\n"),
+            2U);
+  EXPECT_EQ(plainRowsTaken(kPlainHeader + ",remark\n2021-11-07 09:00:00,2,3,1,2,5,a\n"
+                                          "2021-11-07 09:01:00,2,3,1,2,5,\r\n"),
+            1U);
   EXPECT_EQ(plainRowsTaken(head + good + "\n" + good), 1U);
   EXPECT_EQ(plainRowsTaken(head + "2021-11-08 09:01:00,2,3,1,2,5\n" + good), 0U);
   EXPECT_EQ(plainRowsTaken(head + good, R"({"decimalPoint": ","})"), 0U);

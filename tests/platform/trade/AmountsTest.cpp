@@ -109,6 +109,33 @@ TEST(Amounts, shouldMultiplyWithoutRounding) {
   EXPECT_EQ(text(*turnover), "0.0310248");
 }
 
+TEST(Amounts, shouldMultiplyAlikeOnBothSidesOfWhereItMustBeChecked) {
+  // Checked from 2^102 before the multiplier on, and from a multiplier of 2^24 on.
+  constexpr int64 kRoot = int64{1} << 51;
+  for (const int64 price : {kRoot - 1, kRoot, kRoot + 1, -kRoot - 1, -kRoot, -kRoot + 1,
+                            std::numeric_limits<int64>::max(), std::numeric_limits<int64>::min()}) {
+    for (const int64 volume : {kRoot - 1, kRoot, kRoot + 1, int64{1}, int64{0}}) {
+      for (const int64 multiplier : {0, 1, (1 << 24) - 1, 1 << 24, (1 << 24) + 1, -1, -(1 << 24)}) {
+        Int128 expected = 0;
+        const bool fits =
+            !__builtin_mul_overflow(Int128{price} * volume, Int128{multiplier}, &expected);
+        const auto turnover = turnoverOf(Price{price}, Volume{volume}, Multiplier{multiplier});
+        ASSERT_EQ(turnover.has_value(), fits) << price << " " << volume << " " << multiplier;
+        ASSERT_TRUE(!fits || turnover->units == expected) << price << " " << volume;
+      }
+    }
+  }
+}
+
+TEST(Amounts, shouldTurnIntoTheNearestDoubleOnBothSidesOfWhatIsExact) {
+  constexpr int64 kExact = int64{1} << 53;
+  for (const int64 units : {kExact - 1, kExact, kExact + 1, kExact + 2, kExact + 3}) {
+    const std::string decimal = text(Price{units});
+    EXPECT_EQ(toDouble(Price{units}), std::strtod(decimal.c_str(), nullptr)) << decimal;
+    EXPECT_EQ(toDouble(Price{-units}), -toDouble(Price{units})) << decimal;
+  }
+}
+
 TEST(Amounts, shouldRefuseWhatDoesNotFit) {
   EXPECT_FALSE(turnoverOf(Price{std::numeric_limits<int64>::max()},
                           Volume{std::numeric_limits<int64>::max()}, Multiplier{10'000}));
