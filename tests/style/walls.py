@@ -31,7 +31,8 @@ CONTRACT = {"EventStrategy/AbstractEventStrategy.h",
             "EventStrategy/IEvent.h",
             "EventStrategy/IQuoteSrc.h",
             "EventStrategy/ov.strategy.runner/IContext.h",
-            "EventStrategy/ov.strategy.runner/IStrategy.h"}
+            "EventStrategy/ov.strategy.runner/IStrategy.h",
+            "EventStrategy/ov.strategy.runner/StrategyLog.h"}
 INCLUDE = re.compile(r'^\s*#\s*include\s*[<"]([^>"]+)[>"]')
 
 

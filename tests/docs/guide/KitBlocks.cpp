@@ -53,7 +53,8 @@ class MyStrategy : public orvane::Strategy {
       highs_.add(bar.high());
       atr_.add(bar);  // a KLineView
       breaks_ += breaksOut ? 1 : 0;
-      if (orvane::isStrategyLogged(orvane::StrategyLogLevel::Debug)) context->logDebug(fullState(), true);
+      if (orvane::isStrategyLogged(orvane::StrategyLogLevel::Debug))
+        context->logDebug(fullState(), true);
       if (++seen_ != 2) continue;
       if (mode_ == "both")
         trade(context, code);
