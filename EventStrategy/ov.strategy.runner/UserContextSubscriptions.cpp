@@ -200,8 +200,8 @@ bool UserContext::resolveKlineRequest(int requestId, ICodeID& code, std::string&
     it = klineRequests_.find(requestId);
     if (it == klineRequests_.end()) return false;
   }
-  // Mostly both are what they were for the last bars. Texts that are written anew each time are
-  // waited for by whoever compares them next.
+  // Mostly both are what they were for the last bars, and to see that takes less than to write them
+  // anew.
   const KlineRequestKey& asked = it->second;
   if (code.id != asked.code.id || code.kind != asked.code.kind ||
       code.market != asked.code.market || code.code != asked.code.code)
