@@ -162,18 +162,12 @@ class BarReader {
     if (!isRange(prices) || volume < 0 || turnover < 0 || openInterest < 0) return false;
     rows_->pass(length);
     noteDistance(part, previous, time.utcMs);
-    part.datesOnly = false;
-    part.midnights = part.midnights && time.midnight;
     // Written where it stays.
     part.bars.resizeForWriting(part.bars.size() + 1);
     part.bars.back() = {};
     KLineWriter writer(part.bars.back());
-    write(writer, prices);
-    writer.set(kline::Volume, volume);
-    writer.set(kline::Turnover, turnover);
-    writer.set(kline::OpenInterest, openInterest);
-    writer.setTimes(time.utcMs, time.day);
-    writer.setDayAndFlags(0, 0);
+    write(writer, prices, volume, turnover, openInterest);
+    setTime(part, writer, time, 0);
     return true;
   }
 
@@ -200,11 +194,15 @@ class BarReader {
     if (hasPrevious && !mayFollow(table_, previous, time.utcMs, true))
       failOrder(*rows_, previous, time.utcMs);
     if (hasPrevious) noteDistance(part, previous, time.utcMs);
+    setTime(part, writer, time, flags);
+    part.bars.push_back(bar);
+  }
+
+  void setTime(BarPart& part, KLineWriter& writer, const RowTime& time, int flags) const {
     part.datesOnly = part.datesOnly && time.dateOnly;
     part.midnights = part.midnights && time.midnight;
     writer.setTimes(time.utcMs, map_.isWhole ? time.untilMs : time.day);
     writer.setDayAndFlags(time.tradingDay, flags);
-    part.bars.push_back(bar);
   }
 
   double price(int column) {
@@ -275,14 +273,21 @@ class BarReader {
     writer.set(kline::Close, prices.close);
   }
 
+  static void write(KLineWriter& writer, const Prices& prices, double volume, double turnover,
+                    double openInterest) {
+    write(writer, prices);
+    writer.set(kline::Volume, volume);
+    writer.set(kline::Turnover, turnover);
+    writer.set(kline::OpenInterest, openInterest);
+  }
+
   /// The flags, or -1 if the row has no price.
   int readTrade(KLineWriter& writer) {
     const Prices prices = readPrices({map_.open, map_.high, map_.low, map_.close});
     if (!prices.there) return -1;
-    write(writer, prices);
-    writer.set(kline::Volume, amount(volume_, map_.volume));
-    writer.set(kline::Turnover, amount(turnover_, map_.turnover));
-    writer.set(kline::OpenInterest, amount(volume_, map_.openInterest));
+    const double volume = amount(volume_, map_.volume);
+    const double turnover = amount(turnover_, map_.turnover);
+    write(writer, prices, volume, turnover, amount(volume_, map_.openInterest));
     return 0;
   }
 
