@@ -41,6 +41,7 @@ class NumberParser {
   NumberParser(NumberFormat format, int shift, DecimalStep step)
       : format_(format),
         isPlain_(format.decimalPoint == '.' && format.thousands == 0),
+        isPlainest_(isPlain_ && shift == 0 && step.mantissa == 0),
         shift_(shift),
         step_(step) {}
 
@@ -57,7 +58,13 @@ class NumberParser {
 
   /// The same of a text that has been taken apart; false also where only the text will do.
   bool parse(const ShortDecimal& number, double& out) const {
-    return isPlain_ && number.digits != 0 && exactly(number, out);
+    if (!isPlainest_ || number.digits > kTrueDigits || number.digits == 0)
+      return isPlain_ && number.digits != 0 && exactly(number, out);
+    // What `exactly` comes to where nothing is shifted and nothing is to be cleaned.
+    const double value = static_cast<double>(static_cast<std::int64_t>(number.mantissa)) /
+                         kPowersOfTen[number.decimals];
+    out = number.mantissa == 0 || !number.isNegative ? value : -value;
+    return true;
   }
 
  private:
@@ -91,6 +98,7 @@ class NumberParser {
 
   NumberFormat format_;
   bool isPlain_ = true;
+  bool isPlainest_ = true;  ///< And neither shifts nor has a step.
   bool keepsAll_ = false;
   int shift_ = 0;
   DecimalStep step_;

@@ -10,7 +10,18 @@ namespace {
 /// Those that no number, date or time of day has in it.
 bool isUsualDelimiter(char c) { return c == ',' || c == ';' || c == '\t' || c == '|'; }
 
-/// The end of a field that nobody reads; null if it has a quote.
+// These answer where a field ends, and null if it is not plain. What stands behind it is the
+// caller's to look at.
+
+/// Whatever stands behind a number ends it, also where the line does.
+inline const char* takeNumber(const NumberParser& parser, const char* at, const char* end,
+                              double& value) {
+  ShortDecimal number;
+  const char* const next = takeShortDecimal(at, end, end, number);
+  return parser.parse(number, value) ? next : nullptr;
+}
+
+/// A field that nobody reads; one with a quote is not plain.
 const char* passOver(const char* at, const char* end, char delimiter) {
   for (; at != end && *at != delimiter && *at != '\n' && *at != '\r'; ++at)
     if (*at == '"') return nullptr;
@@ -53,34 +64,25 @@ std::size_t PlainRows::look(std::string_view text, TimeParser& times, std::int64
   const char* const end = at + text.size();
   // Lines that are no rows begin like that.
   if (at == end || *at == '#' || *at == ' ' || *at == '\t') return 0;
-  const std::size_t last = columns_.size() - 1;
-  for (std::size_t i = 0; i < last; ++i) {
-    at = takeField(i, at, end, times, notBefore, time);
-    if (at == nullptr || at == end || *at != delimiter_) return 0;
+  double* number = numbers_.data();
+  for (auto column = columns_.begin();;) {
+    if (column->kind == Kind::Number)
+      at = takeNumber(column->parser, at, end, *number);
+    else if (column->kind == Kind::Moment)
+      at = times.takePlain(at, end, delimiter_, notBefore, time);
+    else
+      at = passOver(at, end, delimiter_);
+    if (at == nullptr) return 0;
+    if (++column == columns_.end()) break;
+    if (at == end || *at != delimiter_) return 0;
     ++at;
+    ++number;
   }
-  at = takeField(last, at, end, times, notBefore, time);
-  if (at == nullptr) return 0;
   // One more may stand at the end of the line.
   if (at != end && *at == delimiter_) ++at;
   if (at != end && *at == '\r') ++at;
   if (at == end || *at != '\n') return 0;
   return static_cast<std::size_t>(at + 1 - text.data());
-}
-
-/// Answers where the field ends; null if it is not plain. What stands behind it is the caller's to
-/// look at.
-inline const char* PlainRows::takeField(std::size_t at, const char* begin, const char* end,
-                                        TimeParser& times, std::int64_t notBefore, RowTime& time) {
-  const Column& column = columns_[at];
-  if (column.kind == Kind::Number) {
-    // Whatever stands behind a number ends it, also where the line does.
-    ShortDecimal number;
-    const char* const next = takeShortDecimal(begin, end, end, number);
-    return column.parser.parse(number, numbers_[at]) ? next : nullptr;
-  }
-  if (column.kind == Kind::Moment) return times.takePlain(begin, end, delimiter_, notBefore, time);
-  return passOver(begin, end, delimiter_);
 }
 
 }  // namespace orvane::detail

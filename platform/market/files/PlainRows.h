@@ -50,8 +50,6 @@ class PlainRows {
   static constexpr std::size_t kMostMissed = 64;
 
   std::size_t look(std::string_view text, TimeParser& times, std::int64_t notBefore, RowTime& time);
-  const char* takeField(std::size_t at, const char* begin, const char* end, TimeParser& times,
-                        std::int64_t notBefore, RowTime& time);
 
   char delimiter_ = ',';
   std::vector<Column> columns_;

@@ -27,10 +27,19 @@ const char* takeLongerDecimal(const char* begin, const char* at, const char* end
 /// pieces is waited for.
 inline const char* takeShortDecimal(const char* const begin, const char* end, const char* readable,
                                     ShortDecimal& number) {
+  // In memory of its own, so that the quick way's number need not be in any.
+  const auto takeLonger = [&](const char* at) {
+    ShortDecimal longer;
+    const char* const next = takeLongerDecimal(begin, at, end, longer);
+    number.mantissa = longer.mantissa;
+    number.decimals = longer.decimals;
+    number.digits = longer.digits;
+    number.isNegative = longer.isNegative;
+    return next;
+  };
   const bool isNegative = begin != end && *begin == '-';
   const char* const at = begin + (isNegative ? 1 : 0);
-  if (std::endian::native != std::endian::little || readable - at < 8)
-    return takeLongerDecimal(begin, at, end, number);
+  if (std::endian::native != std::endian::little || readable - at < 8) return takeLonger(at);
   // Nearly all end within eight bytes, and are taken in one step.
   std::uint64_t bytes;
   std::memcpy(&bytes, at, 8);
@@ -38,12 +47,12 @@ inline const char* takeShortDecimal(const char* const begin, const char* end, co
   // The high bit of each byte that is no digit, up to the first such and, if that is a point, up to
   // the next one.
   std::uint64_t others = (bytes | (bytes + 0x7676767676767676U)) & 0x8080808080808080U;
-  if (others == 0) return takeLongerDecimal(begin, at, end, number);
+  if (others == 0) return takeLonger(at);
   auto length = static_cast<unsigned>(std::countr_zero(others)) / 8;
   unsigned digits = length, decimals = 0;
   if (at[length] == '.') {
     others &= others - 1;
-    if (others == 0) return takeLongerDecimal(begin, at, end, number);
+    if (others == 0) return takeLonger(at);
     const std::uint64_t before = (std::uint64_t{1} << (8 * length)) - 1;
     bytes = (bytes & before) | ((bytes >> 8) & ~before);  // Without the point.
     digits = static_cast<unsigned>(std::countr_zero(others)) / 8 - 1;

@@ -2,9 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <random>
+#include <string>
+
+#include "platform/market/files/ShortDecimal.h"
+#include "tests/support/RandomRuns.h"
 
 namespace orvane::detail {
 namespace {
@@ -28,6 +33,39 @@ TEST(NumberParser, shouldGiveTheNearestDoubleWhenTheTextIsADecimal) {
     if (random() % 8 == 0) text += "e" + std::to_string(static_cast<int>(random() % 40) - 20);
     ASSERT_EQ(read(text), std::strtod(text.c_str(), nullptr)) << text;
   }
+}
+
+TEST(NumberParser, shouldMakeOfATextTakenApartWhatItMakesOfTheText) {
+  const std::uint64_t seed = support::randomSeed();
+  SCOPED_TRACE("seed " + std::to_string(seed));
+  std::mt19937_64 random(seed);
+  const NumberParser plain({}, 0, {});
+  const NumberParser shifted({}, -4, {}), stepped({}, 0, {2, 1});
+  const auto expectSame = [](const NumberParser& parser, const std::string& text) {
+    ShortDecimal number;
+    takeShortDecimal(text.data(), text.data() + text.size(), text.data() + text.size(), number);
+    double apart = 0, whole = 0;
+    // What is left to the text is right in any case.
+    if (!parser.parse(number, apart)) return false;
+    EXPECT_TRUE(parser.parse(text, whole)) << text;
+    EXPECT_EQ(apart, whole) << text;
+    EXPECT_EQ(std::signbit(apart), std::signbit(whole)) << text;
+    return true;
+  };
+  for (int i = 0; i < 50'000; ++i) {
+    const std::size_t digits = 1 + random() % 17;
+    std::string text;
+    for (std::size_t k = 0; k < digits; ++k) text += static_cast<char>('0' + random() % 10);
+    if (random() % 8 == 0) std::ranges::fill(text, '0');
+    if (random() % 8 != 0) text.insert(random() % (text.size() + 1), ".");
+    if (random() % 4 == 0) text.insert(0, "-");
+    const bool isTaken = expectSame(plain, text);
+    EXPECT_TRUE(isTaken || digits > 15) << text;
+    for (const NumberParser& parser : {plain.exact(), shifted, shifted.exact(), stepped})
+      expectSame(parser, text);
+  }
+  EXPECT_FALSE(expectSame(NumberParser({',', 0}, 0, {}), "1.5"));
+  EXPECT_FALSE(expectSame(plain, "."));
 }
 
 TEST(NumberParser, shouldShiftThePointOfTheTextWhenPricesAreScaled) {
