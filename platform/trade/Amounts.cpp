@@ -82,7 +82,7 @@ std::optional<Number> nearest(double value) {
     return Few{static_cast<double>(powerOfTen(decimals)),
                static_cast<int64>(powerOfTen(kDecimals - decimals))};
   };
-  // Whoever has two decimals or none is met at once.
+  // Nearly all of two decimals or none were met before.
   constexpr std::array kFew{few(2), few(4), few(6), few(8)};
   for (const auto& [power, rest] : kFew) {
     const double moved = value * power;
@@ -223,8 +223,8 @@ std::optional<Money> moneyOf(std::string_view decimal) {
   return parse<Money, kMoneyDecimals>(decimal);
 }
 
-std::optional<Price> priceOf(double value) { return nearest<Price, 10>(value); }
-std::optional<Volume> volumeOf(double value) { return nearest<Volume, 8>(value); }
+std::optional<Price> anyPriceOf(double value) { return nearest<Price, 10>(value); }
+std::optional<Volume> anyVolumeOf(double value) { return nearest<Volume, 8>(value); }
 
 std::optional<Volume> marketVolumeOf(double value) {
   if (!(value > 0)) return std::nullopt;

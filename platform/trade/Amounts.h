@@ -48,10 +48,38 @@ std::optional<Multiplier> multiplierOf(std::string_view decimal);
 std::optional<Rate> rateOf(std::string_view decimal);
 std::optional<Money> moneyOf(std::string_view decimal);
 
+/// A double that stands for a decimal of at most two decimals, in units of 10^-kDecimals; empty if
+/// it has more of them, or is too large to tell at once.
+template <int kDecimals>
+std::optional<int64> ofFewDecimals(double value) {
+  // Below 10^15 the integer is the only one whose quotient is this double. Adding and taking off
+  // leaves no room for a fraction: rounded to the nearest integer without a call.
+  constexpr double kLargest = 9e8, kNoFraction = 3 * 0x1p51;
+  constexpr int64 kRest = [] {
+    int64 rest = 1;
+    for (int i = 2; i < kDecimals; ++i) rest *= 10;
+    return rest;
+  }();
+  if (!(value > -kLargest && value < kLargest)) return std::nullopt;
+  const double hundredths = (value * 100 + kNoFraction) - kNoFraction;
+  if (hundredths / 100 != value) return std::nullopt;
+  return static_cast<int64>(hundredths) * kRest;
+}
+
+/// `priceOf` and `volumeOf` of any double.
+std::optional<Price> anyPriceOf(double value);
+std::optional<Volume> anyVolumeOf(double value);
+
 /// The decimal that a double stands for (the shortest one that reads back as it), rounded half
 /// away from zero to the decimals of the type; empty if it is not finite or out of range.
-std::optional<Price> priceOf(double value);
-std::optional<Volume> volumeOf(double value);
+inline std::optional<Price> priceOf(double value) {
+  if (const auto units = ofFewDecimals<10>(value)) return Price{*units};
+  return anyPriceOf(value);
+}
+inline std::optional<Volume> volumeOf(double value) {
+  if (const auto units = ofFewDecimals<8>(value)) return Volume{*units};
+  return anyVolumeOf(value);
+}
 
 /// A volume that market data tell; empty if they tell none, which is 0, below 0 or no number. What
 /// is beyond the range counts as the largest volume.

@@ -96,25 +96,23 @@ void EquityBook::noteFill(std::int32_t account, const std::string& source, int64
 }
 
 EquityBook::Holders& EquityBook::holdersOf(std::int32_t account, int64 codeId) {
-  std::vector<Holders>& all = holders_[codeId];
+  AllHolders& all = holdersOf(codeId);
   const auto at = std::ranges::find(all, account, &Holders::account);
   if (at != all.end()) return *at;
   return all.emplace_back(Holders{account, exchange_.ledger(account), {}});
 }
 
-bool EquityBook::noteMark(int64 codeId, int64 time, bool isTick) {
-  const auto at = holders_.find(codeId);
-  if (at == holders_.end()) return false;
+bool EquityBook::noteMark(const AllHolders& all, const Mark& mark) {
   bool isHeld = false;
-  for (const Holders& holders : at->second) {
+  for (const Holders& holders : all) {
     if (holders.sources.empty()) continue;
     isHeld = true;
-    noteMark(holders, {codeId, time, isTick});
+    noteMarkOf(holders, mark);
   }
   return isHeld;
 }
 
-void EquityBook::noteMark(const Holders& holders, const Mark& mark) {
+void EquityBook::noteMarkOf(const Holders& holders, const Mark& mark) {
   const auto wantsPoint = [&](const Curve& curve) {
     return !mark.isTick || mark.time / kTickPointMs != curve.points.back().time / kTickPointMs;
   };

@@ -39,6 +39,14 @@ class EquityBook {
   };
   using SourceCurves = std::map<SourceKey, SourceCurve, ByKey>;
 
+  /// Who holds a code on one account, or once did.
+  struct Holders {
+    std::int32_t account = 0;
+    const Ledger* ledger = nullptr;
+    std::vector<SourceCurves::value_type*> sources;
+  };
+  using AllHolders = std::vector<Holders>;
+
   EquityBook(const PaperExchange& exchange, std::size_t accounts);
 
   bool hasStarted() const { return hasStarted_; }
@@ -47,9 +55,17 @@ class EquityBook {
   void addSource(std::int32_t account, const std::string& source);
   /// A source's position in a code may have changed by a fill.
   void noteFill(std::int32_t account, const std::string& source, int64 codeId, int64 time);
+  struct Mark {
+    int64 codeId = 0;
+    int64 time = 0;
+    bool isTick = false;
+  };
   /// The mark price of a code changed; by a tick only one point a minute is taken. Answers whether
-  /// anybody holds it.
-  bool noteMark(int64 codeId, int64 time, bool isTick);
+  /// anybody holds it. For many in a row it takes what `holdersOf` answers, too.
+  bool noteMark(const Mark& mark) { return noteMark(holdersOf(mark.codeId), mark); }
+  bool noteMark(const AllHolders& holders, const Mark& mark);
+  /// Who holds a code, or once did. They stay where they are.
+  AllHolders& holdersOf(int64 codeId) { return holders_[codeId]; }
   void finish(int64 time);
   void clear();
 
@@ -63,20 +79,8 @@ class EquityBook {
   }
 
  private:
-  /// Who holds a code on one account, or once did.
-  struct Holders {
-    std::int32_t account = 0;
-    const Ledger* ledger = nullptr;
-    std::vector<SourceCurves::value_type*> sources;
-  };
-  struct Mark {
-    int64 codeId = 0;
-    int64 time = 0;
-    bool isTick = false;
-  };
-
   static std::size_t indexOf(std::int32_t account) { return static_cast<std::size_t>(account) - 1; }
-  void noteMark(const Holders& holders, const Mark& mark);
+  void noteMarkOf(const Holders& holders, const Mark& mark);
   Holders& holdersOf(std::int32_t account, int64 codeId);
   void partFromAccount(std::int32_t account);
   void addAccountPoint(std::int32_t account, int64 time);
@@ -86,7 +90,7 @@ class EquityBook {
   std::vector<AccountCurve> accounts_;
   SourceCurves sources_;
   /// By code, of each account on which it was ever held.
-  std::unordered_map<int64, std::vector<Holders>> holders_;
+  std::unordered_map<int64, AllHolders> holders_;
   bool hasStarted_ = false;
   int64 startTime_ = 0;
 };

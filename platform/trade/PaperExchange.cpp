@@ -414,9 +414,10 @@ void PaperExchange::onBar(int64 codeId, const IKLine& bar, int64 previousEnd, in
   impl_->markAll(*contract, *close);
 }
 
-void PaperExchange::onQuietBar(int64 codeId, const IKLine& bar) {
-  const auto close = closeOf(bar);
-  if (close) impl_->markAll(*impl_->contracts.find(codeId), *close);
+Contract* PaperExchange::contract(int64 codeId) { return impl_->contracts.find(codeId); }
+
+void PaperExchange::onQuietBar(Contract& contract, const IKLine& bar) {
+  if (const auto close = closeOf(bar)) impl_->markAll(contract, *close);
 }
 
 void PaperExchange::onTick(int64 codeId, const IDepthMarketData& tick, int64 now) {

@@ -18,6 +18,8 @@
 
 namespace orvane::detail {
 
+struct Contract;
+
 /// One thing that the exchange has to tell, in the order in which it happened.
 struct TradeEvent {
   struct PositionChanged {
@@ -71,9 +73,11 @@ class PaperExchange {
   /// bar before it in its series, or its own begin time.
   void onBar(int64 codeId, const IKLine& bar, int64 previousEnd, int64 now);
   void onTick(int64 codeId, const IDepthMarketData& tick, int64 now);
+  /// Null for a code that is not known. It stays where it is, and is the exchange's.
+  Contract* contract(int64 codeId);
   /// A bar of the trading day of the one before it, of a code in which no order is at work: all
-  /// that `onBar` would do then.
-  void onQuietBar(int64 codeId, const IKLine& bar);
+  /// that `onBar` would do then. For many in a row, so it takes what is found by the code.
+  void onQuietBar(Contract& contract, const IKLine& bar);
   /// Whether an order of the code is at work: where none is, only the mark price is taken.
   bool isBusy(int64 codeId) const;
   /// Empty before the first price of a code.

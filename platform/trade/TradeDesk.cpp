@@ -189,7 +189,7 @@ bool TradeDesk::feedRecord(const MarketStream& stream) {
     const int64 time = feed_.shown(stream.timeAt(row));
     feed_.feedNext(stream, state.exchange(), time);
     takeEvents(time);
-    const bool isHeld = state.equity().noteMark(codeId, time, stream.isTicks());
+    const bool isHeld = state.equity().noteMark({codeId, time, stream.isTicks()});
     const bool isAwaited = state.exchange().isBusy(codeId) || parts_.grids.isWatched(codeId);
     // Live, times are shown otherwise than the data have them.
     feed_.noteQuiet(stream, isHeld && !isAwaited && parts_.isPlayback);

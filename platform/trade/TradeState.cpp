@@ -3,10 +3,19 @@
 namespace orvane::detail {
 
 void TradeState::makeUpForPostponed() {
-  postponed.takeAll([this](const MarketStream& stream, std::size_t row) {
+  // Mostly all are of one stream.
+  const MarketStream* found = nullptr;
+  Contract* contract = nullptr;
+  const EquityBook::AllHolders* holders = nullptr;
+  postponed.takeAll([&](const MarketStream& stream, std::size_t row) {
     const int64 codeId = stream.code().id;
-    exchange_.onQuietBar(codeId, stream.bars().bars[row]);
-    equity_.noteMark(codeId, stream.timeAt(row), false);
+    if (found != &stream) {
+      found = &stream;
+      contract = exchange_.contract(codeId);
+      holders = &equity_.holdersOf(codeId);
+    }
+    exchange_.onQuietBar(*contract, stream.bars().bars[row]);
+    equity_.noteMark(*holders, {codeId, stream.timeAt(row), false});
   });
 }
 

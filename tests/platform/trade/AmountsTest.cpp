@@ -102,6 +102,32 @@ TEST(Amounts, shouldTakeADoubleOfManyDecimalsForTheirShortestForm) {
         << decimal;
 }
 
+TEST(Amounts, shouldTakeADoubleOfFewDecimalsForTheSameAsAnyOther) {
+  const std::uint64_t seed = support::randomSeed();
+  SCOPED_TRACE("seed " + std::to_string(seed));
+  std::mt19937_64 random(seed);
+  const auto expectSame = [](double value) {
+    EXPECT_EQ(priceOf(value), anyPriceOf(value)) << value;
+    EXPECT_EQ(volumeOf(value), anyVolumeOf(value)) << value;
+  };
+  for (int run = 0; run < 50'000; ++run) {
+    const auto hundredths = static_cast<int64>(random()) >> random() % 63;
+    const double value = static_cast<double>(hundredths) / (random() % 2 == 0 ? 100 : 10'000);
+    for (const double near : {value, std::nextafter(value, 0), std::nextafter(value, 1e300)})
+      expectSame(near);
+  }
+  constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
+  constexpr double kEndless = std::numeric_limits<double>::infinity();
+  constexpr double kLeast = std::numeric_limits<double>::denorm_min();
+  // Both sides of where the short way ends, and of the ends of the ranges.
+  for (const double value :
+       {0.0, 9e8, 9.2e8, 9.3e8, 9e10, 9.3e10, 0.005, 0.125, kLeast, kNone, kEndless, 0x1p53, 1e300})
+    for (const double near : {value, std::nextafter(value, 0), std::nextafter(value, 1e301)})
+      for (const double either : {near, -near}) expectSame(either);
+  EXPECT_EQ(priceOf(-12.5), Price{-125'000'000'000});
+  EXPECT_EQ(volumeOf(0.07), Volume{7'000'000});
+}
+
 TEST(Amounts, shouldMultiplyWithoutRounding) {
   const auto turnover =
       turnoverOf(*priceOf(std::string_view("3447.2")), *volumeOf(std::string_view("0.00000003")),

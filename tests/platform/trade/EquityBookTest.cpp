@@ -27,7 +27,7 @@ class EquityCurves : public ExchangeTest {
     for (const TradeEvent& event : exchange->takeEvents())
       if (const auto* fill = std::get_if<OrderFill>(&event.what))
         book_.noteFill(1, fill->source.createSource, code.id, time);
-    book_.noteMark(code.id, time, false);
+    book_.noteMark({code.id, time, false});
   }
 
   const EquityPoints& pointsOf(const std::string& by) {
@@ -163,7 +163,7 @@ TEST_F(EquityCurves, shouldTakeNoPointWhileNothingIsHeld) {
   const std::size_t points = book_.account(1).points.size();
   barTo(2, 12);
   EXPECT_EQ(book_.account(1).points.size(), points);
-  EXPECT_FALSE(book_.noteMark(code.id, 40, false));
+  EXPECT_FALSE(book_.noteMark({code.id, 40, false}));
   EXPECT_EQ(book_.account(1).points.size(), points);
 }
 
