@@ -16,6 +16,9 @@ BEGIN, END = "<!-- measured: begin -->", "<!-- measured: end -->"
 PEERS = {"AsioStrands": "Asio's strand", "TbbQueues": "oneTBB",
          "LockFreeQueues": "a lock-free queue"}
 
+# What a playback is measured against.
+FLOORS = {"tickPlayback": "roadFloor", "tradingPlayback": "orderFloor"}
+
 
 class Results:
     """The median of each benchmark's figure over its repetitions."""
@@ -88,9 +91,9 @@ def playback_rows(results):
                        ("tradingPlayback", "playback, an order and its fill on every bar")):
         figure = results.median(name, "items_per_second")
         if figure is not None:
-            floor = results.median("roadFloor", "items_per_second")
-            beside = "" if floor is None or name != "tickPlayback" else (
-                f"{figure / floor:.2f} of the contract's locks, copy and calls alone "
+            floor = FLOORS.get(name) and results.median(FLOORS[name], "items_per_second")
+            beside = "" if floor is None else (
+                f"{figure / floor:.2f} of the contract's locks, copies and calls alone "
                 f"({rate(floor)})")
             rows.append((what, rate(figure), beside))
     whole = results.median("runFromText", "items_per_second")
