@@ -98,9 +98,14 @@ def playback_rows(results):
             rows.append((what, rate(figure), beside))
     whole = results.median("runFromText", "items_per_second")
     if whole is not None:
-        floor = results.median("textFloor", "items_per_second")
-        beside = "" if floor is None else (
-            f"{whole / floor:.2f} of reading the file's numbers alone, on one core ({rate(floor)})")
+        beside = []
+        for floor, what in (("wholeFloor", "reading its numbers, and the contract's locks, copies "
+                                           "and calls alone"),
+                            ("textFloor", "reading its numbers alone, on one core")):
+            least = results.median(floor, "items_per_second")
+            if least is not None:
+                beside.append(f"{whole / least:.2f} of {what} ({rate(least)})")
+        beside = "; ".join(beside)
         rows.append(("1,000,000 bars from CSV through a 10/30 crossover that trades, the whole "
                      "process", rate(whole), beside))
     for name, what in (("runFromTextWithoutOrders", "the same process without an order"),
