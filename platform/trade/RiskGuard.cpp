@@ -1,6 +1,7 @@
 #include "platform/trade/RiskGuard.h"
 
 #include <stdexcept>
+#include <utility>
 
 #include "platform/core/Periods.h"
 #include "shared/StatusCodes.h"
@@ -27,7 +28,7 @@ std::optional<Volume> volumeLimit(const std::string& field, const std::string& v
 
 RiskGuard::RiskGuard(const std::vector<RiskLimits>& limits) {
   for (const RiskLimits& given : limits) {
-    Limits& own = limits_[given.source];
+    Limits own;
     own.maxOrder = volumeLimit("maxOrder", given.maxOrder);
     own.maxPosition = volumeLimit("maxPosition", given.maxPosition);
     if (!given.maxLoss.empty()) {
@@ -37,6 +38,9 @@ RiskGuard::RiskGuard(const std::vector<RiskLimits>& limits) {
     if (given.maxOrdersPerSecond < 0)
       throw badField("maxOrdersPerSecond", std::to_string(given.maxOrdersPerSecond));
     own.maxOrdersPerSecond = given.maxOrdersPerSecond;
+    // Who names a source and no limit limits nothing.
+    if (own.maxOrder || own.maxPosition || own.maxLoss || own.maxOrdersPerSecond != 0)
+      limits_[given.source] = std::move(own);
   }
 }
 
