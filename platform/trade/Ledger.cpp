@@ -199,28 +199,39 @@ Booking Ledger::fill(int64 orderId, Price price, Volume volume) {
 
 void Ledger::recount(CodeBook& code) {
   code.held = {};
-  for (const auto& [name, book] : code.sources)
-    code.held += book.longSide.volume() + book.shortSide.volume();
-  const auto value = turnoverOf(*code.markPrice, code.held, code.terms->multiplier);
-  revalue(code, value.value_or(Money{}), value.has_value());
-}
-
-void Ledger::revalue(CodeBook& code, Money value, bool isInRange) {
-  const Money change = value - code.value;
-  value_ += change;
-  code.value += change;
+  code.soleHolder = nullptr;
+  code.soleSide = nullptr;
   for (auto& [name, book] : code.sources) {
-    Money now;
     for (const PositionSide* side : {&book.longSide, &book.shortSide}) {
       if (side->isEmpty()) continue;
-      // Mostly one side of one source is all there is.
-      now += isInRange && side->volume() == code.held
-                 ? side->floatingAt(value)
-                 : side->floating(*code.terms, *code.markPrice);
+      const bool isFirst = code.held.isZero();
+      code.soleHolder = isFirst ? &book : nullptr;
+      code.soleSide = isFirst ? side : nullptr;
+      code.held += side->volume();
     }
-    floating_ += now - book.floating;
-    book.floating = now;
+    if (book.isEmpty()) setFloating(book, {});
   }
+  const auto value = turnoverOf(*code.markPrice, code.held, code.terms->multiplier);
+  if (!value) code.soleSide = nullptr;
+  revalue(code, value.value_or(Money{}));
+}
+
+void Ledger::revalue(CodeBook& code, Money value) {
+  value_ += value - code.value;
+  code.value = value;
+  if (code.soleSide != nullptr)
+    return setFloating(*code.soleHolder, code.soleSide->floatingAt(value));
+  for (auto& [name, book] : code.sources) {
+    Money now;
+    for (const PositionSide* side : {&book.longSide, &book.shortSide})
+      if (!side->isEmpty()) now += side->floating(*code.terms, *code.markPrice);
+    setFloating(book, now);
+  }
+}
+
+void Ledger::setFloating(SourceBook& book, Money floating) {
+  floating_ += floating - book.floating;
+  book.floating = floating;
 }
 
 void Ledger::mark(int64 codeId, Price price) {
@@ -234,7 +245,7 @@ void Ledger::mark(int64 codeId, Price price) {
   const auto value = turnoverOf(price, code.held, code.terms->multiplier);
   if (!value || *value > kMostValue - (value_ - code.value)) return;
   code.markPrice = price;
-  revalue(code, *value, true);
+  revalue(code, *value);
 }
 
 bool Ledger::settlementFits(const CodeBook& code) const {
@@ -325,7 +336,11 @@ double Ledger::exposureOf(const CodeBook& code, Volume volume) {
 }
 
 bool Ledger::holds(const std::string& source, int64 codeId) const {
-  return !volumeOf(source, codeId, true).isZero() || !volumeOf(source, codeId, false).isZero();
+  const auto code = codes_.find(codeId);
+  if (code == codes_.end()) return false;
+  if (source.empty()) return code->second.isHeld();
+  const auto book = code->second.sources.find(source);
+  return book != code->second.sources.end() && !book->second.isEmpty();
 }
 
 TradingAccount Ledger::capitalRecord(int64 time) const {

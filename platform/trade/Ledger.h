@@ -65,6 +65,9 @@ class Ledger {
                                     1'000'000'000'000'000'000};
 
   Ledger(TradingAccountID account, Money start);
+  Ledger(const Ledger&) = delete;
+  Ledger(Ledger&&) = default;
+  Ledger& operator=(Ledger&&) = default;
 
   const TradingAccountID& account() const { return account_; }
 
@@ -109,7 +112,7 @@ class Ledger {
   /// What both sides, added up, are worth at the last price, of a source or of all if it is empty.
   double exposureOf(const std::string& source, int64 codeId) const;
   double exposureOf(int64 codeId) const;
-  /// Whether a source holds anything of a code.
+  /// Whether a source, or any if it is empty, holds anything of a code.
   bool holds(const std::string& source, int64 codeId) const;
 
   /// The public records, complete. `time` is the time of the last change, UTC milliseconds.
@@ -131,6 +134,8 @@ class Ledger {
     PositionSide shortSide{false};
     Money closedProfit, fees;
     Money floating;  ///< At the code's mark price.
+
+    bool isEmpty() const { return longSide.isEmpty() && shortSide.isEmpty(); }
   };
   struct CodeBook {
     const ContractTerms* terms = nullptr;
@@ -138,6 +143,10 @@ class Ledger {
     Volume held;  ///< Of both sides of all sources: asked for at each price, so counted at fills.
     Money value;  ///< The same at the mark price.
     std::map<std::string, SourceBook> sources;
+    // Mostly one side of one source is all there is. Null where it is not so, and where what it is
+    // worth is out of range.
+    SourceBook* soleHolder = nullptr;
+    const PositionSide* soleSide = nullptr;
 
     bool isHeld() const { return !held.isZero(); }
   };
@@ -160,8 +169,9 @@ class Ledger {
   SourceBook& bookOf(const Claim& claim);
   /// What is held has changed.
   void recount(CodeBook& code);
-  /// Its price, or what is held, has; it is worth `value` now, or 0 where that is out of range.
-  void revalue(CodeBook& code, Money value, bool isInRange);
+  /// Its price, or what is held, has: it is worth `value` now, or 0 where that is out of range.
+  void revalue(CodeBook& code, Money value);
+  void setFloating(SourceBook& book, Money floating);
   static double exposureOf(const CodeBook& code, Volume volume);
   bool settlementFits(const CodeBook& code) const;
   // Of one source's book or, if it is null, of all.

@@ -95,8 +95,7 @@ class PaperExchange::Impl {
 
 void PaperExchange::Impl::place(const Order& record, int64 now) {
   std::list<WorkingOrder> entry;
-  WorkingOrder& order = entry.emplace_back();
-  order.record = record;
+  WorkingOrder& order = entry.emplace_back(record);
   order.arrival = now;
   order.record.values[order::ArrivalTime] = now;
   Contract* const contract = contracts.find(order.record.code.id);

@@ -8,6 +8,8 @@ namespace orvane::detail {
 
 /// An order at the exchange: the record that is told, and the same as exact numbers.
 struct WorkingOrder {
+  explicit WorkingOrder(const Order& of) : record(of) {}
+
   Order record;
   Ledger* ledger = nullptr;
   const ContractTerms* terms = nullptr;
