@@ -12,16 +12,18 @@ constexpr int64 kFillsPerOrder = 100'000;
 OrderFill fillRecord(const WorkingOrder& order, const Booking& booking, Price price,
                      Volume volume) {
   const Order& of = order.record;
-  OrderFill record;
-  record.id = of.id * kFillsPerOrder + order.fills;
-  record.account = of.account;
-  record.code = of.code;
-  record.source = of.source;
-  record.pair = of.pair;
-  record.orderRef = of.orderRef;
+  const int64 id = of.id * kFillsPerOrder + order.fills;
+  OrderFill record{.id = id,
+                   .account = of.account,
+                   .code = of.code,
+                   .source = of.source,
+                   .pair = of.pair,
+                   .text1 = {},
+                   .orderRef = of.orderRef,
+                   .fillText = std::to_string(id),
+                   .text3 = {}};
   record.direction() = static_cast<std::int32_t>(order.direction);
   record.ints[fill::OffsetAt] = static_cast<std::int32_t>(order.offset);
-  record.fillText = std::to_string(record.id);
   record.setPrice(toDouble(price));
   record.values[fill::Volume] = wordOf(toDouble(volume));
   record.values[fill::Fee] = wordOf(toDouble(booking.fee));

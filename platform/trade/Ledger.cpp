@@ -73,7 +73,7 @@ std::optional<Refusal> Ledger::freezeMoney(const Claim& claim) {
   if (wanted.isPositive() && wanted > available())
     return Refusal{kNoMoney,
                    "not enough money: needs " + text(wanted) + ", available " + text(available())};
-  holds_[claim.orderId] = {claim, claim.volume, wanted, need->turnover};
+  hold(claim, wanted, need->turnover);
   frozen_ += wanted;
   committed_ += need->turnover;
   committedVolume_ += claim.volume;
@@ -94,8 +94,12 @@ std::optional<Refusal> Ledger::freezeVolume(const Claim& claim) {
                                     (isAboutLong(claim) ? "long" : "short") + " volume " +
                                     text(closable) + " is free, asked for " + text(claim.volume)};
   sideOf(bookOf(claim), claim).freeze(claim.volume, closesToday(claim));
-  holds_[claim.orderId] = {claim, claim.volume, {}, {}};
+  hold(claim, {}, {});
   return std::nullopt;
+}
+
+void Ledger::hold(const Claim& claim, Money money, Money turnover) {
+  holds_.insert_or_assign(claim.orderId, Hold{claim, claim.volume, money, turnover});
 }
 
 Ledger::SourceBook& Ledger::bookOf(const Claim& claim) {
@@ -344,9 +348,7 @@ bool Ledger::holds(const std::string& source, int64 codeId) const {
 }
 
 TradingAccount Ledger::capitalRecord(int64 time) const {
-  TradingAccount record;
-  record.account = account_;
-  record.value = time;
+  TradingAccount record{.account = account_, .value = time};
   const auto set = [&record](capital::Block1 at, Money money) {
     record.block1[at] = wordOf(toDouble(money));
   };

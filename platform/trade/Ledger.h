@@ -166,6 +166,7 @@ class Ledger {
   static PositionSide& sideOf(SourceBook& book, const Claim& claim);
   std::optional<Refusal> freezeMoney(const Claim& claim);
   std::optional<Refusal> freezeVolume(const Claim& claim);
+  void hold(const Claim& claim, Money money, Money turnover);
   SourceBook& bookOf(const Claim& claim);
   /// What is held has changed.
   void recount(CodeBook& code);

@@ -5,6 +5,7 @@
 #include <stdexcept>
 #include <unordered_map>
 
+#include "platform/core/MadeInPlace.h"
 #include "platform/fields/FillView.h"
 #include "platform/fields/KLineView.h"
 #include "platform/fields/QuoteView.h"
@@ -328,7 +329,8 @@ bool PaperExchange::Impl::fill(WorkingOrder& order, Price price, Volume volume, 
       static_cast<std::int32_t>(isWhole ? order::Status::Filled : order::Status::PartlyFilled);
   tell(order, time);
 
-  OrderFill& told = add<OrderFill>(time, fillRecord(order, booking, price, volume));
+  OrderFill& told =
+      add<OrderFill>(time, MadeInPlace([&] { return fillRecord(order, booking, price, volume); }));
   told.ints[fill::LiquidityAt] = hadRested ? 1 : 0;
   told.fillTime() = time;
   told.numbers[fill::TradingDay] = day;

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "platform/core/LostCalls.h"
+#include "platform/core/MadeInPlace.h"
 #include "platform/trade/EventSources.h"
 #include "shared/CodeTables.h"
 #include "shared/StatusCodes.h"
@@ -224,10 +225,9 @@ void TradeDesk::takeEvent(TradeEvent& event, int64 now) {
     reportPosition(*position, due);
   } else {
     const std::int32_t account = std::get<TradeEvent::CapitalChanged>(event.what).accountKey;
-    report<TradingAccount>({TradeTopic::Capital, account, TradeSelector::kEveryCode, 0, {}}, due,
-                           [&](TradingAccount& capital) {
-                             capital = state.exchange().ledger(account)->capitalRecord(event.time);
-                           });
+    report<TradingAccount>(
+        {TradeTopic::Capital, account, TradeSelector::kEveryCode, 0, {}}, due, kAsItIs,
+        MadeInPlace([&] { return state.exchange().ledger(account)->capitalRecord(event.time); }));
   }
 }
 

@@ -12,26 +12,29 @@
 namespace orvane::detail {
 namespace {
 
-/// Makes a blank order that of a request.
-void setOrder(Order& order, const OrderRequest& request, const TradingAccountID& account,
-              int64 now) {
-  order.account = account;
-  order.code = request.code;
-  order.source = request.source;
-  order.pair = request.pair;
-  order.text3 = request.text3;
-  order.text4 = request.text4;
-  order.orderRef = request.orderRef;
-  order.values = request.values;
-  order.ints = request.ints;
-  order.text6 = request.text6;
-  order.value1 = static_cast<double>(now);
+Order orderOf(const OrderRequest& request, const TradingAccountID& account, int64 now) {
+  Order order{.account = account,
+              .code = request.code,
+              .source = request.source,
+              .cancelSource = {},
+              .pair = request.pair,
+              .text3 = request.text3,
+              .text4 = request.text4,
+              .orderRef = request.orderRef,
+              .value1 = static_cast<double>(now),
+              .values = request.values,
+              .ints = request.ints,
+              .text5 = {},
+              .text6 = request.text6,
+              .leg1 = {},
+              .leg2 = {}};
   OrderWriter(order).setStatus(order::Status::Sent);
   order.ints[order::ReasonAt] = 0;
   order.values[order::UpdateTime] = now;
   for (const order::Values at : {order::FilledVolume, order::ArrivalTime, order::Turnover,
                                  order::Fee, order::FrozenMoney, order::TradingDay})
     order.values[at] = 0;
+  return order;
 }
 
 }  // namespace
@@ -58,9 +61,8 @@ ResultStatus TradeService::sendOrder(const OrderRequest& request, std::list<Orde
   const TradingAccountID* account = state_.accounts.find(request.account);
   if (account == nullptr) return {22, "账号不存在"_gbk};
   const int64 now = now_();
-  auto action = std::make_unique<TradeAction>();
+  std::unique_ptr<TradeAction> action(new TradeAction{.order = orderOf(request, *account, now)});
   Order& order = action->order;
-  setOrder(order, request, *account, now);
   {
     const std::lock_guard lock(state_.mutex);
     state_.inbox.number(order);
