@@ -153,6 +153,37 @@ TEST_F(EquityCurves, shouldTakeWhatASourceWithoutANameHoldsForWhatAllHold) {
   EXPECT_EQ(last(), "1000000/40");
   EXPECT_EQ(number(pointsOf("").back().exposure), "40");
   EXPECT_EQ(last("b"), "1000000/30");
+  order("", order::Direction::Sell, 1, 10, order::Offset::Close);
+  barTo(1, 10);
+  barTo(2, 12);
+  EXPECT_EQ(number(pointsOf("").back().exposure), "36");
+  EXPECT_EQ(last("b"), "1000006/36");
+}
+
+TEST_F(EquityCurves, shouldAddUpWhatSeveralCodesAreWorthAndForgetWhatIsClosed) {
+  const auto& held = book_.account(1).exposures;
+  order("a", order::Direction::Buy, 2, 0);
+  barTo(0, 10);
+  const ICodeID first = code, second = {8, 1, 1, "D"};
+  instrument.code = "D";
+  code = second;
+  exchange->addContract(code, instrument);
+  order("a", order::Direction::Buy, 3, 10);
+  barTo(1, 5);
+  EXPECT_EQ(last(), "999985/35");
+  barTo(2, 6);
+  EXPECT_EQ(last(), "999988/38");
+  EXPECT_EQ(held.size(), 2u);
+  code = first;
+  order("a", order::Direction::Sell, 2, 30, order::Offset::Close);
+  barTo(3, 6);
+  EXPECT_EQ(last(), "999980/18");
+  EXPECT_THAT(held, ElementsAre(std::pair<int64, double>(8, 18)));
+  code = second;
+  order("a", order::Direction::Sell, 3, 40, order::Offset::Close);
+  barTo(4, 7);
+  EXPECT_EQ(last(), "999980/0");
+  EXPECT_THAT(held, IsEmpty());
 }
 
 TEST_F(EquityCurves, shouldTakeNoPointWhileNothingIsHeld) {
