@@ -88,7 +88,7 @@ void EquityBook::noteFill(std::int32_t account, const std::string& source, int64
                           int64 time) {
   addSource(account, source);
   auto& entry = *sources_.find(std::pair{account, std::string_view(source)});
-  Holders& holders = holdersOf(account, codeId);
+  Holders& holders = holdersOn(account, codeId);
   const Ledger& ledger = *holders.ledger;
   std::erase(holders.sources, &entry);
   if (ledger.holds(source, codeId)) holders.sources.push_back(&entry);
@@ -100,8 +100,8 @@ void EquityBook::noteFill(std::int32_t account, const std::string& source, int64
   addSourcePoint(entry.first, *own, time);
 }
 
-EquityBook::Holders& EquityBook::holdersOf(std::int32_t account, int64 codeId) {
-  AllHolders& all = holdersOf(codeId);
+EquityBook::Holders& EquityBook::holdersOn(std::int32_t account, int64 codeId) {
+  AllHolders& all = holders_[codeId];
   const auto at = std::ranges::find(all, account, &Holders::account);
   if (at != all.end()) return *at;
   return all.emplace_back(Holders{account, exchange_.ledger(account), {}});

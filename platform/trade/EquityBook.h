@@ -46,6 +46,11 @@ class EquityBook {
     std::vector<SourceCurves::value_type*> sources;
   };
   using AllHolders = std::vector<Holders>;
+  struct Mark {
+    int64 codeId = 0;
+    int64 time = 0;
+    bool isTick = false;
+  };
 
   EquityBook(const PaperExchange& exchange, std::size_t accounts);
 
@@ -55,17 +60,12 @@ class EquityBook {
   void addSource(std::int32_t account, const std::string& source);
   /// A source's position in a code may have changed by a fill.
   void noteFill(std::int32_t account, const std::string& source, int64 codeId, int64 time);
-  struct Mark {
-    int64 codeId = 0;
-    int64 time = 0;
-    bool isTick = false;
-  };
   /// The mark price of a code changed; by a tick only one point a minute is taken. Answers whether
   /// anybody holds it. For many in a row it takes what `holdersOf` answers, too.
-  bool noteMark(const Mark& mark) { return noteMark(holdersOf(mark.codeId), mark); }
+  bool noteMark(const Mark& mark) { return noteMark(holders_[mark.codeId], mark); }
   bool noteMark(const AllHolders& holders, const Mark& mark);
-  /// Who holds a code, or once did. They stay where they are.
-  AllHolders& holdersOf(int64 codeId) { return holders_[codeId]; }
+  /// Who holds a code, or once did. Good until `clear`; who comes later is in it then.
+  const AllHolders& holdersOf(int64 codeId) { return holders_[codeId]; }
   void finish(int64 time);
   void clear();
 
@@ -81,7 +81,7 @@ class EquityBook {
  private:
   static std::size_t indexOf(std::int32_t account) { return static_cast<std::size_t>(account) - 1; }
   void noteMarkOf(const Holders& holders, const Mark& mark);
-  Holders& holdersOf(std::int32_t account, int64 codeId);
+  Holders& holdersOn(std::int32_t account, int64 codeId);
   void partFromAccount(std::int32_t account);
   void addAccountPoint(std::int32_t account, int64 time);
   void addSourcePoint(const SourceKey& key, Curve& curve, int64 time);

@@ -65,6 +65,7 @@ class Ledger {
                                     1'000'000'000'000'000'000};
 
   Ledger(TradingAccountID account, Money start);
+  // Books point to one another: they stay where they are when a ledger is moved.
   Ledger(const Ledger&) = delete;
   Ledger(Ledger&&) = default;
   Ledger& operator=(Ledger&&) = default;
@@ -143,10 +144,10 @@ class Ledger {
     Volume held;  ///< Of both sides of all sources: asked for at each price, so counted at fills.
     Money value;  ///< The same at the mark price.
     std::map<std::string, SourceBook> sources;
-    // Mostly one side of one source is all there is. Null where it is not so, and where what it is
-    // worth is out of range.
-    SourceBook* soleHolder = nullptr;
+    /// Mostly one side of one source is all there is. Null where it is not so, and where what it is
+    /// worth is out of range.
     const PositionSide* soleSide = nullptr;
+    SourceBook* soleHolder = nullptr;  ///< Whose side that is.
 
     bool isHeld() const { return !held.isZero(); }
   };

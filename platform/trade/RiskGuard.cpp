@@ -38,9 +38,11 @@ RiskGuard::RiskGuard(const std::vector<RiskLimits>& limits) {
     if (given.maxOrdersPerSecond < 0)
       throw badField("maxOrdersPerSecond", std::to_string(given.maxOrdersPerSecond));
     own.maxOrdersPerSecond = given.maxOrdersPerSecond;
-    // Who names a source and no limit limits nothing.
+    // The last entry of a source holds; one that names no limit leaves it without any.
     if (own.maxOrder || own.maxPosition || own.maxLoss || own.maxOrdersPerSecond != 0)
       limits_[given.source] = std::move(own);
+    else
+      limits_.erase(given.source);
   }
 }
 

@@ -52,7 +52,7 @@ struct TradeOptions {
   /// The create sources in the order in which their orders are numbered and admitted; others
   /// follow in the order in which they first send one.
   std::vector<std::string> sources;
-  std::vector<RiskLimits> limits;
+  std::vector<RiskLimits> limits;  ///< Of several entries of a source the last one holds.
   std::vector<ConnectionChange> script;
   std::vector<GridOptions> grids;  ///< Grid conditions, numbered from 1.
 

@@ -4,13 +4,13 @@ namespace orvane::detail {
 
 void TradeState::makeUpForPostponed() {
   // Mostly all are of one stream.
-  const MarketStream* found = nullptr;
+  const MarketStream* last = nullptr;
   Contract* contract = nullptr;
   const EquityBook::AllHolders* holders = nullptr;
   postponed.takeAll([&](const MarketStream& stream, std::size_t row) {
     const int64 codeId = stream.code().id;
-    if (found != &stream) {
-      found = &stream;
+    if (last != &stream) {
+      last = &stream;
       contract = exchange_.contract(codeId);
       holders = &equity_.holdersOf(codeId);
     }

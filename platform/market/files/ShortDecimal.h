@@ -27,7 +27,8 @@ const char* takeLongerDecimal(const char* begin, const char* at, const char* end
 /// pieces is waited for.
 inline const char* takeShortDecimal(const char* const begin, const char* end, const char* readable,
                                     ShortDecimal& number) {
-  // In memory of its own, so that the quick way's number need not be in any.
+  // In memory of its own, so that the quick way's number need not be in any; taken from there as it
+  // was written, piece by piece.
   const auto takeLonger = [&](const char* at) {
     ShortDecimal longer;
     const char* const next = takeLongerDecimal(begin, at, end, longer);

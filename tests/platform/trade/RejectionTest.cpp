@@ -157,6 +157,18 @@ TEST_F(Rejection, shouldNameEachRiskLimitAndGoOn) {
             "not rejected");
 }
 
+TEST_F(Rejection, shouldHoldASourceToTheLastOfItsRiskLimits) {
+  options.limits = {{"S", "5", "", "1", 0}, {"T", "5", "", "", 0}, {"S", "7", "", "", 0}};
+  open();
+  EXPECT_EQ(reasonOf(orderOf(kBuy, 8), 0), "rejected: risk limit: order volume 8 is above 7");
+  EXPECT_EQ(reasonOf(orderOf(kBuy, 7), 0), "not rejected");
+  options.limits.push_back({"S", "", "", "", 0});
+  open();
+  EXPECT_EQ(reasonOf(orderOf(kBuy, 8), 0), "not rejected");
+  source = "T";
+  EXPECT_EQ(reasonOf(orderOf(kBuy, 8), 0), "rejected: risk limit: order volume 8 is above 5");
+}
+
 TEST_F(Rejection, shouldNameTheVolumeThatAnAccountMayHoldAndAwait) {
   place(orderOf(kBuy, 9e9), 0);
   EXPECT_THAT(take(), IsEmpty());
