@@ -14,6 +14,7 @@
 
 #include "platform/fields/OrderView.h"
 #include "platform/fields/QuoteView.h"
+#include "platform/trade/ChunkedList.h"
 #include "shared/MarketRecords.h"
 #include "shared/TradeRecords.h"
 
@@ -32,18 +33,19 @@ class Receiver {
   virtual void take(const TradingAccount& capital) = 0;
 };
 
+/// Looks at each record, and does no more.
 class Counting : public Receiver {
  public:
-  void take(const IDepthMarketData& quote) override { add(quote.block1[quote::Time]); }
-  void take(const std::vector<IKLine>& bars) override { add(bars.front().words[0]); }
-  void take(const Order& order) override { add(order.id); }
-  void take(const OrderFill& fill) override { add(fill.id); }
-  void take(const Position& position) override { add(position.block1[0]); }
-  void take(const SourcePosition& position) override { add(position.block1[0]); }
-  void take(const TradingAccount& capital) override { add(capital.block1[0]); }
+  void take(const IDepthMarketData& quote) override { see(quote.block1[quote::Time]); }
+  void take(const std::vector<IKLine>& bars) override { see(bars.front().words[0]); }
+  void take(const Order& order) override { see(order.id); }
+  void take(const OrderFill& fill) override { see(fill.id); }
+  void take(const Position& position) override { see(position.block1[0]); }
+  void take(const SourcePosition& position) override { see(position.block1[0]); }
+  void take(const TradingAccount& capital) override { see(capital.block1[0]); }
 
  private:
-  void add(Word value) { benchmark::DoNotOptimize(sum_ += value); }
+  void see(Word value) { benchmark::DoNotOptimize(sum_ += value); }
 
   Word sum_ = 0;
 };
@@ -149,7 +151,7 @@ class BareTrade {
 
   void pass() {
     const OrderRequest request = asked_;
-    Order& sent = *orders_.emplace_back(std::make_unique<Order>(order_));
+    Order& sent = orders_.emplace_back(order_);
     sent.id = static_cast<int64>(orders_.size());
     sent.account = request.account;
     sent.code = request.code;
@@ -160,7 +162,7 @@ class BareTrade {
       sent.status() = static_cast<std::int32_t>(status);
       road_.pass(sent);
     }
-    road_.pass(*fills_.emplace_back(std::make_unique<OrderFill>(fill_)));
+    road_.pass(fills_.emplace_back(fill_));
     road_.pass(position_);
     road_.pass(part_);
     road_.pass(capital_);
@@ -175,8 +177,8 @@ class BareTrade {
   Position position_;
   SourcePosition part_;
   TradingAccount capital_;
-  std::vector<std::unique_ptr<Order>> orders_;
-  std::vector<std::unique_ptr<OrderFill>> fills_;
+  ChunkedList<Order> orders_;
+  ChunkedList<OrderFill> fills_;
 };
 
 }  // namespace orvane::bench
