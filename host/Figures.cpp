@@ -135,7 +135,7 @@ Drawdown deepestDrawdown(double startBalance, const EquityCurve& curve) {
   if (hasShares) deepest.share = 0;
   if (curve.empty()) return deepest;
   EquityPoint peak = curve.front();
-  double peakEquity = 0;
+  double peakEquity = 0, troughEquity = 0;
   double depth = 0;
   for (const EquityPoint& point : curve) {
     if (point.equity >= peak.equity) {
@@ -150,11 +150,12 @@ Drawdown deepestDrawdown(double startBalance, const EquityCurve& curve) {
     const double its = hasShares ? fall / peak.equity : fall;
     if (its <= depth) continue;
     depth = its;
-    deepest = {differenceOf(peak.equity, point.equity),
-               hasShares ? std::optional(its) : std::nullopt, peak.time, point.time, kUnsetTime};
+    deepest = {0, hasShares ? std::optional(its) : std::nullopt, peak.time, point.time, kUnsetTime};
     peakEquity = peak.equity;
+    troughEquity = point.equity;
   }
   if (deepest.troughTime == kUnsetTime) return deepest;
+  deepest.amount = differenceOf(peakEquity, troughEquity);
   const auto recovered = std::ranges::find_if(curve, [&](const EquityPoint& point) {
     return point.time > deepest.troughTime && point.equity >= peakEquity;
   });
