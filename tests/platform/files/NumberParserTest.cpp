@@ -64,6 +64,8 @@ TEST(NumberParser, shouldMakeOfATextTakenApartWhatItMakesOfTheText) {
     for (const NumberParser& parser : {plain.exact(), shifted, shifted.exact(), stepped})
       expectSame(parser, text);
   }
+  for (const char* const text : {"1.2000001", "-0.5999999", "100.40000001"})
+    EXPECT_TRUE(expectSame(stepped, text)) << text;
   EXPECT_FALSE(expectSame(NumberParser({',', 0}, 0, {}), "1.5"));
   EXPECT_FALSE(expectSame(plain, "."));
 }
