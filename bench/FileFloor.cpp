@@ -1,5 +1,6 @@
-// The least that a whole run over a file can cost on this machine: reading its numbers, and what
-// the library's contract names on the way of its bars and of the orders that they call for.
+// What a whole run over a file is measured against: reading its numbers with the standard library,
+// and what the library's contract names on the way of its bars and of the orders that they call
+// for.
 
 #include <benchmark/benchmark.h>
 
@@ -16,6 +17,8 @@
 #include <vector>
 
 #include "bench/BareRoad.h"
+#include "bench/BareStrategy.h"
+#include "bench/BareTrade.h"
 #include "bench/BenchBars.h"
 #include "bench/Timed.h"
 #include "bench/WalkFile.h"
@@ -124,9 +127,9 @@ Rows<IKLine> readBars(const std::string& path) {
 }
 
 /// Sees where the mean of the last ten closes crosses that of the last thirty.
-class Crossing final : public bench::Counting {
+class Crossing final : public bench::BareCounting {
  public:
-  using Counting::take;
+  using BareCounting::take;
   void take(const std::vector<IKLine>& bars) override {
     for (const IKLine& bar : bars) addClose(KLineView(bar).close());
   }

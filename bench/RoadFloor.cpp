@@ -7,6 +7,8 @@
 #include <vector>
 
 #include "bench/BareRoad.h"
+#include "bench/BareStrategy.h"
+#include "bench/BareTrade.h"
 #include "bench/BenchBars.h"
 #include "bench/BenchTicks.h"
 #include "bench/Timed.h"
@@ -16,7 +18,7 @@ namespace {
 
 void roadFloor(benchmark::State& state) {
   const TickSeries series = bench::makeTicks({}, 200'000);
-  const auto road = std::make_shared<bench::BareRoad>(std::make_unique<bench::Counting>());
+  const auto road = std::make_shared<bench::BareRoad>(std::make_unique<bench::BareCounting>());
   road->begin();
   IDepthMarketData quote;
   for (auto _ : state)
@@ -33,7 +35,7 @@ BENCHMARK(roadFloor)->Unit(benchmark::kMillisecond)->UseRealTime();
 void orderFloor(benchmark::State& state) {
   constexpr std::size_t kBars = 100'000;
   const BarSeries series = bench::makeBars({}, kBars);
-  const auto road = std::make_shared<bench::BareRoad>(std::make_unique<bench::Counting>());
+  const auto road = std::make_shared<bench::BareRoad>(std::make_unique<bench::BareCounting>());
   std::vector<IKLine> one(1);
   road->begin();
   for (auto _ : state) {

@@ -21,11 +21,6 @@ void append(EquityBook::Curve& curve, int64 time, double equity) {
 
 void setExposure(EquityBook::Curve& curve, int64 codeId, double value) {
   auto& all = curve.exposures;
-  // Mostly it is the only one that is held.
-  if (all.size() == 1 && all.front().first == codeId && value != 0) {
-    all.front().second = value;
-    return;
-  }
   auto at = all.begin();
   while (at != all.end() && at->first < codeId) ++at;
   const bool isThere = at != all.end() && at->first == codeId;
