@@ -81,6 +81,9 @@ TEST(TradeService, shouldAnswerAnOrderAtOnceWithItsNumberAndEverythingThatTheReq
   request.account.accountKey = 1;
   request.pair.second = "second";
   request.text3 = "three";
+  request.text4 = "four";
+  request.text5 = "five";
+  request.text6 = "six";
   request.ints[7] = 77;
   request.values[10] = 1010;
   std::list<Order> orders;
@@ -92,6 +95,10 @@ TEST(TradeService, shouldAnswerAnOrderAtOnceWithItsNumberAndEverythingThatTheReq
   EXPECT_EQ(order.orderRef, "1000000001");
   EXPECT_EQ(order.pair.second, "second");
   EXPECT_EQ(order.text3, "three");
+  EXPECT_EQ(order.text4, "four");
+  EXPECT_EQ(order.text5, "");  // Why an order was refused stands there.
+  EXPECT_EQ(order.text6, "six");
+  EXPECT_EQ(order.code.code, platform.code.code);
   EXPECT_EQ(order.ints[7], 77);
   EXPECT_EQ(order.values[10], 1010);
   EXPECT_EQ(order.account.account, "A1");
