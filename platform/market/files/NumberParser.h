@@ -52,6 +52,12 @@ class NumberParser {
     return parser;
   }
 
+  /// Whether a short decimal is what its digits and its point say, with nothing to be shifted or
+  /// cleaned.
+  bool isPlainest() const { return isPlainest_; }
+  /// 1 and so many zeros, up to 22.
+  static double powerOfTen(unsigned zeros) { return kPowersOfTen[zeros]; }
+
   /// False if the text is no plain decimal number, or is too large for a double. Hexadecimal
   /// digits, "nan" and "inf" are no numbers.
   bool parse(std::string_view text, double& out) const;

@@ -45,7 +45,8 @@ PlainRows::PlainRows(const Table& table,
     const NumberParser*& before = parsers[static_cast<std::size_t>(at)];
     if (column.kind == Kind::Moment || (before != nullptr && before != parser)) return;
     before = parser;
-    column = {Kind::Number, *parser};
+    column.kind = parser->isPlainest() ? Kind::ShapedNumber : Kind::Number;
+    column.parser = *parser;
   }
   columns_.swap(columns);
   numbers_.resize(columns_.size());
@@ -66,12 +67,16 @@ std::size_t PlainRows::look(std::string_view text, TimeParser& times, std::int64
   if (at == end || *at == '#' || *at == ' ' || *at == '\t') return 0;
   double* number = numbers_.data();
   for (auto column = columns_.begin();;) {
-    if (column->kind == Kind::Number)
+    if (column->kind == Kind::ShapedNumber) {
+      const char* const next = column->shape.take(at, end, *number);
+      at = next != nullptr ? next : takeNewShape(*column, at, end, *number);
+    } else if (column->kind == Kind::Number) {
       at = takeNumber(column->parser, at, end, *number);
-    else if (column->kind == Kind::Moment)
+    } else if (column->kind == Kind::Moment) {
       at = times.takePlain(at, end, delimiter_, notBefore, time);
-    else
+    } else {
       at = passOver(at, end, delimiter_);
+    }
     if (at == nullptr) return 0;
     if (++column == columns_.end()) break;
     if (at == end || *at != delimiter_) return 0;
@@ -83,6 +88,19 @@ std::size_t PlainRows::look(std::string_view text, TimeParser& times, std::int64
   if (at != end && *at == '\r') ++at;
   if (at == end || *at != '\n') return 0;
   return static_cast<std::size_t>(at + 1 - text.data());
+}
+
+const char* PlainRows::takeNewShape(Column& column, const char* at, const char* end,
+                                    double& value) const {
+  ShortDecimal number;
+  const bool isNegative = at != end && *at == '-';
+  const char* const next = takeLongerDecimal(at, at + (isNegative ? 1 : 0), end, number);
+  if (!column.parser.parse(number, value)) return nullptr;
+  column.shape.learn(at, next, end, number);
+  // Where the shape changes all the time, or there is none, a number is read faster without a
+  // guess.
+  if (++column.newShapes > kMostMissed + taken_ / 3) column.kind = Kind::Number;
+  return next;
 }
 
 }  // namespace orvane::detail

@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/market/files/DecimalShape.h"
 #include "platform/market/files/NumberParser.h"
 #include "platform/market/files/TimeParser.h"
 
@@ -41,14 +42,17 @@ class PlainRows {
   }
 
  private:
-  enum class Kind : std::uint8_t { Other, Moment, Number };
+  enum class Kind : std::uint8_t { Other, Moment, Number, ShapedNumber };
   struct Column {
     Kind kind = Kind::Other;
     NumberParser parser;
+    DecimalShape shape;  ///< Of the numbers above.
+    std::size_t newShapes = 0;
   };
 
   static constexpr std::size_t kMostMissed = 64;
 
+  const char* takeNewShape(Column& column, const char* at, const char* end, double& value) const;
   std::size_t look(std::string_view text, TimeParser& times, std::int64_t notBefore, RowTime& time);
 
   char delimiter_ = ',';

@@ -394,6 +394,19 @@ std::size_t plainRowsTaken(const std::string& text, const char* description = "{
   return taken;
 }
 
+TEST(PlainRows, shouldBeTheSameWhereNumbersChangeTheirShapeAllTheTime) {
+  std::vector<PlainRow> rows;
+  const char* const shapes[] = {",20,30,10,20,5\n", ",2.5,3.5,1.25,2.5,50\n",
+                                ",200,300,100.5,200,500\n"};
+  for (int minute = 0; minute < 1000; ++minute) {
+    char moment[40];
+    std::snprintf(moment, sizeof(moment), "2021-11-06 %02d:%02d", minute / 60, minute % 60);
+    // First by turns, so often that no more guesses are made, and then the same for long.
+    rows.push_back({"", moment, shapes[minute < 700 ? minute % 3 : 1]});
+  }
+  expectBothAlike(kPlainHeader, rows);
+}
+
 TEST(PlainRows, shouldTakeNoRowsAnyMoreWhereMostAreNotPlain) {
   const DataFolder folder;
   std::string text = kPlainHeader + "\n";
