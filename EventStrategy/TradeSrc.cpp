@@ -62,6 +62,7 @@ void TradeSrc::resetCache() {
   relatedCodes_.clear();
   finishedOrderIds_.clear();
   deliveredFillKeys_.clear();
+  seen_.release();
   gridFillIds_.clear();
   gridOrderIds_.clear();
 }

@@ -6,6 +6,7 @@
 #include <list>
 #include <map>
 #include <memory>
+#include <memory_resource>
 #include <mutex>
 #include <set>
 #include <string>
@@ -148,6 +149,7 @@ class TradeSrc final : public ITradeSrc,
   bool isSourceSubscribed(const TradeSrcSubInfo& subInfo, const std::string& createSource,
                           int64 codeId, int64 wanted) const;
   void rememberFinal(const Order& order);
+  void rememberFill(const OrderFill& fill);
   bool isFinished(const Order& order) const;
   std::shared_ptr<TradeEventSpi> spi() { return shared_from_this(); }
 
@@ -162,10 +164,13 @@ class TradeSrc final : public ITradeSrc,
   std::set<ICodeID> relatedCodes_;
   std::map<TradingAccountID, TradeSrcSubInfo> subInfos_;
   // Both are shared by all accounts and only `resetCache` empties them: a reconnection looks there.
-  std::set<int64> finishedOrderIds_;         ///< Orders that were seen in a final status.
-  std::set<std::string> deliveredFillKeys_;  ///< `fillKey` of every fill that was seen.
-  QMap<QString, int64> gridOrderIds_;        ///< Grid order key to the id that it was given.
-  QMap<QString, int64> gridFillIds_;         ///< Grid fill key to the id that it was given.
+  // They only grow, so their memory is taken in large pieces and given back at once.
+  std::pmr::monotonic_buffer_resource seen_;
+  std::pmr::set<int64> finishedOrderIds_{&seen_};  ///< Orders that were seen in a final status.
+  /// `fillKey` of every fill that was seen.
+  std::pmr::set<std::pmr::string> deliveredFillKeys_{&seen_};
+  QMap<QString, int64> gridOrderIds_;  ///< Grid order key to the id that it was given.
+  QMap<QString, int64> gridFillIds_;   ///< Grid fill key to the id that it was given.
 };
 
 }  // namespace orvane

@@ -34,8 +34,7 @@ void TradeSrc::onRtnTrade(const OrderFill& fill) {
   const std::lock_guard lock(mutex_);
   if (notify_ == nullptr) return;
   notify_->onRtnTrade(fill);
-  // Keys grow with the numbers of orders, as a rule: then the end is their place.
-  deliveredFillKeys_.insert(deliveredFillKeys_.end(), fillKey(fill));
+  rememberFill(fill);
 }
 
 void TradeSrc::onRtnOrder(const Order& order) {
@@ -67,6 +66,13 @@ void TradeSrc::onRtnCapital(const TradingAccount& capital) {
 
 void TradeSrc::rememberFinal(const Order& order) {
   if (isFinalStatus(order.status())) finishedOrderIds_.insert(finishedOrderIds_.end(), order.id);
+}
+
+void TradeSrc::rememberFill(const OrderFill& fill) {
+  // Copied only if it is new: what `seen_` gives away comes back with all of it.
+  const std::pmr::string key = fillKey(fill);
+  // Keys grow with the numbers of orders, as a rule: then the end is their place.
+  deliveredFillKeys_.insert(deliveredFillKeys_.end(), key);
 }
 
 bool TradeSrc::isFinished(const Order& order) const {

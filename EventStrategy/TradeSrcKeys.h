@@ -3,6 +3,7 @@
 #include <array>
 #include <charconv>
 #include <cstdint>
+#include <memory_resource>
 #include <string>
 #include <string_view>
 
@@ -16,7 +17,7 @@ inline bool isFinalStatus(std::int32_t status) {
 }
 
 /// What tells one fill from every other one.
-inline std::string fillKey(const OrderFill& fill) {
+inline std::pmr::string fillKey(const OrderFill& fill) {
   std::array<char, 16> digits;
   const auto numberText = [&digits](std::int32_t number) {
     char* const end = std::to_chars(digits.data(), digits.data() + digits.size() - 1, number).ptr;
@@ -24,7 +25,7 @@ inline std::string fillKey(const OrderFill& fill) {
     return std::string_view(digits.data(), static_cast<std::size_t>(end - digits.data()) + 1);
   };
   constexpr std::size_t kThreeNumbersAndBlank = 3 * 12 + 1;
-  std::string key;
+  std::pmr::string key;
   key.reserve(kThreeNumbersAndBlank + fill.orderRef.size() + fill.fillText.size());
   key += numberText(fill.account.accountKey);
   key += numberText(fill.code.market);

@@ -68,7 +68,7 @@ void TradeSrc::sendSnapshot(const TradingAccountID& account, TradeSrcSubInfo& su
     });
     for (const OrderFill& fill : fills) {
       if (!subInfo.quick) notify_->onRtnTrade(fill);
-      deliveredFillKeys_.insert(fillKey(fill));
+      rememberFill(fill);
     }
   }
   ORVANE_LOG(event, Debug, name_ << ",sendSnapshot end");
@@ -89,10 +89,10 @@ void TradeSrc::onReConnect(const TradingAccountID& account) {
   }
   if ((eventMask_ & EventTypeFill) != 0) {
     for (const OrderFill& fill : filterFills(account, state.fills)) {
-      std::string key = fillKey(fill);
+      const std::pmr::string key = fillKey(fill);
       if (deliveredFillKeys_.contains(key)) continue;
       notify_->onRtnTrade(fill);
-      deliveredFillKeys_.insert(std::move(key));
+      deliveredFillKeys_.insert(key);
     }
   }
   ORVANE_LOG(event, Debug, name_ << ",onReConnect end");

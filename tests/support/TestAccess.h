@@ -96,8 +96,12 @@ struct TestAccess {
     return src.createSourceInfos_;
   }
   static bool mutexIsFree(TradeSrc& src) { return isFree(src.mutex_); }
-  static std::set<int64> finishedOrderIds(TradeSrc& src) { return src.finishedOrderIds_; }
-  static std::set<std::string> deliveredFillKeys(TradeSrc& src) { return src.deliveredFillKeys_; }
+  static std::set<int64> finishedOrderIds(TradeSrc& src) {
+    return {src.finishedOrderIds_.begin(), src.finishedOrderIds_.end()};
+  }
+  static std::set<std::string> deliveredFillKeys(TradeSrc& src) {
+    return {src.deliveredFillKeys_.begin(), src.deliveredFillKeys_.end()};
+  }
   static QMap<QString, int64> gridOrderIds(TradeSrc& src) { return src.gridOrderIds_; }
   static QMap<QString, int64> gridFillIds(TradeSrc& src) { return src.gridFillIds_; }
   static int64 eventMask(TradeSrc& src) { return src.eventMask_; }
