@@ -127,6 +127,23 @@ void EquityBook::noteMarkOf(const Holders& holders, const Mark& mark) {
   }
 }
 
+const EquityBook::Holders* EquityBook::soleHolders(const AllHolders& all) {
+  const Holders* sole = nullptr;
+  for (const Holders& holders : all) {
+    if (holders.sources.empty()) continue;
+    if (sole != nullptr || holders.sources.size() > 1 || holders.sources.front()->second.own)
+      return nullptr;
+    sole = &holders;
+  }
+  return sole;
+}
+
+void EquityBook::noteWorth(std::int32_t account, const Mark& mark, double equity, double exposure) {
+  Curve& whole = this->account(account);
+  setExposure(whole, mark.codeId, exposure);
+  append(whole, mark.time, equity);
+}
+
 void EquityBook::finish(int64 time) {
   for (std::size_t i = 0; i < accounts_.size(); ++i)
     addAccountPoint(static_cast<std::int32_t>(i) + 1, time);

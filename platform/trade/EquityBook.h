@@ -64,6 +64,10 @@ class EquityBook {
   /// anybody holds it. For many in a row it takes what `holdersOf` answers, too.
   bool noteMark(const Mark& mark) { return noteMark(holders_[mark.codeId], mark); }
   bool noteMark(const AllHolders& holders, const Mark& mark);
+  /// The account that alone holds a code, where the account's is the only curve; null otherwise.
+  static const Holders* soleHolders(const AllHolders& all);
+  /// What `noteMark` does for such an account that is worth so much.
+  void noteWorth(std::int32_t account, const Mark& mark, double equity, double exposure);
   /// Who holds a code, or once did. Good until `clear`; who comes later is in it then.
   const AllHolders& holdersOf(int64 codeId) { return holders_[codeId]; }
   void finish(int64 time);

@@ -252,6 +252,18 @@ void Ledger::mark(int64 codeId, Price price) {
   revalue(code, *value);
 }
 
+std::optional<PriceRun> Ledger::priceRun(int64 codeId) const {
+  const auto at = codes_.find(codeId);
+  if (at == codes_.end() || at->second.soleSide == nullptr) return std::nullopt;
+  const CodeBook& code = at->second;
+  return PriceRun({.side = code.soleSide,
+                   .multiplier = code.terms->multiplier,
+                   .price = *code.markPrice,
+                   .value = code.value,
+                   .most = kMostValue - (value_ - code.value),
+                   .others = equity() - code.soleHolder->floating});
+}
+
 bool Ledger::settlementFits(const CodeBook& code) const {
   Money margin = margin_;
   for (const auto& [name, book] : code.sources) {

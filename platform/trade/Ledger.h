@@ -9,6 +9,7 @@
 #include "platform/fields/OrderView.h"
 #include "platform/trade/ContractTerms.h"
 #include "platform/trade/PositionSide.h"
+#include "platform/trade/PriceRun.h"
 #include "platform/trade/TradeGlance.h"
 #include "shared/AccountRecords.h"
 #include "shared/TradeRecords.h"
@@ -91,6 +92,9 @@ class Ledger {
   /// Takes the last price of a code; none at which what is held would be worth more than
   /// 2.5 x 10^15, then the one before stays.
   void mark(int64 codeId, Price price);
+  /// To look at many prices of a code in a row, of which `mark` is then told the last that it took;
+  /// empty unless one side of one source is all that is held of it.
+  std::optional<PriceRun> priceRun(int64 codeId) const;
   /// A new trading day of a code: today's part becomes yesterday's. Settles it first, at the last
   /// price, if `settles` and its margin would not be out of range. Answers whether a position
   /// changed.

@@ -198,5 +198,34 @@ TEST_F(EquityCurves, shouldTakeNoPointWhileNothingIsHeld) {
   EXPECT_EQ(book_.account(1).points.size(), points);
 }
 
+TEST_F(EquityCurves, shouldKnowTheAccountThatAloneHoldsACodeByItsSourceAlone) {
+  const auto sole = [&] { return detail::EquityBook::soleHolders(book_.holdersOf(code.id)); };
+  EXPECT_EQ(sole(), nullptr);
+  order("a", order::Direction::Buy, 1, 0);
+  barTo(0, 10);
+  ASSERT_NE(sole(), nullptr);
+  EXPECT_EQ(sole()->account, 1);
+  EXPECT_EQ(sole()->ledger, exchange->ledger(1));
+  // A second source: each has a curve of its own from now on.
+  order("b", order::Direction::Buy, 1, 10);
+  EXPECT_EQ(sole(), nullptr);
+  barTo(1, 11);
+  EXPECT_EQ(sole(), nullptr);
+}
+
+TEST_F(EquityCurves, shouldDrawWhatAnAccountIsWorthAsItDrawsAMark) {
+  order("a", order::Direction::Buy, 2, 0);
+  barTo(0, 10);
+  const EquityPoint marked = book_.account(1).points.back();
+  const std::size_t points = book_.account(1).points.size();
+  book_.noteWorth(1, {code.id, marked.time, false}, 5, 6);
+  EXPECT_EQ(book_.account(1).points.size(), points);
+  EXPECT_EQ(last(), "5/6");
+  book_.noteWorth(1, {code.id, marked.time + 10, false}, 7, 8);
+  EXPECT_EQ(book_.account(1).points.size(), points + 1);
+  EXPECT_EQ(book_.account(1).points.back().time, marked.time + 10);
+  EXPECT_EQ(last("a"), "7/8");
+}
+
 }  // namespace
 }  // namespace orvane::testing

@@ -162,6 +162,35 @@ TEST(PostponedBars, shouldBeReckonedWithBeforeADaySettlesAtItsLastPrice) {
   EXPECT_EQ(closed, (std::vector<double>{0, 294, 294}));
 }
 
+TEST(PostponedBars, shouldLeaveTheAccountAtTheLastPriceItCanReckonWith) {
+  PlatformOptions options = tradeOptions();
+  options.trade.accounts[0].startBalance = "100000000";
+  TradePlatform platform(options, 0);
+  BarSeries series = makeBars(platform.code, kMonday, kMinute, 0);
+  // At the dear ones what is held would be worth more than money can tell.
+  const double closes[] = {3, 3, 3, 4, 2e8, 3e8, 4e8, 4e8};
+  for (int i = 0; i < 8; ++i)
+    series.bars.push_back(makeBar(kMonday + i * kMinute, kMonday + (i + 1) * kMinute, closes[i],
+                                  closes[i], closes[i], closes[i], 1e9));
+  platform->addBars(series);
+  std::vector<double> prices, equities;
+  const auto spi = std::make_shared<TradeRecorder>();
+  int bars = 0;
+  spi->onLine = [&](const std::string& line) {
+    if (!line.starts_with("bar")) return;
+    if (++bars == 2) platform.buy(1e7);
+    if (bars < 7) return;
+    Position position;
+    ASSERT_EQ(platform.service().getPosition(platform.account(), platform.code, position).code, 0);
+    prices.push_back(PositionView(position).markPrice());
+    equities.push_back(platform->tradeResults().at(0).curve.back().equity);
+  };
+  platform.subscribeBars(spi);
+  platform->run();
+  EXPECT_EQ(prices, (std::vector<double>{2e8, 2e8}));
+  EXPECT_EQ(equities, (std::vector<double>{1e8 + 1e7 * (2e8 - 3), 1e8 + 1e7 * (2e8 - 3)}));
+}
+
 TEST(PostponedBars, shouldBeForgottenWithTheRunThatTheyWereOf) {
   Rising run(300);
   bool cancels = true;
