@@ -40,7 +40,7 @@ bool TradeDesk::serveDue() {
   if (parts_.cancelled.load(std::memory_order_relaxed)) admits_ = false;
   const int64 now = parts_.now();
   if (!anyWaiting() && nextDue_ > now) return false;
-  watchNewCodes(now);
+  if (parts_.grids.isInUse()) watchNewCodes(now);
   bool any = false;
   {
     const std::lock_guard lock(parts_.state.mutex);
@@ -51,7 +51,7 @@ bool TradeDesk::serveDue() {
     noteDue();
   }
   any = deliver(now) || any;
-  any = parts_.grids.serve(!any) || any;
+  if (parts_.grids.isInUse()) any = parts_.grids.serve(!any) || any;
   persist(false);
   return any;
 }

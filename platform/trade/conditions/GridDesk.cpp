@@ -50,6 +50,7 @@ void GridDesk::beginRun() {
 void GridDesk::rewind() {
   const std::lock_guard lock(mutex_);
   grids_.clear();
+  hasGrids_ = false;
   newCodes_.clear();
   watched_.clear();
   lastId_ = 0;

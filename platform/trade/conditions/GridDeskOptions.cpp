@@ -49,6 +49,7 @@ void GridDesk::addOptions() {
     if (!fault.empty())
       throw std::invalid_argument("grids[" + std::to_string(at) + "]." + gbkToUtf8(fault));
     grids_.emplace(++lastId_, std::move(grid));
+    hasGrids_ = true;
   }
 }
 
@@ -113,6 +114,7 @@ ResultStatus GridDesk::create(const GridOptions& options, int64& id) {
     if (isRunning_) newCodes_.push_back(grid.code->id);
     id = ++lastId_;
     grids_.emplace(id, std::move(grid));
+    hasGrids_ = true;
   }
   noteWaiting();
   return {};
