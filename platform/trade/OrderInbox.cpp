@@ -32,7 +32,7 @@ void OrderInbox::put(std::unique_ptr<TradeAction> action, Source& source, int64 
 }
 
 void OrderInbox::putOrder(std::unique_ptr<TradeAction> action, int64 now) {
-  Source& source = sourceOf(action->order.source.createSource);
+  Source& source = sourceOf(action->order->source.createSource);
   put(std::move(action), source, now);
 }
 
@@ -40,16 +40,17 @@ void OrderInbox::putCancel(int64 orderId, const TradingAccountID& account, const
                            int64 now) {
   auto action = std::make_unique<TradeAction>();
   action->isCancel = true;
-  action->order.id = orderId;
-  action->order.account = account;
-  action->order.cancelSource = by;
+  action->order = std::make_unique<Order>();
+  action->order->id = orderId;
+  action->order->account = account;
+  action->order->cancelSource = by;
   put(std::move(action), sourceOf(by.createSource), now);
 }
 
 const Order* OrderInbox::waitingOrder(int64 orderId) const {
   // Whoever asks asks for what was sent last, as a rule.
   for (auto action = waiting_.rbegin(); action != waiting_.rend(); ++action)
-    if (!(*action)->isCancel && (*action)->order.id == orderId) return &(*action)->order;
+    if (!(*action)->isCancel && (*action)->order->id == orderId) return (*action)->order.get();
   return nullptr;
 }
 

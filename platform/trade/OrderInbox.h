@@ -12,12 +12,11 @@ namespace orvane::detail {
 /// An order or a cancel as it was given, before anybody acted on it.
 struct TradeAction {
   bool isCancel = false;
-  Order order;  ///< Of a cancel: the id of the order and the source that cancels.
+  std::unique_ptr<Order> order;  ///< Of a cancel: the id of the order and the source that cancels.
   int sourceNumber = 0;
   int64 sequence = 0;  ///< Counts the actions of its source.
   int64 sentAt = 0;    ///< UTC milliseconds.
 };
-/// Actions stay where they are: an order is large to move.
 using TradeActions = std::vector<std::unique_ptr<TradeAction>>;
 
 /// Orders and cancels that nobody has taken yet, and the numbers of orders.

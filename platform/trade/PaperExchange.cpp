@@ -48,7 +48,7 @@ class PaperExchange::Impl {
     Ledger ledger;
   };
 
-  void place(const Order& record, int64 now);
+  void place(std::unique_ptr<Order> record, int64 now);
   void cancel(int64 orderId, const SourceId& by, int64 now);
   void onBar(Contract& contract, const ExactBar& bar);
   void onTick(Contract& contract, const IDepthMarketData& tick, int64 now);
@@ -69,11 +69,9 @@ class PaperExchange::Impl {
   void tellPosition(std::int32_t accountKey, int64 codeId, const std::string& source, int64 time);
   void tellCapital(std::int32_t accountKey, int64 time);
   void sweep(Contract& contract);
-  template <typename What, typename... Args>
-  What& add(int64 time, Args&&... args) {
-    TradeEvent& event =
-        events.emplace_back(time, std::in_place_type<What>, std::forward<Args>(args)...);
-    return std::get<What>(event.what);
+  template <typename What>
+  void add(int64 time, What&& what) {
+    events.emplace_back(time, std::forward<What>(what));
   }
 
   /// Where an order at work is.
@@ -94,9 +92,9 @@ class PaperExchange::Impl {
 
 // Orders that come and go.
 
-void PaperExchange::Impl::place(const Order& record, int64 now) {
+void PaperExchange::Impl::place(std::unique_ptr<Order> record, int64 now) {
   std::list<WorkingOrder> entry;
-  WorkingOrder& order = entry.emplace_back(record);
+  WorkingOrder& order = entry.emplace_back(std::move(record));
   order.arrival = now;
   order.record.values[order::ArrivalTime] = now;
   Contract* const contract = contracts.find(order.record.code.id);
@@ -329,11 +327,12 @@ bool PaperExchange::Impl::fill(WorkingOrder& order, Price price, Volume volume, 
       static_cast<std::int32_t>(isWhole ? order::Status::Filled : order::Status::PartlyFilled);
   tell(order, time);
 
-  OrderFill& told =
-      add<OrderFill>(time, MadeInPlace([&] { return fillRecord(order, booking, price, volume); }));
-  told.ints[fill::LiquidityAt] = hadRested ? 1 : 0;
-  told.fillTime() = time;
-  told.numbers[fill::TradingDay] = day;
+  auto told = std::make_unique<OrderFill>(
+      MadeInPlace([&] { return fillRecord(order, booking, price, volume); }));
+  told->ints[fill::LiquidityAt] = hadRested ? 1 : 0;
+  told->fillTime() = time;
+  told->numbers[fill::TradingDay] = day;
+  add(time, std::move(told));
   tellPosition(record.account.accountKey, record.code.id, record.source.createSource, time);
   tellCapital(record.account.accountKey, time);
   return true;
@@ -356,19 +355,20 @@ void PaperExchange::Impl::finish(WorkingOrder& order, order::Status status, int6
 }
 
 void PaperExchange::Impl::tell(const WorkingOrder& order, int64 time) {
-  Order& told = add<Order>(time, order.record);
-  told.updateTime() = time;
-  told.values[order::FrozenMoney] =
-      order.ledger == nullptr ? 0 : wordOf(toDouble(order.ledger->frozenOf(told.id)));
+  auto told = std::make_unique<Order>(order.record);
+  told->updateTime() = time;
+  told->values[order::FrozenMoney] =
+      order.ledger == nullptr ? 0 : wordOf(toDouble(order.ledger->frozenOf(told->id)));
+  add(time, std::move(told));
 }
 
 void PaperExchange::Impl::tellPosition(std::int32_t accountKey, int64 codeId,
                                        const std::string& source, int64 time) {
-  add<TradeEvent::PositionChanged>(time, TradeEvent::PositionChanged{accountKey, codeId, source});
+  add(time, TradeEvent::PositionChanged{accountKey, codeId, source});
 }
 
 void PaperExchange::Impl::tellCapital(std::int32_t accountKey, int64 time) {
-  add<TradeEvent::CapitalChanged>(time, TradeEvent::CapitalChanged{accountKey});
+  add(time, TradeEvent::CapitalChanged{accountKey});
 }
 
 void PaperExchange::Impl::sweep(Contract& contract) {
@@ -396,7 +396,9 @@ void PaperExchange::addContract(const ICodeID& code, const Instrument& instrumen
   impl_->contracts.add(code, instrument);
 }
 
-void PaperExchange::place(const Order& order, int64 now) { impl_->place(order, now); }
+void PaperExchange::place(std::unique_ptr<Order> order, int64 now) {
+  impl_->place(std::move(order), now);
+}
 
 void PaperExchange::cancel(int64 orderId, const SourceId& by, int64 now) {
   impl_->cancel(orderId, by, now);

@@ -5,13 +5,12 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <utility>
-#include <variant>
 #include <vector>
 
 #include "platform/reference/Instrument.h"
 #include "platform/trade/ContractTerms.h"
 #include "platform/trade/Ledger.h"
+#include "platform/trade/TradeEvent.h"
 #include "platform/trade/TradeOptions.h"
 #include "shared/MarketRecords.h"
 #include "shared/TradeRecords.h"
@@ -19,24 +18,6 @@
 namespace orvane::detail {
 
 struct Contract;
-
-/// One thing that the exchange has to tell, in the order in which it happened.
-struct TradeEvent {
-  struct PositionChanged {
-    std::int32_t accountKey = 0;
-    int64 codeId = 0;
-    std::string source;  ///< Whose part changed.
-  };
-  struct CapitalChanged {
-    std::int32_t accountKey = 0;
-  };
-  int64 time = 0;  ///< When it happened, UTC milliseconds.
-  std::variant<Order, OrderFill, PositionChanged, CapitalChanged> what;
-
-  template <typename What, typename... Args>
-  TradeEvent(int64 at, std::in_place_type_t<What> kind, Args&&... args)
-      : time(at), what(kind, std::forward<Args>(args)...) {}
-};
 
 /// What the last market event of a code told.
 struct LastPrice {
@@ -64,7 +45,7 @@ class PaperExchange {
 
   /// Takes an order that arrives now. `order` is complete but for what the exchange fills in. It
   /// is answered by events: Working or Rejected, and what follows.
-  void place(const Order& order, int64 now);
+  void place(std::unique_ptr<Order> order, int64 now);
   /// Cancels an order that is at work; of any other nothing happens.
   void cancel(int64 orderId, const SourceId& by, int64 now);
 

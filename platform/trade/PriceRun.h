@@ -19,6 +19,7 @@ class PriceRun {
     Money others;  ///< What the account is worth without the side's floating profit.
   };
 
+  PriceRun() = default;  ///< Of no side: of no use.
   explicit PriceRun(const Start& start)
       : at_(start),
         volume_(toDouble(start.side->volume())),
@@ -40,7 +41,7 @@ class PriceRun {
 
  private:
   Start at_;
-  double volume_, multiplier_;
+  double volume_ = 0, multiplier_ = 0;
 };
 
 }  // namespace orvane::detail

@@ -122,7 +122,7 @@ bool TradeDesk::admit(int64 now) {
 
 void TradeDesk::admitOrder(std::unique_ptr<TradeAction> action, int64 now) {
   TradeState& state = parts_.state;
-  const Order& order = action->order;
+  const Order& order = *action->order;
   state.store.addOrder(order);
   state.equity().addSource(order.account.accountKey, order.source.createSource);
   if (state.connections.isUp(order.account.accountKey))
@@ -141,18 +141,18 @@ void TradeDesk::rejectOrder(Order order, int64 now) {
 
 void TradeDesk::admitCancel(std::unique_ptr<TradeAction> action, int64 now) {
   TradeState& state = parts_.state;
-  const Order* order = state.store.order(action->order.id);
+  const Order* order = state.store.order(action->order->id);
   if (order == nullptr || OrderView(*order).isFinal()) return;
   if (!state.connections.isUp(order->account.accountKey)) return;
   const bool isTold =
       parts_.options.entryLatencyMs > 0 && OrderView(*order).status() != order::Status::Sent;
-  if (isTold) cancelling_[action->order.id] = action->order.cancelSource;
+  if (isTold) cancelling_[action->order->id] = action->order->cancelSource;
   arriving_.emplace(action->sentAt + parts_.options.entryLatencyMs, std::move(action));
   if (!isTold) return;
-  Order pending = *order;
-  pending.updateTime() = now;
+  auto pending = std::make_unique<Order>(*order);
+  pending->updateTime() = now;
   ++state.number;
-  reportOrder(pending, now + parts_.options.reportLatencyMs);
+  reportOrder(std::move(pending), now + parts_.options.reportLatencyMs);
 }
 
 bool TradeDesk::letArrive(int64 now) {
@@ -164,10 +164,10 @@ bool TradeDesk::letArrive(int64 now) {
     arriving_.erase(arriving_.begin());
     TradeAction& action = *arrived;
     if (action.isCancel) {
-      state.exchange().cancel(action.order.id, action.order.cancelSource, now);
+      state.exchange().cancel(action.order->id, action.order->cancelSource, now);
     } else {
-      feed_.begin(action.order.code.id, state.exchange());
-      state.exchange().place(action.order, now);
+      feed_.begin(action.order->code.id, state.exchange());
+      state.exchange().place(std::move(action.order), now);
     }
     takeEvents(now);
   }
@@ -211,16 +211,16 @@ void TradeDesk::takeEvent(TradeEvent& event, int64 now) {
   TradeState& state = parts_.state;
   ++state.number;
   const int64 due = std::max(event.time + parts_.options.reportLatencyMs, now);
-  if (auto* order = std::get_if<Order>(&event.what)) {
-    reportOrder(*order, due);
-  } else if (auto* fill = std::get_if<OrderFill>(&event.what)) {
-    state.store.addFill(*fill);
+  if (auto* order = std::get_if<std::unique_ptr<Order>>(&event.what)) {
+    reportOrder(std::move(*order), due);
+  } else if (auto* told = std::get_if<std::unique_ptr<OrderFill>>(&event.what)) {
+    const OrderFill& fill = **told;
+    state.store.addFill(fill);
     // A fill inside a bar is known, and its price marked, when the bar is over.
-    state.equity().noteFill(fill->account.accountKey, fill->source.createSource, fill->code.id,
-                            now);
-    report<OrderFill>({TradeTopic::Fill, fill->account.accountKey, fill->code.id,
-                       eventSourcesOf(fill->source), fill->source.createSource},
-                      due, kAsItIs, std::move(*fill));
+    state.equity().noteFill(fill.account.accountKey, fill.source.createSource, fill.code.id, now);
+    report<std::unique_ptr<OrderFill>>({TradeTopic::Fill, fill.account.accountKey, fill.code.id,
+                                        eventSourcesOf(fill.source), fill.source.createSource},
+                                       due, kAsItIs, std::move(*told));
   } else if (auto* position = std::get_if<TradeEvent::PositionChanged>(&event.what)) {
     reportPosition(*position, due);
   } else {
@@ -231,7 +231,8 @@ void TradeDesk::takeEvent(TradeEvent& event, int64 now) {
   }
 }
 
-void TradeDesk::reportOrder(Order& order, int64 due) {
+void TradeDesk::reportOrder(std::unique_ptr<Order> told, int64 due) {
+  Order& order = *told;
   if (const auto at = cancelling_.find(order.id); at != cancelling_.end()) {
     if (OrderView(order).isFinal()) {
       cancelling_.erase(at);
@@ -241,8 +242,8 @@ void TradeDesk::reportOrder(Order& order, int64 due) {
     }
   }
   parts_.state.store.updateOrder(order);
-  // Its texts are short, and most are empty: a copy costs less than a move.
-  report<Order>(subjectOf(TradeTopic::Order, order), due, kAsItIs, std::as_const(order));
+  report<std::unique_ptr<Order>>(subjectOf(TradeTopic::Order, order), due, kAsItIs,
+                                 std::move(told));
 }
 
 void TradeDesk::reportPosition(const TradeEvent::PositionChanged& changed, int64 due) {

@@ -75,7 +75,7 @@ class TradeDesk {
   void takeEvents(int64 now);
   void takeEvent(TradeEvent& event, int64 now);
   std::optional<StoredRun> openRun(const TimeShift& shift);
-  void reportOrder(Order& order, int64 due);
+  void reportOrder(std::unique_ptr<Order> told, int64 due);
   void reportPosition(const TradeEvent::PositionChanged& changed, int64 due);
   /// Reports something, if anybody wants to hear of it; `fill` makes the record.
   /// The report is made of the arguments, then filled, and neither if nobody receives it.

@@ -6,8 +6,8 @@ namespace {
 struct Caller {
   TradeEventSpi& spi;
 
-  void operator()(const Order& order) const { spi.onRtnOrder(order); }
-  void operator()(const OrderFill& fill) const { spi.onRtnTrade(fill); }
+  void operator()(const std::unique_ptr<Order>& order) const { spi.onRtnOrder(*order); }
+  void operator()(const std::unique_ptr<OrderFill>& fill) const { spi.onRtnTrade(*fill); }
   void operator()(const Position& position) const { spi.onRtnPosition(position); }
   void operator()(const SourcePosition& position) const { spi.onRtnSourcePosition(position); }
   void operator()(const TradingAccount& capital) const { spi.onRtnCapital(capital); }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <variant>
 
 #include "platform/trade/SubscriptionBook.h"
@@ -13,7 +14,8 @@ struct TradeReport {
     AccountID account;
     AccountStatusInfo info;
   };
-  using What = std::variant<Order, OrderFill, Position, SourcePosition, TradingAccount, Status>;
+  using What = std::variant<std::unique_ptr<Order>, std::unique_ptr<OrderFill>, Position,
+                            SourcePosition, TradingAccount, Status>;
 
   /// That nothing can be said of its receivers without a look.
   static constexpr std::uint64_t kNotKnown = ~std::uint64_t{0};

@@ -4,6 +4,7 @@
 
 #include <utility>
 
+#include "platform/core/MadeInPlace.h"
 #include "platform/core/NotSupported.h"
 #include "platform/core/Periods.h"
 #include "platform/fields/OrderView.h"
@@ -61,8 +62,10 @@ ResultStatus TradeService::sendOrder(const OrderRequest& request, std::list<Orde
   const TradingAccountID* account = state_.accounts.find(request.account);
   if (account == nullptr) return {22, "账号不存在"_gbk};
   const int64 now = now_();
-  std::unique_ptr<TradeAction> action(new TradeAction{.order = orderOf(request, *account, now)});
-  Order& order = action->order;
+  auto action = std::make_unique<TradeAction>();
+  action->order =
+      std::make_unique<Order>(MadeInPlace([&] { return orderOf(request, *account, now); }));
+  Order& order = *action->order;
   {
     const std::lock_guard lock(state_.mutex);
     state_.inbox.number(order);

@@ -24,16 +24,16 @@ class Reckoning {
     }
     const IKLine& bar = stream.bars().bars[row];
     const EquityBook::Mark mark{codeId_, stream.timeAt(row), false};
-    if (!run_) {
+    if (!isSole_) {
       exchange_.onQuietBar(*contract_, bar);
       equity_.noteMark(*holders_, mark);
       return;
     }
     if (const auto close = closeOf(bar)) {
-      run_->take(*close);
+      run_.take(*close);
       last_ = &bar;
     }
-    equity_.noteWorth(account_, mark, toDouble(run_->equity()), run_->exposure());
+    equity_.noteWorth(account_, mark, toDouble(run_.equity()), run_.exposure());
   }
 
  private:
@@ -45,15 +45,17 @@ class Reckoning {
     const EquityBook::Holders* const sole = EquityBook::soleHolders(*holders_);
     if (sole == nullptr) return;
     account_ = sole->account;
-    run_ = sole->ledger->priceRun(codeId_);
+    const std::optional<PriceRun> run = sole->ledger->priceRun(codeId_);
+    isSole_ = run.has_value();
+    run_ = run.value_or(PriceRun());
   }
 
   void end() {
-    if (!run_) return;
+    if (!isSole_) return;
     // The exchange may know a last price that the account refused.
-    exchange_.ledger(account_)->mark(codeId_, run_->price());
+    exchange_.ledger(account_)->mark(codeId_, run_.price());
     if (last_ != nullptr) exchange_.onQuietBar(*contract_, *last_);
-    run_.reset();
+    isSole_ = false;
     last_ = nullptr;
   }
 
@@ -64,8 +66,9 @@ class Reckoning {
   int64 codeId_ = 0;
   Contract* contract_ = nullptr;
   const EquityBook::AllHolders* holders_ = nullptr;
+  bool isSole_ = false;  ///< Of one side on one account; the rest is of that.
   std::int32_t account_ = 0;
-  std::optional<PriceRun> run_;
+  PriceRun run_;
   const IKLine* last_ = nullptr;  ///< That told a price.
 };
 

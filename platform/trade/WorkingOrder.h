@@ -1,6 +1,8 @@
 #pragma once
 
+#include <memory>
 #include <optional>
+#include <utility>
 
 #include "platform/trade/Ledger.h"
 
@@ -8,9 +10,10 @@ namespace orvane::detail {
 
 /// An order at the exchange: the record that is told, and the same as exact numbers.
 struct WorkingOrder {
-  explicit WorkingOrder(const Order& of) : record(of) {}
+  explicit WorkingOrder(std::unique_ptr<Order> of) : owned(std::move(of)), record(*owned) {}
 
-  Order record;
+  const std::unique_ptr<Order> owned;
+  Order& record;
   Ledger* ledger = nullptr;
   const ContractTerms* terms = nullptr;
   order::Type type{};

@@ -25,7 +25,7 @@ class EquityCurves : public ExchangeTest {
     last_ = price;
     const int64 time = 10 * n + 10;
     for (const TradeEvent& event : exchange->takeEvents())
-      if (const auto* fill = std::get_if<OrderFill>(&event.what))
+      if (const auto* fill = event.fill())
         book_.noteFill(1, fill->source.createSource, code.id, time);
     book_.noteMark({code.id, time, false});
   }

@@ -58,7 +58,7 @@ class ExchangeTest : public ::testing::Test {
   }
 
   int64 place(const Order& order, int64 now) {
-    exchange->place(order, now);
+    exchange->place(std::make_unique<Order>(order), now);
     return order.id;
   }
   int64 buy(double volume, int64 now) { return place(orderOf(order::Direction::Buy, volume), now); }
@@ -125,11 +125,11 @@ class ExchangeTest : public ::testing::Test {
                                              "cancelPending", "cancelled", "rejected", "expired"};
     std::vector<std::string> lines;
     for (const TradeEvent& event : exchange->takeEvents()) {
-      if (const auto* fill = std::get_if<OrderFill>(&event.what)) {
+      if (const auto* fill = event.fill()) {
         const FillView view(*fill);
         lines.push_back(std::to_string(view.orderId()) + " " + number(view.volume()) + "@" +
                         number(view.price()) + " t=" + std::to_string(view.time()));
-      } else if (const auto* order = std::get_if<Order>(&event.what)) {
+      } else if (const auto* order = event.order()) {
         const OrderView view(*order);
         if (!view.isFinal() || view.status() == order::Status::Filled) continue;
         lines.push_back(std::to_string(order->id) + " " + kNames[order->status()] +

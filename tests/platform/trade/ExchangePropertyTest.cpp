@@ -168,7 +168,7 @@ class Trial {
              << " volume " << order.volume.value_or(-1) << " limit " << order.limit.value_or(-1)
              << " stop " << order.stop.value_or(-1) << "\n";
     watch_.arrives(order, time);
-    exchange_.place(market_.recordOf(order), time);
+    exchange_.place(std::make_unique<Order>(market_.recordOf(order)), time);
     naive_.place(order, time);
     compare(time);
   }
@@ -229,8 +229,8 @@ class Trial {
     watch_.isOver();
     std::vector<Told> seen;
     for (const TradeEvent& event : events) {
-      if (const auto* order = std::get_if<Order>(&event.what)) seen.push_back(toldOf(*order));
-      if (const auto* fill = std::get_if<OrderFill>(&event.what)) seen.push_back(toldOf(*fill));
+      if (const auto* order = event.order()) seen.push_back(toldOf(*order));
+      if (const auto* fill = event.fill()) seen.push_back(toldOf(*fill));
     }
     std::vector<Told> expected = naive_.take();
     std::ranges::stable_sort(seen, {}, &Told::orderId);

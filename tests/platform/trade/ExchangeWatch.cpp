@@ -60,15 +60,15 @@ void ExchangeWatch::shows(std::size_t code, const NaiveTick& tick) {
 
 void ExchangeWatch::saw(const std::vector<detail::TradeEvent>& events, int64 now) {
   for (std::size_t i = 0; i < events.size(); ++i) {
-    if (const auto* order = std::get_if<Order>(&events[i].what)) sawOrder(*order, now);
-    const auto* fill = std::get_if<OrderFill>(&events[i].what);
+    if (const auto* order = events[i].order()) sawOrder(*order, now);
+    const auto* fill = events[i].fill();
     if (fill == nullptr) continue;
     sawFill(*fill, events[i].time, now);
     // The order comes before its fill, position and capital after it.
     const int64 id = FillView(*fill).orderId();
     expect(i > 0 && i + 2 < events.size(), "a fill alone", id);
     if (!fault_.empty()) return;
-    const auto* before = std::get_if<Order>(&events[i - 1].what);
+    const auto* before = events[i - 1].order();
     const auto* position = std::get_if<detail::TradeEvent::PositionChanged>(&events[i + 1].what);
     const auto* capital = std::get_if<detail::TradeEvent::CapitalChanged>(&events[i + 2].what);
     expect(before != nullptr && before->id == id, "a fill without its order", id);

@@ -18,7 +18,7 @@ class FillRecord : public ExchangeTest {
   std::vector<OrderFill> fills() {
     std::vector<OrderFill> all;
     for (const TradeEvent& event : exchange->takeEvents())
-      if (const auto* fill = std::get_if<OrderFill>(&event.what)) all.push_back(*fill);
+      if (const auto* fill = event.fill()) all.push_back(*fill);
     return all;
   }
   static double numberAt(const OrderFill& fill, fill::Numbers at) {

@@ -21,7 +21,7 @@ class OrderRecord : public ExchangeTest {
   std::vector<Order> orders() {
     std::vector<Order> all;
     for (const TradeEvent& event : exchange->takeEvents())
-      if (const auto* order = std::get_if<Order>(&event.what)) all.push_back(*order);
+      if (const auto* order = event.order()) all.push_back(*order);
     return all;
   }
   Order last() { return orders().back(); }

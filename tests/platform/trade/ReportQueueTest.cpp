@@ -10,13 +10,15 @@ void put(ReportQueue& queue, int64 due, int64 id, std::int32_t account = 1) {
   ReportQueue::Report report = queue.blank();
   report->due = due;
   report->subject.account = account;
-  report->what.emplace<Order>().id = id;
+  report->what = std::make_unique<Order>();
+  std::get<std::unique_ptr<Order>>(report->what)->id = id;
   queue.put(std::move(report));
 }
 
 std::vector<int64> takeAll(ReportQueue& queue) {
   std::vector<int64> ids;
-  while (!queue.empty()) ids.push_back(std::get<Order>(queue.takeNext()->what).id);
+  while (!queue.empty())
+    ids.push_back(std::get<std::unique_ptr<Order>>(queue.takeNext()->what)->id);
   return ids;
 }
 
