@@ -104,8 +104,6 @@ class RunnerContext final : public AbstractEventStrategy,
   std::list<std::unique_ptr<IStrategy>> strategies_;  ///< The pool task's alone.
   std::unique_ptr<UserContext> context_;              ///< Made once, kept across runs.
   std::atomic<bool> isSetStop_{false};
-  /// Code and frequency that the last bars were delivered with; the pool task's alone.
-  std::pair<ICodeID, std::string> lastBars_;
 
   std::mutex mutex_;      ///< Guards what follows; never held while anything is delivered.
   bool running_ = false;  ///< A pool task is scheduled or running.

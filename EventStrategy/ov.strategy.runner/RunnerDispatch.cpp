@@ -78,17 +78,17 @@ void RunnerContext::dispatchBarProgress(const IEvent& event) {
 
 void RunnerContext::dispatchBars(const IEvent& event) {
   const auto& batch = static_cast<const BarEvent&>(event);
-  auto& [code, frequency] = lastBars_;
-  bool byCaller = false;
-  if (!context_->resolveKlineRequest(batch.requestId, code, frequency, byCaller)) return;
+  const UserContext::BarsRequest* const request = context_->barsRequest(batch.requestId);
+  if (request == nullptr) return;
+  const auto& [requestId, byCaller, code, frequency] = *request;
   for (const auto& strategy : strategies_) {
     if (batch.isTick && byCaller)
-      strategy->onTickSeriesById(context_.get(), batch.requestId, code, batch.ticks, batch.status,
+      strategy->onTickSeriesById(context_.get(), requestId, code, batch.ticks, batch.status,
                                  batch.batchFlag);
     else if (batch.isTick)
       strategy->onTickSeries(context_.get(), code, batch.ticks, batch.status, batch.batchFlag);
     else if (byCaller)
-      strategy->onBarSeriesById(context_.get(), batch.requestId, code, frequency, batch.bars,
+      strategy->onBarSeriesById(context_.get(), requestId, code, frequency, batch.bars,
                                 batch.status, batch.batchFlag);
     else
       strategy->onBarSeries(context_.get(), code, frequency, batch.bars, batch.status,

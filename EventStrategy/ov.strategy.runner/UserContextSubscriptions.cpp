@@ -48,6 +48,7 @@ ResultStatus UserContext::subscribeKline(const ICodeID& code, const std::string&
   ResultStatus status = runnerContext_->quotes()->subscribeKline(
       code, frequency, beginTime, endTime, count, withNoBegin(flags, beginTime), requestId);
   klineSubscriptions_[code.id][frequency] = {requestId, status};
+  isLastBarsKnown_ = false;
   klineRequests_[requestId] = {code, frequency};
   return status;
 }
@@ -64,6 +65,7 @@ ResultStatus UserContext::subscribeKline(int requestId, const ICodeID& code,
                           << ",requestId=" << requestId);
   ResultStatus status = runnerContext_->quotes()->subscribeKline(
       code, frequency, beginTime, endTime, count, withNoBegin(flags, beginTime), requestId);
+  isLastBarsKnown_ = false;
   klineRequestsByCaller_[requestId] = {code, frequency};
   return status;
 }
@@ -135,6 +137,7 @@ void UserContext::unsubscribeKline(const ICodeID& code, const std::string& frequ
              runnerName() << ",unsubscribe kline," << codeText(code) << "," << frequency
                           << ",requestId=" << requestId);
   runnerContext_->quotes()->unsubscribeKline(requestId);
+  isLastBarsKnown_ = false;
   klineRequests_.erase(requestId);
   byCode->second.erase(it);
   if (byCode->second.empty()) klineSubscriptions_.erase(byCode);
@@ -145,6 +148,7 @@ void UserContext::unsubscribeKline(int requestId) {
   if (it == klineRequestsByCaller_.end()) return;
   ORVANE_LOG(runner, Debug, runnerName() << ",unsubscribe kline by reqId,requestId=" << requestId);
   runnerContext_->quotes()->unsubscribeKline(requestId);
+  isLastBarsKnown_ = false;
   klineRequestsByCaller_.erase(it);
 }
 
@@ -200,14 +204,19 @@ bool UserContext::resolveKlineRequest(int requestId, ICodeID& code, std::string&
     it = klineRequests_.find(requestId);
     if (it == klineRequests_.end()) return false;
   }
-  // Mostly both are what they were for the last bars, and to see that takes less than to write them
-  // anew.
-  const KlineRequestKey& asked = it->second;
-  if (code.id != asked.code.id || code.kind != asked.code.kind ||
-      code.market != asked.code.market || code.code != asked.code.code)
-    code = asked.code;
-  if (frequency != asked.frequency) frequency = asked.frequency;
+  code = it->second.code;
+  frequency = it->second.frequency;
   return true;
+}
+
+const UserContext::BarsRequest* UserContext::barsRequest(int requestId) {
+  auto& [lastId, byCaller, code, frequency] = lastBars_;
+  if (!isLastBarsKnown_ || lastId != requestId) {
+    isLastBarsKnown_ = false;
+    lastId = requestId;
+    isLastBarsKnown_ = resolveKlineRequest(requestId, code, frequency, byCaller);
+  }
+  return isLastBarsKnown_ ? &lastBars_ : nullptr;
 }
 
 void UserContext::exit() {
@@ -234,6 +243,7 @@ void UserContext::exitMarketData() {
     }
   }
   klineSubscriptions_.clear();
+  isLastBarsKnown_ = false;
   klineRequests_.clear();
   klineRequestsByCaller_.clear();
 }

@@ -107,6 +107,53 @@ TEST_F(DispatchTest, shouldDropABarOfACancelledSubscriptionSilently) {
   EXPECT_THAT(logs.messages(), IsEmpty());
 }
 
+TEST_F(DispatchTest, shouldDropTheNextBarOfASubscriptionThatWasCancelledAfterOne) {
+  const int drawn = plainBars(7, "1m");
+  context().subscribeKline(77, codeOf(8), "2m", 1, 2, 0, 0);
+  const auto bars = [&](int id) {
+    quotes().onKLine(id, codeOf(7), {barOf(1)}, {}, 0);
+    pool.runAll();
+    return script->calls().size();
+  };
+  EXPECT_EQ(bars(drawn), 1u);
+  context().unsubscribeKline(codeOf(7), "1m");
+  EXPECT_EQ(bars(drawn), 1u);
+  EXPECT_EQ(bars(77), 2u);
+  context().unsubscribeKline(77);
+  EXPECT_EQ(bars(77), 2u);
+  EXPECT_EQ(bars(77), 2u);
+}
+
+TEST_F(DispatchTest, shouldDeliverByWhatAnIdStandsForNow) {
+  const int id = plainBars(7, "1m");
+  const auto bars = [&] {
+    quotes().onKLine(id, codeOf(7), {barOf(1)}, {}, 0);
+    pool.runAll();
+  };
+  bars();
+  context().subscribeKline(id, codeOf(8, "IC"), "2m", 1, 2, 0, 0);
+  bars();
+  context().unsubscribeKline(id);
+  bars();
+  context().subscribeKline(id, codeOf(9, "IH"), "5m", 1, 2, 0, 0);
+  bars();
+  const std::string byId = "onBarSeriesById " + std::to_string(id);
+  EXPECT_THAT(
+      script->calls(),
+      ElementsAre("onBarSeries IF#7 1m [1,] status=0/ 0", byId + " IC#8 2m [1,] status=0/ 0",
+                  "onBarSeries IF#7 1m [1,] status=0/ 0", byId + " IH#9 5m [1,] status=0/ 0"));
+}
+
+TEST_F(DispatchTest, shouldDropBarsOnceTheContextHasLeft) {
+  const int drawn = plainBars(7, "1m");
+  quotes().onKLine(drawn, codeOf(7), {barOf(1)}, {}, 0);
+  pool.runAll();
+  context().exit();
+  quotes().onKLine(drawn, codeOf(7), {barOf(1)}, {}, 0);
+  pool.runAll();
+  EXPECT_EQ(script->calls().size(), 1u);
+}
+
 // Quotes.
 
 TEST_F(DispatchTest, shouldDeliverAQuoteOfASubscribedCode) {
