@@ -94,73 +94,114 @@ void addTradeFigures(const FillLists& lists, Figures& figures) {
   if (sums.losses > 0) figures.meanLoss = -lost / static_cast<double>(sums.losses);
 }
 
-std::optional<double> exposureOf(const EquityCurve& curve) {
-  if (curve.size() < 2 || curve.back().time <= curve.front().time) return std::nullopt;
-  int64 held = 0;
-  const EquityPoint* before = nullptr;
-  for (const EquityPoint& point : curve) {
-    if (before != nullptr && before->exposure > 0) held += point.time - before->time;
-    before = &point;
+// What is asked of all points of a curve, in their order.
+
+/// How long something was held.
+class HeldTime {
+ public:
+  void take(const EquityPoint& point) {
+    if (wasHeld_) held_ += point.time - before_;
+    wasHeld_ = point.exposure > 0;
+    before_ = point.time;
   }
-  return static_cast<double>(held) / static_cast<double>(curve.back().time - curve.front().time);
-}
+  std::optional<double> shareOf(const EquityCurve& curve) const {
+    if (curve.size() < 2 || curve.back().time <= curve.front().time) return std::nullopt;
+    return static_cast<double>(held_) / static_cast<double>(curve.back().time - curve.front().time);
+  }
+
+ private:
+  int64 held_ = 0, before_ = 0;
+  bool wasHeld_ = false;
+};
+
+/// The last equities of the UTC days.
+class DayCloses {
+ public:
+  void take(const EquityPoint& point) {
+    if (!closes_.empty() && point.time >= dayBegin_ && point.time - dayBegin_ < kDayMs) {
+      closes_.back() = point.equity;
+      return;
+    }
+    closes_.push_back(point.equity);
+    dayBegin_ = dayOf(point.time) * kDayMs;
+  }
+  std::vector<double> returns(double startBalance) const {
+    std::vector<double> returns;
+    returns.reserve(closes_.size());
+    double before = startBalance;
+    for (const double close : closes_) {
+      if (before <= 0) return {};
+      returns.push_back(close / before - 1);
+      before = close;
+    }
+    return returns;
+  }
+
+ private:
+  std::vector<double> closes_;
+  int64 dayBegin_ = 0;
+};
+
+class DrawdownSearch {
+ public:
+  explicit DrawdownSearch(double startBalance) : hasShares_(startBalance > 0) {
+    if (hasShares_) deepest_.share = 0;
+  }
+  void take(const EquityPoint& point) {
+    const std::size_t at = seen_++;
+    if (at == 0 || point.equity >= peak_.equity) {
+      peak_ = point;
+      return;
+    }
+    if (hasShares_ && peak_.equity <= 0) return;
+    const double fall = peak_.equity - point.equity;
+    // Most falls are nowhere near the deepest, and told apart without the division.
+    constexpr double kSurelyLess = 1 - 1e-9;
+    if (hasShares_ && fall < depth_ * peak_.equity * kSurelyLess) return;
+    const double its = hasShares_ ? fall / peak_.equity : fall;
+    if (its <= depth_) return;
+    depth_ = its;
+    deepest_ = {0, hasShares_ ? std::optional(its) : std::nullopt, peak_.time, point.time,
+                kUnsetTime};
+    peakEquity_ = peak_.equity;
+    troughEquity_ = point.equity;
+    trough_ = at;
+  }
+  /// Of the curve whose points were taken.
+  Drawdown deepestOf(const EquityCurve& curve) const {
+    Drawdown deepest = deepest_;
+    if (deepest.troughTime == kUnsetTime) return deepest;
+    deepest.amount = differenceOf(peakEquity_, troughEquity_);
+    const auto recovered =
+        std::find_if(curve.begin() + static_cast<std::ptrdiff_t>(trough_), curve.end(),
+                     [&](const EquityPoint& point) {
+                       return point.time > deepest.troughTime && point.equity >= peakEquity_;
+                     });
+    if (recovered != curve.end()) deepest.recoveryTime = recovered->time;
+    return deepest;
+  }
+
+ private:
+  bool hasShares_;
+  std::size_t seen_ = 0, trough_ = 0;
+  EquityPoint peak_;
+  Drawdown deepest_;
+  double peakEquity_ = 0, troughEquity_ = 0;
+  double depth_ = 0;
+};
 
 }  // namespace
 
 std::vector<double> dailyReturns(double startBalance, const EquityCurve& curve) {
-  std::vector<double> closes;
-  int64 dayBegin = 0;
-  for (const EquityPoint& point : curve) {
-    if (!closes.empty() && point.time >= dayBegin && point.time - dayBegin < kDayMs) {
-      closes.back() = point.equity;
-      continue;
-    }
-    closes.push_back(point.equity);
-    dayBegin = dayOf(point.time) * kDayMs;
-  }
-  std::vector<double> returns;
-  returns.reserve(closes.size());
-  double before = startBalance;
-  for (const double close : closes) {
-    if (before <= 0) return {};
-    returns.push_back(close / before - 1);
-    before = close;
-  }
-  return returns;
+  DayCloses closes;
+  for (const EquityPoint& point : curve) closes.take(point);
+  return closes.returns(startBalance);
 }
 
 Drawdown deepestDrawdown(double startBalance, const EquityCurve& curve) {
-  const bool hasShares = startBalance > 0;
-  Drawdown deepest;
-  if (hasShares) deepest.share = 0;
-  if (curve.empty()) return deepest;
-  EquityPoint peak = curve.front();
-  double peakEquity = 0, troughEquity = 0;
-  double depth = 0;
-  for (const EquityPoint& point : curve) {
-    if (point.equity >= peak.equity) {
-      peak = point;
-      continue;
-    }
-    if (hasShares && peak.equity <= 0) continue;
-    const double fall = peak.equity - point.equity;
-    // Most falls are nowhere near the deepest, and told apart without the division.
-    constexpr double kSurelyLess = 1 - 1e-9;
-    if (hasShares && fall < depth * peak.equity * kSurelyLess) continue;
-    const double its = hasShares ? fall / peak.equity : fall;
-    if (its <= depth) continue;
-    depth = its;
-    deepest = {0, hasShares ? std::optional(its) : std::nullopt, peak.time, point.time, kUnsetTime};
-    peakEquity = peak.equity;
-    troughEquity = point.equity;
-  }
-  if (deepest.troughTime == kUnsetTime) return deepest;
-  deepest.amount = differenceOf(peakEquity, troughEquity);
-  const auto recovered = std::ranges::find_if(curve, [&](const EquityPoint& point) {
-    return point.time > deepest.troughTime && point.equity >= peakEquity;
-  });
-  if (recovered != curve.end()) deepest.recoveryTime = recovered->time;
-  return deepest;
+  DrawdownSearch search(startBalance);
+  for (const EquityPoint& point : curve) search.take(point);
+  return search.deepestOf(curve);
 }
 
 Figures makeFigures(double startBalance, const EquityCurve& curve,
@@ -179,10 +220,19 @@ Figures makeJointFigures(double startBalance, const EquityCurve& curve, const Fi
   if (startBalance > 0 && figures.finalEquity > 0 && figures.isLongEnoughForAYear())
     figures.annualReturn =
         std::pow(figures.finalEquity / startBalance, kYearDays / figures.days) - 1;
-  addReturnFigures(dailyReturns(startBalance, curve), figures);
-  figures.drawdown = deepestDrawdown(startBalance, curve);
+  // Together: a long curve is more than the caches hold.
+  HeldTime held;
+  DayCloses closes;
+  DrawdownSearch search(startBalance);
+  for (const EquityPoint& point : curve) {
+    held.take(point);
+    closes.take(point);
+    search.take(point);
+  }
+  addReturnFigures(closes.returns(startBalance), figures);
+  figures.drawdown = search.deepestOf(curve);
   addTradeFigures(lists, figures);
-  figures.exposure = exposureOf(curve);
+  figures.exposure = held.shareOf(curve);
   return figures;
 }
 
