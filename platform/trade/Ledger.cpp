@@ -256,6 +256,9 @@ std::optional<PriceRun> Ledger::priceRun(int64 codeId) const {
   const auto at = codes_.find(codeId);
   if (at == codes_.end() || at->second.soleSide == nullptr) return std::nullopt;
   const CodeBook& code = at->second;
+  // Under new terms it is worth what it was until the price moves.
+  if (turnoverOf(*code.markPrice, code.held, code.terms->multiplier) != code.value)
+    return std::nullopt;
   return PriceRun({.side = code.soleSide,
                    .multiplier = code.terms->multiplier,
                    .price = *code.markPrice,

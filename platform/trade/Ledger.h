@@ -93,7 +93,7 @@ class Ledger {
   /// 2.5 x 10^15, then the one before stays.
   void mark(int64 codeId, Price price);
   /// To look at many prices of a code in a row, of which `mark` is then told the last that it took;
-  /// empty unless one side of one source is all that is held of it.
+  /// empty unless one side of one source is all that is held of it, valued by its present terms.
   std::optional<PriceRun> priceRun(int64 codeId) const;
   /// A new trading day of a code: today's part becomes yesterday's. Settles it first, at the last
   /// price, if `settles` and its margin would not be out of range. Answers whether a position

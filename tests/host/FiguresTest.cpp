@@ -116,6 +116,49 @@ TEST(Figures, shouldFindTheDeepestDrawdownWithItsDates) {
   EXPECT_EQ(fall.recoveryTime, 6);
 }
 
+TEST(Figures, shouldTakeForRecoveryWhatComesBehindTheTroughAlone) {
+  // At the trough's own time the peak was still there, and is reached again later.
+  const Drawdown fall =
+      deepestDrawdown(100, {{0, 100, 0}, {5, 90, 0}, {5, 100, 0}, {6, 99, 0}, {7, 100, 0}});
+  EXPECT_EQ(fall.peakTime, 0);
+  EXPECT_EQ(fall.troughTime, 5);
+  EXPECT_EQ(fall.recoveryTime, 7);
+}
+
+TEST(Figures, shouldMakeOfACurveWhatEachFigureIsByItself) {
+  const std::uint64_t seed = support::randomSeed();
+  SCOPED_TRACE("ORVANE_RANDOM_SEED=" + std::to_string(seed));
+  std::mt19937_64 random(seed);
+  for (int run = 0; run < support::randomRuns(300); ++run) {
+    EquityPoints points;
+    int64 time = static_cast<int64>(random() % 5) * kDay;
+    for (std::size_t count = random() % 40; count > 0; --count) {
+      points.push_back(
+          {time, static_cast<double>(random() % 50) - 5, random() % 3 == 0 ? 0.0 : 7.0});
+      time += static_cast<int64>(random() % 3) * kDay / 3;
+    }
+    const double start = static_cast<double>(random() % 3) * 10;
+    const EquityCurve curve(points);
+    const Figures figures = makeFigures(start, curve, {});
+    const Drawdown alone = deepestDrawdown(start, curve);
+    EXPECT_EQ(figures.drawdown.share, alone.share);
+    EXPECT_EQ(figures.drawdown.amount, alone.amount);
+    EXPECT_EQ(figures.drawdown.peakTime, alone.peakTime);
+    EXPECT_EQ(figures.drawdown.troughTime, alone.troughTime);
+    EXPECT_EQ(figures.drawdown.recoveryTime, alone.recoveryTime);
+    EXPECT_EQ(figures.sharpe.has_value(), figures.sharpe && dailyReturns(start, curve).size() > 1);
+    int64 held = 0;
+    for (std::size_t i = 1; i < points.size(); ++i)
+      held += points[i - 1].exposure > 0 ? points[i].time - points[i - 1].time : 0;
+    const int64 whole = points.empty() ? 0 : points.back().time - points.front().time;
+    ASSERT_EQ(figures.exposure.has_value(), whole > 0);
+    if (whole > 0) {
+      EXPECT_EQ(*figures.exposure, static_cast<double>(held) / static_cast<double>(whole));
+    }
+    if (HasFailure()) return;
+  }
+}
+
 TEST(Figures, shouldLeaveTheRecoveryOutWhereItNeverCame) {
   EXPECT_EQ(deepestDrawdown(100, {{1, 100, 0}, {2, 90, 0}, {3, 99, 0}}).recoveryTime, kUnsetTime);
 }

@@ -35,7 +35,7 @@ void DecimalShape::learn(const char* begin, const char* behind, const char* end,
   divisor_ = NumberParser::powerOfTen(static_cast<unsigned>(number.decimals));
   unused_ = static_cast<unsigned>(8 * (needed - number.digits));
   length_ = static_cast<unsigned>(length);
-  needed_ = static_cast<unsigned char>(needed);
+  needed_ = needed;
 }
 
 }  // namespace orvane::detail

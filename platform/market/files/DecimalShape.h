@@ -49,9 +49,9 @@ class DecimalShape {
 
   /// Eight characters.
   struct Word {
-    std::uint64_t expected = ~std::uint64_t{0};  ///< What no text has: nothing is of that shape.
-    std::uint64_t zeros = ~std::uint64_t{0};     ///< Those that must be as expected.
-    std::uint64_t digits = 0;                    ///< The high bits of those that must be digits.
+    std::uint64_t expected = 0;
+    std::uint64_t zeros = 0;   ///< Those that must be as expected.
+    std::uint64_t digits = 0;  ///< The high bits of those that must be digits.
     std::uint64_t beforePoint = 0;
 
     Word() = default;
@@ -77,7 +77,8 @@ class DecimalShape {
   double divisor_ = 1;
   unsigned unused_ = 0;  ///< Bits that no digit takes.
   unsigned length_ = 0;
-  unsigned char needed_ = 8;  ///< Characters that are looked at: 8 or 16.
+  /// Characters that are looked at: 8 or 16; of no text at first.
+  std::ptrdiff_t needed_ = PTRDIFF_MAX;
 };
 
 }  // namespace orvane::detail

@@ -50,7 +50,6 @@ void GridDesk::beginRun() {
 void GridDesk::rewind() {
   const std::lock_guard lock(mutex_);
   grids_.clear();
-  hasGrids_ = false;
   newCodes_.clear();
   watched_.clear();
   lastId_ = 0;

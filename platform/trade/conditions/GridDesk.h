@@ -62,9 +62,9 @@ class GridDesk final : public TradeEventSpi,
   bool isWatched(int64 codeId) const { return watched_.contains(codeId); }
   void onRecord(int64 codeId);
   bool anyWaiting() const { return isWaiting_.load(); }
-  /// Whether there is a grid, or anybody waits to hear of one: else `takeNewCodes` and `serve` have
+  /// Whether anybody ever asked for a grid, or to hear of one: else `takeNewCodes` and `serve` have
   /// nothing to do.
-  bool isInUse() const { return hasGrids_.load(std::memory_order_relaxed) || anyWaiting(); }
+  bool isInUse() const { return isInUse_.load(); }
   /// Sends what the grids want sent or, if there is nothing of that kind and `isQuiet`, tells the
   /// details of what happened. Returns whether there was anything to do.
   bool serve(bool isQuiet);
@@ -116,8 +116,8 @@ class GridDesk final : public TradeEventSpi,
   const Parts parts_;
   DetailBook details_;
   std::atomic<bool> isWaiting_{false};
-  std::atomic<bool> hasGrids_{false};  ///< Or had one since the start. Changed under `mutex_`.
-  std::set<int64> watched_;            ///< The service loop's.
+  std::atomic<bool> isInUse_{false};
+  std::set<int64> watched_;  ///< The service loop's.
 
   mutable std::mutex mutex_;  ///< Guards what follows.
   std::map<int64, Grid> grids_;

@@ -49,7 +49,7 @@ void GridDesk::addOptions() {
     if (!fault.empty())
       throw std::invalid_argument("grids[" + std::to_string(at) + "]." + gbkToUtf8(fault));
     grids_.emplace(++lastId_, std::move(grid));
-    hasGrids_ = true;
+    isInUse_ = true;
   }
 }
 
@@ -99,6 +99,7 @@ void GridDesk::prepare() {
 }
 
 void GridDesk::noteWaiting() {
+  isInUse_ = true;
   if (!isWaiting_.exchange(true)) parts_.onRequest();
 }
 
@@ -114,7 +115,6 @@ ResultStatus GridDesk::create(const GridOptions& options, int64& id) {
     if (isRunning_) newCodes_.push_back(grid.code->id);
     id = ++lastId_;
     grids_.emplace(id, std::move(grid));
-    hasGrids_ = true;
   }
   noteWaiting();
   return {};

@@ -144,6 +144,20 @@ TEST_F(DispatchTest, shouldDeliverByWhatAnIdStandsForNow) {
                   "onBarSeries IF#7 1m [1,] status=0/ 0", byId + " IH#9 5m [1,] status=0/ 0"));
 }
 
+TEST_F(DispatchTest, shouldDeliverByTheSubscriptionThatACallBackPutInItsOwnsPlace) {
+  context().subscribeKline(77, codeOf(8, "IC"), "2m", 1, 2, 0, 0);
+  bool isFirst = true;
+  script->on("onBarSeriesById", [&](IContext* user) {
+    if (!std::exchange(isFirst, false)) return;
+    user->unsubscribeKline(77);
+    user->subscribeKline(77, codeOf(9, "IH"), "5m", 1, 2, 0, 0);
+  });
+  for (int i = 0; i < 2; ++i) quotes().onKLine(77, codeOf(7), {barOf(1)}, {}, 0);
+  pool.runAll();
+  EXPECT_THAT(script->calls(), ElementsAre("onBarSeriesById 77 IC#8 2m [1,] status=0/ 0",
+                                           "onBarSeriesById 77 IH#9 5m [1,] status=0/ 0"));
+}
+
 TEST_F(DispatchTest, shouldDropBarsOnceTheContextHasLeft) {
   const int drawn = plainBars(7, "1m");
   quotes().onKLine(drawn, codeOf(7), {barOf(1)}, {}, 0);

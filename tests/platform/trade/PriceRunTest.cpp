@@ -96,6 +96,16 @@ TEST_F(PriceRunTest, shouldRefuseAPriceAtWhichTheAccountWouldBeWorthTooMuch) {
   EXPECT_EQ(once.exposureOf(kCode), 99'999'960 * 2.5e7);
 }
 
+TEST_F(PriceRunTest, shouldNotBeThereUnderNewTermsUntilThePriceMoves) {
+  buy(2, 100);
+  terms[0].multiplier = *multiplierOf(std::string_view("5"));
+  EXPECT_FALSE(once.priceRun(kCode));
+  for (Ledger* ledger : {&each, &once}) ledger->mark(kCode, at(100));
+  EXPECT_FALSE(once.priceRun(kCode));
+  for (Ledger* ledger : {&each, &once}) ledger->mark(kCode, at(101));
+  expectAlike({at(100), at(101), at(99)});
+}
+
 TEST_F(PriceRunTest, shouldOnlyBeThereWhereOneSideOfOneSourceIsAllThatIsHeld) {
   EXPECT_FALSE(once.priceRun(kCode));
   buy(3, 100);
