@@ -48,8 +48,7 @@ ResultStatus UserContext::subscribeKline(const ICodeID& code, const std::string&
   ResultStatus status = runnerContext_->quotes()->subscribeKline(
       code, frequency, beginTime, endTime, count, withNoBegin(flags, beginTime), requestId);
   klineSubscriptions_[code.id][frequency] = {requestId, status};
-  isLastBarsKnown_ = false;
-  klineRequests_[requestId] = {code, frequency};
+  klineRequests_[requestId] = {code, frequency};  // New, so no answer changes.
   return status;
 }
 

@@ -131,8 +131,8 @@ const EquityBook::Holders* EquityBook::soleHolders(const AllHolders& all) {
   const Holders* sole = nullptr;
   for (const Holders& holders : all) {
     if (holders.sources.empty()) continue;
-    if (sole != nullptr || holders.sources.size() > 1 || holders.sources.front()->second.own)
-      return nullptr;
+    // Of several sources on an account each has a curve of its own.
+    if (sole != nullptr || holders.sources.front()->second.own) return nullptr;
     sole = &holders;
   }
   return sole;

@@ -1,5 +1,7 @@
 // The configuration of the trade source, its listener, its release and its ownership.
 
+#include <memory_resource>
+
 #include "tests/EventStrategy/TradeSrcFixture.h"
 
 namespace orvane::support {
@@ -113,6 +115,41 @@ TEST_F(TradeSrcConfig, shouldRestoreQuickOnAResetButLeaveTheAccountsWithTheirMar
   EXPECT_EQ(marks().fillEventSourceIds, 2);
   EXPECT_THAT(platform.calls.entries(), IsEmpty());
   EXPECT_THAT(logs.messages("Event"), IsEmpty());
+}
+
+TEST_F(TradeSrcConfig, shouldGiveBackTheMemoryOfWhatItSawOnAReset) {
+  struct Counting final : std::pmr::memory_resource {
+    void* do_allocate(std::size_t bytes, std::size_t alignment) override {
+      held += bytes;
+      return std::pmr::new_delete_resource()->allocate(bytes, alignment);
+    }
+    void do_deallocate(void* at, std::size_t bytes, std::size_t alignment) override {
+      held -= bytes;
+      std::pmr::new_delete_resource()->deallocate(at, bytes, alignment);
+    }
+    bool do_is_equal(const memory_resource& other) const noexcept override {
+      return this == &other;
+    }
+    std::size_t held = 0;
+  } memory;
+  std::pmr::memory_resource* const usual = std::pmr::set_default_resource(&memory);
+  const auto own = std::make_shared<TradeSrc>();
+  own->setNotify(&notify);
+  for (int run = 0; run < 2; ++run) {
+    for (int i = 0; i < 100; ++i) {
+      static_cast<TradeDataSpi&>(*own).onRtnTrade(fillOf("f" + std::to_string(i)));
+      static_cast<TradeDataSpi&>(*own).onRtnOrder(orderOf(i, 3));
+    }
+    EXPECT_GT(memory.held, 1'000u);
+    const std::size_t once = memory.held;
+    // What it has seen already costs nothing more.
+    for (int i = 0; i < 100; ++i)
+      static_cast<TradeDataSpi&>(*own).onRtnTrade(fillOf("f" + std::to_string(i)));
+    EXPECT_EQ(memory.held, once);
+    own->resetCache();
+    EXPECT_EQ(memory.held, 0u);
+  }
+  std::pmr::set_default_resource(usual);
 }
 
 TEST_F(TradeSrcConfig, shouldStillSubscribeTheStatusButForwardNoneWhenTheTradeInfosAreEmpty) {

@@ -170,6 +170,9 @@ TEST(Figures, shouldGiveNoShareOfAnAccountThatBeganWithoutMoney) {
   EXPECT_EQ(fall.peakTime, 2);
   EXPECT_EQ(fall.troughTime, 3);
   EXPECT_EQ(deepestDrawdown(100, {{1, 100, 0}}).share, 0);
+  const Drawdown inDebt = deepestDrawdown(0, {{1, -5, 0}, {2, -12, 0}});
+  EXPECT_DOUBLE_EQ(inDebt.amount, 7);
+  EXPECT_EQ(inDebt.peakTime, 1);
 }
 
 TEST(Figures, shouldTellDifferencesWithoutTheNoiseOfTheirSubtraction) {

@@ -319,6 +319,22 @@ TEST(PlainRows, shouldBeTheSameWithAnotherPointAndAnotherStep) {
                   R"({"priceTick": "0.25", "period": "1min"})");
 }
 
+TEST(PlainRows, shouldBeTheSameWhereNumbersOfOneShapeAreScaledOrCleaned) {
+  const auto minutes = [](const char* numbers) {
+    std::vector<PlainRow> rows;
+    for (int minute = 0; minute < 30; ++minute) {
+      char moment[40];
+      std::snprintf(moment, sizeof(moment), "2021-11-06 09:%02d:00", minute);
+      rows.push_back({"", moment, numbers});
+    }
+    return rows;
+  };
+  expectBothAlike(kPlainHeader, minutes(",1816300,1816400,1816200,1816300,500\n"),
+                  R"({"priceScale": 10000, "period": "1min"})");
+  expectBothAlike(kPlainHeader, minutes(",2.24999999,3.00,1.00,2.25,5\n"),
+                  R"({"priceTick": "0.25", "period": "1min"})");
+}
+
 /// Rows of minutes, mostly plain, with something else here and there.
 std::vector<PlainRow> randomPlainRows(std::mt19937_64& random, bool hasRemark) {
   const auto below = [&](int count) {
