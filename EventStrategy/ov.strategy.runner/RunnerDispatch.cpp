@@ -63,14 +63,13 @@ void RunnerContext::dispatchAccountStatus(const IEvent& event) {
 
 void RunnerContext::dispatchBarProgress(const IEvent& event) {
   const auto& report = static_cast<const BarProcessEvent&>(event);
-  ICodeID code;
-  std::string frequency;
-  bool byCaller = false;
-  if (!context_->resolveKlineRequest(report.requestId, code, frequency, byCaller)) return;
+  const UserContext::KlineAnswer* const request = context_->klineRequest(report.requestId);
+  if (request == nullptr) return;
+  const auto& [requestId, byCaller, asked] = *request;
+  const auto& [code, frequency] = asked;
   for (const auto& strategy : strategies_) {
     if (byCaller)
-      strategy->onBarProgressById(context_.get(), report.requestId, code, frequency,
-                                  report.progress);
+      strategy->onBarProgressById(context_.get(), requestId, code, frequency, report.progress);
     else
       strategy->onBarProgress(context_.get(), code, frequency, report.progress);
   }
@@ -78,9 +77,10 @@ void RunnerContext::dispatchBarProgress(const IEvent& event) {
 
 void RunnerContext::dispatchBars(const IEvent& event) {
   const auto& batch = static_cast<const BarEvent&>(event);
-  const UserContext::BarsRequest* const request = context_->barsRequest(batch.requestId);
+  const UserContext::KlineAnswer* const request = context_->klineRequest(batch.requestId);
   if (request == nullptr) return;
-  const auto& [requestId, byCaller, code, frequency] = *request;
+  const auto& [requestId, byCaller, asked] = *request;
+  const auto& [code, frequency] = asked;
   for (const auto& strategy : strategies_) {
     if (batch.isTick && byCaller)
       strategy->onTickSeriesById(context_.get(), requestId, code, batch.ticks, batch.status,

@@ -162,16 +162,15 @@ class UserContext : public IContext {
   /// books.
   bool resolveKlineRequest(int requestId, ICodeID& code, std::string& frequency,
                            bool& byCaller) const;
-  /// What a kline request stood for when bars of it were delivered.
-  struct BarsRequest {
+  /// What a kline request stood for when it was asked for last.
+  struct KlineAnswer {
     int requestId = 0;
     bool byCaller = false;
-    ICodeID code;
-    std::string frequency;
+    KlineRequestKey asked;
   };
   /// The same as an answer that stays until the next one, whatever becomes of the request; null if
-  /// it is not in the books.
-  const BarsRequest* barsRequest(int requestId);
+  /// it is not in the books. For the pool task.
+  const KlineAnswer* klineRequest(int requestId);
   const std::map<int, DicRequestKey>& dicRequests() const { return dicRequests_; }
 
  protected:
@@ -197,8 +196,8 @@ class UserContext : public IContext {
   std::map<int64, std::map<std::string, KlineSubscription>> klineSubscriptions_;
   std::map<int, KlineRequestKey> klineRequests_;
   std::map<int, KlineRequestKey> klineRequestsByCaller_;
-  BarsRequest lastBars_;          ///< That was asked for last: mostly it is asked for again.
-  bool isLastBarsKnown_ = false;  ///< And is in the books still, as it was.
+  KlineAnswer lastKline_;          ///< Mostly it is asked for again.
+  bool isLastKlineKnown_ = false;  ///< It is in the books still, as it was.
   std::set<TradingAccountID> tradeAccounts_;
   std::set<ICodeID> tradeCodes_;
   std::map<std::string, std::map<std::string, DicSubscription>> dicSubscriptions_;

@@ -64,7 +64,7 @@ ResultStatus UserContext::subscribeKline(int requestId, const ICodeID& code,
                           << ",requestId=" << requestId);
   ResultStatus status = runnerContext_->quotes()->subscribeKline(
       code, frequency, beginTime, endTime, count, withNoBegin(flags, beginTime), requestId);
-  isLastBarsKnown_ = false;
+  isLastKlineKnown_ = false;
   klineRequestsByCaller_[requestId] = {code, frequency};
   return status;
 }
@@ -136,7 +136,7 @@ void UserContext::unsubscribeKline(const ICodeID& code, const std::string& frequ
              runnerName() << ",unsubscribe kline," << codeText(code) << "," << frequency
                           << ",requestId=" << requestId);
   runnerContext_->quotes()->unsubscribeKline(requestId);
-  isLastBarsKnown_ = false;
+  isLastKlineKnown_ = false;
   klineRequests_.erase(requestId);
   byCode->second.erase(it);
   if (byCode->second.empty()) klineSubscriptions_.erase(byCode);
@@ -147,7 +147,7 @@ void UserContext::unsubscribeKline(int requestId) {
   if (it == klineRequestsByCaller_.end()) return;
   ORVANE_LOG(runner, Debug, runnerName() << ",unsubscribe kline by reqId,requestId=" << requestId);
   runnerContext_->quotes()->unsubscribeKline(requestId);
-  isLastBarsKnown_ = false;
+  isLastKlineKnown_ = false;
   klineRequestsByCaller_.erase(it);
 }
 
@@ -208,14 +208,14 @@ bool UserContext::resolveKlineRequest(int requestId, ICodeID& code, std::string&
   return true;
 }
 
-const UserContext::BarsRequest* UserContext::barsRequest(int requestId) {
-  auto& [lastId, byCaller, code, frequency] = lastBars_;
-  if (!isLastBarsKnown_ || lastId != requestId) {
-    isLastBarsKnown_ = false;
+const UserContext::KlineAnswer* UserContext::klineRequest(int requestId) {
+  auto& [lastId, byCaller, asked] = lastKline_;
+  if (!isLastKlineKnown_ || lastId != requestId) {
+    isLastKlineKnown_ = false;
     lastId = requestId;
-    isLastBarsKnown_ = resolveKlineRequest(requestId, code, frequency, byCaller);
+    isLastKlineKnown_ = resolveKlineRequest(requestId, asked.code, asked.frequency, byCaller);
   }
-  return isLastBarsKnown_ ? &lastBars_ : nullptr;
+  return isLastKlineKnown_ ? &lastKline_ : nullptr;
 }
 
 void UserContext::exit() {
@@ -242,7 +242,7 @@ void UserContext::exitMarketData() {
     }
   }
   klineSubscriptions_.clear();
-  isLastBarsKnown_ = false;
+  isLastKlineKnown_ = false;
   klineRequests_.clear();
   klineRequestsByCaller_.clear();
 }

@@ -24,33 +24,28 @@ void OrderInbox::number(Order& order) {
   order.id = source.number * kIdsPerSource + ++source.orders;
 }
 
-void OrderInbox::put(std::unique_ptr<TradeAction> action, Source& source, int64 now) {
-  action->sourceNumber = source.number;
-  action->sequence = ++source.actions;
-  action->sentAt = now;
-  waiting_.push_back(std::move(action));
+void OrderInbox::put(bool isCancel, std::unique_ptr<Order> order, Source& source, int64 now) {
+  waiting_.push_back({isCancel, std::move(order), source.number, ++source.actions, now});
 }
 
-void OrderInbox::putOrder(std::unique_ptr<TradeAction> action, int64 now) {
-  Source& source = sourceOf(action->order->source.createSource);
-  put(std::move(action), source, now);
+void OrderInbox::putOrder(std::unique_ptr<Order> order, int64 now) {
+  Source& source = sourceOf(order->source.createSource);
+  put(false, std::move(order), source, now);
 }
 
 void OrderInbox::putCancel(int64 orderId, const TradingAccountID& account, const SourceId& by,
                            int64 now) {
-  auto action = std::make_unique<TradeAction>();
-  action->isCancel = true;
-  action->order = std::make_unique<Order>();
-  action->order->id = orderId;
-  action->order->account = account;
-  action->order->cancelSource = by;
-  put(std::move(action), sourceOf(by.createSource), now);
+  auto order = std::make_unique<Order>();
+  order->id = orderId;
+  order->account = account;
+  order->cancelSource = by;
+  put(true, std::move(order), sourceOf(by.createSource), now);
 }
 
 const Order* OrderInbox::waitingOrder(int64 orderId) const {
   // Whoever asks asks for what was sent last, as a rule.
   for (auto action = waiting_.rbegin(); action != waiting_.rend(); ++action)
-    if (!(*action)->isCancel && (*action)->order->id == orderId) return (*action)->order.get();
+    if (!action->isCancel && action->order->id == orderId) return action->order.get();
   return nullptr;
 }
 
@@ -58,7 +53,7 @@ void OrderInbox::takeAll(TradeActions& taken) {
   taken.clear();
   taken.swap(waiting_);
   std::sort(taken.begin(), taken.end(), [](const auto& a, const auto& b) {
-    return std::pair(a->sourceNumber, a->sequence) < std::pair(b->sourceNumber, b->sequence);
+    return std::pair(a.sourceNumber, a.sequence) < std::pair(b.sourceNumber, b.sequence);
   });
 }
 

@@ -17,7 +17,7 @@ struct TradeAction {
   int64 sequence = 0;  ///< Counts the actions of its source.
   int64 sentAt = 0;    ///< UTC milliseconds.
 };
-using TradeActions = std::vector<std::unique_ptr<TradeAction>>;
+using TradeActions = std::vector<TradeAction>;
 
 /// Orders and cancels that nobody has taken yet, and the numbers of orders.
 ///
@@ -34,8 +34,8 @@ class OrderInbox {
 
   /// Takes the next number of the order's create source for its id.
   void number(Order& order);
-  /// Takes an action whose order is set.
-  void putOrder(std::unique_ptr<TradeAction> action, int64 now);
+  /// Takes an order with its number.
+  void putOrder(std::unique_ptr<Order> order, int64 now);
   void putCancel(int64 orderId, const TradingAccountID& account, const SourceId& by, int64 now);
 
   bool empty() const { return waiting_.empty(); }
@@ -54,7 +54,7 @@ class OrderInbox {
     int64 orders = 0;
     int64 actions = 0;
   };
-  void put(std::unique_ptr<TradeAction> action, Source& source, int64 now);
+  void put(bool isCancel, std::unique_ptr<Order> order, Source& source, int64 now);
   Source& sourceOf(const std::string& createSource);
 
   const std::vector<std::string> named_;

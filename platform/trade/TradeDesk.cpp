@@ -111,8 +111,8 @@ bool TradeDesk::admit(int64 now) {
   TradeState& state = parts_.state;
   if (admits_) {
     state.inbox.takeAll(actions_);
-    for (std::unique_ptr<TradeAction>& action : actions_)
-      action->isCancel ? admitCancel(std::move(action), now) : admitOrder(std::move(action), now);
+    for (TradeAction& action : actions_)
+      action.isCancel ? admitCancel(std::move(action), now) : admitOrder(std::move(action), now);
     actions_.clear();
   }
   const bool any = admits_ && state.waiting.load() != 0;
@@ -120,13 +120,13 @@ bool TradeDesk::admit(int64 now) {
   return any;
 }
 
-void TradeDesk::admitOrder(std::unique_ptr<TradeAction> action, int64 now) {
+void TradeDesk::admitOrder(TradeAction action, int64 now) {
   TradeState& state = parts_.state;
-  const Order& order = *action->order;
+  const Order& order = *action.order;
   state.store.addOrder(order);
   state.equity().addSource(order.account.accountKey, order.source.createSource);
   if (state.connections.isUp(order.account.accountKey))
-    arriving_.emplace(action->sentAt + parts_.options.entryLatencyMs, std::move(action));
+    arriving_.emplace(action.sentAt + parts_.options.entryLatencyMs, std::move(action));
   else
     rejectOrder(order, now);
 }
@@ -139,15 +139,15 @@ void TradeDesk::rejectOrder(Order order, int64 now) {
   parts_.state.store.updateOrder(order);
 }
 
-void TradeDesk::admitCancel(std::unique_ptr<TradeAction> action, int64 now) {
+void TradeDesk::admitCancel(TradeAction action, int64 now) {
   TradeState& state = parts_.state;
-  const Order* order = state.store.order(action->order->id);
+  const Order* order = state.store.order(action.order->id);
   if (order == nullptr || OrderView(*order).isFinal()) return;
   if (!state.connections.isUp(order->account.accountKey)) return;
   const bool isTold =
       parts_.options.entryLatencyMs > 0 && OrderView(*order).status() != order::Status::Sent;
-  if (isTold) cancelling_[action->order->id] = action->order->cancelSource;
-  arriving_.emplace(action->sentAt + parts_.options.entryLatencyMs, std::move(action));
+  if (isTold) cancelling_[action.order->id] = action.order->cancelSource;
+  arriving_.emplace(action.sentAt + parts_.options.entryLatencyMs, std::move(action));
   if (!isTold) return;
   auto pending = std::make_unique<Order>(*order);
   pending->updateTime() = now;
@@ -160,9 +160,8 @@ bool TradeDesk::letArrive(int64 now) {
   bool any = false;
   while (!arriving_.empty() && arriving_.begin()->first <= now) {
     any = true;
-    const std::unique_ptr<TradeAction> arrived = std::move(arriving_.begin()->second);
+    TradeAction action = std::move(arriving_.begin()->second);
     arriving_.erase(arriving_.begin());
-    TradeAction& action = *arrived;
     if (action.isCancel) {
       state.exchange().cancel(action.order->id, action.order->cancelSource, now);
     } else {

@@ -67,8 +67,8 @@ class TradeDesk {
   void watchNewCodes(int64 now);
   bool takeWishes(int64 now);
   bool admit(int64 now);
-  void admitOrder(std::unique_ptr<TradeAction> action, int64 now);
-  void admitCancel(std::unique_ptr<TradeAction> action, int64 now);
+  void admitOrder(TradeAction action, int64 now);
+  void admitCancel(TradeAction action, int64 now);
   void rejectOrder(Order order, int64 now);
   bool changeConnections(int64 now);
   bool letArrive(int64 now);
@@ -95,7 +95,7 @@ class TradeDesk {
   bool admits_ = true;  ///< A run that was cancelled takes nothing more in.
   bool followsScript_;  ///< In live mode the script's times mean nothing before the run.
   int64 nextDue_ = kUnsetTime;
-  std::multimap<int64, std::unique_ptr<TradeAction>> arriving_;  ///< By the time of arrival.
+  std::multimap<int64, TradeAction> arriving_;  ///< By the time of arrival.
   ReportQueue reports_;
   std::vector<ReportQueue::Report>
       lost_;  ///< Let go with no lock held: they may be a receiver's last.

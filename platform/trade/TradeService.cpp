@@ -62,17 +62,15 @@ ResultStatus TradeService::sendOrder(const OrderRequest& request, std::list<Orde
   const TradingAccountID* account = state_.accounts.find(request.account);
   if (account == nullptr) return {22, "账号不存在"_gbk};
   const int64 now = now_();
-  auto action = std::make_unique<TradeAction>();
-  action->order =
-      std::make_unique<Order>(MadeInPlace([&] { return orderOf(request, *account, now); }));
-  Order& order = *action->order;
+  auto made = std::make_unique<Order>(MadeInPlace([&] { return orderOf(request, *account, now); }));
+  Order& order = *made;
   {
     const std::lock_guard lock(state_.mutex);
     state_.inbox.number(order);
     order.pair.first = std::to_string(order.id);
     if (order.orderRef.empty()) order.orderRef = order.pair.first;
     orders.push_back(order);
-    state_.inbox.putOrder(std::move(action), now);
+    state_.inbox.putOrder(std::move(made), now);
   }
   noteWaiting();
   return {};

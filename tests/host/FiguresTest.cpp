@@ -146,7 +146,17 @@ TEST(Figures, shouldMakeOfACurveWhatEachFigureIsByItself) {
     EXPECT_EQ(figures.drawdown.peakTime, alone.peakTime);
     EXPECT_EQ(figures.drawdown.troughTime, alone.troughTime);
     EXPECT_EQ(figures.drawdown.recoveryTime, alone.recoveryTime);
-    EXPECT_EQ(figures.sharpe.has_value(), figures.sharpe && dailyReturns(start, curve).size() > 1);
+    const std::vector<double> returns = dailyReturns(start, curve);
+    double mean = 0, squares = 0;
+    for (const double each : returns) mean += each / static_cast<double>(returns.size());
+    for (const double each : returns) squares += (each - mean) * (each - mean);
+    if (returns.size() < 2) {
+      EXPECT_FALSE(figures.sharpe);
+    } else if (squares > 1e-12) {
+      ASSERT_TRUE(figures.sharpe);
+      const double deviation = std::sqrt(squares / static_cast<double>(returns.size() - 1));
+      EXPECT_NEAR(*figures.sharpe, mean / deviation * std::sqrt(252), 1e-9);
+    }
     int64 held = 0;
     for (std::size_t i = 1; i < points.size(); ++i)
       held += points[i - 1].exposure > 0 ? points[i].time - points[i - 1].time : 0;

@@ -62,8 +62,7 @@ class GridDesk final : public TradeEventSpi,
   bool isWatched(int64 codeId) const { return watched_.contains(codeId); }
   void onRecord(int64 codeId);
   bool anyWaiting() const { return isWaiting_.load(); }
-  /// Whether anybody ever asked for a grid, or to hear of one: else `takeNewCodes` and `serve` have
-  /// nothing to do.
+  /// Whether there was ever anything to do: else `takeNewCodes` and `serve` have nothing either.
   bool isInUse() const { return isInUse_.load(); }
   /// Sends what the grids want sent or, if there is nothing of that kind and `isQuiet`, tells the
   /// details of what happened. Returns whether there was anything to do.

@@ -49,7 +49,6 @@ void GridDesk::addOptions() {
     if (!fault.empty())
       throw std::invalid_argument("grids[" + std::to_string(at) + "]." + gbkToUtf8(fault));
     grids_.emplace(++lastId_, std::move(grid));
-    isInUse_ = true;
   }
 }
 

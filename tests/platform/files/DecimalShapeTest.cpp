@@ -21,12 +21,17 @@ const char* takenAnyway(const std::string& text, double& value, ShortDecimal& nu
   return kParser.parse(number, value) ? behind : nullptr;
 }
 
-DecimalShape shapeOf(const std::string& text) {
+/// From the number that a text begins with, if there is one.
+void learn(DecimalShape& shape, const std::string& text) {
   double value = 0;
   ShortDecimal number;
-  DecimalShape shape;
   if (const char* const behind = takenAnyway(text, value, number))
     shape.learn(text.data(), behind, text.data() + text.size(), number);
+}
+
+DecimalShape shapeOf(const std::string& text) {
+  DecimalShape shape;
+  learn(shape, text);
   return shape;
 }
 
@@ -144,21 +149,14 @@ TEST(DecimalShape, shouldNotLookBeyondTheEndOfTheText) {
 
 TEST(DecimalShape, shouldKeepTheShapeThatItKnewWhereANumberHasNone) {
   DecimalShape shape = shapeOf("12,1,2,3");
-  const std::string text = "-12,1,2,3";
-  ShortDecimal number;
-  double value = 0;
-  const char* const behind = takenAnyway(text, value, number);
-  shape.learn(text.data(), behind, text.data() + text.size(), number);
+  learn(shape, "-12,1,2,3");
   EXPECT_TRUE(takes(shape, "34,1,2,3"));
 }
 
 TEST(DecimalShape, shouldForgetTheShapeBeforeTheOneItLearned) {
   DecimalShape shape = shapeOf("12.50,1,2,3");
-  const std::string text = "125,1,2,3";
-  ShortDecimal number;
+  learn(shape, "125,1,2,3");
   double value = 0;
-  const char* const behind = takenAnyway(text, value, number);
-  shape.learn(text.data(), behind, text.data() + text.size(), number);
   EXPECT_FALSE(takes(shape, "12.50,1,2,3"));
   EXPECT_TRUE(takes(shape, "345,1,2,3", value));
   EXPECT_EQ(value, 345);
