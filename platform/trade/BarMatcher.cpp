@@ -18,12 +18,15 @@ bool isPrice(double value) {
 
 }  // namespace
 
-std::optional<Price> closeOf(const IKLine& bar) {
+bool hasPrices(const IKLine& bar) {
   const KLineView view(bar);
-  if (!isPrice(view.open()) || !isPrice(view.high()) || !isPrice(view.low()) ||
-      !isPrice(view.close()))
-    return std::nullopt;
-  return priceOf(view.close());
+  return isPrice(view.open()) && isPrice(view.high()) && isPrice(view.low()) &&
+         isPrice(view.close());
+}
+
+std::optional<Price> closeOf(const IKLine& bar) {
+  if (!hasPrices(bar)) return std::nullopt;
+  return priceOf(KLineView(bar).close());
 }
 
 int64 dealingBegin(const IKLine& bar, int64 previousEnd) {

@@ -24,6 +24,9 @@ struct ExactBar {
 /// does a bar made of bid and ask tell one.
 std::optional<ExactBar> exactBarOf(const IKLine& bar, int64 previousEnd);
 
+/// Whether a bar has four prices above 0 and in range.
+bool hasPrices(const IKLine& bar);
+
 /// The close of a bar that `exactBarOf` can read, empty for any other; for when nothing else of it
 /// is needed.
 std::optional<Price> closeOf(const IKLine& bar);

@@ -9,14 +9,18 @@ namespace {
 
 constexpr int64 kTickPointMs = 60'000;
 
+void append(EquityBook::Curve& curve, const EquityPoint& point) {
+  EquityPoints& points = curve.points;
+  if (points.size() > 1 && points.back().time == point.time)
+    points.back() = point;
+  else
+    points.push_back(point);
+}
+
 void append(EquityBook::Curve& curve, int64 time, double equity) {
   double exposure = 0;
   for (const auto& [codeId, value] : curve.exposures) exposure += value;
-  const bool isSame = curve.points.size() > 1 && curve.points.back().time == time;
-  EquityPoint& point = isSame ? curve.points.back() : curve.points.emplace_back();
-  point.time = time;
-  point.equity = equity;
-  point.exposure = exposure;
+  append(curve, {time, equity, exposure});
 }
 
 void setExposure(EquityBook::Curve& curve, int64 codeId, double value) {
@@ -140,6 +144,11 @@ const EquityBook::Holders* EquityBook::soleHolders(const AllHolders& all) {
 
 void EquityBook::noteWorth(std::int32_t account, const Mark& mark, double equity, double exposure) {
   Curve& whole = this->account(account);
+  auto& all = whole.exposures;
+  if (all.size() == 1 && all.front().first == mark.codeId) {
+    all.front().second = exposure;
+    return append(whole, {mark.time, equity, exposure});
+  }
   setExposure(whole, mark.codeId, exposure);
   append(whole, mark.time, equity);
 }

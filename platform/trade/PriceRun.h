@@ -20,28 +20,38 @@ class PriceRun {
   };
 
   PriceRun() = default;  ///< Of no side: of no use.
-  explicit PriceRun(const Start& start)
-      : at_(start),
-        volume_(toDouble(start.side->volume())),
-        multiplier_(toDouble(start.multiplier)) {}
+  explicit PriceRun(const Start& start);
 
-  /// Takes the next price, as `Ledger::mark` would.
-  void take(Price price) {
-    const auto value = turnoverOf(price, at_.side->volume(), at_.multiplier);
-    if (!value || *value > at_.most) return;
-    at_.price = price;
-    at_.value = *value;
+  /// Takes the next price, which is one that `hasPrices` knows, as `Ledger::mark` would.
+  void take(double price) {
+    const auto hundredths = ofFewDecimals<2>(price);
+    if (!hundredths || *hundredths > mostHundredths_) return takeAny(price);
+    // Both are integers below 2^53 and a power of ten: the quotient is the nearest double.
+    equity_ = static_cast<double>(base_ + step_ * *hundredths) / kPartsOfMoney;
+    exposure_ = volume_ * price * multiplier_;
+    price_ = {*hundredths * kHundredth.units};
   }
 
   /// The last price that was taken.
-  Price price() const { return at_.price; }
-  /// `Ledger::equity` and `Ledger::exposureOf` of the code, once it has the same price.
-  Money equity() const { return at_.others + at_.side->floatingAt(at_.value); }
-  double exposure() const { return volume_ * toDouble(at_.price) * multiplier_; }
+  Price price() const { return price_; }
+  /// `Ledger::equity` and `Ledger::exposureOf` of the code as numbers, once it has the same price.
+  double equity() const { return equity_; }
+  double exposure() const { return exposure_; }
 
  private:
-  Start at_;
+  static constexpr Price kHundredth{100'000'000};
+  static constexpr double kPartsOfMoney = 1e8;
+
+  void takeAny(double price);
+  void findSteps();
+
+  Start start_;
   double volume_ = 0, multiplier_ = 0;
+  Price price_;
+  double equity_ = 0, exposure_ = 0;
+  /// At a price of `h` hundredths the account is worth `base_ + step_ * h` parts, up to so many of
+  /// them; none where these are no integers that a double tells.
+  int64 base_ = 0, step_ = 0, mostHundredths_ = 0;
 };
 
 }  // namespace orvane::detail

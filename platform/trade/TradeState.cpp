@@ -29,11 +29,11 @@ class Reckoning {
       equity_.noteMark(*holders_, mark);
       return;
     }
-    if (const auto close = closeOf(bar)) {
-      run_.take(*close);
+    if (hasPrices(bar)) {
+      run_.take(KLineView(bar).close());
       last_ = &bar;
     }
-    equity_.noteWorth(account_, mark, toDouble(run_.equity()), run_.exposure());
+    equity_.noteWorth(account_, mark, run_.equity(), run_.exposure());
   }
 
  private:

@@ -225,6 +225,12 @@ TEST_F(EquityCurves, shouldDrawWhatAnAccountIsWorthAsItDrawsAMark) {
   EXPECT_EQ(book_.account(1).points.size(), points + 1);
   EXPECT_EQ(book_.account(1).points.back().time, marked.time + 10);
   EXPECT_EQ(last("a"), "7/8");
+  book_.noteWorth(1, {code.id + 1, marked.time + 20, false}, 9, 100);
+  EXPECT_EQ(last(), "9/108");
+  book_.noteWorth(1, {code.id, marked.time + 30, false}, 10, 12);
+  EXPECT_EQ(last(), "10/112");
+  book_.noteWorth(1, {code.id + 1, marked.time + 40, false}, 11, 0);
+  EXPECT_EQ(last(), "11/12");
 }
 
 }  // namespace

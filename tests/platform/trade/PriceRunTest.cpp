@@ -20,11 +20,13 @@ constexpr int64 kCode = 1, kOther = 2;
 
 Volume lots(int64 count) { return {count * 100'000'000}; }
 Price at(int64 price) { return {price * 10'000'000'000}; }
+Price hundredths(int64 count) { return {count * 100'000'000}; }
 
 /// Two books that are told the same.
 class PriceRunTest : public ::testing::Test {
  protected:
-  PriceRunTest() {
+  explicit PriceRunTest(Money start = Ledger::kMostStart)
+      : each(TradingAccountID{}, start), once(TradingAccountID{}, start) {
     terms[0].code.id = kCode;
     terms[1].code.id = kOther;
     for (ContractTerms& of : terms) {
@@ -49,16 +51,30 @@ class PriceRunTest : public ::testing::Test {
     trade(kCode, order::Direction::Buy, order::Offset::Open, volume, price, source);
   }
 
+  void buyAt(Price price, Volume volume) {
+    ++orders;
+    for (Ledger* ledger : {&each, &once}) {
+      ASSERT_FALSE(ledger->freeze({orders,
+                                   {4, "a", ""},
+                                   &terms[0],
+                                   order::Direction::Buy,
+                                   order::Offset::Open,
+                                   volume,
+                                   price}));
+      ledger->fill(orders, price, volume);
+    }
+  }
+
   /// One is told each price and the other looks at them.
   void expectAlike(const std::vector<Price>& prices) {
     std::optional<PriceRun> run = once.priceRun(kCode);
     ASSERT_TRUE(run);
-    EXPECT_EQ(run->equity(), each.equity());
+    EXPECT_EQ(run->equity(), toDouble(each.equity()));
     EXPECT_EQ(run->exposure(), each.exposureOf(kCode));
     for (const Price price : prices) {
       each.mark(kCode, price);
-      run->take(price);
-      ASSERT_EQ(run->equity(), each.equity()) << price.units;
+      run->take(toDouble(price));
+      ASSERT_EQ(run->equity(), toDouble(each.equity())) << price.units;
       ASSERT_EQ(run->exposure(), each.exposureOf(kCode)) << price.units;
     }
     once.mark(kCode, run->price());
@@ -68,9 +84,10 @@ class PriceRunTest : public ::testing::Test {
     EXPECT_EQ(once.exposureOf(kOther), each.exposureOf(kOther));
   }
 
+  void expectAlikeWhateverIsTraded();
+
   ContractTerms terms[2];
-  Ledger each{TradingAccountID{}, Ledger::kMostStart};
-  Ledger once{TradingAccountID{}, Ledger::kMostStart};
+  Ledger each, once;
   int64 orders = 0;
 };
 
@@ -123,7 +140,63 @@ TEST_F(PriceRunTest, shouldOnlyBeThereWhereOneSideOfOneSourceIsAllThatIsHeld) {
   EXPECT_FALSE(once.priceRun(kCode));
 }
 
-TEST_F(PriceRunTest, shouldFollowWhateverIsTradedInBetween) {
+TEST_F(PriceRunTest, shouldFollowWhateverIsTradedInBetween) { expectAlikeWhateverIsTraded(); }
+
+/// One whose worth is no more than most accounts have, so that a double tells it in parts of a
+/// hundred-millionth.
+class PriceRunOfFewTest : public PriceRunTest {
+ protected:
+  PriceRunOfFewTest() : PriceRunTest(*moneyOf(std::string_view("1000000"))) {}
+};
+
+TEST_F(PriceRunOfFewTest, shouldFollowWhateverIsTradedInBetween) { expectAlikeWhateverIsTraded(); }
+
+TEST_F(PriceRunOfFewTest, shouldFollowAShortSideAtPricesOfTwoDecimalsAndOfMore) {
+  trade(kCode, order::Direction::Sell, order::Offset::Open, 3, 100);
+  expectAlike({hundredths(9'001), {900'100'000'001}, hundredths(12'345), at(100), hundredths(1)});
+}
+
+TEST_F(PriceRunOfFewTest, shouldFollowStepsOfMoreDecimalsThanAPartHas) {
+  terms[0].multiplier = *multiplierOf(std::string_view("1"));
+  terms[0].lot = {1};
+  buyAt({12'500'000'000}, Volume{4});
+  expectAlike({hundredths(9'001), at(120), hundredths(1)});
+}
+
+TEST_F(PriceRunOfFewTest, shouldRefuseAPriceAtWhichTheAccountWouldHoldTooMuch) {
+  for (ContractTerms& of : terms) of.feePerLot = {};
+  // All but 4 x 10^7 of what an account may hold, without any profit of it.
+  trade(kOther, order::Direction::Buy, order::Offset::Open, 5'000'000, 1);
+  trade(kOther, order::Direction::Sell, order::Offset::Open, 5'000'000, 1);
+  for (Ledger* ledger : {&each, &once}) ledger->mark(kOther, at(249'999'996));
+  buy(4, 100);
+  expectAlike({at(3'999'990), at(4'000'000), at(4'000'001), at(5'000'000), at(100)});
+}
+
+/// One that is worth nearly as many parts as a double can tell.
+class PriceRunOfManyTest : public PriceRunTest {
+ protected:
+  PriceRunOfManyTest() : PriceRunTest(*moneyOf(std::string_view("90071992"))) {}
+};
+
+TEST_F(PriceRunOfManyTest, shouldFollowAPriceAtWhichADoubleDoesNotTellEachPartAnyMore) {
+  terms[0].multiplier = *multiplierOf(std::string_view("1"));
+  terms[0].lot = {100};
+  buyAt(at(100), Volume{300});
+  // With three parts for a hundredth of the price, 6 for fees, and 30,000 parts for what was paid.
+  constexpr int64 parts = 90'071'986LL * 100'000'000 - 30'000;
+  constexpr int64 last = ((int64{1} << 53) - parts) / 3;
+  std::vector<Price> prices;
+  for (int64 i = -50; i <= 50; ++i) prices.push_back(hundredths(last + i));
+  expectAlike(prices);
+}
+
+TEST_F(PriceRunOfFewTest, shouldFollowAWorthOfMoreDecimalsThanAPartHas) {
+  buyAt({1'000'000'000'001}, lots(3));
+  expectAlike({hundredths(9'001), at(120), hundredths(1)});
+}
+
+void PriceRunTest::expectAlikeWhateverIsTraded() {
   const std::uint64_t seed = support::randomSeed();
   SCOPED_TRACE("ORVANE_RANDOM_SEED=" + std::to_string(seed));
   std::mt19937_64 random(seed);
@@ -144,7 +217,9 @@ TEST_F(PriceRunTest, shouldFollowWhateverIsTradedInBetween) {
     }
     if (held[0][0] + held[0][1] == 0) continue;
     std::vector<Price> prices;
-    for (int64 i = below(6); i > 0; --i) prices.push_back({1 + below(2'000'000'000'000)});
+    for (int64 i = below(6); i > 0; --i)
+      prices.push_back(below(2) == 0 ? Price{1 + below(2'000'000'000'000)}
+                                     : hundredths(1 + below(20'000)));
     expectAlike(prices);
     if (HasFailure()) return;
   }
