@@ -71,6 +71,9 @@ orvane_public_headers(orvane_platform
   platform/market/files/DataFiles.h
   platform/reference/Instrument.h
   platform/trade/ChunkedList.h
+  platform/trade/FillPart.h
+  platform/trade/OrderPart.h
+  platform/trade/RecordList.h
   platform/trade/TradeGlance.h
   platform/trade/TradeOptions.h
   platform/trade/conditions/GridOptions.h

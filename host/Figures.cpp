@@ -82,7 +82,7 @@ void addFill(const FillView& view, FillSums& sums, Figures& figures) {
 
 void addTradeFigures(const FillLists& lists, Figures& figures) {
   FillSums sums;
-  for (const ChunkedList<OrderFill>* const list : lists)
+  for (const FillList* const list : lists)
     for (const OrderFill& fill : *list) addFill(FillView(fill), sums, figures);
   const double won = withoutNoise(sums.won), lost = withoutNoise(sums.lost);
   figures.turnover = withoutNoise(figures.turnover);
@@ -204,8 +204,7 @@ Drawdown deepestDrawdown(double startBalance, const EquityCurve& curve) {
   return search.deepestOf(curve);
 }
 
-Figures makeFigures(double startBalance, const EquityCurve& curve,
-                    const ChunkedList<OrderFill>& fills) {
+Figures makeFigures(double startBalance, const EquityCurve& curve, const FillList& fills) {
   return makeJointFigures(startBalance, curve, {&fills});
 }
 

@@ -4,7 +4,6 @@
 #include <optional>
 #include <vector>
 
-#include "platform/trade/ChunkedList.h"
 #include "platform/trade/TradeResults.h"
 
 namespace orvane {
@@ -41,11 +40,10 @@ struct Figures {
   bool isLongEnoughForAYear() const { return days >= kLeastDaysOfAYear; }
 };
 
-Figures makeFigures(double startBalance, const EquityCurve& curve,
-                    const ChunkedList<OrderFill>& fills);
+Figures makeFigures(double startBalance, const EquityCurve& curve, const FillList& fills);
 
 /// The fills of several sources, one source's after another's. None is null.
-using FillLists = std::vector<const ChunkedList<OrderFill>*>;
+using FillLists = std::vector<const FillList*>;
 /// The figures of several sources together.
 Figures makeJointFigures(double startBalance, const EquityCurve& curve, const FillLists& lists);
 

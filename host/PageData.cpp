@@ -84,7 +84,7 @@ class SeriesPool {
   QJsonArray list_;
 };
 
-QJsonObject tradesObject(const ChunkedList<OrderFill>& fills) {
+QJsonObject tradesObject(const FillList& fills) {
   TimeColumn times;
   QJsonArray codes, code, isBuy, offset, price, volume, fee, profit, order, grid;
   std::map<std::string, qsizetype> places;

@@ -42,11 +42,11 @@ void OrderInbox::putCancel(int64 orderId, const TradingAccountID& account, const
   put(true, std::move(order), sourceOf(by.createSource), now);
 }
 
-const Order* OrderInbox::waitingOrder(int64 orderId) const {
+std::optional<Order> OrderInbox::waitingOrder(int64 orderId) const {
   // Whoever asks asks for what was sent last, as a rule.
   for (auto action = waiting_.rbegin(); action != waiting_.rend(); ++action)
-    if (!action->isCancel && action->order->id == orderId) return action->order.get();
-  return nullptr;
+    if (!action->isCancel && action->order->id == orderId) return *action->order;
+  return std::nullopt;
 }
 
 void OrderInbox::takeAll(TradeActions& taken) {

@@ -2,6 +2,7 @@
 
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -39,8 +40,8 @@ class OrderInbox {
   void putCancel(int64 orderId, const TradingAccountID& account, const SourceId& by, int64 now);
 
   bool empty() const { return waiting_.empty(); }
-  /// The order of an id that waits; null if there is none.
-  const Order* waitingOrder(int64 orderId) const;
+  /// The order of an id that waits; empty if there is none.
+  std::optional<Order> waitingOrder(int64 orderId) const;
   /// Makes `taken` all that waits, by number of the source and then as each source gave it; its
   /// room is used again.
   void takeAll(TradeActions& taken);

@@ -141,15 +141,15 @@ void TradeDesk::rejectOrder(Order order, int64 now) {
 
 void TradeDesk::admitCancel(TradeAction action, int64 now) {
   TradeState& state = parts_.state;
-  const Order* order = state.store.order(action.order->id);
-  if (order == nullptr || OrderView(*order).isFinal()) return;
+  std::optional<Order> order = state.store.order(action.order->id);
+  if (!order || OrderView(*order).isFinal()) return;
   if (!state.connections.isUp(order->account.accountKey)) return;
   const bool isTold =
       parts_.options.entryLatencyMs > 0 && OrderView(*order).status() != order::Status::Sent;
   if (isTold) cancelling_[action.order->id] = action.order->cancelSource;
   arriving_.emplace(action.sentAt + parts_.options.entryLatencyMs, std::move(action));
   if (!isTold) return;
-  auto pending = std::make_unique<Order>(*order);
+  auto pending = std::make_unique<Order>(*std::move(order));
   pending->updateTime() = now;
   ++state.number;
   reportOrder(std::move(pending), now + parts_.options.reportLatencyMs);

@@ -96,11 +96,11 @@ ResultStatus TradeService::getCapital(const TradingAccountID& account, TradingAc
 
 ResultStatus TradeService::getOrder(int64 orderId, Order& order) {
   const std::lock_guard lock(state_.mutex);
-  const Order* known = state_.store.order(orderId);
-  if (known == nullptr) known = state_.inbox.waitingOrder(orderId);
-  if (known == nullptr) return {kNotThere, statusMessage(kNotThere)};
+  std::optional<Order> known = state_.store.order(orderId);
+  if (!known) known = state_.inbox.waitingOrder(orderId);
+  if (!known) return {kNotThere, statusMessage(kNotThere)};
   ResultStatus status = checkLocked(known->account);
-  if (status.code == 0) order = *known;
+  if (status.code == 0) order = *std::move(known);
   return status;
 }
 
@@ -149,11 +149,10 @@ ResultStatus TradeService::ordersOfAccount(const TradingAccountID& account,
 
 ResultStatus TradeService::fillQueryForward(int64 orderId, std::list<OrderFill>& fills) {
   const std::lock_guard lock(state_.mutex);
-  const Order* order = state_.store.order(orderId);
-  if (order == nullptr)
-    return state_.inbox.waitingOrder(orderId) != nullptr
-               ? ResultStatus()
-               : ResultStatus(kNotThere, statusMessage(kNotThere));
+  const std::optional<Order> order = state_.store.order(orderId);
+  if (!order)
+    return state_.inbox.waitingOrder(orderId) ? ResultStatus()
+                                              : ResultStatus(kNotThere, statusMessage(kNotThere));
   ResultStatus status = checkLocked(order->account);
   if (status.code == 0) state_.store.fillsOfOrder(orderId, fills);
   return status;

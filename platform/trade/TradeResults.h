@@ -8,6 +8,9 @@
 #include <vector>
 
 #include "platform/trade/ChunkedList.h"
+#include "platform/trade/FillPart.h"
+#include "platform/trade/OrderPart.h"
+#include "platform/trade/RecordList.h"
 #include "shared/AccountRecords.h"
 #include "shared/TradeRecords.h"
 
@@ -52,11 +55,14 @@ class EquityCurve {
   std::shared_ptr<const EquityPoints> points_;
 };
 
+using OrderList = RecordList<Order, OrderPart>;
+using FillList = RecordList<OrderFill, FillPart>;
+
 /// What one create source did on one account.
 struct SourceResult {
-  std::string source;            ///< GBK.
-  ChunkedList<Order> orders;     ///< In their last state, in the order in which they were admitted.
-  ChunkedList<OrderFill> fills;  ///< In the order in which they happened.
+  std::string source;  ///< GBK.
+  OrderList orders;    ///< In their last state, in the order in which they were admitted.
+  FillList fills;      ///< In the order in which they happened.
   /// The account's start balance plus the profit, closed and floating, minus the fees of this
   /// source: the whole account's curve where the source has the account to itself.
   EquityCurve curve;

@@ -80,10 +80,10 @@ ResultStatus TradeService::cancelOrder(const Order& order) {
   const int64 now = now_();
   {
     const std::lock_guard lock(state_.mutex);
-    const Order* known = state_.store.order(order.id);
-    const bool isOver = known != nullptr && OrderView(*known).isFinal();
-    if (known == nullptr) known = state_.inbox.waitingOrder(order.id);
-    if (known == nullptr) return statusWith(22, "order " + std::to_string(order.id));
+    std::optional<Order> known = state_.store.order(order.id);
+    const bool isOver = known && OrderView(*known).isFinal();
+    if (!known) known = state_.inbox.waitingOrder(order.id);
+    if (!known) return statusWith(22, "order " + std::to_string(order.id));
     if (isOver) return statusWith(22, "order " + std::to_string(order.id) + " is over");
     if (ResultStatus status = checkLocked(known->account); status.code != 0) return status;
     state_.inbox.putCancel(order.id, known->account, order.source, now);

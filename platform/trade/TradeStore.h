@@ -2,13 +2,14 @@
 
 #include <list>
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <unordered_map>
 #include <utility>
 #include <vector>
 
-#include "platform/trade/ChunkedList.h"
+#include "platform/trade/TradeResults.h"
 #include "shared/TradeRecords.h"
 
 namespace orvane::detail {
@@ -26,13 +27,13 @@ class TradeStore {
   void updateOrder(const Order& order);
   void addFill(const OrderFill& fill);
 
-  /// Null without one.
-  const Order* order(int64 id) const;
+  /// Empty without one.
+  std::optional<Order> order(int64 id) const;
 
   /// What one create source sent and dealt on an account, in the order of the account's own lists.
   struct Trades {
-    ChunkedList<Order> orders;
-    ChunkedList<OrderFill> fills;
+    OrderList orders;
+    FillList fills;
   };
   /// By create source; those that sent an order or have a fill.
   using BySource = std::map<std::string, Trades>;
@@ -43,18 +44,15 @@ class TradeStore {
   /// The orders of an account, its open ones, and its fills, that `wanted` lets through.
   template <typename Wanted>
   void orders(std::int32_t account, Wanted wanted, std::list<Order>& found) const {
-    for (const std::size_t at : of(account).orders)
-      if (wanted(*orders_[at])) found.push_back(*orders_[at]);
+    find(orders_, of(account).orders, wanted, found);
   }
   template <typename Wanted>
   void openOrders(std::int32_t account, Wanted wanted, std::list<Order>& found) const {
-    for (const std::size_t at : of(account).open)
-      if (wanted(*orders_[at])) found.push_back(*orders_[at]);
+    find(orders_, of(account).open, wanted, found);
   }
   template <typename Wanted>
   void fills(std::int32_t account, Wanted wanted, std::list<OrderFill>& found) const {
-    for (const std::size_t at : of(account).fills)
-      if (wanted(*fills_[at])) found.push_back(*fills_[at]);
+    find(fills_, of(account).fills, wanted, found);
   }
   /// The fills of one order that was added.
   void fillsOfOrder(int64 id, std::list<OrderFill>& found) const;
@@ -87,9 +85,26 @@ class TradeStore {
     std::size_t endOfFills = 0;
   };
 
+  /// Where a record is kept.
+  template <typename List>
+  struct Kept {
+    List* list = nullptr;
+    std::size_t at = 0;
+    auto record() const { return (*list)[at]; }
+  };
+  template <typename List, typename Places, typename Wanted, typename Record>
+  static void find(const std::vector<Kept<List>>& all, const Places& places, const Wanted& wanted,
+                   std::list<Record>& found) {
+    typename List::Reader reader;
+    for (const std::size_t place : places) {
+      const Record& record = reader.read(*all[place].list, all[place].at);
+      if (wanted(record)) found.push_back(record);
+    }
+  }
+
   const bool notesChanges_;
-  std::vector<Order*> orders_;
-  std::vector<const OrderFill*> fills_;
+  std::vector<Kept<OrderList>> orders_;
+  std::vector<Kept<FillList>> fills_;
   std::size_t toldFills_ = 0;
   std::unordered_map<int64, Place> byId_;
   std::vector<PerAccount> accounts_;

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+
 #include "platform/fields/FillView.h"
 #include "platform/fields/OrderView.h"
 
@@ -33,9 +35,9 @@ TEST(TradeStore, shouldListOrdersOfAnAccountAsTheyWereAdmitted) {
   std::list<Order> orders;
   store.orders(1, kAll, orders);
   EXPECT_EQ(idsOf(orders), (std::vector<int64>{9, 5}));
-  ASSERT_NE(store.order(4), nullptr);
+  ASSERT_TRUE(store.order(4));
   EXPECT_EQ(store.order(4)->account.accountKey, 2);
-  EXPECT_EQ(store.order(1), nullptr);
+  EXPECT_FALSE(store.order(1));
 }
 
 TEST(TradeStore, shouldListAnOrderAsOpenUntilItIsFinal) {
@@ -79,7 +81,7 @@ TEST(TradeStore, shouldTakeFromANewStateWhatChangesAndKeepWhatTheOrderIs) {
   changed.text5 = "why";
   changed.value5 = 2.5;
   store.updateOrder(changed);
-  const Order& known = *store.order(7);
+  const Order known = *store.order(7);
   EXPECT_EQ(OrderView(known).status(), order::Status::Cancelled);
   EXPECT_EQ(known.cancelSource.createSource, "other");
   EXPECT_EQ(known.values[order::FilledVolume], 5);
@@ -87,6 +89,30 @@ TEST(TradeStore, shouldTakeFromANewStateWhatChangesAndKeepWhatTheOrderIs) {
   EXPECT_EQ(known.value5, 2.5);
   EXPECT_EQ(known.source.createSource, "S");
   EXPECT_EQ(known.orderRef, "mine");
+}
+
+TEST(TradeStore, shouldTakeEachTextOfANewStateByItself) {
+  const auto change = [](const std::function<void(Order&)>& make) {
+    TradeStore store(1);
+    Order order = makeOrder(7, 1);
+    order.text4 = "what it is";
+    store.addOrder(makeOrder(6, 1));
+    store.addOrder(order);
+    Order changed = makeOrder(7, 1, order::Status::Filled);
+    changed.value1 = 3;
+    make(changed);
+    store.updateOrder(changed);
+    EXPECT_EQ(store.order(7)->text4, "what it is");
+    EXPECT_EQ(store.order(7)->value1, 3);
+    EXPECT_EQ(OrderView(*store.order(7)).status(), order::Status::Filled);
+    EXPECT_EQ(OrderView(*store.order(6)).status(), order::Status::Working);
+    return *store.order(7);
+  };
+  EXPECT_EQ(change([](Order& /*of*/) {}).text5, "");
+  EXPECT_EQ(change([](Order& of) { of.text5 = "why"; }).text5, "why");
+  EXPECT_EQ(change([](Order& of) { of.text6 = "who"; }).text6, "who");
+  EXPECT_EQ(change([](Order& of) { of.cancelSource.sourceText = "by"; }).cancelSource.sourceText,
+            "by");
 }
 
 TEST(TradeStore, shouldIgnoreTheStateOfAnOrderThatWasNeverAdded) {
@@ -109,7 +135,7 @@ TEST(TradeStore, shouldForgetEverythingWhenCleared) {
   store.fills(1, kAll, fills);
   EXPECT_TRUE(orders.empty());
   EXPECT_TRUE(fills.empty());
-  EXPECT_EQ(store.order(7), nullptr);
+  EXPECT_FALSE(store.order(7));
 }
 
 TEST(TradeStore, shouldFindTheFillsOfAnOrderAmongThoseOfOthers) {
