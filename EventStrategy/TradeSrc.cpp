@@ -60,9 +60,7 @@ void TradeSrc::resetCache() {
   createSourceInfos_.clear();
   eventMask_ = 0;
   relatedCodes_.clear();
-  finishedOrderIds_.clear();
-  deliveredFillKeys_.clear();
-  seen_.release();
+  seen_.clear();
   gridFillIds_.clear();
   gridOrderIds_.clear();
 }

@@ -6,12 +6,12 @@
 #include <list>
 #include <map>
 #include <memory>
-#include <memory_resource>
 #include <mutex>
 #include <set>
 #include <string>
 
 #include "EventStrategy/ITradeSrc.h"
+#include "EventStrategy/SeenTrades.h"
 #include "EventStrategy/TradeSrcSubInfo.h"
 #include "services/Common/CmnFactory.h"
 #include "services/Common/ITradeService.h"
@@ -163,12 +163,8 @@ class TradeSrc final : public ITradeSrc,
   int64 eventMask_ = 0;  ///< Every `override` put in since the last clear.
   std::set<ICodeID> relatedCodes_;
   std::map<TradingAccountID, TradeSrcSubInfo> subInfos_;
-  // Both are shared by all accounts and only `resetCache` empties them: a reconnection looks there.
-  // They only grow, so their memory is taken in large pieces and given back at once.
-  std::pmr::monotonic_buffer_resource seen_;
-  std::pmr::set<int64> finishedOrderIds_{&seen_};  ///< Orders that were seen in a final status.
-  /// `fillKey` of every fill that was seen.
-  std::pmr::set<std::pmr::string> deliveredFillKeys_{&seen_};
+  /// Of all accounts; only `resetCache` empties it: a reconnection looks there.
+  SeenTrades seen_;
   QMap<QString, int64> gridOrderIds_;  ///< Grid order key to the id that it was given.
   QMap<QString, int64> gridFillIds_;   ///< Grid fill key to the id that it was given.
 };

@@ -65,18 +65,20 @@ void TradeSrc::onRtnCapital(const TradingAccount& capital) {
 }
 
 void TradeSrc::rememberFinal(const Order& order) {
-  if (isFinalStatus(order.status())) finishedOrderIds_.insert(finishedOrderIds_.end(), order.id);
+  auto& ids = seen_.finishedOrderIds();
+  if (isFinalStatus(order.status())) ids.insert(ids.end(), order.id);
 }
 
 void TradeSrc::rememberFill(const OrderFill& fill) {
   // Copied only if it is new: what `seen_` gives away comes back with all of it.
   const std::pmr::string key = fillKey(fill);
   // Keys grow with the numbers of orders, as a rule: then the end is their place.
-  deliveredFillKeys_.insert(deliveredFillKeys_.end(), key);
+  auto& keys = seen_.deliveredFillKeys();
+  keys.insert(keys.end(), key);
 }
 
 bool TradeSrc::isFinished(const Order& order) const {
-  return isFinalStatus(order.status()) && finishedOrderIds_.contains(order.id);
+  return isFinalStatus(order.status()) && seen_.finishedOrderIds().contains(order.id);
 }
 
 }  // namespace orvane

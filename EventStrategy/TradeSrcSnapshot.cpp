@@ -90,9 +90,9 @@ void TradeSrc::onReConnect(const TradingAccountID& account) {
   if ((eventMask_ & EventTypeFill) != 0) {
     for (const OrderFill& fill : filterFills(account, state.fills)) {
       const std::pmr::string key = fillKey(fill);
-      if (deliveredFillKeys_.contains(key)) continue;
+      if (seen_.deliveredFillKeys().contains(key)) continue;
       notify_->onRtnTrade(fill);
-      deliveredFillKeys_.insert(key);
+      seen_.deliveredFillKeys().insert(key);
     }
   }
   ORVANE_LOG(event, Debug, name_ << ",onReConnect end");

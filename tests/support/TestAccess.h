@@ -97,10 +97,10 @@ struct TestAccess {
   }
   static bool mutexIsFree(TradeSrc& src) { return isFree(src.mutex_); }
   static std::set<int64> finishedOrderIds(TradeSrc& src) {
-    return {src.finishedOrderIds_.begin(), src.finishedOrderIds_.end()};
+    return {src.seen_.finishedOrderIds().begin(), src.seen_.finishedOrderIds().end()};
   }
   static std::set<std::string> deliveredFillKeys(TradeSrc& src) {
-    return {src.deliveredFillKeys_.begin(), src.deliveredFillKeys_.end()};
+    return {src.seen_.deliveredFillKeys().begin(), src.seen_.deliveredFillKeys().end()};
   }
   static QMap<QString, int64> gridOrderIds(TradeSrc& src) { return src.gridOrderIds_; }
   static QMap<QString, int64> gridFillIds(TradeSrc& src) { return src.gridFillIds_; }
