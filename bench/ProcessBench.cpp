@@ -7,6 +7,7 @@
 #include <spawn.h>
 #include <sys/wait.h>
 
+#include <chrono>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -48,11 +49,14 @@ void runWhole(benchmark::State& state, const std::string& path, int volume) {
                                           "--strategy-log-level",
                                           "off",
                                           "--no-digest"};
-  for (auto _ : state)
-    if (!ran(words)) {
-      state.SkipWithError("the command did not end well");
-      break;
-    }
+  // What ran before may have used all of the machine's memory and given it back, to the host of a
+  // virtual machine, too: the next process waits for each page of it again. That is told by itself.
+  const auto begin = std::chrono::steady_clock::now();
+  bool isGood = ran(words);
+  const std::chrono::duration<double> first = std::chrono::steady_clock::now() - begin;
+  for (auto _ : state) isGood = isGood && ran(words);
+  if (!isGood) state.SkipWithError("the command did not end well");
+  state.counters["first"] = static_cast<double>(bench::WalkFile::kRows) / first.count();
   state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(bench::WalkFile::kRows));
 }
 
