@@ -5,9 +5,16 @@
 namespace orvane {
 
 OrderPart::OrderPart(const Order& order)
-    : id(order.id), key(order.pair.first), orderRef(order.orderRef) {
-  takeNumbers(order);
-}
+    : id(order.id),
+      value1(order.value1),
+      values(order.values),
+      ints(order.ints),
+      value2(order.value2),
+      value3(order.value3),
+      value4(order.value4),
+      value5(order.value5),
+      key(order.pair.first),
+      orderRef(order.orderRef) {}
 
 void OrderPart::takeNumbers(const Order& order) {
   value1 = order.value1;
