@@ -26,7 +26,7 @@ class SeenTrades {
   std::pmr::set<std::pmr::string>& deliveredFillKeys() { return *deliveredFillKeys_; }
   const std::pmr::set<std::pmr::string>& deliveredFillKeys() const { return *deliveredFillKeys_; }
 
-  void clear() {
+  void clear() noexcept {
     memory_.release();
     begin();
   }
@@ -41,6 +41,8 @@ class SeenTrades {
 
   /// The sets themselves, so that to forget cannot fail.
   alignas(std::max_align_t) std::array<std::byte, 256> first_{};
+  static_assert(sizeof(std::pmr::set<int64>) + sizeof(std::pmr::set<std::pmr::string>) <=
+                sizeof(first_) - alignof(std::max_align_t));
   std::pmr::monotonic_buffer_resource memory_{first_.data(), first_.size()};
   std::pmr::set<int64>* finishedOrderIds_ = nullptr;
   std::pmr::set<std::pmr::string>* deliveredFillKeys_ = nullptr;

@@ -36,7 +36,8 @@ class Results:
         """None where it was not measured."""
         for known, runs in self.runs.items():
             if known == name or known.startswith(name + "/"):
-                return statistics.median(run[key] for run in runs)
+                figures = [run[key] for run in runs if key in run]
+                return statistics.median(figures) if figures else None
         return None
 
 
@@ -81,8 +82,9 @@ def latency_rows(results):
 
 
 def first_run(results, name):
-    """What the first run of a process had, before those that count."""
-    return f"{rate(results.median(name, 'first'))} the first time after other benchmarks"
+    """What a process had when it was run right before it was measured, behind other benchmarks."""
+    figure = results.median(name, "first")
+    return [] if figure is None else [f"{rate(figure)} in the run right before"]
 
 
 def playback_rows(results):
@@ -103,7 +105,7 @@ def playback_rows(results):
             rows.append((what, rate(figure), beside))
     whole = results.median("runFromText", "items_per_second")
     if whole is not None:
-        beside = [first_run(results, "runFromText")]
+        beside = first_run(results, "runFromText")
         for floor, what in (("wholeFloor", "reading the file's numbers by `std::from_chars` on two "
                                            "cores, and the contract's locks, copies and calls "
                                            "alone, without books, times and a process"),
@@ -118,7 +120,7 @@ def playback_rows(results):
                        ("runFromCache", "the same process, with orders, from the binary cache")):
         figure = results.median(name, "items_per_second")
         if figure is not None:
-            beside = [first_run(results, name)]
+            beside = first_run(results, name)
             if whole is not None:
                 beside.insert(0, f"{figure / whole:.2f} of the row above from CSV")
             rows.append((what, rate(figure), "; ".join(beside)))

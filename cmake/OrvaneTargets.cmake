@@ -10,12 +10,13 @@ if(NOT ORVANE_SANITIZE)
     # here is copied right after it was filled.
     target_compile_options(orvane_options INTERFACE -fno-tree-slp-vectorize)
     # Records are made empty and copied all the time. The processor's own instructions for that take
-    # longer to begin than plain ones take for all of a record.
+    # longer to begin than plain ones take for all of a record. Other tools than the compiler do not
+    # know these options; see .clangd.
     set(plain_fill -mmemset-strategy=vector_loop:1024:noalign,libcall:-1:noalign)
     set(plain_copy -mmemcpy-strategy=unrolled_loop:1024:noalign,libcall:-1:noalign)
     include(CheckCXXCompilerFlag)
     check_cxx_compiler_flag("${plain_fill} ${plain_copy}" ORVANE_HAS_PLAIN_FILL)
-    if(ORVANE_HAS_PLAIN_FILL)
+    if(ORVANE_HAS_PLAIN_FILL AND NOT ORVANE_TIDY)
       target_compile_options(orvane_options INTERFACE ${plain_fill} ${plain_copy})
     endif()
   endif()

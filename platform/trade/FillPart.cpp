@@ -34,4 +34,8 @@ bool FillPart::hasSameRest(const OrderFill& a, const OrderFill& b) {
          detail::areSame(account, b.account);
 }
 
+std::size_t FillPart::hashOfRest(const OrderFill& of) noexcept {
+  return detail::hashOf(of.account, of.code, of.source, of.pair.second, of.text1, of.text3);
+}
+
 }  // namespace orvane

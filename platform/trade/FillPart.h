@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <string>
 
 #include "shared/Export.h"
@@ -22,8 +23,10 @@ struct ORVANE_API FillPart {
   FillPart() = default;
   explicit FillPart(const OrderFill& fill);
 
+  int64 fillTime() const { return values[0]; }
   void putInto(OrderFill& fill) const;
   static bool hasSameRest(const OrderFill& a, const OrderFill& b);
+  static std::size_t hashOfRest(const OrderFill& of) noexcept;
 };
 
 }  // namespace orvane

@@ -50,4 +50,9 @@ bool OrderPart::hasSameRest(const Order& a, const Order& b) {
          detail::areSame(leg2, b.leg2);
 }
 
+std::size_t OrderPart::hashOfRest(const Order& of) noexcept {
+  return detail::hashOf(of.account, of.code, of.source, of.cancelSource, of.pair.second, of.text3,
+                        of.text4, of.text5, of.text6, of.leg1.code, of.leg2.code);
+}
+
 }  // namespace orvane

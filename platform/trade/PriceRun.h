@@ -22,11 +22,11 @@ class PriceRun {
   PriceRun() = default;  ///< Of no side: of no use.
   explicit PriceRun(const Start& start);
 
-  /// Takes the next price, which is one that `hasPrices` knows, as `Ledger::mark` would.
+  /// Takes the next price, the close of a bar that `hasPrices`, as `Ledger::mark` would.
   void take(double price) {
     const auto hundredths = ofFewDecimals<2>(price);
     if (!hundredths || *hundredths > mostHundredths_) return takeAny(price);
-    // Both are integers below 2^53 and a power of ten: the quotient is the nearest double.
+    // An integer up to 2^53 and a power of ten: the quotient is the nearest double.
     equity_ = static_cast<double>(base_ + step_ * *hundredths) / kPartsOfMoney;
     exposure_ = volume_ * price * multiplier_;
     price_ = {*hundredths * kHundredth.units};

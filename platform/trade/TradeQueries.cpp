@@ -21,10 +21,10 @@ using status::kNotThere;
 constexpr std::int32_t kHistoryOrders = 64;
 constexpr std::int32_t kHistoryFills = 128;
 
-const auto kAll = [](const auto&) { return true; };
+const auto kAll = [](const auto& /*rest*/, const auto& /*part*/) { return true; };
 
 auto ofCode(const ICodeID& code) {
-  return [id = code.id](const auto& record) { return record.code.id == id; };
+  return [id = code.id](const auto& rest, const auto& /*part*/) { return rest.code.id == id; };
 }
 
 }  // namespace
@@ -131,8 +131,8 @@ ResultStatus TradeService::openOrdersOfAccount(const TradingAccountID& account,
 ResultStatus TradeService::ordersByKey(const TradingAccountID& account, const std::string& key,
                                        std::list<Order>& orders) {
   return ask(account, [&] {
-    const auto hasKey = [&](const Order& order) {
-      return order.orderRef == key || order.pair.first == key;
+    const auto hasKey = [&](const Order& /*rest*/, const OrderPart& part) {
+      return part.orderRef == key || part.key == key;
     };
     state_.store.orders(account.accountKey, hasKey, orders);
     return true;
@@ -198,10 +198,10 @@ ResultStatus TradeService::queryHistory(const HistoryQuery& query,
 
 HistoryDayRecord TradeService::historyOf(const TradingAccountID& account,
                                          const HistoryQuery& query) const {
-  const auto wanted = [&](const auto& record, int64 time) {
-    const auto isCode = [&](const ICodeID& code) { return code.id == record.code.id; };
+  const auto wanted = [&](const auto& rest, int64 time) {
+    const auto isCode = [&](const ICodeID& code) { return code.id == rest.code.id; };
     const auto isSource = [&](const std::string& source) {
-      return source == record.source.createSource;
+      return source == rest.source.createSource;
     };
     return time >= query.begin && time <= query.end &&
            (query.codes.empty() || std::any_of(query.codes.begin(), query.codes.end(), isCode)) &&
@@ -217,10 +217,12 @@ HistoryDayRecord TradeService::historyOf(const TradingAccountID& account,
   if (wantsOrders || wantsDays)
     state_.store.orders(
         account.accountKey,
-        [&](const Order& order) { return wanted(order, OrderView(order).insertTime()); }, orders);
+        [&](const Order& rest, const OrderPart& part) { return wanted(rest, part.insertTime()); },
+        orders);
   if (wantsFills || wantsDays)
     state_.store.fills(
-        account.accountKey, [&](const OrderFill& fill) { return wanted(fill, fill.fillTime()); },
+        account.accountKey,
+        [&](const OrderFill& rest, const FillPart& part) { return wanted(rest, part.fillTime()); },
         fills);
   for (const Order& order : orders) {
     // An order that met no market event yet has no trading day.

@@ -41,7 +41,8 @@ class TradeStore {
   /// Moves them all out of it; nothing may be asked of the store until it is cleared.
   BySource takeSources(std::int32_t account) { return std::move(of(account).sources); }
 
-  /// The orders of an account, its open ones, and its fills, that `wanted` lets through.
+  /// The orders of an account, its open ones, and its fills, that `wanted` lets through: it is
+  /// asked with a record of the same rest, and with what the one in question has for itself.
   template <typename Wanted>
   void orders(std::int32_t account, Wanted wanted, std::list<Order>& found) const {
     find(orders_, of(account).orders, wanted, found);
@@ -95,10 +96,9 @@ class TradeStore {
   template <typename List, typename Places, typename Wanted, typename Record>
   static void find(const std::vector<Kept<List>>& all, const Places& places, const Wanted& wanted,
                    std::list<Record>& found) {
-    typename List::Reader reader;
     for (const std::size_t place : places) {
-      const Record& record = reader.read(*all[place].list, all[place].at);
-      if (wanted(record)) found.push_back(record);
+      const auto& [list, at] = all[place];
+      if (wanted(list->restAt(at), std::as_const(*list).partAt(at))) found.push_back((*list)[at]);
     }
   }
 

@@ -7,6 +7,7 @@
 #include <bit>
 #include <cstdint>
 #include <functional>
+#include <set>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -187,6 +188,47 @@ TYPED_TEST(RecordListTest, shouldKeepOnceWhatManyHaveInCommon) {
   EXPECT_EQ(this->textsOf(list), texts);
 }
 
+TYPED_TEST(RecordListTest, shouldKeepOnceWhatRecordsHaveInCommonThatComeByTurns) {
+  using Of = typename TestFixture::Record;
+  constexpr std::size_t kKinds = 50;
+  TypeParam list;
+  std::vector<std::string> texts;
+  for (std::size_t at = 0; at < 20 * kKinds; ++at) {
+    Of record = recordOf<Of>(static_cast<int64>(at));
+    record.code.id = static_cast<int64>(at % kKinds);
+    list.push_back(record);
+    texts.push_back(textOf(record));
+    EXPECT_EQ(&list.restAt(at), &list.restAt(at % kKinds));
+  }
+  EXPECT_EQ(this->textsOf(list), texts);
+}
+
+TYPED_TEST(RecordListTest, shouldUseTheRoomAgainOfWhatNoRecordHasAnyMore) {
+  using Of = typename TestFixture::Record;
+  TypeParam list{recordOf<Of>(1), recordOf<Of>(2), recordOf<Of>(3)};
+  const void* const common = &list.restAt(1);
+  std::set<const void*> places;
+  for (int turn = 0; turn < 100; ++turn) {
+    Of changed = recordOf<Of>(1);
+    if (turn % 10 != 0) changed.text3 = "turn " + std::to_string(turn);
+    list.replace(0, changed);
+    places.insert(&list.restAt(0));
+    ASSERT_EQ(textOf(list[0]), textOf(changed));
+    ASSERT_EQ(textOf(list[1]), textOf(recordOf<Of>(2)));
+    ASSERT_EQ(&list.restAt(0) == common, turn % 10 == 0);
+  }
+  EXPECT_LE(places.size(), 3u);
+  // Nobody has the one that all had; then it comes back.
+  Of other = recordOf<Of>(9);
+  other.text3 = "other";
+  for (std::size_t at = 0; at < 3; ++at) list.replace(at, other);
+  list.push_back(recordOf<Of>(4));
+  list.push_back(other);
+  EXPECT_EQ(this->textsOf(list),
+            (std::vector<std::string>{textOf(other), textOf(other), textOf(other),
+                                      textOf(recordOf<Of>(4)), textOf(other)}));
+}
+
 TYPED_TEST(RecordListTest, shouldKeepRecordsThatHaveNothingInCommon) {
   using Of = typename TestFixture::Record;
   TypeParam list;
@@ -210,6 +252,9 @@ TYPED_TEST(RecordListTest, shouldReadRecordsOfSeveralListsByTurns) {
   EXPECT_EQ(textOf(reader.read(a, 0)), textOf(recordOf<Of>(1)));
   EXPECT_EQ(textOf(reader.read(b, 0)), textOf(other));
   EXPECT_EQ(textOf(reader.read(a, 1)), textOf(recordOf<Of>(3)));
+  typename TypeParam::Reader next = std::move(reader);
+  EXPECT_EQ(textOf(next.read(a, 0)), textOf(recordOf<Of>(1)));
+  EXPECT_EQ(textOf(reader.read(a, 0)), textOf(recordOf<Of>(1)));
 }
 
 TYPED_TEST(RecordListTest, shouldPutAnotherRecordInThePlaceOfOne) {
@@ -232,6 +277,8 @@ TYPED_TEST(RecordListTest, shouldTakeAllWithItWhenItIsCopiedOrMoved) {
   EXPECT_EQ(this->textsOf(copy), std::vector<std::string>{textOf(recordOf<Of>(1))});
   EXPECT_EQ(moved.size(), 3u);
   EXPECT_EQ(textOf(moved.back()), textOf(recordOf<Of>(3)));
+  list.push_back(recordOf<Of>(5));
+  EXPECT_EQ(this->textsOf(list), std::vector<std::string>{textOf(recordOf<Of>(5))});
   moved = {};
   EXPECT_TRUE(moved.empty());
   moved.push_back(recordOf<Of>(4));

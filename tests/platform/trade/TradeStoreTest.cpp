@@ -25,7 +25,7 @@ std::vector<int64> idsOf(const Records& records) {
   return ids;
 }
 
-const auto kAll = [](const auto&) { return true; };
+const auto kAll = [](const auto& /*rest*/, const auto& /*part*/) { return true; };
 
 TEST(TradeStore, shouldListOrdersOfAnAccountAsTheyWereAdmitted) {
   TradeStore store(2);
