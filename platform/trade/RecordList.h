@@ -119,7 +119,6 @@ class RecordList {
     while (at->second != place) ++at;
     byHash_.erase(at);
     rest.nextFree = std::exchange(firstFree_, place);
-    if (last_ == place) last_ = kNone;
   }
 
   ChunkedList<Kept> kept_;

@@ -223,10 +223,16 @@ TYPED_TEST(RecordListTest, shouldUseTheRoomAgainOfWhatNoRecordHasAnyMore) {
   other.text3 = "other";
   for (std::size_t at = 0; at < 3; ++at) list.replace(at, other);
   list.push_back(recordOf<Of>(4));
-  list.push_back(other);
-  EXPECT_EQ(this->textsOf(list),
-            (std::vector<std::string>{textOf(other), textOf(other), textOf(other),
-                                      textOf(recordOf<Of>(4)), textOf(other)}));
+  std::vector<std::string> texts{textOf(other), textOf(other), textOf(other),
+                                 textOf(recordOf<Of>(4))};
+  TypeParam moved = std::move(list);
+  for (int64 id = 10; id < 16; ++id) {
+    other.text3 = "other " + std::to_string(id);
+    for (TypeParam* const all : {&list, &moved}) all->push_back(other);
+    texts.push_back(textOf(other));
+  }
+  EXPECT_EQ(this->textsOf(moved), texts);
+  EXPECT_EQ(this->textsOf(list), std::vector<std::string>(texts.begin() + 4, texts.end()));
 }
 
 TYPED_TEST(RecordListTest, shouldKeepRecordsThatHaveNothingInCommon) {
