@@ -161,13 +161,13 @@ class Crossing final : public bench::BareCounting {
 void wholeFloor(benchmark::State& state) {
   const std::string& path = bench::WalkFile::path();
   std::vector<IKLine> one(1);
-  for (auto _ : state) {
+  const auto play = [&](const auto& clocked) {
     auto made = std::make_unique<Crossing>();
     Crossing& strategy = *made;
     const auto road = std::make_shared<bench::BareRoad>(std::move(made));
     bench::BareTrade trade(*road);
     Rows<IKLine> bars;
-    bench::timed(state, [&] {
+    clocked([&] {
       bars = readBars(path);
       road->begin();
       for (const IKLine& bar : bars) {
@@ -177,9 +177,13 @@ void wholeFloor(benchmark::State& state) {
       }
       road->end();
     });
-    if (bars.size() != bench::WalkFile::kRows || trade.count() == 0)
-      state.SkipWithError("bars or orders are missing");
-  }
+    return bars.size() == bench::WalkFile::kRows && trade.count() > 0;
+  };
+  // Once before, as the process that it stands beside.
+  bool isGood = play([](const auto& part) { part(); });
+  for (auto _ : state)
+    isGood = isGood && play([&state](const auto& part) { bench::timed(state, part); });
+  if (!isGood) state.SkipWithError("bars or orders are missing");
   state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(bench::WalkFile::kRows));
 }
 BENCHMARK(wholeFloor)->Unit(benchmark::kMillisecond)->UseManualTime();

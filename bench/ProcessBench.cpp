@@ -61,13 +61,13 @@ void runWhole(benchmark::State& state, const std::string& path, int volume) {
 }
 
 void runFromText(benchmark::State& state) { runWhole(state, bench::WalkFile::path(), 1); }
-BENCHMARK(runFromText)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(1);
+BENCHMARK(runFromText)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(3);
 
 /// The same without an order.
 void runFromTextWithoutOrders(benchmark::State& state) {
   runWhole(state, bench::WalkFile::path(), 0);
 }
-BENCHMARK(runFromTextWithoutOrders)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(1);
+BENCHMARK(runFromTextWithoutOrders)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(3);
 
 /// The same bars from the binary file that was made of them.
 void runFromCache(benchmark::State& state) {
@@ -76,7 +76,7 @@ void runFromCache(benchmark::State& state) {
   if (!isMade) return state.SkipWithError("the file could not be converted");
   runWhole(state, bench::WalkFile::cachePath(), 1);
 }
-BENCHMARK(runFromCache)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(1);
+BENCHMARK(runFromCache)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(3);
 
 }  // namespace
 }  // namespace orvane
