@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <initializer_list>
@@ -115,9 +116,8 @@ class RecordList {
   void release(std::uint32_t place) noexcept {
     Rest& rest = rests_[place];
     if (--rest.users != 0) return;
-    auto [at, end] = byHash_.equal_range(Part::hashOfRest(rest.record));
-    while (at->second != place) ++at;
-    byHash_.erase(at);
+    const auto [first, end] = byHash_.equal_range(Part::hashOfRest(rest.record));
+    byHash_.erase(std::find_if(first, end, [&](const auto& at) { return at.second == place; }));
     rest.nextFree = std::exchange(firstFree_, place);
   }
 
@@ -169,8 +169,8 @@ class RecordList<Record, Part>::const_iterator {
   using value_type = Record;
 
   explicit const_iterator(const RecordList& list) : list_(&list) {}
-  const_iterator(const_iterator&&) = default;
-  const_iterator& operator=(const_iterator&&) = default;
+  const_iterator(const_iterator&&) noexcept = default;
+  const_iterator& operator=(const_iterator&&) noexcept = default;
 
   const Record& operator*() const { return reader_.read(*list_, at_); }
   const Record* operator->() const { return &**this; }
